@@ -1,0 +1,73 @@
+// The driver: the one object that a host talks to about a picture.
+#ifndef VISTATRIM_DRIVER_H
+#define VISTATRIM_DRIVER_H
+
+#include <cstdint>
+
+#include "vistaTrim/base_class.h"
+#include "vistaTrim/crop_rects.h"
+#include "vistaTrim/export.h"
+#include "vistaTrim/image.h"
+#include "vistaTrim/parameters.h"
+#include "vistaTrim/records.h"
+
+namespace vistaTrim {
+
+// Binds a picture to a set of parameters and answers requests. One thread at a time may be
+// inside a driver; separate drivers share no writable state.
+//
+// Failures leave as exceptions: a bare char pointer to a text that ends in a line feed,
+// std::bad_alloc, std::length_error. *result is untouched when a request throws.
+class VISTATRIM_API IVistaTrim : public IBaseClass {
+public:
+    IVistaTrim();
+    IVistaTrim(const IVistaTrim& other);
+    IVistaTrim& operator=(const IVistaTrim& other);
+
+protected:
+    ~IVistaTrim() override;
+
+public:
+    virtual void Destroy() = 0; // ends the object whatever its count; the image stays
+
+    // Borrows the image, copies the parameters, analyses the picture. CreateVistaTrimObj has
+    // done this already. A second call abandons what the first one built.
+    virtual void Initialize(IImage* image, const VistaTrimParameters& parameters) = 0;
+    // Stores the image and default parameters and builds nothing.
+    virtual void InitializeWithDefaults(IImage* image) = 0;
+    virtual void ReservedA() = 0; // does nothing; holds its slot
+    // A deep copy of the parameters as Initialize stored them.
+    virtual VistaTrimParameters GetParameters() = 0;
+
+    // *count becomes the number of rows that the table has now. *table points at storage that
+    // is gone already: use the count only.
+    virtual void GetAspectRatios(DoubleInfo** table, uint32_t* count) = 0;
+    // Sets the flag of the first row within the tolerance of value (0.001 / longer image
+    // side), or appends a row.
+    virtual void SetAspectRatioEnabled(double value, bool enabled) = 0;
+    virtual void GetCropRectScaleRatios(DoubleInfo** table, uint32_t* count) = 0;
+    virtual void SetCropRectScaleRatioEnabled(double value, bool enabled) = 0;
+
+    // *table points at the driver's own records, valid until the next AddRectOfInterest. With
+    // no rectangles *count is 0 and *table points at a default record that nobody frees.
+    virtual void GetRectsOfInterest(CRectOfInterest** table, uint32_t* count) = 0;
+    // Takes effect at the next request. GetParameters does not show it.
+    virtual void AddRectOfInterest(const CRectOfInterest& rect) = 0;
+    virtual void ReservedB(uint32_t unused) = 0; // does nothing; holds its slot
+
+    // Every enabled candidate of the request with its scores, in lattice order. *result
+    // becomes a new list that the caller owns.
+    virtual void ComputeCropSuggestions(ICropRects** result,
+                                        const SuggestionParameters& request) = 0;
+    // At most n crops that differ from one another, best first. rankingMode 1, 2 or 3 keeps
+    // only that weight; any other value keeps all five.
+    virtual void GetNTopCropSuggestions(int32_t n, ICropRects** result,
+                                        const SuggestionParameters& request, int32_t rankingMode,
+                                        WeightDistribution weights) = 0;
+    // Fills the five measures of a rectangle inside the image, unless it is Scored already.
+    virtual void EvaluateScores(CInt32CropRect& rect) = 0;
+};
+
+} // namespace vistaTrim
+
+#endif

@@ -1,0 +1,38 @@
+// The picture that a driver works on.
+#ifndef VISTATRIM_IMAGE_H
+#define VISTATRIM_IMAGE_H
+
+#include <cstdint>
+
+#include "vistaTrim/base_class.h"
+#include "vistaTrim/export.h"
+
+namespace vistaTrim {
+
+// A picture of packed 8-bit pixels, row after row from the top, with no gap between rows.
+// The driver borrows it: keep it until the driver is gone. For useful results it has three
+// bytes a pixel and a longer side of exactly 640 pixels; resampling is the host's work.
+class VISTATRIM_API IImage : public IBaseClass {
+public:
+    IImage();
+    IImage(const IImage& other);
+    IImage& operator=(const IImage& other);
+
+protected:
+    ~IImage() override;
+
+public:
+    virtual void Destroy() = 0;                   // ends the object whatever its count
+    virtual uint8_t* GetData() = 0;               // the pixels, writable; the image owns them
+    virtual const uint8_t* GetPixels() const = 0; // the same pointer
+    virtual uint32_t GetWidth() const = 0;        // pixels
+    virtual uint32_t GetHeight() const = 0;       // pixels
+    virtual uint32_t GetNumChannels() const = 0;  // bytes a pixel, as given at creation
+    virtual uint32_t GetRowStride() const = 0;    // bytes a row
+    virtual uint32_t GetPixelStride() const = 0;  // bytes a pixel
+    virtual int32_t GetChannelOffset(int index) const = 0; // index 0..3, not tested
+};
+
+} // namespace vistaTrim
+
+#endif

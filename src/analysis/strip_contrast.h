@@ -1,0 +1,34 @@
+// The background model: mean and covariance of the strips along the image's borders, and the
+// contrast of every pixel against them.
+#ifndef VISTATRIM_ANALYSIS_STRIP_CONTRAST_H
+#define VISTATRIM_ANALYSIS_STRIP_CONTRAST_H
+
+#include <cstdint>
+#include <vector>
+
+#include "numeric/plane_stack.h"
+
+namespace vistaTrim {
+
+// A strip, inclusive on all sides, with its number of pixels.
+struct CStripRect {
+    int32_t Left, Top, Right, Bottom;
+    int32_t Area;
+};
+
+// Distance to the top strip plus distance to the other three, normalised to 0..1. stack has
+// its tables built; fraction is the strips' width over the shorter side.
+void ComputeTopContrast(const CPlaneStack& stack, CPlaneStack& out, float fraction);
+// The same with the bottom strip as the anchor.
+void ComputeBottomContrast(const CPlaneStack& stack, CPlaneStack& out, float fraction);
+// Distance to each strip alone: top, bottom, left, right; each normalised to 0..1.
+void ComputeSideContrasts(const CPlaneStack& stack, CPlaneStack outs[4], float fraction);
+
+// Mean and covariance of the pixels of a group of strips. A pixel counts once for each strip
+// that holds it, so the image's corners weigh double.
+void ComputeStripStatistics(const CPlaneStack& stack, CPlaneStack& mean, CPlaneStack& covariance,
+                            std::vector<CStripRect> group);
+
+} // namespace vistaTrim
+
+#endif

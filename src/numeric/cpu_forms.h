@@ -1,0 +1,68 @@
+// Kernels compiled in several forms, one for each generation of processors.
+//
+// A kernel is one plain loop nest, written once as an always-inlined body; the macro below
+// compiles it again for wider registers and picks a form at run time. All forms round alike:
+// nothing is contracted, and no loop sums in an order that depends on the register width.
+#ifndef VISTATRIM_NUMERIC_CPU_FORMS_H
+#define VISTATRIM_NUMERIC_CPU_FORMS_H
+
+namespace vistaTrim {
+
+enum CpuForm {
+    CpuFormPlain = 0, // whatever the build was made for
+    CpuFormSse42 = 1, // x86-64-v2
+    CpuFormAvx2 = 2,
+    CpuFormAvx512 = 3,
+    CpuFormCount = 4
+};
+
+// True if this machine (and this build) can run the form. Plain always can.
+bool CpuFormAvailable(CpuForm form);
+// The form in use: the widest available one, unless SelectCpuForm chose another.
+CpuForm ActiveCpuForm();
+// For tests and benchmarks: every kernel runs in this form from now on. Not thread-safe.
+void SelectCpuForm(CpuForm form);
+
+} // namespace vistaTrim
+
+#define VISTATRIM_FORM_BODY static inline __attribute__((always_inline))
+
+// VISTATRIM_FORMS(Name, (parameters), (arguments)) defines `static void Name parameters`, which
+// runs NameBody in the active form. NameBody is a VISTATRIM_FORM_BODY that returns nothing.
+#if defined(__x86_64__)
+#define VISTATRIM_FORMS(Name, Parameters, Arguments)                                               \
+    static void Name##Plain Parameters                                                             \
+    {                                                                                              \
+        Name##Body Arguments;                                                                      \
+    }                                                                                              \
+    __attribute__((target("sse4.2"))) static void Name##Sse42 Parameters                           \
+    {                                                                                              \
+        Name##Body Arguments;                                                                      \
+    }                                                                                              \
+    __attribute__((target("avx2"))) static void Name##Avx2 Parameters                              \
+    {                                                                                              \
+        Name##Body Arguments;                                                                      \
+    }                                                                                              \
+    __attribute__((                                                                                \
+        target("avx512f,avx512bw,avx512dq,avx512vl"))) static void Name##Avx512 Parameters         \
+    {                                                                                              \
+        Name##Body Arguments;                                                                      \
+    }                                                                                              \
+    static void Name Parameters                                                                    \
+    {                                                                                              \
+        switch (ActiveCpuForm()) {                                                                 \
+        case CpuFormAvx512: Name##Avx512 Arguments; return;                                        \
+        case CpuFormAvx2: Name##Avx2 Arguments; return;                                            \
+        case CpuFormSse42: Name##Sse42 Arguments; return;                                          \
+        default: Name##Plain Arguments; return;                                                    \
+        }                                                                                          \
+    }
+#else
+#define VISTATRIM_FORMS(Name, Parameters, Arguments)                                               \
+    static void Name Parameters                                                                    \
+    {                                                                                              \
+        Name##Body Arguments;                                                                      \
+    }
+#endif
+
+#endif

@@ -1,0 +1,56 @@
+// Image operations on row-major float planes with a row stride of exactly cols floats.
+//
+// A pixel outside the image has the value of the nearest pixel inside. A failed call writes
+// a message to the error stream and leaves its destination as it was; nothing is returned
+// and nothing thrown (save BlurInterleavedPixels on exhausted memory): failure degrades the
+// analysis and never stops it.
+#ifndef VISTATRIM_NUMERIC_IMAGE_KERNELS_H
+#define VISTATRIM_NUMERIC_IMAGE_KERNELS_H
+
+#include <cstddef>
+#include <cstdint>
+
+#include "numeric/matrix.h"
+#include "numeric/plane_stack.h"
+
+namespace vistaTrim {
+
+// Row below minus row above, each smoothed with 1 2 1; no divisor.
+void SobelRowDifference(const float* src, float* dst, int32_t cols, int32_t rows);
+// Left column minus right one, each smoothed with 1 2 1; no divisor.
+void SobelColumnDifference(const float* src, float* dst, int32_t cols, int32_t rows);
+// |SobelRowDifference| + |SobelColumnDifference|.
+void GradientStrength(const float* src, float* dst, int32_t cols, int32_t rows);
+
+// maskSize taps each way, odd and at least 3, cut there whatever sigma is. dst is not src.
+void GaussianSmooth(const float* src, float* dst, int32_t cols, int32_t rows, int32_t maskSize,
+                    float sigma);
+// Every plane of source into the same plane of target, mask 7.
+void SmoothStack(CPlaneStack source, CPlaneStack target, double sigma);
+// Packed three-byte pixels into three smoothed planes of 0..255, mask 15.
+void BlurInterleavedPixels(const uint8_t* pixels, int32_t cols, int32_t rows, float sigma,
+                           float* const out[3]);
+
+// Bilinear, half-pixel centres, no antialiasing. A source under 2 pixels in either direction
+// is refused.
+void ResizeStackLinear(CPlaneStack source, CPlaneStack target);
+
+// Elements strictly below level become value.
+void ThresholdBelow(CFloatMatrix& map, float level, float value);
+// Columns firstCol .. firstCol + width - 1 of all rows, times factor. An empty width is refused
+// silently.
+void ScaleColumns(CFloatMatrix& map, int32_t firstCol, int32_t width, float factor);
+// Minimum or maximum over a size x size box, size odd, anchored at its centre; in place.
+void ErodeBox(CFloatMatrix& map, int32_t size);
+void DilateBox(CFloatMatrix& map, int32_t size);
+
+// The text of a kernel status.
+const char* StatusText(int32_t status);
+
+// Scratch of one kernel call, 64-byte aligned; null for a size below 1 or no memory.
+void* AllocateKernelBuffer(int32_t size);
+void FreeKernelBuffer(void* pointer);
+
+} // namespace vistaTrim
+
+#endif

@@ -1,0 +1,67 @@
+// The long-lived maps and tables: row-major, element (r, c) at r * Cols + c, no row padding.
+#ifndef VISTATRIM_NUMERIC_MATRIX_H
+#define VISTATRIM_NUMERIC_MATRIX_H
+
+#include <cstdint>
+
+namespace vistaTrim {
+
+struct CMatrixSize {
+    uint32_t Rows = 0;
+    uint32_t Cols = 0;
+};
+
+// Owned storage of Count floats; Data is null when Count is 0.
+class CFloatArray {
+public:
+    CFloatArray() = default;
+    // New storage, contents undefined. 2^30 elements or more: std::bad_alloc, nothing tried.
+    explicit CFloatArray(uint32_t count);
+    ~CFloatArray();
+    CFloatArray(const CFloatArray&) = delete;
+    CFloatArray& operator=(const CFloatArray&) = delete;
+
+    // Takes new storage before it frees the old, and none at all if the counts are equal.
+    void CopyFrom(const CFloatArray& other);
+    void Swap(CFloatArray& other);
+
+    uint32_t Count = 0;
+    float* Data = nullptr;
+};
+
+class CFloatMatrix : public CMatrixSize, public CFloatArray {
+public:
+    // New storage; the rectangle that old and new have in common is copied, the rest is
+    // undefined. std::bad_alloc leaves the matrix as it was.
+    void Resize(uint32_t rows, uint32_t cols);
+    // Every element 0; storage is kept when the element count stays the same.
+    void ResizeZeroed(uint32_t rows, uint32_t cols);
+    // Shape and contents of other; storage is kept when the element counts are equal.
+    void CopyFrom(const CFloatMatrix& other);
+};
+
+// The same in double precision; the limit is 2^29 elements.
+class CDoubleArray {
+public:
+    CDoubleArray() = default;
+    explicit CDoubleArray(uint32_t count);
+    ~CDoubleArray();
+    CDoubleArray(const CDoubleArray&) = delete;
+    CDoubleArray& operator=(const CDoubleArray&) = delete;
+
+    void CopyFrom(const CDoubleArray& other);
+    void Swap(CDoubleArray& other);
+
+    uint32_t Count = 0;
+    double* Data = nullptr;
+};
+
+class CDoubleMatrix : public CMatrixSize, public CDoubleArray {
+public:
+    void Resize(uint32_t rows, uint32_t cols);
+    void CopyFrom(const CDoubleMatrix& other);
+};
+
+} // namespace vistaTrim
+
+#endif

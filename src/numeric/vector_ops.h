@@ -1,0 +1,35 @@
+// Element-wise operations on contiguous float arrays, stride 1.
+//
+// Counts are elements; a count of 0 does nothing (NormalisePlane needs at least 1). A
+// destination may be the same array as a source. Every result is rounded to float once.
+#ifndef VISTATRIM_NUMERIC_VECTOR_OPS_H
+#define VISTATRIM_NUMERIC_VECTOR_OPS_H
+
+#include <cstdint>
+
+#include "numeric/plane_stack.h"
+
+namespace vistaTrim {
+
+void VectorAbs(int32_t n, const float* a, float* y);
+void VectorAdd(int32_t n, const float* a, const float* b, float* y);
+void VectorSub(int32_t n, const float* a, const float* b, float* y);
+void VectorMul(int32_t n, const float* a, const float* b, float* y);
+void VectorSqrt(int32_t n, const float* a, float* y);
+void VectorPowScalar(int32_t n, const float* a, float b, float* y);
+
+void AddConstant(float* x, int32_t n, float c);
+void OffsetPlane(const float* src, float* dst, int32_t count, float value);
+
+// Moves x in place so that its smallest element becomes 0 and its largest 1; a range below
+// 1e-5f counts as 1e-5f, so that a flat array becomes 0. Meant for non-negative data.
+void NormalisePlane(float* x, int32_t n);
+
+// First plane of target += alpha * first plane of source.
+void AddPlanes(CPlaneStack& target, const CPlaneStack& source, float alpha);
+// First plane of target = first plane of a * first plane of b.
+void MultiplyPlanes(CPlaneStack& target, const CPlaneStack& a, const CPlaneStack& b);
+
+} // namespace vistaTrim
+
+#endif

@@ -1,0 +1,24 @@
+// The fitted model of composition: 304 cell means of two maps under five grids.
+#ifndef VISTATRIM_SCORING_COMPOSITION_MODEL_H
+#define VISTATRIM_SCORING_COMPOSITION_MODEL_H
+
+#include <cstdint>
+
+#include "analysis/working_rect.h"
+#include "numeric/matrix.h"
+
+namespace vistaTrim {
+
+constexpr int32_t kDescriptorSize = 304;
+constexpr int32_t ContrastGridSizes[] = {4, 8};
+constexpr int32_t SaliencyGridSizes[] = {4, 8, 12};
+
+// descriptor  304 floats: grids in the order above, each row by row
+// rect        inside the tables
+void ComputeCompositionDescriptor(const CDoubleMatrix& contrastTable,
+                                  const CDoubleMatrix& saliencyTable, float* descriptor,
+                                  const WorkingRect& rect);
+
+} // namespace vistaTrim
+
+#endif
