@@ -27,6 +27,14 @@ void SelectCpuForm(CpuForm form);
 
 #define VISTATRIM_FORM_BODY static inline __attribute__((always_inline))
 
+// Before a loop whose steps do not read what other steps write: arrays are either the same or
+// apart, never shifted against each other. Without it an in-place call may run the scalar tail.
+#if defined(__clang__)
+#define VISTATRIM_INDEPENDENT_STEPS _Pragma("clang loop vectorize(assume_safety)")
+#else
+#define VISTATRIM_INDEPENDENT_STEPS _Pragma("GCC ivdep")
+#endif
+
 // VISTATRIM_FORMS(Name, (parameters), (arguments)) defines `static void Name parameters`, which
 // runs NameBody in the active form. NameBody is a VISTATRIM_FORM_BODY that returns nothing.
 #if defined(__x86_64__)

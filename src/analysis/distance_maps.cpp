@@ -1,0 +1,149 @@
+#include "analysis/distance_maps.h"
+
+#include <algorithm>
+#include <cmath>
+
+#include <cblas.h>
+#include <lapacke.h>
+
+#include "numeric/aligned_memory.h"
+#include "numeric/cpu_forms.h"
+#include "numeric/vector_ops.h"
+
+namespace vistaTrim {
+
+namespace {
+
+constexpr size_t kScratchAlignment = 64;
+
+// Added to every variance, on the scale of the bytes: a flat border still gives finite
+// distances.
+constexpr float kRegulariser = 10.0f;
+
+float* AllocateFloats(size_t count)
+{
+    return static_cast<float*>(AllocateAligned(count * sizeof(float), kScratchAlignment));
+}
+
+VISTATRIM_FORM_BODY void DotThreeBody(const float* a, const float* b, int32_t count, float* result)
+{
+    const size_t plane = static_cast<size_t>(count);
+    const float* a1 = a + plane;
+    const float* a2 = a1 + plane;
+    const float* b1 = b + plane;
+    const float* b2 = b1 + plane;
+    VISTATRIM_INDEPENDENT_STEPS
+    for (int32_t i = 0; i < count; ++i) {
+        const double sum = static_cast<double>(a[i]) * static_cast<double>(b[i]) +
+                           static_cast<double>(a1[i]) * static_cast<double>(b1[i]) +
+                           static_cast<double>(a2[i]) * static_cast<double>(b2[i]);
+        result[i] = static_cast<float>(sum);
+    }
+}
+VISTATRIM_FORMS(DotThree, (const float* a, const float* b, int32_t count, float* result),
+                (a, b, count, result))
+
+VISTATRIM_FORM_BODY void AccumulateProductBody(const float* a, const float* b, int32_t count,
+                                               float* result)
+{
+    VISTATRIM_INDEPENDENT_STEPS
+    for (int32_t i = 0; i < count; ++i) {
+        const float product = a[i] * b[i];
+        result[i] = result[i] + product;
+    }
+}
+VISTATRIM_FORMS(AccumulateProduct, (const float* a, const float* b, int32_t count, float* result),
+                (a, b, count, result))
+
+} // namespace
+
+void DotThreePlanes(const float* a, const float* b, int32_t count, float* result)
+{
+    DotThree(a, b, count, result);
+}
+
+void DotPlanes(const float* a, const float* b, int32_t planes, int32_t count, float* result)
+{
+    VectorMul(count, a, b, result);
+    for (int32_t k = 1; k < planes; ++k) {
+        const size_t start = static_cast<size_t>(k) * static_cast<size_t>(count);
+        AccumulateProduct(a + start, b + start, count, result);
+    }
+}
+
+void InvertRegularised(const float* a, int32_t n, float eps, float* result)
+{
+    if (n == 1) {
+        result[0] = 1.0f / (a[0] + eps);
+        return;
+    }
+    const size_t side = static_cast<size_t>(n);
+    std::copy_n(a, side * side, result);
+    for (size_t i = 0; i < side; ++i)
+        result[i * side + i] = result[i * side + i] + eps;
+    const float firstDiagonal = result[0];
+
+    // A lower triangle in column-major order is the upper one of these rows; the matrix is
+    // symmetric, so it goes in as it stands.
+    if (LAPACKE_spotrf(LAPACK_COL_MAJOR, 'L', n, result, n) > 0) {
+        // Not positive definite. The first plane stands for all, and eps is added to it a second
+        // time: an indefinite model becomes one common scale, infinite if the sum is 0.
+        std::fill_n(result, side * side, 0.0f);
+        for (size_t i = 0; i < side; ++i)
+            result[i * side + i] = 1.0f / (firstDiagonal + eps);
+        return;
+    }
+    LAPACKE_spotri(LAPACK_COL_MAJOR, 'L', n, result, n);
+    for (size_t i = 1; i < side; ++i)
+        for (size_t j = 0; j < i; ++j)
+            result[i * side + j] = result[j * side + i];
+}
+
+void ComputeMahalanobisMap(const CPlaneStack& stack, CPlaneStack& out, const CPlaneStack& mean,
+                           const CPlaneStack& covariance, bool normalise)
+{
+    const int32_t n = stack.PlaneCount;
+    const int32_t count = stack.ElementCount;
+    const size_t side = static_cast<size_t>(n);
+    const size_t plane = static_cast<size_t>(count);
+    const float* means = mean.Planes[0];
+    float* distance = out.Planes[0];
+
+    float* inverse = AllocateFloats(side * side);
+    float* centred = AllocateFloats(side * plane);
+    float* weighted = AllocateFloats(side * plane);
+
+    InvertRegularised(covariance.Planes[0], n, kRegulariser, inverse);
+    for (size_t k = 0; k < side; ++k)
+        OffsetPlane(stack.Planes[k], centred + k * plane, count, -means[k]);
+    cblas_ssymm(CblasColMajor, CblasRight, CblasLower, count, n, 1.0f, inverse, n, centred, count,
+                0.0f, weighted, count);
+    if (n == 3)
+        DotThreePlanes(centred, weighted, count, distance);
+    else
+        DotPlanes(weighted, centred, n, count, distance);
+    // Rounding can make a square negative; its root is not a number then, and stays so.
+    VectorSqrt(count, distance, distance);
+
+    FreeAligned(weighted);
+    FreeAligned(centred);
+    FreeAligned(inverse);
+    if (normalise)
+        NormalisePlane(distance, out.ElementCount);
+}
+
+void ComputeScalarDistanceMap(const CPlaneStack& stack, CPlaneStack& out, const CPlaneStack& mean,
+                              const CPlaneStack& covariance, bool normalise)
+{
+    const int32_t count = stack.ElementCount;
+    float* distance = out.Planes[0];
+    OffsetPlane(stack.Planes[0], distance, count, -mean.Planes[0][0]);
+    VectorAbs(count, distance, distance);
+    const float variance = static_cast<float>(static_cast<double>(covariance.Planes[0][0]) + 10.0);
+    const float deviation = std::sqrt(variance);
+    cblas_sscal(count, 1.0f / deviation, distance, 1);
+    if (normalise)
+        NormalisePlane(distance, out.ElementCount);
+}
+
+} // namespace vistaTrim

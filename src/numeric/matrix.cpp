@@ -1,0 +1,135 @@
+#include "numeric/matrix.h"
+
+#include <algorithm>
+#include <new>
+#include <utility>
+
+namespace vistaTrim {
+
+namespace {
+
+// 4 GiB either way.
+constexpr uint32_t kFloatLimit = uint32_t{1} << 30;
+constexpr uint32_t kDoubleLimit = uint32_t{1} << 29;
+
+float* NewFloats(uint32_t count)
+{
+    if (count >= kFloatLimit)
+        throw std::bad_alloc();
+    return count != 0 ? new float[count] : nullptr;
+}
+
+double* NewDoubles(uint32_t count)
+{
+    if (count >= kDoubleLimit)
+        throw std::bad_alloc();
+    return count != 0 ? new double[count] : nullptr;
+}
+
+} // namespace
+
+CFloatArray::CFloatArray(uint32_t count) : Count(count), Data(NewFloats(count))
+{
+}
+
+CFloatArray::~CFloatArray()
+{
+    if (Count != 0)
+        delete[] Data;
+}
+
+void CFloatArray::CopyFrom(const CFloatArray& other)
+{
+    if (this == &other)
+        return;
+    if (Count != other.Count) {
+        CFloatArray fresh(other.Count);
+        Swap(fresh);
+    }
+    std::copy_n(other.Data, Count, Data);
+}
+
+void CFloatArray::Swap(CFloatArray& other)
+{
+    std::swap(Count, other.Count);
+    std::swap(Data, other.Data);
+}
+
+void CFloatMatrix::Resize(uint32_t rows, uint32_t cols)
+{
+    CFloatArray fresh(rows * cols);
+    const uint32_t commonRows = std::min(rows, Rows);
+    const uint32_t commonCols = std::min(cols, Cols);
+    for (uint32_t r = 0; r < commonRows; ++r)
+        std::copy_n(Data + size_t{r} * Cols, commonCols, fresh.Data + size_t{r} * cols);
+    Swap(fresh);
+    Rows = rows;
+    Cols = cols;
+}
+
+void CFloatMatrix::ResizeZeroed(uint32_t rows, uint32_t cols)
+{
+    if (rows * cols != Count) {
+        CFloatArray fresh(rows * cols);
+        Swap(fresh);
+    }
+    Rows = rows;
+    Cols = cols;
+    std::fill_n(Data, Count, 0.0f);
+}
+
+void CFloatMatrix::CopyFrom(const CFloatMatrix& other)
+{
+    // The storage goes first: if there is none to be had, the old shape still fits the old data.
+    CFloatArray::CopyFrom(other);
+    Rows = other.Rows;
+    Cols = other.Cols;
+}
+
+CDoubleArray::CDoubleArray(uint32_t count) : Count(count), Data(NewDoubles(count))
+{
+}
+
+CDoubleArray::~CDoubleArray()
+{
+    if (Count != 0)
+        delete[] Data;
+}
+
+void CDoubleArray::CopyFrom(const CDoubleArray& other)
+{
+    if (this == &other)
+        return;
+    if (Count != other.Count) {
+        CDoubleArray fresh(other.Count);
+        Swap(fresh);
+    }
+    std::copy_n(other.Data, Count, Data);
+}
+
+void CDoubleArray::Swap(CDoubleArray& other)
+{
+    std::swap(Count, other.Count);
+    std::swap(Data, other.Data);
+}
+
+void CDoubleMatrix::Resize(uint32_t rows, uint32_t cols)
+{
+    CDoubleArray fresh(rows * cols);
+    const uint32_t commonRows = std::min(rows, Rows);
+    const uint32_t commonCols = std::min(cols, Cols);
+    for (uint32_t r = 0; r < commonRows; ++r)
+        std::copy_n(Data + size_t{r} * Cols, commonCols, fresh.Data + size_t{r} * cols);
+    Swap(fresh);
+    Rows = rows;
+    Cols = cols;
+}
+
+void CDoubleMatrix::CopyFrom(const CDoubleMatrix& other)
+{
+    CDoubleArray::CopyFrom(other);
+    Rows = other.Rows;
+    Cols = other.Cols;
+}
+
+} // namespace vistaTrim

@@ -1,0 +1,105 @@
+#include "numeric/plane_stack.h"
+
+#include <algorithm>
+
+#include "numeric/aligned_memory.h"
+#include "numeric/cpu_forms.h"
+
+namespace vistaTrim {
+
+namespace {
+
+constexpr size_t kPlaneAlignment = 64;
+
+VISTATRIM_FORM_BODY void WidenBytesBody(const uint8_t* __restrict bytes, float* __restrict plane,
+                                        int32_t count)
+{
+    for (int32_t i = 0; i < count; ++i)
+        plane[i] = bytes[i];
+}
+VISTATRIM_FORMS(WidenBytes,
+                (const uint8_t* __restrict bytes, float* __restrict plane, int32_t count),
+                (bytes, plane, count))
+
+VISTATRIM_FORM_BODY void WidenPixelsBody(const uint8_t* __restrict bytes, float* __restrict plane0,
+                                         float* __restrict plane1, float* __restrict plane2,
+                                         int32_t count)
+{
+    for (int32_t i = 0; i < count; ++i) {
+        plane0[i] = bytes[3 * i];
+        plane1[i] = bytes[3 * i + 1];
+        plane2[i] = bytes[3 * i + 2];
+    }
+}
+VISTATRIM_FORMS(WidenPixels,
+                (const uint8_t* __restrict bytes, float* __restrict plane0,
+                 float* __restrict plane1, float* __restrict plane2, int32_t count),
+                (bytes, plane0, plane1, plane2, count))
+
+} // namespace
+
+void CPlaneStack::WrapPlane(int32_t cols, int32_t rows, float* plane)
+{
+    WrapPlaneOnly(cols, rows, plane);
+    PlaneTables.assign(1, nullptr);
+    PairTables.assign(1, nullptr);
+}
+
+void CPlaneStack::WrapPlaneOnly(int32_t cols, int32_t rows, float* plane)
+{
+    Planes.assign(1, plane);
+    PlaneTables.clear();
+    PairTables.clear();
+    Cols = cols;
+    Rows = rows;
+    PlaneCount = 1;
+    ElementCount = cols * rows;
+    TablesBuilt = false;
+}
+
+void CPlaneStack::Create(int32_t planeCount, int32_t cols, int32_t rows)
+{
+    Release();
+    Cols = cols;
+    Rows = rows;
+    PlaneCount = planeCount;
+    ElementCount = cols * rows;
+    const size_t planeBytes = static_cast<size_t>(ElementCount) * sizeof(float);
+    for (int32_t k = 0; k < planeCount; ++k) {
+        Planes.push_back(static_cast<float*>(AllocateAligned(planeBytes, kPlaneAlignment)));
+        PlaneTables.push_back(nullptr);
+    }
+    for (int32_t pair = 0; pair < planeCount * (planeCount + 1) / 2; ++pair)
+        PairTables.push_back(nullptr);
+}
+
+void CPlaneStack::Release()
+{
+    // A stack that was released before has its sizes still, but no planes.
+    const size_t planes = std::min(static_cast<size_t>(PlaneCount), Planes.size());
+    for (size_t k = 0; k < planes; ++k)
+        FreeAligned(Planes[k]);
+    Planes.clear();
+    for (float* table : PlaneTables)
+        FreeAligned(table);
+    PlaneTables.clear();
+    for (float* table : PairTables)
+        FreeAligned(table);
+    PairTables.clear();
+    TablesBuilt = false;
+}
+
+std::vector<float*> CPlaneStack::PlanePointers() const
+{
+    return Planes;
+}
+
+void CPlaneStack::FillFromBytes(const uint8_t* bytes)
+{
+    if (PlaneCount == 1)
+        WidenBytes(bytes, Planes[0], ElementCount);
+    else
+        WidenPixels(bytes, Planes[0], Planes[1], Planes[2], ElementCount);
+}
+
+} // namespace vistaTrim
