@@ -16,6 +16,15 @@ struct CStripRect {
     int32_t Area;
 };
 
+// The four strips of an image. They overlap in its corners.
+struct BorderStrips {
+    CStripRect Top, Bottom, Left, Right;
+};
+
+// fraction  of the shorter side; the width is cut to whole pixels, at least 1, and every strip
+//           is clipped to the image
+BorderStrips MakeBorderStrips(int32_t cols, int32_t rows, float fraction);
+
 // Distance to the top strip plus distance to the other three, normalised to 0..1. stack has
 // its tables built; fraction is the strips' width over the shorter side.
 void ComputeTopContrast(const CPlaneStack& stack, CPlaneStack& out, float fraction);

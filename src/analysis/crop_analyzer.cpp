@@ -1,0 +1,235 @@
+#include "analysis/crop_analyzer.h"
+
+#include <algorithm>
+#include <cblas.h>
+#include <cmath>
+#include <iostream>
+#include <memory>
+
+#include "analysis/multi_scale_edges.h"
+#include "analysis/saliency_driver.h"
+#include "numeric/image_kernels.h"
+#include "numeric/plane_stack.h"
+#include "numeric/summed_area.h"
+#include "numeric/vector_ops.h"
+#include "scoring/composition_model.h"
+
+namespace vistaTrim {
+
+namespace {
+
+constexpr double kWorkingLongSide = 640.0;
+constexpr float kEdgeBlurSigma = 2.0f;
+constexpr int32_t kErodeSize = 5;
+constexpr int32_t kDilateSize = 7;
+constexpr float kPeakExponent = 3.0f;
+constexpr float kTotalFloor = 1e-10f; // keeps an empty map from dividing by zero later
+constexpr float kBandFraction = 0.15f;
+constexpr float kGainOffset = 0.01f;
+
+// Working length of a source length, rounded to the nearest; 0 if nothing is left of it, and
+// for the NaN that a picture of no pixels gives.
+int32_t WorkLength(int32_t sourceLength, float scaleFactor)
+{
+    const double length = double(sourceLength) * double(scaleFactor) + 0.5;
+    return length >= 1.0 ? static_cast<int32_t>(length) : 0;
+}
+
+// Clears what lies below a fraction of the map's own maximum. A value on the level stays, so
+// the maximum always does, and a map of zeros is left as it is.
+void ThresholdAtFraction(CFloatMatrix& map, float fraction)
+{
+    const size_t iMax = cblas_isamax(static_cast<blasint>(map.Count), map.Data, 1);
+    const float level = static_cast<float>(double(map.Data[iMax]) * double(fraction));
+    ThresholdBelow(map, level, 0.0f);
+}
+
+// Five strips of columns, weighted about 0.2, 0.4472, 1, 0.4472, 0.2. Only the columns count:
+// in a photograph that is wider than high the subject is rarely far off the middle column, but
+// often low or high. The weight steps from strip to strip. On maps under five columns strips
+// share a column, which is weighted more than once, or are empty, which ScaleColumns refuses.
+void CentreWeightColumns(CFloatMatrix& map)
+{
+    const float step = static_cast<float>(std::pow(double(0.2f), 0.5));
+    const double cols = static_cast<float>(map.Cols);
+    for (int32_t i = 0; i < 5; ++i) {
+        const float weight = static_cast<float>(std::pow(double(step), std::abs(2 - i)));
+        const int32_t first = static_cast<int32_t>(i * cols / 5.0);
+        const int32_t last = static_cast<int32_t>((i + 1) * cols / 5.0 - 1.0);
+        ScaleColumns(map, first, last - first + 1, weight);
+    }
+}
+
+// Gradient strength of the three smoothed colour planes, summed with no weighting.
+void SumColourEdges(const CImageView& view, int32_t cols, int32_t rows, CFloatMatrix& edgeMap)
+{
+    CFloatMatrix planes[3];
+    CFloatMatrix gradient;
+    for (CFloatMatrix& plane : planes)
+        plane.Resize(uint32_t(rows), uint32_t(cols));
+    gradient.Resize(uint32_t(rows), uint32_t(cols));
+
+    // From the bytes again, and stronger than the smoothing of the saliency maps: only what
+    // survives this blur counts as an edge of a thing.
+    float* const blurred[3] = {planes[0].Data, planes[1].Data, planes[2].Data};
+    BlurInterleavedPixels(view.Pixels, cols, rows, kEdgeBlurSigma, blurred);
+
+    edgeMap.ResizeZeroed(uint32_t(rows), uint32_t(cols));
+    for (const CFloatMatrix& plane : planes) {
+        GradientStrength(plane.Data, gradient.Data, cols, rows);
+        VectorAdd(int32_t(edgeMap.Count), edgeMap.Data, gradient.Data, edgeMap.Data);
+    }
+}
+
+// From raw gradient strength to the few solid edges near the middle columns.
+void CleanEdgeMap(CFloatMatrix& edgeMap)
+{
+    ThresholdAtFraction(edgeMap, 0.1f);
+    CPlaneStack edgeStack; // the same storage, seen as a stack
+    edgeStack.WrapPlane(int32_t(edgeMap.Cols), int32_t(edgeMap.Rows), edgeMap.Data);
+    NormalisePlane(edgeMap.Data, int32_t(edgeMap.Count));
+
+    // Each row is divided by its own sum of edges: a row of foliage or brickwork is damped, and
+    // the lone outline in a quiet row comes forward.
+    NormaliseRowsBySum(edgeStack);
+    ThresholdAtFraction(edgeMap, 0.3f);
+
+    // The larger box is the second: thin responses vanish, and what survives ends one pixel
+    // wider on each side than it was.
+    ErodeBox(edgeMap, kErodeSize);
+    DilateBox(edgeMap, kDilateSize);
+    CentreWeightColumns(edgeMap);
+    NormalisePlane(edgeMap.Data, int32_t(edgeMap.Count));
+}
+
+void BuildTable(const CFloatMatrix& map, CDoubleMatrix& table)
+{
+    table.Resize(map.Rows, map.Cols);
+    BuildSummedAreaTable(map, table);
+}
+
+// The sum of the whole map, from its table.
+float MapTotal(const CDoubleMatrix& table)
+{
+    const float total = static_cast<float>(table.Data[table.Count - 1]);
+    return total < kTotalFloor ? kTotalFloor : total;
+}
+
+int32_t BandWidth(int32_t cols, int32_t rows)
+{
+    const float width = static_cast<float>(double(std::min(rows, cols)) * double(kBandFraction));
+    return width < 1.0f ? 1 : static_cast<int32_t>(width);
+}
+
+// A quiet side gets a gain near 100, a busy one a small gain. The mean is rounded to float
+// before the offset is added.
+float GainOfMean(double mean)
+{
+    return static_cast<float>(1.0 / (double(static_cast<float>(mean)) + double(kGainOffset)));
+}
+
+} // namespace
+
+CCropAnalyzer::CCropAnalyzer(IImage* image)
+    : Unused(false), WorkCols(0), WorkRows(0), SourceCols(0), SourceRows(0),
+      DescriptorBuffer(nullptr), BorderBand(0), ScaleFactor(0.0f), ContrastMaskTotal(0.0f),
+      ColorContrastTotal(0.0f), EdgeTotal(0.0f), PeakTotal(0.0f), SideGain{}
+{
+    // Held here until nothing can throw any more: no destructor runs for a half-made analyzer.
+    std::unique_ptr<float[]> descriptor(new float[kDescriptorSize]());
+    DescriptorBuffer = descriptor.get();
+
+    CImageView view;
+    view.Cols = static_cast<int32_t>(image->GetWidth());
+    view.Rows = static_cast<int32_t>(image->GetHeight());
+    view.Pixels = image->GetPixels();
+    view.Height = view.Rows;
+    BuildMaps(view);
+    descriptor.release();
+}
+
+CCropAnalyzer::~CCropAnalyzer()
+{
+    delete[] DescriptorBuffer;
+}
+
+void CCropAnalyzer::BuildMaps(const CImageView& view)
+{
+    SourceCols = view.Cols;
+    SourceRows = view.Rows;
+    ScaleFactor = static_cast<float>(kWorkingLongSide / std::max(SourceCols, SourceRows));
+    WorkCols = WorkLength(SourceCols, ScaleFactor);
+    WorkRows = WorkLength(SourceRows, ScaleFactor);
+    if (WorkCols < 1 || WorkRows < 1) {
+        // The object stays empty and nobody is told. The text says 1:640; the side that rounds
+        // to nothing belongs to a picture narrower than about 1:1280.
+        std::cerr << "Image aspect ratio is larger than 1:640! " << std::endl;
+        return;
+    }
+
+    // Nothing here resamples. The factor above serves coordinates only: the stages read the
+    // first WorkCols x WorkRows pixels of the buffer, packed, so a host must hand over a
+    // picture whose longer side is 640. A larger one is read with the wrong row length and
+    // gives the maps of a sheared piece of it. The buffer's size is not known here and not
+    // guarded: a smaller picture would be read past its end.
+    const uint32_t cols = uint32_t(WorkCols);
+    const uint32_t rows = uint32_t(WorkRows);
+    ContrastMap.Resize(rows, cols);
+    SaliencyMap.Resize(rows, cols);
+    ContrastMask.Resize(rows, cols);
+    ColorContrastMap.Resize(rows, cols);
+    PeakMap.Resize(rows, cols);
+    for (CFloatMatrix& sideMap : SideMaps)
+        sideMap.Resize(rows, cols);
+
+    SaliencyMapBuffers buffers = {
+        ContrastMap.Data,
+        SaliencyMap.Data,
+        ColorContrastMap.Data,
+        {SideMaps[0].Data, SideMaps[1].Data, SideMaps[2].Data, SideMaps[3].Data}};
+    ComputeSaliencyMaps(view.Pixels, WorkCols, WorkRows, buffers);
+
+    SumColourEdges(view, WorkCols, WorkRows, EdgeMap);
+    CleanEdgeMap(EdgeMap);
+
+    // The order matters: the peaks are taken from the colour contrast after its own threshold,
+    // and ContrastMap and SaliencyMap keep their weak values.
+    ThresholdAtFraction(ColorContrastMap, 0.2f);
+    ContrastMask.CopyFrom(ContrastMap);
+    ThresholdAtFraction(ContrastMask, 0.1f);
+    PeakMap.CopyFrom(ColorContrastMap);
+    ThresholdAtFraction(PeakMap, 0.5f);
+    VectorPowScalar(WorkRows * WorkCols, PeakMap.Data, kPeakExponent, PeakMap.Data);
+
+    BuildTable(ContrastMap, ContrastTable);
+    BuildTable(SaliencyMap, SaliencyTable);
+    BuildTable(ContrastMask, ContrastMaskTable);
+    BuildTable(ColorContrastMap, ColorContrastTable);
+    BuildTable(PeakMap, PeakTable);
+    BuildTable(EdgeMap, EdgeTable);
+    ContrastMaskTotal = MapTotal(ContrastMaskTable);
+    ColorContrastTotal = MapTotal(ColorContrastTable);
+    EdgeTotal = MapTotal(EdgeTable);
+    PeakTotal = MapTotal(PeakTable);
+
+    for (int side = 0; side < 4; ++side) {
+        ThresholdAtFraction(SideMaps[side], 0.01f);
+        BuildTable(SideMaps[side], SideTables[side]);
+    }
+
+    // How far each side's band differs from the strip along that same side: little, if the
+    // border is uniform.
+    BorderBand = BandWidth(WorkCols, WorkRows);
+    const int32_t lastRow = WorkRows - 1;
+    const int32_t lastCol = WorkCols - 1;
+    const double rowBandArea = double(BorderBand) * WorkCols;
+    const double colBandArea = double(WorkRows) * BorderBand;
+    SideGain[0] = GainOfMean(RegionMean(SideTables[0], 0, 0, BorderBand - 1, lastCol, rowBandArea));
+    SideGain[1] = GainOfMean(
+        RegionMean(SideTables[1], WorkRows - BorderBand, 0, lastRow, lastCol, rowBandArea));
+    SideGain[2] = GainOfMean(RegionMean(SideTables[2], 0, 0, lastRow, BorderBand - 1, colBandArea));
+    SideGain[3] = GainOfMean(
+        RegionMean(SideTables[3], 0, WorkCols - BorderBand, lastRow, lastCol, colBandArea));
+}
+
+} // namespace vistaTrim

@@ -1,0 +1,115 @@
+#include "analysis/multi_scale_edges.h"
+
+#include <algorithm>
+#include <list>
+
+#include "analysis/owned_stack.h"
+#include "numeric/image_kernels.h"
+#include "numeric/vector_ops.h"
+
+namespace vistaTrim {
+
+namespace {
+
+// The product is cut off as it stands, in double: 0.04f lies a little below 0.04 and 0.2f a
+// little above 0.2, so 25 pixels vanish at the first scale and 5 pixels leave one at the second.
+int32_t ScaledLength(int32_t length, float scale)
+{
+    return static_cast<int32_t>(double(static_cast<float>(length)) * double(scale));
+}
+
+// |gx| + |gy| of every plane of stack, summed; no plane counts more than another.
+void SumGradients(const CPlaneStack& stack, float* edges, float* planeEdges)
+{
+    GradientStrength(stack.Planes[0], edges, stack.Cols, stack.Rows);
+    for (size_t plane = 1; plane < stack.Planes.size(); ++plane) {
+        GradientStrength(stack.Planes[plane], planeEdges, stack.Cols, stack.Rows);
+        VectorAdd(stack.ElementCount, edges, planeEdges, edges);
+    }
+}
+
+} // namespace
+
+void ComputeMultiScaleEdges(const CPlaneStack& source, CPlaneStack& out, bool normaliseOutput,
+                            bool normaliseRows, std::vector<float> scales)
+{
+    float* const sum = out.Planes[0];
+    std::fill_n(sum, out.ElementCount, 0.0f);
+
+    // Both buffers serve every scale, at its small size and at the full one. They start as
+    // zeros for the sake of one case: a first scale that is one pixel wide or high. The resize
+    // refuses such a source, so the buffer goes into the sum with whatever stood behind its
+    // first few elements. Zeros make that case give the same map every time; no other case
+    // reads an element before it is written.
+    COwnedStack buffers;
+    buffers.Create(2, source.Cols, source.Rows);
+    float* const edgeBuffer = buffers.Planes[0];
+    float* const planeEdgeBuffer = buffers.Planes[1];
+    std::fill_n(edgeBuffer, buffers.ElementCount, 0.0f);
+    std::fill_n(planeEdgeBuffer, buffers.ElementCount, 0.0f);
+
+    // A list, since owned stacks do not move.
+    std::list<COwnedStack> scaledStacks;
+    for (const float scale : scales) {
+        const int32_t cols = ScaledLength(source.Cols, scale);
+        const int32_t rows = ScaledLength(source.Rows, scale);
+        if (cols <= 0 || rows <= 0)
+            continue;
+        COwnedStack& scaled = scaledStacks.emplace_back();
+        scaled.Create(source.PlaneCount, cols, rows);
+        ResizeStackLinear(source, scaled);
+    }
+
+    for (const COwnedStack& scaled : scaledStacks) {
+        const int32_t cols = scaled.Cols;
+        const int32_t rows = scaled.Rows;
+        const int32_t count = scaled.ElementCount;
+        CPlaneStack smallEdges;
+        CPlaneStack smallSmoothed;
+        CPlaneStack fullEdges;
+        smallEdges.WrapPlaneOnly(cols, rows, edgeBuffer);
+        smallSmoothed.WrapPlaneOnly(cols, rows, planeEdgeBuffer);
+        fullEdges.WrapPlaneOnly(source.Cols, source.Rows, edgeBuffer);
+
+        SumGradients(scaled, edgeBuffer, planeEdgeBuffer);
+        NormalisePlane(edgeBuffer, count);
+        if (normaliseRows)
+            NormaliseRowsBySum(smallEdges);
+        SmoothStack(smallEdges, smallSmoothed, 0.5);
+        ResizeStackLinear(smallSmoothed, fullEdges);
+
+        // The count is that of the small size, and it is meant: only the first `count` elements
+        // of the full plane, its top few rows, are measured and stretched to 0..1. All others
+        // keep the lower strength that smoothing and resizing left them, so edges at the very
+        // top of a picture weigh more, with a seam in the middle of a row. The fitted model of
+        // composition has learnt from maps of this kind.
+        NormalisePlane(edgeBuffer, count);
+        VectorAdd(out.ElementCount, sum, edgeBuffer, sum);
+    }
+
+    if (normaliseOutput)
+        NormalisePlane(sum, out.ElementCount);
+}
+
+void NormaliseRowsBySum(CPlaneStack& stack)
+{
+    const float offset = static_cast<float>(stack.Cols) * 0.01f;
+    for (int32_t row = 0; row < stack.Rows; ++row)
+        NormaliseRowBySum(stack.Planes[0] + int64_t(row) * stack.Cols, stack.Cols, offset, 0.05f);
+}
+
+// The threshold keeps faint elements out of the sum and out of nothing else: every element is
+// divided, and none is cleared.
+void NormaliseRowBySum(float* row, int32_t length, float offset, float threshold)
+{
+    float sum = 0.0f;
+    for (int32_t i = 0; i < length; ++i)
+        if (row[i] > threshold)
+            sum += row[i];
+
+    const double divisor = double(sum) + double(offset);
+    for (int32_t i = 0; i < length; ++i)
+        row[i] = static_cast<float>(row[i] / divisor);
+}
+
+} // namespace vistaTrim
