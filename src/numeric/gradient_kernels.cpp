@@ -1,0 +1,215 @@
+// The two 3x3 differences and the gradient strength made of them.
+//
+// Sums are written out from left to right (or from top to bottom) and all forms keep that
+// order, so that the strength comes out the same to the bit whichever way it is computed.
+#include <algorithm>
+#include <cmath>
+#include <cstdint>
+#include <iostream>
+#include <limits>
+
+#include "numeric/aligned_memory.h"
+#include "numeric/cpu_forms.h"
+#include "numeric/image_kernels.h"
+#include "numeric/raw_kernels.h"
+#include "numeric/vector_ops.h"
+
+namespace vistaTrim {
+
+namespace {
+
+// Rows of `cols` sums, with one pixel of border on either side where neighbours are read.
+constexpr int32_t kBorder = 1;
+
+VISTATRIM_FORM_BODY float OneTwoOne(float before, float at, float after)
+{
+    return before + 2.0f * at + after;
+}
+
+// sums[x] = p(x-1) + 2 p(x) + p(x+1). The two border pixels stand apart from the loop.
+VISTATRIM_FORM_BODY void SumAlongRow(const float* row, float* __restrict__ sums, int32_t cols)
+{
+    const int32_t last = cols - 1;
+    sums[0] = OneTwoOne(row[0], row[0], row[std::min(1, last)]);
+    for (int32_t x = 1; x < last; ++x)
+        sums[x] = OneTwoOne(row[x - 1], row[x], row[x + 1]);
+    if (last > 0)
+        sums[last] = OneTwoOne(row[last - 1], row[last], row[last]);
+}
+
+// sums[x] = p(x, y-1) + 2 p(x, y) + p(x, y+1) for x = -1 .. cols, the two ends by repetition.
+VISTATRIM_FORM_BODY void SumDownColumns(const float* above, const float* at, const float* below,
+                                        float* __restrict__ sums, int32_t cols)
+{
+    for (int32_t x = 0; x < cols; ++x)
+        sums[x] = OneTwoOne(above[x], at[x], below[x]);
+    sums[-1] = sums[0];
+    sums[cols] = sums[cols - 1];
+}
+
+// Three rows of sums in turn: each source row is summed once and used twice.
+VISTATRIM_FORM_BODY void RowDifferenceBody(const float* src, float* dst, int32_t cols, int32_t rows,
+                                           float* scratch)
+{
+    const int64_t stride = cols;
+    float* sumsAbove = scratch;
+    float* sumsAt = scratch + stride;
+    float* sumsBelow = scratch + 2 * stride;
+    SumAlongRow(src, sumsAbove, cols);
+    SumAlongRow(src, sumsAt, cols);
+    for (int32_t y = 0; y < rows; ++y) {
+        SumAlongRow(src + std::min(y + 1, rows - 1) * stride, sumsBelow, cols);
+        float* __restrict__ out = dst + y * stride;
+        for (int32_t x = 0; x < cols; ++x)
+            out[x] = sumsBelow[x] - sumsAbove[x];
+        float* const spare = sumsAbove;
+        sumsAbove = sumsAt;
+        sumsAt = sumsBelow;
+        sumsBelow = spare;
+    }
+}
+VISTATRIM_FORMS(RowDifference,
+                (const float* src, float* dst, int32_t cols, int32_t rows, float* scratch),
+                (src, dst, cols, rows, scratch))
+
+VISTATRIM_FORM_BODY void ColumnDifferenceBody(const float* src, float* dst, int32_t cols,
+                                              int32_t rows, float* scratch)
+{
+    const int64_t stride = cols;
+    float* const sums = scratch + kBorder;
+    for (int32_t y = 0; y < rows; ++y) {
+        const float* at = src + y * stride;
+        SumDownColumns(y > 0 ? at - stride : at, at, y < rows - 1 ? at + stride : at, sums, cols);
+        float* __restrict__ out = dst + y * stride;
+        for (int32_t x = 0; x < cols; ++x)
+            out[x] = sums[x - 1] - sums[x + 1];
+    }
+}
+VISTATRIM_FORMS(ColumnDifference,
+                (const float* src, float* dst, int32_t cols, int32_t rows, float* scratch),
+                (src, dst, cols, rows, scratch))
+
+// Both differences, their absolute values and the sum in one pass over the plane.
+VISTATRIM_FORM_BODY void StrengthBody(const float* src, float* dst, int32_t cols, int32_t rows,
+                                      float* scratch)
+{
+    const int64_t stride = cols;
+    float* const sums = scratch + kBorder;
+    for (int32_t y = 0; y < rows; ++y) {
+        const float* at = src + y * stride;
+        const float* above = y > 0 ? at - stride : at;
+        const float* below = y < rows - 1 ? at + stride : at;
+        SumDownColumns(above, at, below, sums, cols);
+        float* __restrict__ out = dst + y * stride;
+        const int32_t last = cols - 1;
+        for (int32_t x = 0; x < cols; x += std::max(last, 1)) {
+            const int32_t left = std::max(x - 1, 0);
+            const int32_t right = std::min(x + 1, last);
+            out[x] = std::fabs(OneTwoOne(below[left], below[x], below[right]) -
+                               OneTwoOne(above[left], above[x], above[right])) +
+                     std::fabs(sums[x - 1] - sums[x + 1]);
+        }
+        for (int32_t x = 1; x < last; ++x)
+            out[x] = std::fabs(OneTwoOne(below[x - 1], below[x], below[x + 1]) -
+                               OneTwoOne(above[x - 1], above[x], above[x + 1])) +
+                     std::fabs(sums[x - 1] - sums[x + 1]);
+    }
+}
+VISTATRIM_FORMS(Strength,
+                (const float* src, float* dst, int32_t cols, int32_t rows, float* scratch),
+                (src, dst, cols, rows, scratch))
+
+int32_t CheckPlanes(const float* src, const float* dst, int32_t cols, int32_t rows,
+                    const void* buffer)
+{
+    if (!src || !dst || !buffer)
+        return KernelNullPointer;
+    if (cols < 1 || rows < 1)
+        return KernelBadSize;
+    return KernelSuccess;
+}
+
+using SobelKernel = int32_t (*)(const float* src, float* dst, int32_t cols, int32_t rows,
+                                void* buffer);
+
+// The message about scratch names one kernel for both: it is one text, and readers of the
+// error stream know it.
+bool RunSobel(SobelKernel kernel, const float* src, float* dst, int32_t cols, int32_t rows)
+{
+    void* buffer = AllocateKernelBuffer(SobelBufferSize(cols));
+    if (!buffer)
+        std::cerr << "compGX: failed to allocate buffer" << std::endl;
+    const int32_t status = kernel(src, dst, cols, rows, buffer);
+    if (status != KernelSuccess)
+        std::cerr << StatusText(status) << std::endl;
+    FreeKernelBuffer(buffer);
+    return status == KernelSuccess;
+}
+
+} // namespace
+
+int32_t SobelBufferSize(int32_t cols)
+{
+    const int64_t size =
+        3 * (std::max<int64_t>(cols, 1) + 2 * kBorder) * static_cast<int64_t>(sizeof(float));
+    // More than the size can tell: 0, which no buffer is given for.
+    return size > std::numeric_limits<int32_t>::max() ? 0 : static_cast<int32_t>(size);
+}
+
+int32_t SobelRowKernel(const float* src, float* dst, int32_t cols, int32_t rows, void* buffer)
+{
+    const int32_t status = CheckPlanes(src, dst, cols, rows, buffer);
+    if (status == KernelSuccess)
+        RowDifference(src, dst, cols, rows, static_cast<float*>(buffer));
+    return status;
+}
+
+int32_t SobelColumnKernel(const float* src, float* dst, int32_t cols, int32_t rows, void* buffer)
+{
+    const int32_t status = CheckPlanes(src, dst, cols, rows, buffer);
+    if (status == KernelSuccess)
+        ColumnDifference(src, dst, cols, rows, static_cast<float*>(buffer));
+    return status;
+}
+
+void SobelRowDifference(const float* src, float* dst, int32_t cols, int32_t rows)
+{
+    RunSobel(SobelRowKernel, src, dst, cols, rows);
+}
+
+void SobelColumnDifference(const float* src, float* dst, int32_t cols, int32_t rows)
+{
+    RunSobel(SobelColumnKernel, src, dst, cols, rows);
+}
+
+void GradientStrengthStepwise(const float* src, float* dst, int32_t cols, int32_t rows)
+{
+    const int32_t count = cols < 1 || rows < 1 ? 0 : cols * rows;
+    float* temporary =
+        static_cast<float*>(AllocateAligned(static_cast<size_t>(count) * sizeof(float), 64));
+    const bool haveRows = RunSobel(SobelRowKernel, src, dst, cols, rows);
+    const bool haveColumns = RunSobel(SobelColumnKernel, src, temporary, cols, rows);
+    // A difference that failed has left its plane undefined; it stays out of the sum.
+    if (haveRows) {
+        VectorAbs(count, dst, dst);
+        if (haveColumns) {
+            VectorAbs(count, temporary, temporary);
+            VectorAdd(count, dst, temporary, dst);
+        }
+    }
+    FreeAligned(temporary);
+}
+
+// The single pass needs neither the temporary plane nor three further passes. Whatever keeps
+// it from running is left to the stepwise form to report.
+void GradientStrength(const float* src, float* dst, int32_t cols, int32_t rows)
+{
+    void* buffer = AllocateKernelBuffer(SobelBufferSize(cols));
+    if (CheckPlanes(src, dst, cols, rows, buffer) == KernelSuccess)
+        Strength(src, dst, cols, rows, static_cast<float*>(buffer));
+    else
+        GradientStrengthStepwise(src, dst, cols, rows);
+    FreeKernelBuffer(buffer);
+}
+
+} // namespace vistaTrim

@@ -1,0 +1,67 @@
+// ThresholdBelow and ScaleColumns: each pixel for itself, nothing reported.
+#include "numeric/cpu_forms.h"
+#include "numeric/image_kernels.h"
+#include "numeric/raw_kernels.h"
+
+namespace vistaTrim {
+
+namespace {
+
+// Asks for v >= level and not for v < level: what compares with nothing is replaced too.
+VISTATRIM_FORM_BODY void ReplaceBelowBody(float* data, int64_t count, float level, float value)
+{
+    for (int64_t i = 0; i < count; ++i)
+        data[i] = data[i] >= level ? data[i] : value;
+}
+VISTATRIM_FORMS(ReplaceBelow, (float* data, int64_t count, float level, float value),
+                (data, count, level, value))
+
+VISTATRIM_FORM_BODY void ScaleRowsBody(float* data, int64_t stride, int32_t cols, int32_t rows,
+                                       float factor)
+{
+    for (int32_t y = 0; y < rows; ++y) {
+        float* row = data + y * stride;
+        for (int32_t x = 0; x < cols; ++x)
+            row[x] *= factor;
+    }
+}
+VISTATRIM_FORMS(ScaleRows, (float* data, int64_t stride, int32_t cols, int32_t rows, float factor),
+                (data, stride, cols, rows, factor))
+
+} // namespace
+
+int32_t ThresholdKernel(float* data, int32_t cols, int32_t rows, float level, float value)
+{
+    if (!data)
+        return KernelNullPointer;
+    if (cols < 1 || rows < 1)
+        return KernelBadSize;
+    ReplaceBelow(data, static_cast<int64_t>(cols) * rows, level, value);
+    return KernelSuccess;
+}
+
+int32_t ScaleKernel(float* data, int64_t stride, int32_t cols, int32_t rows, float factor)
+{
+    if (!data)
+        return KernelNullPointer;
+    if (cols < 1 || rows < 1)
+        return KernelBadSize;
+    ScaleRows(data, stride, cols, rows, factor);
+    return KernelSuccess;
+}
+
+// An empty map is no error to a caller: nothing happens, and nothing is said.
+void ThresholdBelow(CFloatMatrix& map, float level, float value)
+{
+    ThresholdKernel(map.Data, static_cast<int32_t>(map.Cols), static_cast<int32_t>(map.Rows), level,
+                    value);
+}
+
+// An empty strip is what a map of fewer columns than strips gives; it is passed over.
+void ScaleColumns(CFloatMatrix& map, int32_t firstCol, int32_t width, float factor)
+{
+    ScaleKernel(map.Data ? map.Data + firstCol : nullptr, map.Cols, width,
+                static_cast<int32_t>(map.Rows), factor);
+}
+
+} // namespace vistaTrim

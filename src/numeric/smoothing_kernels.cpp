@@ -1,0 +1,243 @@
+// Gaussian smoothing, one direction after the other.
+//
+// Columns first: each row of the result needs maskSize source rows, summed into a single row
+// buffer whose ends are then repeated outwards, and a pass along that buffer. No intermediate
+// plane exists, and the source rows in use stay in the first-level cache.
+//
+// Every pixel, at the border or not, in a vector or in its tail, goes through the same
+// additions in the same order: a constant plane comes out as one single value everywhere.
+// Taps are symmetric to the bit, so the two pixels that share a tap are added first; it
+// saves half the multiplications and makes the result of a flipped picture the flipped result.
+#include <algorithm>
+#include <cmath>
+#include <cstdint>
+#include <cstring>
+#include <iostream>
+#include <limits>
+#include <memory>
+
+#include "numeric/cpu_forms.h"
+#include "numeric/image_kernels.h"
+#include "numeric/raw_kernels.h"
+
+namespace vistaTrim {
+
+namespace {
+
+// Masks of up to this reach are summed in registers.
+constexpr int32_t kMaxFixedReach = 7;
+// Floats in a cache line; the row buffer's first pixel stands at the start of one.
+constexpr int64_t kLineFloats = 16;
+
+// out[x] = the weighted sum of lines[0][x] .. lines[2 * reach][x], outermost pairs first. The
+// caller gives a literal reach, so that the inner loop unrolls.
+VISTATRIM_FORM_BODY void WeightedSum(const float* const* lines, const float* taps, int32_t reach,
+                                     float* __restrict__ out, int32_t count)
+{
+    for (int32_t x = 0; x < count; ++x) {
+        float sum = taps[0] * (lines[0][x] + lines[2 * reach][x]);
+        for (int32_t k = 1; k < reach; ++k)
+            sum += taps[k] * (lines[k][x] + lines[2 * reach - k][x]);
+        out[x] = sum + taps[reach] * lines[reach][x];
+    }
+}
+
+// One step of the same sum for a mask of any reach: out[x] takes one pair, the first of all
+// or a further one, or the centre.
+VISTATRIM_FORM_BODY void StartPair(const float* a, const float* b, float tap,
+                                   float* __restrict__ out, int32_t count)
+{
+    for (int32_t x = 0; x < count; ++x)
+        out[x] = tap * (a[x] + b[x]);
+}
+VISTATRIM_FORM_BODY void AddPair(const float* a, const float* b, float tap, float* __restrict__ out,
+                                 int32_t count)
+{
+    for (int32_t x = 0; x < count; ++x)
+        out[x] += tap * (a[x] + b[x]);
+}
+VISTATRIM_FORM_BODY void AddCentre(const float* a, float tap, float* __restrict__ out,
+                                   int32_t count)
+{
+    for (int32_t x = 0; x < count; ++x)
+        out[x] += tap * a[x];
+}
+
+VISTATRIM_FORM_BODY const float* ClampedRow(const float* src, int64_t row, int32_t cols,
+                                            int32_t rows)
+{
+    return src + std::min<int64_t>(std::max<int64_t>(row, 0), rows - 1) * cols;
+}
+
+VISTATRIM_FORM_BODY void RepeatEnds(float* buffer, int32_t cols, int32_t reach)
+{
+    for (int32_t k = 1; k <= reach; ++k) {
+        buffer[-k] = buffer[0];
+        buffer[cols - 1 + k] = buffer[cols - 1];
+    }
+}
+
+VISTATRIM_FORM_BODY void SmoothFixed(const float* src, float* dst, int32_t cols, int32_t rows,
+                                     const float* taps, int32_t reach, float* buffer)
+{
+    const float* lines[2 * kMaxFixedReach + 1];
+    for (int32_t y = 0; y < rows; ++y) {
+        for (int32_t k = 0; k <= 2 * reach; ++k)
+            lines[k] = ClampedRow(src, y + k - reach, cols, rows);
+        WeightedSum(lines, taps, reach, buffer, cols);
+        RepeatEnds(buffer, cols, reach);
+        for (int32_t k = 0; k <= 2 * reach; ++k)
+            lines[k] = buffer + k - reach;
+        WeightedSum(lines, taps, reach, dst + static_cast<int64_t>(y) * cols, cols);
+    }
+}
+
+VISTATRIM_FORM_BODY void SmoothAnyReach(const float* src, float* dst, int32_t cols, int32_t rows,
+                                        const float* taps, int32_t reach, float* buffer)
+{
+    for (int64_t y = 0; y < rows; ++y) {
+        StartPair(ClampedRow(src, y - reach, cols, rows), ClampedRow(src, y + reach, cols, rows),
+                  taps[0], buffer, cols);
+        for (int32_t k = 1; k < reach; ++k)
+            AddPair(ClampedRow(src, y - reach + k, cols, rows),
+                    ClampedRow(src, y + reach - k, cols, rows), taps[k], buffer, cols);
+        AddCentre(src + y * cols, taps[reach], buffer, cols);
+        RepeatEnds(buffer, cols, reach);
+        float* out = dst + y * cols;
+        StartPair(buffer - reach, buffer + reach, taps[0], out, cols);
+        for (int32_t k = 1; k < reach; ++k)
+            AddPair(buffer - reach + k, buffer + reach - k, taps[k], out, cols);
+        AddCentre(buffer, taps[reach], out, cols);
+    }
+}
+
+VISTATRIM_FORM_BODY void SmoothPlaneBody(const float* src, float* dst, int32_t cols, int32_t rows,
+                                         const float* taps, int32_t reach, float* buffer)
+{
+    if (reach == 3)
+        SmoothFixed(src, dst, cols, rows, taps, 3, buffer);
+    else if (reach == 7)
+        SmoothFixed(src, dst, cols, rows, taps, 7, buffer);
+    else
+        SmoothAnyReach(src, dst, cols, rows, taps, reach, buffer);
+}
+VISTATRIM_FORMS(SmoothPlane,
+                (const float* src, float* dst, int32_t cols, int32_t rows, const float* taps,
+                 int32_t reach, float* buffer),
+                (src, dst, cols, rows, taps, reach, buffer))
+
+VISTATRIM_FORM_BODY void SeparateBytesBody(const uint8_t* pixels, int64_t count,
+                                           float* __restrict__ first, float* __restrict__ second,
+                                           float* __restrict__ third)
+{
+    for (int64_t i = 0; i < count; ++i) {
+        first[i] = static_cast<float>(pixels[3 * i]);
+        second[i] = static_cast<float>(pixels[3 * i + 1]);
+        third[i] = static_cast<float>(pixels[3 * i + 2]);
+    }
+}
+VISTATRIM_FORMS(SeparateBytes,
+                (const uint8_t* pixels, int64_t count, float* first, float* second, float* third),
+                (pixels, count, first, second, third))
+
+int64_t RoundUpToLine(int64_t floats)
+{
+    return (floats + kLineFloats - 1) / kLineFloats * kLineFloats;
+}
+
+int32_t CheckGaussian(int32_t cols, int32_t rows, int32_t maskSize)
+{
+    if (cols < 1 || rows < 1)
+        return KernelBadSize;
+    if (maskSize < 3 || maskSize % 2 == 0)
+        return KernelBadArgument;
+    return KernelSuccess;
+}
+
+} // namespace
+
+void GaussianTaps(int32_t maskSize, float sigma, float* taps)
+{
+    const int32_t reach = maskSize / 2;
+    const double wideSigma = sigma;
+    const double spread = (wideSigma + wideSigma) * wideSigma;
+    float sum = 0.0f;
+    for (int32_t i = 0; i < maskSize; ++i) {
+        const double distance = static_cast<float>(i - reach);
+        taps[i] = static_cast<float>(std::exp(-(distance * distance) / spread));
+        sum += taps[i];
+    }
+    for (int32_t i = 0; i < maskSize; ++i)
+        taps[i] /= sum;
+}
+
+// The taps, then one row with its border on both sides, both at the start of a cache line.
+int32_t GaussianBufferSize(int32_t cols, int32_t rows, int32_t maskSize, int32_t* size)
+{
+    const int32_t status = CheckGaussian(cols, rows, maskSize);
+    if (status != KernelSuccess)
+        return status;
+    const int64_t reach = maskSize / 2;
+    const int64_t bytes = (RoundUpToLine(maskSize) + RoundUpToLine(reach) + cols + reach) *
+                          static_cast<int64_t>(sizeof(float));
+    if (bytes > std::numeric_limits<int32_t>::max())
+        return KernelBadSize;
+    *size = static_cast<int32_t>(bytes);
+    return KernelSuccess;
+}
+
+int32_t GaussianKernel(const float* src, float* dst, int32_t cols, int32_t rows, int32_t maskSize,
+                       float sigma, void* buffer)
+{
+    if (!src || !dst || !buffer)
+        return KernelNullPointer;
+    const int32_t status = CheckGaussian(cols, rows, maskSize);
+    if (status != KernelSuccess)
+        return status;
+    const int32_t reach = maskSize / 2;
+    float* taps = static_cast<float*>(buffer);
+    GaussianTaps(maskSize, sigma, taps);
+    SmoothPlane(src, dst, cols, rows, taps, reach,
+                taps + RoundUpToLine(maskSize) + RoundUpToLine(reach));
+    return KernelSuccess;
+}
+
+// A refused size leaves the scratch size at 0, so that one refusal is told three times: the
+// steps do not look at what the step before found.
+void GaussianSmooth(const float* src, float* dst, int32_t cols, int32_t rows, int32_t maskSize,
+                    float sigma)
+{
+    int32_t size = 0;
+    int32_t status = GaussianBufferSize(cols, rows, maskSize, &size);
+    if (status != KernelSuccess)
+        std::cerr << "Gaussian blur buffer allocation: " << StatusText(status) << std::endl;
+    void* buffer = AllocateKernelBuffer(size);
+    // The blank at the end belongs to the text.
+    if (!buffer)
+        std::cerr << "Gaussian blur buffer allocation failure. " << std::endl;
+    status = GaussianKernel(src, dst, cols, rows, maskSize, sigma, buffer);
+    if (status != KernelSuccess)
+        std::cerr << "Gaussian blur: " << StatusText(status) << std::endl;
+    FreeKernelBuffer(buffer);
+}
+
+void SmoothStack(CPlaneStack source, CPlaneStack target, double sigma)
+{
+    for (size_t i = 0; i < static_cast<size_t>(std::max(source.PlaneCount, 0)); ++i)
+        GaussianSmooth(source.Planes[i], target.Planes[i], source.Cols, source.Rows, 7,
+                       static_cast<float>(sigma));
+}
+
+void BlurInterleavedPixels(const uint8_t* pixels, int32_t cols, int32_t rows, float sigma,
+                           float* const out[3])
+{
+    const int64_t count = cols < 1 || rows < 1 ? 0 : static_cast<int64_t>(cols) * rows;
+    std::unique_ptr<float[]> planes[3];
+    for (std::unique_ptr<float[]>& plane : planes)
+        plane.reset(new float[static_cast<size_t>(count)]);
+    SeparateBytes(pixels, count, planes[0].get(), planes[1].get(), planes[2].get());
+    for (int c = 0; c < 3; ++c)
+        GaussianSmooth(planes[c].get(), out[c], cols, rows, 15, sigma);
+}
+
+} // namespace vistaTrim

@@ -1,0 +1,106 @@
+// What the tests of the image kernels share: planes with guards, the error stream, denied
+// memory, processor forms and awkward sizes.
+#ifndef VISTATRIM_TESTS_NUMERIC_KERNEL_TEST_SUPPORT_H
+#define VISTATRIM_TESTS_NUMERIC_KERNEL_TEST_SUPPORT_H
+
+#include <cstdint>
+#include <functional>
+#include <iosfwd>
+#include <set>
+#include <sstream>
+#include <string>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+#include "numeric/cpu_forms.h"
+
+namespace vistaTrim {
+
+// A plane between two stretches of a NaN of its own: a kernel that writes past the plane
+// destroys it, and one that reads past the plane spreads it into its result.
+class GuardedPlane {
+public:
+    GuardedPlane(int32_t cols, int32_t rows, float fill = 0.0f);
+    static GuardedPlane FromFunction(int32_t cols, int32_t rows,
+                                     const std::function<float(int32_t x, int32_t y)>& pixel);
+    // The same numbers on every call; whole numbers of 0..255, or fractions of that range.
+    static GuardedPlane WholeNumbers(int32_t cols, int32_t rows, uint32_t seed);
+    static GuardedPlane Fractions(int32_t cols, int32_t rows, uint32_t seed);
+
+    float* Data();
+    const float* Data() const;
+    float At(int32_t x, int32_t y) const;         // inside the plane
+    float Replicated(int32_t x, int32_t y) const; // the nearest pixel inside
+    bool GuardsIntact() const;
+    std::vector<float> Pixels() const;
+    // All bits of all pixels, so that the two zeros differ and a NaN equals itself.
+    std::vector<uint32_t> Bits() const;
+
+    int32_t Cols;
+    int32_t Rows;
+
+private:
+    std::vector<float> storage;
+};
+
+// Catches what is written to the error stream; a test that leaves something uncollected fails.
+class KernelTest : public testing::Test {
+protected:
+    KernelTest();
+    ~KernelTest() override;
+    void TearDown() override;
+    // What was written since the last call.
+    std::string TakeErrors();
+
+private:
+    std::ostringstream written;
+    std::streambuf* previous;
+};
+
+// While one lives, the chosen aligned allocations fail, counted from 0, and all are tallied.
+class AllocationFaults {
+public:
+    explicit AllocationFaults(std::set<int> denied);
+    static AllocationFaults* Active();
+    AllocationFaults(const AllocationFaults&) = delete;
+    AllocationFaults& operator=(const AllocationFaults&) = delete;
+    ~AllocationFaults();
+
+    // For the allocator's stand-in.
+    bool Deny();
+    void Count(int change);
+
+    int Asked = 0;
+    int Live = 0; // given and not yet given back
+
+private:
+    std::set<int> denied;
+};
+
+// Every form that this machine has.
+std::vector<CpuForm> AvailableForms();
+
+// Puts back the form that was in use.
+class FormScope {
+public:
+    FormScope();
+    ~FormScope();
+    FormScope(const FormScope&) = delete;
+    FormScope& operator=(const FormScope&) = delete;
+
+private:
+    CpuForm before;
+};
+
+struct PlaneSize {
+    int32_t Cols;
+    int32_t Rows;
+};
+// One pixel, single rows and columns, sides below every mask, widths round every vector
+// width; with the picture size at the end.
+std::vector<PlaneSize> AwkwardSizes();
+
+} // namespace vistaTrim
+
+#endif
