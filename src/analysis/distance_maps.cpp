@@ -6,7 +6,6 @@
 #include <cblas.h>
 #include <lapacke.h>
 
-#include "numeric/aligned_memory.h"
 #include "numeric/cpu_forms.h"
 #include "numeric/vector_ops.h"
 
@@ -14,16 +13,14 @@ namespace vistaTrim {
 
 namespace {
 
-constexpr size_t kScratchAlignment = 64;
-
 // Added to every variance, on the scale of the bytes: a flat border still gives finite
 // distances.
 constexpr float kRegulariser = 10.0f;
 
-float* AllocateFloats(size_t count)
-{
-    return static_cast<float*>(AllocateAligned(count * sizeof(float), kScratchAlignment));
-}
+// Pixels measured at a time in the general form: two blocks of three planes lie in the first
+// cache. A multiple of every vector width, so that the product of a block has the bits of the
+// product of the whole plane.
+constexpr int32_t kBlock = 512;
 
 VISTATRIM_FORM_BODY void DotThreeBody(const float* a, const float* b, int32_t count, float* result)
 {
@@ -99,51 +96,69 @@ void InvertRegularised(const float* a, int32_t n, float eps, float* result)
             result[i * side + j] = result[j * side + i];
 }
 
+CDistanceModel::CDistanceModel(const CPlaneStack& mean, const CPlaneStack& covariance, bool scalar)
+    : PlaneCount(mean.ElementCount), Scalar(scalar), Scale(0.0f),
+      Means(mean.Planes[0], mean.Planes[0] + mean.ElementCount)
+{
+    if (scalar) {
+        const float variance =
+            static_cast<float>(static_cast<double>(covariance.Planes[0][0]) + 10.0);
+        const float deviation = std::sqrt(variance);
+        Scale = 1.0f / deviation;
+        return;
+    }
+    const size_t side = Means.size();
+    Inverse.resize(side * side);
+    Centred.resize(side * kBlock);
+    Weighted.resize(side * kBlock);
+    InvertRegularised(covariance.Planes[0], PlaneCount, kRegulariser, Inverse.data());
+}
+
+void CDistanceModel::Measure(const CPlaneStack& stack, int32_t first, int32_t count,
+                             float* distance)
+{
+    if (Scalar) {
+        OffsetPlane(stack.Planes[0] + first, distance, count, -Means[0]);
+        VectorAbs(count, distance, distance);
+        cblas_sscal(count, Scale, distance, 1);
+        return;
+    }
+    for (int32_t done = 0; done < count; done += kBlock)
+        MeasureBlock(stack, first + done, std::min(count - done, kBlock), distance + done);
+}
+
+void CDistanceModel::MeasureBlock(const CPlaneStack& stack, int32_t first, int32_t count,
+                                  float* distance)
+{
+    for (size_t k = 0; k < Means.size(); ++k)
+        OffsetPlane(stack.Planes[k] + first, &Centred[k * static_cast<size_t>(count)], count,
+                    -Means[k]);
+    cblas_ssymm(CblasColMajor, CblasRight, CblasLower, count, PlaneCount, 1.0f, Inverse.data(),
+                PlaneCount, Centred.data(), count, 0.0f, Weighted.data(), count);
+    if (PlaneCount == 3)
+        DotThreePlanes(Centred.data(), Weighted.data(), count, distance);
+    else
+        DotPlanes(Weighted.data(), Centred.data(), PlaneCount, count, distance);
+    // Rounding can make a square negative; its root is not a number then, and stays so.
+    VectorSqrt(count, distance, distance);
+}
+
 void ComputeMahalanobisMap(const CPlaneStack& stack, CPlaneStack& out, const CPlaneStack& mean,
                            const CPlaneStack& covariance, bool normalise)
 {
-    const int32_t n = stack.PlaneCount;
-    const int32_t count = stack.ElementCount;
-    const size_t side = static_cast<size_t>(n);
-    const size_t plane = static_cast<size_t>(count);
-    const float* means = mean.Planes[0];
-    float* distance = out.Planes[0];
-
-    float* inverse = AllocateFloats(side * side);
-    float* centred = AllocateFloats(side * plane);
-    float* weighted = AllocateFloats(side * plane);
-
-    InvertRegularised(covariance.Planes[0], n, kRegulariser, inverse);
-    for (size_t k = 0; k < side; ++k)
-        OffsetPlane(stack.Planes[k], centred + k * plane, count, -means[k]);
-    cblas_ssymm(CblasColMajor, CblasRight, CblasLower, count, n, 1.0f, inverse, n, centred, count,
-                0.0f, weighted, count);
-    if (n == 3)
-        DotThreePlanes(centred, weighted, count, distance);
-    else
-        DotPlanes(weighted, centred, n, count, distance);
-    // Rounding can make a square negative; its root is not a number then, and stays so.
-    VectorSqrt(count, distance, distance);
-
-    FreeAligned(weighted);
-    FreeAligned(centred);
-    FreeAligned(inverse);
+    CDistanceModel model(mean, covariance, false);
+    model.Measure(stack, 0, stack.ElementCount, out.Planes[0]);
     if (normalise)
-        NormalisePlane(distance, out.ElementCount);
+        NormalisePlane(out.Planes[0], out.ElementCount);
 }
 
 void ComputeScalarDistanceMap(const CPlaneStack& stack, CPlaneStack& out, const CPlaneStack& mean,
                               const CPlaneStack& covariance, bool normalise)
 {
-    const int32_t count = stack.ElementCount;
-    float* distance = out.Planes[0];
-    OffsetPlane(stack.Planes[0], distance, count, -mean.Planes[0][0]);
-    VectorAbs(count, distance, distance);
-    const float variance = static_cast<float>(static_cast<double>(covariance.Planes[0][0]) + 10.0);
-    const float deviation = std::sqrt(variance);
-    cblas_sscal(count, 1.0f / deviation, distance, 1);
+    CDistanceModel model(mean, covariance, true);
+    model.Measure(stack, 0, stack.ElementCount, out.Planes[0]);
     if (normalise)
-        NormalisePlane(distance, out.ElementCount);
+        NormalisePlane(out.Planes[0], out.ElementCount);
 }
 
 } // namespace vistaTrim

@@ -5,10 +5,36 @@
 #define VISTATRIM_ANALYSIS_DISTANCE_MAPS_H
 
 #include <cstdint>
+#include <vector>
 
 #include "numeric/plane_stack.h"
 
 namespace vistaTrim {
+
+// A colour model made ready to measure pixels by. It measures any stretch of a stack, so that
+// whoever needs the distances from several models can take them block by block, while the
+// pixels are in the cache, with no plane for each.
+class CDistanceModel {
+public:
+    // mean        one plane of n floats
+    // covariance  one plane of n x n floats, row-major, symmetric
+    // scalar      |x - mean| / sqrt(variance + 10), for a single plane; else the general form
+    CDistanceModel(const CPlaneStack& mean, const CPlaneStack& covariance, bool scalar);
+
+    // distance[i] = distance of pixel first + i of stack, for i below count.
+    void Measure(const CPlaneStack& stack, int32_t first, int32_t count, float* distance);
+
+private:
+    void MeasureBlock(const CPlaneStack& stack, int32_t first, int32_t count, float* distance);
+
+    int32_t PlaneCount;
+    bool Scalar;
+    float Scale;                 // scalar form: 1 / sqrt(variance + 10)
+    std::vector<float> Means;    // of each plane
+    std::vector<float> Inverse;  // general form: of the regularised covariance
+    std::vector<float> Centred;  // general form, one block: pixels less the means
+    std::vector<float> Weighted; // the same, times Inverse
+};
 
 // stack       n planes
 // out         one plane of the same size

@@ -45,20 +45,18 @@ GroupTotal SumGroup(const float* table, int64_t stride, const StripGroup& group)
     return total;
 }
 
-// The distance of every pixel of stack from the statistics of one group.
-void ComputeGroupDistance(const CPlaneStack& stack, CPlaneStack& out, const StripGroup& group,
-                          bool normalise)
+// Pixels measured against both models before the next ones: a few rows, which stay in the cache.
+constexpr int32_t kBlock = 2048;
+
+// The model of one group, ready to measure pixels by.
+CDistanceModel ModelOfGroup(const CPlaneStack& stack, const StripGroup& group)
 {
     COwnedStack mean;
     COwnedStack covariance;
     mean.Create(1, stack.PlaneCount, 1);
     covariance.Create(1, stack.PlaneCount, stack.PlaneCount);
-
     ComputeStripStatistics(stack, mean, covariance, group);
-    if (stack.PlaneCount == 1)
-        ComputeScalarDistanceMap(stack, out, mean, covariance, normalise);
-    else
-        ComputeMahalanobisMap(stack, out, mean, covariance, normalise);
+    return CDistanceModel(mean, covariance, stack.PlaneCount == 1);
 }
 
 // The two distances are added as they come, each with its natural weight; only their sum is
@@ -66,12 +64,24 @@ void ComputeGroupDistance(const CPlaneStack& stack, CPlaneStack& out, const Stri
 void ComputeAnchoredContrast(const CPlaneStack& stack, CPlaneStack& out, const StripGroup& anchor,
                              const StripGroup& rest)
 {
-    COwnedStack restDistance;
-    restDistance.Create(1, stack.Cols, stack.Rows);
+    CDistanceModel anchorModel = ModelOfGroup(stack, anchor);
+    CDistanceModel restModel = ModelOfGroup(stack, rest);
+    std::vector<float> restDistance(kBlock);
 
-    ComputeGroupDistance(stack, out, anchor, false);
-    ComputeGroupDistance(stack, restDistance, rest, false);
-    AddPlanes(out, restDistance, 1.0f);
+    for (int32_t first = 0; first < stack.ElementCount; first += kBlock) {
+        const int32_t count = std::min(stack.ElementCount - first, kBlock);
+        float* const distance = out.Planes[0] + first;
+        anchorModel.Measure(stack, first, count, distance);
+        restModel.Measure(stack, first, count, restDistance.data());
+        VectorAdd(count, distance, restDistance.data(), distance);
+    }
+    NormalisePlane(out.Planes[0], out.ElementCount);
+}
+
+void ComputeSideContrast(const CPlaneStack& stack, CPlaneStack& out, const CStripRect& strip)
+{
+    CDistanceModel model = ModelOfGroup(stack, {strip});
+    model.Measure(stack, 0, stack.ElementCount, out.Planes[0]);
     NormalisePlane(out.Planes[0], out.ElementCount);
 }
 
@@ -107,10 +117,10 @@ void ComputeBottomContrast(const CPlaneStack& stack, CPlaneStack& out, float fra
 void ComputeSideContrasts(const CPlaneStack& stack, CPlaneStack outs[4], float fraction)
 {
     const BorderStrips strips = MakeBorderStrips(stack.Cols, stack.Rows, fraction);
-    ComputeGroupDistance(stack, outs[0], {strips.Top}, true);
-    ComputeGroupDistance(stack, outs[1], {strips.Bottom}, true);
-    ComputeGroupDistance(stack, outs[2], {strips.Left}, true);
-    ComputeGroupDistance(stack, outs[3], {strips.Right}, true);
+    ComputeSideContrast(stack, outs[0], strips.Top);
+    ComputeSideContrast(stack, outs[1], strips.Bottom);
+    ComputeSideContrast(stack, outs[2], strips.Left);
+    ComputeSideContrast(stack, outs[3], strips.Right);
 }
 
 void ComputeStripStatistics(const CPlaneStack& stack, CPlaneStack& mean, CPlaneStack& covariance,
