@@ -55,6 +55,8 @@ public:
 private:
     void FillCell(uint32_t aspectIndex, uint32_t scaleIndex);
     void FillAspectRow(uint32_t aspectIndex);
+    void FindAspectRow(double ratio, uint32_t& aspectIndex);
+    uint64_t FlatCapacity() const;
 
     uint32_t ImageWidth = 0;
     uint32_t ImageHeight = 0;

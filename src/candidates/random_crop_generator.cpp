@@ -1,0 +1,323 @@
+#include "candidates/random_crop_generator.h"
+
+#include <algorithm>
+#include <cmath>
+#include <stdexcept>
+
+namespace vistaTrim {
+
+namespace {
+
+constexpr double kRatioTolerance = 0.001; // of a ratio, over the longer side in pixels
+
+// A bare char pointer, without const: handlers for char*, const char* and void* all catch it.
+[[noreturn]] void ThrowText(const char* text)
+{
+    throw const_cast<char*>(text);
+}
+
+// The standard library words this failure as it likes; hosts know it by this text.
+[[noreturn]] void ThrowTooLong()
+{
+    throw std::length_error("vector<T> too long");
+}
+
+// Truncates to a 64-bit whole number. What does not fit, and a NaN, gives the smallest one, so
+// that every table value has a defined result.
+int64_t Truncate(double value)
+{
+    constexpr double kLimit = 9223372036854775808.0;
+    if (value >= -kLimit && value < kLimit)
+        return static_cast<int64_t>(value);
+    return INT64_MIN;
+}
+
+// The same in 32 bits, wrapping: a negative or huge side becomes an unsigned number that the
+// unsigned comparisons then meet.
+uint32_t TruncateToUnsigned(double value)
+{
+    return static_cast<uint32_t>(static_cast<uint64_t>(Truncate(value)));
+}
+
+void Reserve(CropCell& cell, uint64_t count)
+{
+    if (count > cell.max_size())
+        ThrowTooLong();
+    cell.reserve(static_cast<size_t>(count));
+}
+
+// The first row within the tolerance wins, not the nearest one.
+bool RatioMatches(const DoubleInfo& row, double ratio, double tolerance)
+{
+    return std::fabs(row.Value - ratio) < tolerance;
+}
+
+void SetEnabled(std::vector<DoubleInfo>& table, double value, bool enabled, double tolerance)
+{
+    for (DoubleInfo& row : table)
+        if (RatioMatches(row, value, tolerance)) {
+            row.Enabled = enabled;
+            return;
+        }
+    table.push_back(DoubleInfo(value, enabled));
+}
+
+} // namespace
+
+void RandomCropGenerator::Initialize(uint32_t width, uint32_t height,
+                                     const std::vector<DoubleInfo>& aspectRows,
+                                     const std::vector<DoubleInfo>& scaleRows,
+                                     uint32_t numMaxCropRectsPerSide)
+{
+    ImageWidth = width;
+    ImageHeight = height;
+    RatioTolerance = kRatioTolerance / std::max(width, height);
+    AspectTable = aspectRows;
+    ScaleTable = scaleRows;
+    NumMaxCropRectsPerSide = numMaxCropRectsPerSide;
+}
+
+std::vector<DoubleInfo> RandomCropGenerator::GetAspectRatios() const
+{
+    return AspectTable;
+}
+
+std::vector<DoubleInfo> RandomCropGenerator::GetCropRectScaleRatios() const
+{
+    return ScaleTable;
+}
+
+void RandomCropGenerator::SetAspectRatioEnabled(double value, bool enabled)
+{
+    SetEnabled(AspectTable, value, enabled, RatioTolerance);
+}
+
+void RandomCropGenerator::SetCropRectScaleRatioEnabled(double value, bool enabled)
+{
+    SetEnabled(ScaleTable, value, enabled, RatioTolerance);
+}
+
+bool RandomCropGenerator::AspectRatioEnabled(uint32_t aspectIndex) const
+{
+    return AspectTable[aspectIndex].Enabled;
+}
+
+bool RandomCropGenerator::CropRectScaleRatioEnabled(uint32_t scaleIndex) const
+{
+    return ScaleTable[scaleIndex].Enabled;
+}
+
+void RandomCropGenerator::FillCell(uint32_t aspectIndex, uint32_t scaleIndex)
+{
+    CropRow& row = CropGrid[aspectIndex];
+    if (scaleIndex == row.size())
+        row.emplace_back();
+    if (!row[scaleIndex].empty())
+        return;
+
+    const double imageWidth = ImageWidth;
+    const double imageHeight = ImageHeight;
+    const double aspect = AspectTable[aspectIndex].Value;
+    const double scale = ScaleTable[scaleIndex].Value;
+
+    // Anchored on the side that the ratio would overflow.
+    double cropWidth = 0;
+    double cropHeight = 0;
+    if (imageWidth / imageHeight < aspect) {
+        cropWidth = std::floor(imageWidth * scale + 0.5);
+        cropHeight = std::floor(TruncateToUnsigned(cropWidth) / aspect + 0.5);
+    } else {
+        cropHeight = std::floor(imageHeight * scale + 0.5);
+        cropWidth = std::floor(TruncateToUnsigned(cropHeight) * aspect + 0.5);
+    }
+    const uint32_t w = TruncateToUnsigned(cropWidth);
+    const uint32_t h = TruncateToUnsigned(cropHeight);
+    if (w > ImageWidth || h > ImageHeight)
+        ThrowText("RandomCropGenerator: error\n");
+
+    // The axis with more free room gets all the positions, the other one its share. The count
+    // less one is formed in 32 unsigned bits: a density of 0 wraps, and the steps below end
+    // the walk all the same.
+    const uint32_t freeX = ImageWidth - w;
+    const uint32_t freeY = ImageHeight - h;
+    const double dx = freeX;
+    const double dy = freeY;
+    const double intervals = NumMaxCropRectsPerSide - 1U;
+    int64_t nx = NumMaxCropRectsPerSide;
+    int64_t ny = NumMaxCropRectsPerSide;
+    if (freeY > freeX)
+        nx = Truncate(std::floor(intervals * (dx / dy) + 1));
+    else
+        ny = Truncate(std::floor(intervals * (dy / std::max(1.0, dx)) + 1));
+    // Filled apart and handed over whole: a cell left half full by exhausted memory would never
+    // be enumerated again.
+    CropCell cell;
+    Reserve(cell, static_cast<uint64_t>(nx) * static_cast<uint64_t>(ny));
+
+    // Never below a pixel, so the real counts can differ from nx and ny.
+    const double stepX = std::max(1.0, dx / static_cast<double>(std::max<int64_t>(nx - 1, 1)));
+    const double stepY = std::max(1.0, dy / static_cast<double>(std::max<int64_t>(ny - 1, 1)));
+    const int64_t countX = Truncate(dx / stepX + 1);
+    const int64_t countY = Truncate(dy / stepY + 1);
+    for (int64_t i = 0; i < countX; ++i) {
+        const uint32_t x = TruncateToUnsigned(std::floor(static_cast<double>(i) * stepX));
+        for (int64_t j = 0; j < countY; ++j) {
+            const uint32_t y = TruncateToUnsigned(std::floor(static_cast<double>(j) * stepY));
+            // A side of 0 wraps at the first column or row, and the position is passed over;
+            // anywhere else such a crop is kept, with its last side one before its first.
+            const uint32_t right = x + w - 1U;
+            const uint32_t bottom = y + h - 1U;
+            if (right >= ImageWidth || bottom >= ImageHeight)
+                continue;
+            cell.push_back(CInt32CropRect(static_cast<int32_t>(x), static_cast<int32_t>(right),
+                                          static_cast<int32_t>(y), static_cast<int32_t>(bottom)));
+        }
+    }
+    row[scaleIndex].swap(cell);
+}
+
+void RandomCropGenerator::FillAspectRow(uint32_t aspectIndex)
+{
+    if (aspectIndex == CropGrid.size())
+        CropGrid.emplace_back();
+    CropGrid[aspectIndex].reserve(ScaleTable.size());
+    for (uint32_t scaleIndex = 0; scaleIndex < ScaleTable.size(); ++scaleIndex)
+        FillCell(aspectIndex, scaleIndex);
+}
+
+void RandomCropGenerator::FillAll()
+{
+    CropGrid.reserve(AspectTable.size());
+    for (uint32_t aspectIndex = 0; aspectIndex < AspectTable.size(); ++aspectIndex)
+        FillAspectRow(aspectIndex);
+}
+
+void RandomCropGenerator::FindAspectRow(double ratio, uint32_t& aspectIndex)
+{
+    aspectIndex = static_cast<uint32_t>(AspectTable.size());
+    CropGrid.reserve(AspectTable.size());
+    for (uint32_t i = 0; i < AspectTable.size(); ++i) {
+        if (i == CropGrid.size())
+            CropGrid.emplace_back();
+        if (RatioMatches(AspectTable[i], ratio, RatioTolerance)) {
+            aspectIndex = i;
+            return;
+        }
+    }
+    AspectTable.push_back(DoubleInfo(ratio, true));
+}
+
+void RandomCropGenerator::FillForAspectRatio(double ratio, uint32_t& aspectIndex)
+{
+    FindAspectRow(ratio, aspectIndex);
+    FillAspectRow(aspectIndex);
+}
+
+void RandomCropGenerator::FillForCropSize(double width, double height, uint32_t& aspectIndex,
+                                          uint32_t& scaleIndex)
+{
+    const double imageWidth = ImageWidth;
+    const double imageHeight = ImageHeight;
+    const double ratio = width / height;
+    const double scale =
+        imageWidth / imageHeight < ratio ? width / imageWidth : height / imageHeight;
+
+    scaleIndex = static_cast<uint32_t>(ScaleTable.size());
+    FindAspectRow(ratio, aspectIndex);
+    if (aspectIndex == CropGrid.size())
+        CropGrid.emplace_back();
+
+    CropRow& row = CropGrid[aspectIndex];
+    uint32_t i = 0;
+    for (; i < ScaleTable.size(); ++i) {
+        if (i == row.size())
+            row.emplace_back();
+        if (RatioMatches(ScaleTable[i], scale, RatioTolerance)) {
+            scaleIndex = i;
+            break;
+        }
+    }
+    if (i == ScaleTable.size()) {
+        ScaleTable.push_back(DoubleInfo(scale, true));
+        row.emplace_back();
+    }
+    FillCell(aspectIndex, scaleIndex);
+}
+
+CropCell RandomCropGenerator::GenerateCell(uint32_t aspectIndex, uint32_t scaleIndex)
+{
+    FillCell(aspectIndex, scaleIndex);
+    return CropGrid[aspectIndex][scaleIndex];
+}
+
+CropRow RandomCropGenerator::GenerateAspectRow(uint32_t aspectIndex)
+{
+    FillAspectRow(aspectIndex);
+    return CropGrid[aspectIndex];
+}
+
+CropGridRows RandomCropGenerator::GenerateAll()
+{
+    FillAll();
+    return CropGrid;
+}
+
+CropRow RandomCropGenerator::GenerateForAspectRatio(double ratio, uint32_t& aspectIndex)
+{
+    FillForAspectRatio(ratio, aspectIndex);
+    return CropGrid[aspectIndex];
+}
+
+CropCell RandomCropGenerator::GenerateForCropSize(double width, double height,
+                                                  uint32_t& aspectIndex, uint32_t& scaleIndex)
+{
+    FillForCropSize(width, height, aspectIndex, scaleIndex);
+    return CropGrid[aspectIndex][scaleIndex];
+}
+
+const std::vector<CInt32CropRect>& RandomCropGenerator::GetEnabledCropRects(uint32_t aspectIndex)
+{
+    FlatCropRects.clear();
+    Reserve(FlatCropRects, FlatCapacity());
+    const size_t first = aspectIndex == NoIndex ? 0 : aspectIndex;
+    const size_t end = aspectIndex == NoIndex ? CropGrid.size() : first + 1;
+    for (size_t a = first; a < end; ++a) {
+        if (!AspectTable[a].Enabled)
+            continue;
+        const CropRow& row = CropGrid[a];
+        for (size_t s = 0; s < row.size(); ++s)
+            if (ScaleTable[s].Enabled)
+                FlatCropRects.insert(FlatCropRects.end(), row[s].begin(), row[s].end());
+    }
+    return FlatCropRects;
+}
+
+// Room for the most that the density allows. Saturates instead of wrapping: a product past 64
+// bits is past the longest list too.
+uint64_t RandomCropGenerator::FlatCapacity() const
+{
+    const uint64_t cells = static_cast<uint64_t>(ScaleTable.size()) * CropGrid.size();
+    const uint64_t perCell = static_cast<uint64_t>(NumMaxCropRectsPerSide) * NumMaxCropRectsPerSide;
+    if (perCell != 0 && cells > UINT64_MAX / perCell)
+        return UINT64_MAX;
+    return cells * perCell;
+}
+
+CropGridRows RandomCropGenerator::GetEnabledGrid(uint32_t aspectIndex) const
+{
+    CropGridRows grid;
+    const size_t first = aspectIndex == NoIndex ? 0 : aspectIndex;
+    const size_t end = aspectIndex == NoIndex ? CropGrid.size() : first + 1;
+    for (size_t a = first; a < end; ++a) {
+        if (!AspectTable[a].Enabled)
+            continue;
+        grid.emplace_back();
+        const CropRow& row = CropGrid[a];
+        for (size_t s = 0; s < row.size(); ++s)
+            if (ScaleTable[s].Enabled)
+                grid.back().push_back(row[s]);
+    }
+    return grid;
+}
+
+} // namespace vistaTrim

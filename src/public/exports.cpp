@@ -1,0 +1,63 @@
+#include "vistaTrim/functions.h"
+
+#include "public/rgb8_image.h"
+#include "public/vista_trim.h"
+
+using namespace vistaTrim;
+
+// Thin flat wrappers. None of them catches anything or tests a pointer.
+
+IImage* CreateImageObj(uint32_t height, uint32_t width, uint32_t channels,
+                       const int32_t* channelOffsets, const uint8_t* pixels)
+{
+    // A host's own allocator may return null instead of throwing; volatile keeps the test.
+    void* volatile storage = ::operator new(sizeof(CRGB8Image));
+    if (storage == nullptr)
+        return nullptr;
+    CRGB8Image* image = new (storage) CRGB8Image(height, width, channels, channelOffsets);
+    try {
+        image->Fill(pixels);
+    } catch (...) {
+        image->Destroy();
+        throw;
+    }
+    return image;
+}
+
+IVistaTrim* CreateVistaTrimObj(IImage* image, const VistaTrimParameters* parameters)
+{
+    // A driver whose analysis throws is abandoned half built; the host gets no pointer.
+    VistaTrim* object = new VistaTrim;
+    object->Initialize(image, *parameters);
+    return object;
+}
+
+void DestroyVistaTrimObj(IVistaTrim* object)
+{
+    object->Destroy();
+}
+
+// One function under two names: Destroy stands in the same slot of both interfaces.
+#if defined(__GNUC__) && !defined(__clang__)
+#pragma GCC diagnostic ignored "-Wattribute-alias"
+#endif
+extern "C" VISTATRIM_API void DestroyImageObj(IImage* image)
+    __attribute__((alias("DestroyVistaTrimObj")));
+
+void ComputeCropSuggestions(IVistaTrim* object, ICropRects** result,
+                            const SuggestionParameters* request)
+{
+    object->ComputeCropSuggestions(result, *request);
+}
+
+void GetNTopCropSuggestions(IVistaTrim* object, int32_t n, ICropRects** result,
+                            const SuggestionParameters* request, int32_t rankingMode,
+                            WeightDistribution weights)
+{
+    object->GetNTopCropSuggestions(n, result, *request, rankingMode, weights);
+}
+
+void EvaluateScores(IVistaTrim* object, CInt32CropRect* rect)
+{
+    object->EvaluateScores(*rect);
+}

@@ -1,0 +1,184 @@
+#include "vistaTrim/records.h"
+
+namespace vistaTrim {
+
+CInt32Rect::CInt32Rect() : Left(0), Right(0), Top(0), Bottom(0)
+{
+}
+
+CInt32Rect::CInt32Rect(int left, int right, int top, int bottom)
+    : Left(left), Right(right), Top(top), Bottom(bottom)
+{
+}
+
+CInt32Rect& CInt32Rect::operator=(const CInt32Rect& other)
+{
+    Left = other.Left;
+    Right = other.Right;
+    Top = other.Top;
+    Bottom = other.Bottom;
+    return *this;
+}
+
+namespace {
+
+// last - first + 1 in 32 bits; unsigned, so that wild coordinates wrap instead of overflowing.
+int32_t SideLength(int32_t first, int32_t last)
+{
+    return static_cast<int32_t>(static_cast<uint32_t>(last) - static_cast<uint32_t>(first) + 1U);
+}
+
+} // namespace
+
+int64_t CInt32Rect::Area() const
+{
+    return static_cast<int64_t>(SideLength(Top, Bottom)) * SideLength(Left, Right);
+}
+
+bool CInt32Rect::Empty() const
+{
+    return Left > Right || Top > Bottom;
+}
+
+Score::Score()
+    : Scored(false), CompositionScore(0), CoverageScore(0), BorderScore(0), PeakScore(0),
+      CentrePeakScore(0), RoiScore(1), MergedScore(0)
+{
+}
+
+Score& Score::operator=(const Score& other)
+{
+    Scored = other.Scored;
+    CompositionScore = other.CompositionScore;
+    CoverageScore = other.CoverageScore;
+    BorderScore = other.BorderScore;
+    PeakScore = other.PeakScore;
+    CentrePeakScore = other.CentrePeakScore;
+    RoiScore = other.RoiScore;
+    MergedScore = other.MergedScore;
+    return *this;
+}
+
+CInt32CropRect::CInt32CropRect() : Left(0), Right(0), Top(0), Bottom(0), CoversContent(false)
+{
+}
+
+CInt32CropRect::CInt32CropRect(int left, int right, int top, int bottom)
+    : Left(left), Right(right), Top(top), Bottom(bottom), CoversContent(false)
+{
+}
+
+CInt32CropRect& CInt32CropRect::operator=(const CInt32CropRect& other)
+{
+    Left = other.Left;
+    Right = other.Right;
+    Top = other.Top;
+    Bottom = other.Bottom;
+    CoversContent = other.CoversContent;
+    Score = other.Score;
+    return *this;
+}
+
+CRectOfInterest::CRectOfInterest() : CRectOfInterest(false)
+{
+}
+
+CRectOfInterest::CRectOfInterest(bool marked) : CRectOfInterest(0, 0, 0, 0, marked)
+{
+}
+
+CRectOfInterest::CRectOfInterest(int left, int right, int top, int bottom, bool marked)
+    : Left(left), Right(right), Top(top), Bottom(bottom), Marked(marked), Enabled(true),
+      Kind(RoiSoftInclude)
+{
+}
+
+CRectOfInterest::CRectOfInterest(const CInt32Rect& rect, bool marked)
+    : CRectOfInterest(rect.Left, rect.Right, rect.Top, rect.Bottom, marked)
+{
+}
+
+CRectOfInterest& CRectOfInterest::operator=(const CRectOfInterest& other)
+{
+    Left = other.Left;
+    Right = other.Right;
+    Top = other.Top;
+    Bottom = other.Bottom;
+    Marked = other.Marked;
+    Enabled = other.Enabled;
+    Kind = other.Kind;
+    return *this;
+}
+
+DoubleInfo::DoubleInfo() : DoubleInfo(0.0, true)
+{
+}
+
+DoubleInfo::DoubleInfo(double value) : DoubleInfo(value, true)
+{
+}
+
+DoubleInfo::DoubleInfo(double value, bool enabled) : Value(value), Enabled(enabled)
+{
+}
+
+DoubleInfo& DoubleInfo::operator=(const DoubleInfo& other)
+{
+    Value = other.Value;
+    Enabled = other.Enabled;
+    return *this;
+}
+
+WeightDistribution::WeightDistribution(double weight1, double weight2, double weight3)
+    : WeightDistribution(weight1, weight2, weight3, 0.0, 0.0)
+{
+}
+
+WeightDistribution::WeightDistribution(double weight1, double weight2, double weight3,
+                                       double weight4, double weight5)
+    : Weight1(weight1), Weight2(weight2), Weight3(weight3), Weight4(weight4), Weight5(weight5)
+{
+}
+
+// The class keeps its assignment trivial, so the compiler makes no function for it. Hosts built
+// from declarations of their own may call one: it stands here under that operator's symbol.
+VISTATRIM_API WeightDistribution* AssignWeightDistribution(
+    WeightDistribution* target,
+    const WeightDistribution* source) __asm__("_ZN9vistaTrim18WeightDistributionaSERKS0_");
+
+WeightDistribution* AssignWeightDistribution(WeightDistribution* target,
+                                             const WeightDistribution* source)
+{
+    *target = *source;
+    return target;
+}
+
+SuggestionParameters::SuggestionParameters() : SuggestionParameters(false)
+{
+}
+
+SuggestionParameters::SuggestionParameters(bool detectFaces)
+    : CropWidth(0), CropHeight(0), AspectRatio(0), DetectFaces(detectFaces)
+{
+}
+
+SuggestionParameters::SuggestionParameters(double aspectRatio, bool detectFaces)
+    : CropWidth(0), CropHeight(0), AspectRatio(aspectRatio), DetectFaces(detectFaces)
+{
+}
+
+SuggestionParameters::SuggestionParameters(double cropWidth, double cropHeight, bool detectFaces)
+    : CropWidth(cropWidth), CropHeight(cropHeight), AspectRatio(0), DetectFaces(detectFaces)
+{
+}
+
+SuggestionParameters& SuggestionParameters::operator=(const SuggestionParameters& other)
+{
+    CropWidth = other.CropWidth;
+    CropHeight = other.CropHeight;
+    AspectRatio = other.AspectRatio;
+    DetectFaces = other.DetectFaces;
+    return *this;
+}
+
+} // namespace vistaTrim

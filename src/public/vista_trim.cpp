@@ -1,0 +1,207 @@
+#include "public/vista_trim.h"
+
+#include <exception>
+#include <new>
+#include <string>
+
+#include "analysis/crop_analyzer.h"
+#include "candidates/random_crop_generator.h"
+
+namespace vistaTrim {
+
+namespace {
+
+// Folders of a detector that is not there. Made at load and read by nothing; they hold the
+// places that hosts' installers know.
+[[maybe_unused]] const std::string kResourceFolder = "./data/resource";
+[[maybe_unused]] const std::string kDetectorFolder = "./data/detector";
+
+// A bare char pointer, without const: handlers for char*, const char* and void* all catch it.
+[[noreturn]] void ThrowText(const char* text)
+{
+    throw const_cast<char*>(text);
+}
+
+// The one way in which a list comes into being: released if an exception passes, and *result is
+// touched only when it is whole.
+void HandOut(const std::vector<CInt32CropRect>& crops, ICropRects** result)
+{
+    SmartPtr<CCropRects> list(new CCropRects, false);
+    for (const CInt32CropRect& crop : crops)
+        list->Append(crop);
+    *result = list.release();
+}
+
+// *table is the address of a copy that is gone when this returns: hosts may use the count only.
+void ReportTable(const std::vector<DoubleInfo> copy, DoubleInfo** table, uint32_t* count)
+{
+    *count = static_cast<uint32_t>(copy.size());
+    *table = const_cast<DoubleInfo*>(copy.data());
+}
+
+} // namespace
+
+VistaTrim::VistaTrim() : Generator(nullptr), Image(nullptr), Analyzer(nullptr)
+{
+}
+
+VistaTrim::~VistaTrim()
+{
+    delete Generator;
+    delete Analyzer;
+    Generator = nullptr;
+    Analyzer = nullptr;
+}
+
+void VistaTrim::Release()
+{
+    GiveUpReference();
+}
+
+void VistaTrim::AddRef()
+{
+    TakeReference();
+}
+
+void VistaTrim::Destroy()
+{
+    delete this;
+}
+
+void VistaTrim::Initialize(IImage* image, const VistaTrimParameters& parameters)
+{
+    Image = image;
+    Parameters = parameters;
+    // Without aspect ratios the whole set is replaced, the host's scales and rectangles too. The
+    // arrays that the line above made are abandoned with it.
+    if (Parameters.NumAspectRatios == 0)
+        Parameters.SetDefaults();
+
+    const std::vector<DoubleInfo> aspectRows(Parameters.AspectRatios,
+                                             Parameters.AspectRatios + Parameters.NumAspectRatios);
+    std::vector<DoubleInfo> scaleRows;
+    if (Parameters.NumCropRectScaleRatios > 0)
+        scaleRows.assign(Parameters.CropRectScaleRatios,
+                         Parameters.CropRectScaleRatios + Parameters.NumCropRectScaleRatios);
+
+    // A second call abandons the generator and the analyzer of the first.
+    Generator = new RandomCropGenerator;
+    Generator->Initialize(Image->GetWidth(), Image->GetHeight(), aspectRows, scaleRows,
+                          Parameters.NumMaxCropRectsPerSide);
+
+    Analyzer = new CCropAnalyzer(Image);
+    if (Parameters.NumRectsOfInterest > 0)
+        Analyzer->RectsOfInterest.assign(
+            Parameters.RectsOfInterest, Parameters.RectsOfInterest + Parameters.NumRectsOfInterest);
+}
+
+void VistaTrim::InitializeWithDefaults(IImage* image)
+{
+    Image = image;
+    Parameters.SetDefaults();
+}
+
+void VistaTrim::ReservedA()
+{
+}
+
+VistaTrimParameters VistaTrim::GetParameters()
+{
+    return Parameters;
+}
+
+void VistaTrim::GetAspectRatios(DoubleInfo** table, uint32_t* count)
+{
+    ReportTable(Generator->GetAspectRatios(), table, count);
+}
+
+void VistaTrim::SetAspectRatioEnabled(double value, bool enabled)
+{
+    Generator->SetAspectRatioEnabled(value, enabled);
+}
+
+void VistaTrim::GetCropRectScaleRatios(DoubleInfo** table, uint32_t* count)
+{
+    ReportTable(Generator->GetCropRectScaleRatios(), table, count);
+}
+
+void VistaTrim::SetCropRectScaleRatioEnabled(double value, bool enabled)
+{
+    Generator->SetCropRectScaleRatioEnabled(value, enabled);
+}
+
+void VistaTrim::GetRectsOfInterest(CRectOfInterest** table, uint32_t* count)
+{
+    std::vector<CRectOfInterest>& rects = Analyzer->RectsOfInterest;
+    *count = static_cast<uint32_t>(rects.size());
+    // Never null for want of rectangles, so that a host may look at the first record unasked.
+    // Nobody frees that record.
+    *table = rects.empty() ? new (std::nothrow) CRectOfInterest : rects.data();
+}
+
+void VistaTrim::AddRectOfInterest(const CRectOfInterest& rect)
+{
+    Analyzer->RectsOfInterest.push_back(rect);
+}
+
+void VistaTrim::ReservedB(uint32_t)
+{
+}
+
+// Above 0 and within the image. A NaN counts as not given; a crop larger than the image too.
+bool VistaTrim::AsksForCropSize(const SuggestionParameters& request) const
+{
+    return request.CropWidth > 0 && request.CropHeight > 0 &&
+           !(Image->GetWidth() < request.CropWidth) && !(Image->GetHeight() < request.CropHeight);
+}
+
+void VistaTrim::PrepareRequest(const SuggestionParameters& request, uint32_t& aspectIndex,
+                               uint32_t& scaleIndex)
+{
+    // There is no detector. Asking for one ends the process: a re-throw with nothing in flight.
+    if (Parameters.UseBuiltInFaceDetector && request.DetectFaces)
+        throw;
+
+    if (request.AspectRatio > 0) {
+        Generator->FillForAspectRatio(request.AspectRatio, aspectIndex);
+        if (!Generator->AspectRatioEnabled(aspectIndex))
+            ThrowText("VistaTrim: input aspect ratio is disabled.\n");
+        // Once more: it finds all cells filled, save for a ratio that matches nothing, not even
+        // itself (infinity), which gets its own row again.
+        Generator->FillForAspectRatio(request.AspectRatio, aspectIndex);
+    } else if (AsksForCropSize(request)) {
+        Generator->FillForCropSize(request.CropWidth, request.CropHeight, aspectIndex, scaleIndex);
+        if (!Generator->AspectRatioEnabled(aspectIndex) ||
+            !Generator->CropRectScaleRatioEnabled(scaleIndex))
+            ThrowText("VistaTrim: input aspect ratio or scale ratio is disabled.\n");
+    } else {
+        Generator->FillAll();
+        aspectIndex = 0;
+        scaleIndex = 0;
+    }
+}
+
+void VistaTrim::ComputeCropSuggestions(ICropRects** result, const SuggestionParameters& request)
+{
+    uint32_t aspectIndex = NoIndex;
+    uint32_t scaleIndex = NoIndex;
+    PrepareRequest(request, aspectIndex, scaleIndex);
+
+    if (request.AspectRatio > 0)
+        HandOut(Generator->GetEnabledCropRects(aspectIndex), result);
+    else if (AsksForCropSize(request))
+        HandOut(Generator->CropGrid[aspectIndex][scaleIndex], result);
+    else
+        HandOut(Generator->GetEnabledCropRects(NoIndex), result);
+}
+
+void VistaTrim::GetNTopCropSuggestions(int32_t, ICropRects**, const SuggestionParameters&, int32_t,
+                                       WeightDistribution)
+{
+}
+
+void VistaTrim::EvaluateScores(CInt32CropRect&)
+{
+}
+
+} // namespace vistaTrim

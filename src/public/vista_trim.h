@@ -1,0 +1,51 @@
+// The driver behind IVistaTrim.
+#ifndef VISTATRIM_PUBLIC_VISTA_TRIM_H
+#define VISTATRIM_PUBLIC_VISTA_TRIM_H
+
+#include <vector>
+
+#include "vistaTrim/driver.h"
+
+namespace vistaTrim {
+
+class CCropAnalyzer;
+class RandomCropGenerator;
+
+class VistaTrim : public IVistaTrim, public CRefCount {
+public:
+    VistaTrim();
+    ~VistaTrim() override;
+
+    void Release() override;
+    void AddRef() override;
+    void Destroy() override;
+    void Initialize(IImage* image, const VistaTrimParameters& parameters) override;
+    void InitializeWithDefaults(IImage* image) override;
+    void ReservedA() override;
+    VistaTrimParameters GetParameters() override;
+    void GetAspectRatios(DoubleInfo** table, uint32_t* count) override;
+    void SetAspectRatioEnabled(double value, bool enabled) override;
+    void GetCropRectScaleRatios(DoubleInfo** table, uint32_t* count) override;
+    void SetCropRectScaleRatioEnabled(double value, bool enabled) override;
+    void GetRectsOfInterest(CRectOfInterest** table, uint32_t* count) override;
+    void AddRectOfInterest(const CRectOfInterest& rect) override;
+    void ReservedB(uint32_t unused) override;
+    void ComputeCropSuggestions(ICropRects** result, const SuggestionParameters& request) override;
+    void GetNTopCropSuggestions(int32_t n, ICropRects** result, const SuggestionParameters& request,
+                                int32_t rankingMode, WeightDistribution weights) override;
+    void EvaluateScores(CInt32CropRect& rect) override;
+
+private:
+    bool AsksForCropSize(const SuggestionParameters& request) const;
+    void PrepareRequest(const SuggestionParameters& request, uint32_t& aspectIndex,
+                        uint32_t& scaleIndex);
+
+    RandomCropGenerator* Generator; // owned
+    IImage* Image;                  // borrowed: outlives the driver, asked for its size
+    CCropAnalyzer* Analyzer;        // owned
+    VistaTrimParameters Parameters; // the host's, as Initialize got them
+};
+
+} // namespace vistaTrim
+
+#endif
