@@ -1,0 +1,46 @@
+#!/usr/bin/env bash
+# Installs with apt what is missing for the named jobs. Needs root or sudo.
+#
+# usage: scripts/install_dependencies.sh JOB...
+#   build   the library, the host and the developer tools
+#   test    the tests and the benchmarks
+#   check   formatting, static checks, the second compiler
+#   demo    photographs for the demonstration
+#   fit     refitting the composition model
+set -euo pipefail
+
+declare -A packages=(
+    [build]="g++ cmake ninja-build pkg-config libopenblas-dev liblapacke-dev libvips-dev
+             libcli11-dev nlohmann-json3-dev"
+    [test]="libgtest-dev libgmock-dev libbenchmark-dev binutils lomiri-wallpapers-16.04
+            libvips-tools python3 chromium"
+    [check]="clang clang-format clang-tidy cppcheck libclang-rt-14-dev abigail-tools lcov"
+    [demo]="lomiri-wallpapers-16.04"
+    [fit]="python3 python3-numpy python3-scipy"
+)
+
+wanted=()
+for job in "$@"; do
+    [ -n "${packages[$job]:-}" ] || { echo "install_dependencies.sh: unknown job '$job'" >&2; exit 2; }
+    for package in ${packages[$job]}; do
+        dpkg-query -W -f='${Status}' "$package" 2>/dev/null | grep -q "install ok installed" ||
+            wanted+=("$package")
+    done
+done
+[ ${#wanted[@]} -gt 0 ] || exit 0
+
+as_root() {
+    if [ "$(id -u)" -eq 0 ]; then
+        "$@"
+    elif command -v sudo >/dev/null; then
+        sudo "$@"
+    else
+        echo "install_dependencies.sh: need root or sudo to install: ${wanted[*]}" >&2
+        exit 1
+    fi
+}
+
+echo "Installing: ${wanted[*]}"
+as_root apt-get update -qq
+as_root env DEBIAN_FRONTEND=noninteractive apt-get install -y -qq --no-install-recommends \
+    "${wanted[@]}" >/dev/null
