@@ -1,0 +1,50 @@
+// The choice of the best crops, computed the slow way: positions are found by counting, not
+// by sorting, and every step keeps what it made so that a failing test can say where two
+// selections part.
+#ifndef VISTATRIM_TESTS_ORACLE_SLOW_SELECTION_H
+#define VISTATRIM_TESTS_ORACLE_SLOW_SELECTION_H
+
+#include <cstddef>
+#include <cstdint>
+#include <vector>
+
+#include "oracle/slow_scoring.h"
+
+namespace slowOracle {
+
+struct Selection {
+    CropCell Survivors;                        // past the hard filter, MergedScore written
+    std::vector<float> Ranks[5];               // in the order of Score; empty if not wanted
+    std::vector<double> Keys;                  // by survivor
+    std::vector<size_t> Order;                 // survivors by key, best first, before the cut
+    size_t PoolSize = 0;                       // survivors that go on to clustering
+    bool Clustered = false;                    // false: the pool was too small for n
+    std::vector<std::vector<size_t>> Clusters; // survivor indices as formed, leader first
+    std::vector<size_t> Served;                // survivor indices of Result
+    CropCell Result;
+
+    // Equal or not comparable values of a measure that carries weight, or equal keys: then
+    // the order is a matter of the sort, and another order can be as right as this one.
+    bool DependsOnTies = false;
+};
+
+// Ascending positions as ranks (k + 1) / m; with higherIsBetter false 1 - k / m. Of equal
+// values the one with the lower index gets the lower position. A value that is not a number
+// stands below all others.
+std::vector<float> PercentileRanks(const std::vector<float>& values, bool higherIsBetter);
+
+// Intersection over union.
+float CropOverlap(const Crop& a, const Crop& b);
+
+// The pool's size for m ranked candidates.
+size_t PoolSizeOf(size_t m);
+
+// Of equal keys the lower survivor index comes first; a key that is not a number comes after
+// all others. Rows without cells hold no candidates.
+Selection SelectTopCrops(int32_t n, const CropGrid& grid, int32_t rankingMode, uint32_t aspectIndex,
+                         uint32_t scaleIndex, Weights weights,
+                         const std::vector<Roi>& rectsOfInterest);
+
+} // namespace slowOracle
+
+#endif
