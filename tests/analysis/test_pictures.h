@@ -7,6 +7,7 @@
 #include <cstdint>
 #include <memory>
 #include <random>
+#include <stdexcept>
 #include <string>
 #include <vector>
 
@@ -158,8 +159,12 @@ inline ImageHolder MakeImage(const Picture& picture)
                        DestroyImageObj);
 }
 
+// The analyzer reads 640 pixels along the longer side whatever the picture has: a smaller one
+// would be read past its end.
 inline std::unique_ptr<CCropAnalyzer> Analyse(const Picture& picture)
 {
+    if (std::max(picture.Cols, picture.Rows) < 640)
+        throw std::logic_error("the longer side must have 640 pixels at least");
     const ImageHolder image = MakeImage(picture);
     return std::make_unique<CCropAnalyzer>(image.get());
 }

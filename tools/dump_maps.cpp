@@ -1,0 +1,145 @@
+// dump_maps: writes every map of the analysis of a picture as a grey PNG, to be looked at.
+//
+//     dump_maps photo.jpg folder
+//
+// The picture is turned upright, brought to 640 pixels on its longer side and written beside
+// the maps as input.png. Maps of 0 to 1 become 0 to 255; --stretch divides each map by its
+// maximum first, which shows the faint ones.
+
+#include <algorithm>
+#include <cstdint>
+#include <cstdio>
+#include <filesystem>
+#include <memory>
+#include <stdexcept>
+#include <string>
+#include <vector>
+
+#include <CLI/CLI.hpp>
+#include <vips/vips8>
+
+#include "analysis/map_access.h"
+#include "vistaTrim/functions.h"
+
+namespace {
+
+namespace fs = std::filesystem;
+
+constexpr int kLongSide = 640;
+
+// What went wrong, with the file that it went wrong with.
+[[noreturn]] void Fail(const std::string& file, const std::string& what)
+{
+    throw std::runtime_error(file + ": " + what);
+}
+
+// The library's own words end in line feeds and may run over several lines.
+std::string OneLine(std::string text)
+{
+    while (!text.empty() && text.back() == '\n')
+        text.pop_back();
+    std::replace(text.begin(), text.end(), '\n', ' ');
+    return text;
+}
+
+// Upright, three bytes a pixel, longer side exactly 640.
+vips::VImage ReadPicture(const std::string& path)
+{
+    if (!fs::exists(path))
+        Fail(path, "no such file");
+    try {
+        // Shrinks and enlarges alike; a short side never rounds to nothing.
+        vips::VImage picture = vips::VImage::thumbnail(
+            path.c_str(), kLongSide, vips::VImage::option()->set("height", kLongSide));
+        if (picture.has_alpha())
+            picture = picture.flatten();
+        picture = picture.colourspace(VIPS_INTERPRETATION_sRGB).cast(VIPS_FORMAT_UCHAR);
+        if (picture.bands() != 3)
+            Fail(path, "has " + std::to_string(picture.bands()) + " bands, not 3");
+        if (std::max(picture.width(), picture.height()) != kLongSide)
+            Fail(path, "came out at " + std::to_string(picture.width()) + " x " +
+                           std::to_string(picture.height()));
+        return picture.copy_memory();
+    } catch (const vips::VError& error) {
+        Fail(path, "cannot be read: " + OneLine(error.what()));
+    }
+}
+
+void WritePng(const vips::VImage& image, const fs::path& path)
+{
+    try {
+        image.pngsave(path.c_str());
+    } catch (const vips::VError& error) {
+        Fail(path.string(), "cannot be written: " + OneLine(error.what()));
+    }
+}
+
+void WriteMap(const vistaTrim::NamedMap& map, bool stretch, const fs::path& path)
+{
+    const size_t count = size_t(map.Cols) * size_t(map.Rows);
+    const float maximum = *std::max_element(map.Data, map.Data + count);
+    const float scale = stretch && maximum > 0.0f ? 255.0f / maximum : 255.0f;
+
+    std::vector<uint8_t> bytes(count);
+    for (size_t i = 0; i < count; ++i)
+        bytes[i] = static_cast<uint8_t>(std::clamp(map.Data[i] * scale + 0.5f, 0.0f, 255.0f));
+    vips::VImage image = vips::VImage::new_from_memory(bytes.data(), bytes.size(), map.Cols,
+                                                       map.Rows, 1, VIPS_FORMAT_UCHAR);
+    WritePng(image.copy(vips::VImage::option()->set("interpretation", VIPS_INTERPRETATION_B_W)),
+             path);
+}
+
+void DumpMaps(const std::string& picturePath, const fs::path& folder, bool stretch)
+{
+    const vips::VImage picture = ReadPicture(picturePath);
+
+    std::error_code error;
+    fs::create_directories(folder, error);
+    if (!fs::is_directory(folder))
+        Fail(folder.string(), error ? error.message() : "is not a folder");
+
+    size_t size = 0;
+    const std::unique_ptr<void, decltype(&g_free)> pixels(picture.write_to_memory(&size), g_free);
+    const int32_t offsets[4] = {0, 1, 2, 3};
+    const std::unique_ptr<vistaTrim::IImage, decltype(&DestroyImageObj)> image(
+        CreateImageObj(uint32_t(picture.height()), uint32_t(picture.width()), 3, offsets,
+                       static_cast<const uint8_t*>(pixels.get())),
+        DestroyImageObj);
+    const vistaTrim::CMapReader reader(image.get());
+
+    WritePng(picture, folder / "input.png");
+    for (const vistaTrim::NamedMap& map : reader.Maps()) {
+        if (map.Data == nullptr)
+            Fail(picturePath, "is too narrow to be analysed");
+        WriteMap(map, stretch, folder / (std::string(map.Name) + ".png"));
+    }
+}
+
+} // namespace
+
+int main(int argc, char** argv)
+{
+    CLI::App app("Writes every map of the analysis of a picture as a grey PNG.", "dump_maps");
+    std::string picture;
+    std::string folder;
+    bool stretch = false;
+    app.add_option("picture", picture, "the picture, in any format that libvips reads")->required();
+    app.add_option("folder", folder, "where the PNGs go; made if it is missing")->required();
+    app.add_flag("--stretch", stretch, "divide each map by its maximum");
+    CLI11_PARSE(app, argc, argv);
+
+    if (VIPS_INIT(argv[0]) != 0) {
+        std::fprintf(stderr, "dump_maps: the picture library does not start: %s\n",
+                     OneLine(vips_error_buffer()).c_str());
+        return 1;
+    }
+    int result = 0;
+    try {
+        DumpMaps(picture, folder, stretch);
+    } catch (const std::exception& failure) {
+        std::fprintf(stderr, "dump_maps: %s\n", failure.what());
+        result = 1;
+    }
+    vips_shutdown();
+    return result;
+}
