@@ -31,7 +31,8 @@ CInt32CropRect* CCropRects::Data()
 
 void CCropRects::Destroy()
 {
-    delete this;
+    CCropRects* volatile self = this; // null when a host calls the bare slot so: nothing happens
+    delete self;
 }
 
 void CCropRects::Append(const CInt32CropRect& record)
