@@ -42,6 +42,11 @@ public:
                                                       uint32_t scaleIndex,
                                                       WeightDistribution weights);
 
+    // The same from a list of cells, so that a request needs no grid of its own.
+    const std::vector<CInt32CropRect>&
+    SelectTopCropsOfCells(int32_t n, const std::vector<const CropCell*>& cells, int32_t rankingMode,
+                          const WeightDistribution& weights);
+
     WorkingRect ToWorkingRect(const CInt32CropRect& crop) const;
     WorkingRect ShrinkAboutCentre(const WorkingRect& rect, float fraction) const;
     float BorderCost(const WorkingRect& rect) const;

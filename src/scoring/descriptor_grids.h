@@ -1,0 +1,54 @@
+// Where the cells of the descriptor's grids lie along one axis of a crop.
+//
+// The limits depend on the crop's first pixel and its extent along that axis and on nothing
+// else, so that crops of one lattice share them: a column of crops shares its column limits,
+// a row of crops its row limits.
+#ifndef VISTATRIM_SCORING_DESCRIPTOR_GRIDS_H
+#define VISTATRIM_SCORING_DESCRIPTOR_GRIDS_H
+
+#include <cstdint>
+
+#include "numeric/matrix.h"
+
+namespace vistaTrim {
+
+// The cells of the 4-, 8- and 12-fold division stand one after the other.
+constexpr int32_t kGridFirstCell[] = {0, 4, 12};
+constexpr int32_t kGridCells = 24;
+
+struct GridLimits {
+    int32_t First = -1; // the pixels that the limits were made for, inclusive; none yet
+    int32_t Last = -2;
+    // Every cell starts where the one before it ends, and every second edge of the 8-fold
+    // division is one of the 4-fold. Rounding or an extent below 12 can spoil it.
+    bool Tiles = false;
+    int32_t Start[kGridCells]; // inclusive pixels of each cell
+    int32_t End[kGridCells];
+    float Length[kGridCells]; // End - Start + 1
+    // When Tiles: the last pixel before each cell, then the last pixel of the last cell. The
+    // first edge is -1 at the border of the map.
+    int32_t Edges8[9];
+    int32_t Edges12[13];
+};
+
+// first >= 0, last >= first.
+void FillGridLimits(int32_t first, int32_t last, GridLimits& limits);
+
+// Crops that are described together.
+constexpr int32_t kDescribedTogether = 16;
+
+// The 304 cell means of up to kDescribedTogether crops that share their rows, one descriptor
+// after the other. A crop's values do not depend on its company.
+void ComputeDescriptorsOnGrids(const CDoubleMatrix& contrastTable,
+                               const CDoubleMatrix& saliencyTable, const GridLimits& rows,
+                               const GridLimits* const* cols, int32_t count, float* descriptors);
+
+// The model's score, 0..1, of a descriptor, which is left standardised.
+float ScoreDescriptor(float* descriptor);
+
+// From the dot product of standardised descriptor and weights to 0..1.
+float MapModelOutput(float dot);
+
+} // namespace vistaTrim
+
+#endif
