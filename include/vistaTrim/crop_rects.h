@@ -2,6 +2,7 @@
 #ifndef VISTATRIM_CROP_RECTS_H
 #define VISTATRIM_CROP_RECTS_H
 
+#include <cstddef>
 #include <cstdint>
 #include <vector>
 
@@ -42,6 +43,8 @@ public:
     CInt32CropRect* Data() override;
     void Destroy() override;
 
+    // Makes room for count records, so that appending them moves none.
+    void Reserve(size_t count);
     // Copies the record to the end of the list. Throws what growing the list throws.
     void Append(const CInt32CropRect& record);
 

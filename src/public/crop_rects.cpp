@@ -31,8 +31,12 @@ CInt32CropRect* CCropRects::Data()
 
 void CCropRects::Destroy()
 {
-    CCropRects* volatile self = this; // null when a host calls the bare slot so: nothing happens
-    delete self;
+    delete this;
+}
+
+void CCropRects::Reserve(size_t count)
+{
+    Records.reserve(count);
 }
 
 void CCropRects::Append(const CInt32CropRect& record)

@@ -122,17 +122,14 @@ void VistaTrimParameters::SetDefaults()
 
 void VistaTrimParameters::SetDefaultAspectRatios()
 {
-    constexpr uint32_t count = sizeof kDefaultAspectRatios / sizeof *kDefaultAspectRatios;
-    // The count follows the rows: it must never stand beside fewer rows than it says.
-    AspectRatios = MakeRows(kDefaultAspectRatios, count);
-    NumAspectRatios = count;
+    NumAspectRatios = sizeof kDefaultAspectRatios / sizeof *kDefaultAspectRatios;
+    AspectRatios = MakeRows(kDefaultAspectRatios, NumAspectRatios);
 }
 
 void VistaTrimParameters::SetDefaultCropRectScaleRatios()
 {
-    constexpr uint32_t count = sizeof kDefaultScaleRatios / sizeof *kDefaultScaleRatios;
-    CropRectScaleRatios = MakeRows(kDefaultScaleRatios, count);
-    NumCropRectScaleRatios = count;
+    NumCropRectScaleRatios = sizeof kDefaultScaleRatios / sizeof *kDefaultScaleRatios;
+    CropRectScaleRatios = MakeRows(kDefaultScaleRatios, NumCropRectScaleRatios);
 }
 
 void VistaTrimParameters::SetDefaultNumMaxCropRectsPerSide()

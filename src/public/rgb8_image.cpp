@@ -39,8 +39,7 @@ void CRGB8Image::AddRef()
 
 void CRGB8Image::Destroy()
 {
-    CRGB8Image* volatile self = this; // null when a host calls the bare slot so: nothing happens
-    delete self;
+    delete this;
 }
 
 uint8_t* CRGB8Image::GetData()

@@ -1,7 +1,6 @@
 #include "public/vista_trim.h"
 
 #include <exception>
-#include <memory>
 #include <new>
 #include <string>
 
@@ -23,14 +22,37 @@ namespace {
     throw const_cast<char*>(text);
 }
 
+using CellList = std::vector<const CropCell*>;
+
 // The one way in which a list comes into being: released if an exception passes, and *result is
 // touched only when it is whole.
-void HandOut(const std::vector<CInt32CropRect>& crops, ICropRects** result)
+void HandOut(const CellList& cells, ICropRects** result)
 {
     SmartPtr<CCropRects> list(new CCropRects, false);
-    for (const CInt32CropRect& crop : crops)
-        list->Append(crop);
+    size_t count = 0;
+    for (const CropCell* cell : cells)
+        count += cell->size();
+    list->Reserve(count);
+    for (const CropCell* cell : cells)
+        for (const CInt32CropRect& crop : *cell)
+            list->Append(crop);
     *result = list.release();
+}
+
+// The cells that GetEnabledGrid would copy, where they stand: a request reads the candidates
+// once and needs no copy of its own.
+CellList EnabledCells(const RandomCropGenerator& generator, uint32_t aspectIndex)
+{
+    CellList cells;
+    for (uint32_t a = 0; a < generator.CropGrid.size(); ++a) {
+        if ((aspectIndex != NoIndex && aspectIndex != a) || !generator.AspectRatioEnabled(a))
+            continue;
+        const CropRow& row = generator.CropGrid[a];
+        for (uint32_t s = 0; s < row.size(); ++s)
+            if (generator.CropRectScaleRatioEnabled(s))
+                cells.push_back(&row[s]);
+    }
+    return cells;
 }
 
 // *table is the address of a copy that is gone when this returns: hosts may use the count only.
@@ -66,8 +88,7 @@ void VistaTrim::AddRef()
 
 void VistaTrim::Destroy()
 {
-    VistaTrim* volatile self = this; // null when a host calls the bare slot so: nothing happens
-    delete self;
+    delete this;
 }
 
 void VistaTrim::Initialize(IImage* image, const VistaTrimParameters& parameters)
@@ -86,11 +107,10 @@ void VistaTrim::Initialize(IImage* image, const VistaTrimParameters& parameters)
         scaleRows.assign(Parameters.CropRectScaleRatios,
                          Parameters.CropRectScaleRatios + Parameters.NumCropRectScaleRatios);
 
-    std::unique_ptr<RandomCropGenerator> generator(new RandomCropGenerator);
-    generator->Initialize(Image->GetWidth(), Image->GetHeight(), aspectRows, scaleRows,
-                          Parameters.NumMaxCropRectsPerSide);
     // A second call abandons the generator and the analyzer of the first.
-    Generator = generator.release();
+    Generator = new RandomCropGenerator;
+    Generator->Initialize(Image->GetWidth(), Image->GetHeight(), aspectRows, scaleRows,
+                          Parameters.NumMaxCropRectsPerSide);
 
     Analyzer = new CCropAnalyzer(Image);
     if (Parameters.NumRectsOfInterest > 0)
@@ -136,16 +156,10 @@ void VistaTrim::SetCropRectScaleRatioEnabled(double value, bool enabled)
 void VistaTrim::GetRectsOfInterest(CRectOfInterest** table, uint32_t* count)
 {
     std::vector<CRectOfInterest>& rects = Analyzer->RectsOfInterest;
-    if (!rects.empty()) {
-        *table = rects.data();
-        *count = static_cast<uint32_t>(rects.size());
-        return;
-    }
-    // Not null for want of rectangles, so that a host may look at the first record unasked. Nobody
-    // frees that record. A host's own allocator may return null; volatile keeps the test.
-    void* volatile storage = ::operator new(sizeof(CRectOfInterest));
-    *table = storage == nullptr ? nullptr : new (storage) CRectOfInterest;
-    *count = 0;
+    *count = static_cast<uint32_t>(rects.size());
+    // Never null for want of rectangles, so that a host may look at the first record unasked.
+    // Nobody frees that record.
+    *table = rects.empty() ? new (std::nothrow) CRectOfInterest : rects.data();
 }
 
 void VistaTrim::AddRectOfInterest(const CRectOfInterest& rect)
@@ -178,16 +192,30 @@ void VistaTrim::PrepareRequest(const SuggestionParameters& request, uint32_t& as
         // Once more: it finds all cells filled, save for a ratio that matches nothing, not even
         // itself (infinity), which gets its own row again.
         Generator->FillForAspectRatio(request.AspectRatio, aspectIndex);
+        Analyzer->EvaluateCropRects(Generator->CropGrid, aspectIndex, NoIndex);
     } else if (AsksForCropSize(request)) {
         Generator->FillForCropSize(request.CropWidth, request.CropHeight, aspectIndex, scaleIndex);
         if (!Generator->AspectRatioEnabled(aspectIndex) ||
             !Generator->CropRectScaleRatioEnabled(scaleIndex))
             ThrowText("VistaTrim: input aspect ratio or scale ratio is disabled.\n");
+        Analyzer->EvaluateCropRects(Generator->CropGrid, aspectIndex, scaleIndex);
     } else {
         Generator->FillAll();
         aspectIndex = 0;
         scaleIndex = 0;
+        // Disabled rows too: the flags only decide what is handed out.
+        Analyzer->EvaluateCropRects(Generator->CropGrid, NoIndex, NoIndex);
     }
+}
+
+CellList VistaTrim::ChosenCells(const SuggestionParameters& request, uint32_t aspectIndex,
+                                uint32_t scaleIndex) const
+{
+    if (request.AspectRatio > 0)
+        return EnabledCells(*Generator, aspectIndex);
+    if (AsksForCropSize(request))
+        return CellList(1, &Generator->CropGrid[aspectIndex][scaleIndex]);
+    return EnabledCells(*Generator, NoIndex);
 }
 
 void VistaTrim::ComputeCropSuggestions(ICropRects** result, const SuggestionParameters& request)
@@ -195,22 +223,26 @@ void VistaTrim::ComputeCropSuggestions(ICropRects** result, const SuggestionPara
     uint32_t aspectIndex = NoIndex;
     uint32_t scaleIndex = NoIndex;
     PrepareRequest(request, aspectIndex, scaleIndex);
-
-    if (request.AspectRatio > 0)
-        HandOut(Generator->GetEnabledCropRects(aspectIndex), result);
-    else if (AsksForCropSize(request))
-        HandOut(Generator->CropGrid[aspectIndex][scaleIndex], result);
-    else
-        HandOut(Generator->GetEnabledCropRects(NoIndex), result);
+    HandOut(ChosenCells(request, aspectIndex, scaleIndex), result);
 }
 
-void VistaTrim::GetNTopCropSuggestions(int32_t, ICropRects**, const SuggestionParameters&, int32_t,
-                                       WeightDistribution)
+void VistaTrim::GetNTopCropSuggestions(int32_t n, ICropRects** result,
+                                       const SuggestionParameters& request, int32_t rankingMode,
+                                       WeightDistribution weights)
 {
+    uint32_t aspectIndex = NoIndex;
+    uint32_t scaleIndex = NoIndex;
+    PrepareRequest(request, aspectIndex, scaleIndex);
+    // The analyzer keeps its list and overwrites it in the next selection; the host's is a copy.
+    HandOut(
+        CellList(1, &Analyzer->SelectTopCropsOfCells(
+                        n, ChosenCells(request, aspectIndex, scaleIndex), rankingMode, weights)),
+        result);
 }
 
-void VistaTrim::EvaluateScores(CInt32CropRect&)
+void VistaTrim::EvaluateScores(CInt32CropRect& rect)
 {
+    Analyzer->EvaluateCropRect(rect);
 }
 
 } // namespace vistaTrim

@@ -4,6 +4,7 @@
 
 #include <vector>
 
+#include "candidates/crop_grid.h"
 #include "vistaTrim/driver.h"
 
 namespace vistaTrim {
@@ -39,6 +40,9 @@ private:
     bool AsksForCropSize(const SuggestionParameters& request) const;
     void PrepareRequest(const SuggestionParameters& request, uint32_t& aspectIndex,
                         uint32_t& scaleIndex);
+    // The cells whose candidates answer a prepared request.
+    std::vector<const CropCell*> ChosenCells(const SuggestionParameters& request,
+                                             uint32_t aspectIndex, uint32_t scaleIndex) const;
 
     RandomCropGenerator* Generator; // owned
     IImage* Image;                  // borrowed: outlives the driver, asked for its size
