@@ -31,11 +31,14 @@ CInt32CropRect* CCropRects::Data()
 
 void CCropRects::Destroy()
 {
-    delete this;
+    CCropRects* volatile self = this; // null when a host calls the bare slot so: nothing happens
+    delete self;
 }
 
 void CCropRects::Reserve(size_t count)
 {
+    if (count > Records.max_size())
+        throw std::length_error("vector<T> too long");
     Records.reserve(count);
 }
 

@@ -122,14 +122,17 @@ void VistaTrimParameters::SetDefaults()
 
 void VistaTrimParameters::SetDefaultAspectRatios()
 {
-    NumAspectRatios = sizeof kDefaultAspectRatios / sizeof *kDefaultAspectRatios;
-    AspectRatios = MakeRows(kDefaultAspectRatios, NumAspectRatios);
+    constexpr uint32_t count = sizeof kDefaultAspectRatios / sizeof *kDefaultAspectRatios;
+    // The count follows the rows: it must never stand beside fewer rows than it says.
+    AspectRatios = MakeRows(kDefaultAspectRatios, count);
+    NumAspectRatios = count;
 }
 
 void VistaTrimParameters::SetDefaultCropRectScaleRatios()
 {
-    NumCropRectScaleRatios = sizeof kDefaultScaleRatios / sizeof *kDefaultScaleRatios;
-    CropRectScaleRatios = MakeRows(kDefaultScaleRatios, NumCropRectScaleRatios);
+    constexpr uint32_t count = sizeof kDefaultScaleRatios / sizeof *kDefaultScaleRatios;
+    CropRectScaleRatios = MakeRows(kDefaultScaleRatios, count);
+    NumCropRectScaleRatios = count;
 }
 
 void VistaTrimParameters::SetDefaultNumMaxCropRectsPerSide()

@@ -39,7 +39,8 @@ void CRGB8Image::AddRef()
 
 void CRGB8Image::Destroy()
 {
-    delete this;
+    CRGB8Image* volatile self = this; // null when a host calls the bare slot so: nothing happens
+    delete self;
 }
 
 uint8_t* CRGB8Image::GetData()

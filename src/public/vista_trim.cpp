@@ -1,6 +1,7 @@
 #include "public/vista_trim.h"
 
 #include <exception>
+#include <memory>
 #include <new>
 #include <string>
 
@@ -11,8 +12,7 @@ namespace vistaTrim {
 
 namespace {
 
-// Folders of a detector that is not there. Made at load and read by nothing; they hold the
-// places that hosts' installers know.
+// Folders of a detector that is not there: made at load, ended at unload, read by nothing.
 [[maybe_unused]] const std::string kResourceFolder = "./data/resource";
 [[maybe_unused]] const std::string kDetectorFolder = "./data/detector";
 
@@ -88,7 +88,8 @@ void VistaTrim::AddRef()
 
 void VistaTrim::Destroy()
 {
-    delete this;
+    VistaTrim* volatile self = this; // null when a host calls the bare slot so: nothing happens
+    delete self;
 }
 
 void VistaTrim::Initialize(IImage* image, const VistaTrimParameters& parameters)
@@ -107,10 +108,11 @@ void VistaTrim::Initialize(IImage* image, const VistaTrimParameters& parameters)
         scaleRows.assign(Parameters.CropRectScaleRatios,
                          Parameters.CropRectScaleRatios + Parameters.NumCropRectScaleRatios);
 
-    // A second call abandons the generator and the analyzer of the first.
-    Generator = new RandomCropGenerator;
-    Generator->Initialize(Image->GetWidth(), Image->GetHeight(), aspectRows, scaleRows,
+    std::unique_ptr<RandomCropGenerator> generator(new RandomCropGenerator);
+    generator->Initialize(Image->GetWidth(), Image->GetHeight(), aspectRows, scaleRows,
                           Parameters.NumMaxCropRectsPerSide);
+    // A second call abandons the generator and the analyzer of the first.
+    Generator = generator.release();
 
     Analyzer = new CCropAnalyzer(Image);
     if (Parameters.NumRectsOfInterest > 0)
@@ -156,10 +158,16 @@ void VistaTrim::SetCropRectScaleRatioEnabled(double value, bool enabled)
 void VistaTrim::GetRectsOfInterest(CRectOfInterest** table, uint32_t* count)
 {
     std::vector<CRectOfInterest>& rects = Analyzer->RectsOfInterest;
-    *count = static_cast<uint32_t>(rects.size());
-    // Never null for want of rectangles, so that a host may look at the first record unasked.
-    // Nobody frees that record.
-    *table = rects.empty() ? new (std::nothrow) CRectOfInterest : rects.data();
+    if (!rects.empty()) {
+        *table = rects.data();
+        *count = static_cast<uint32_t>(rects.size());
+        return;
+    }
+    // Not null for want of rectangles, so that a host may look at the first record unasked. Nobody
+    // frees that record. A host's own allocator may return null; volatile keeps the test.
+    void* volatile storage = ::operator new(sizeof(CRectOfInterest));
+    *table = storage == nullptr ? nullptr : new (storage) CRectOfInterest;
+    *count = 0;
 }
 
 void VistaTrim::AddRectOfInterest(const CRectOfInterest& rect)
