@@ -18,7 +18,6 @@ namespace {
 
 // Boxes of up to this reach are compared in registers.
 constexpr int32_t kMaxFixedReach = 3;
-constexpr int64_t kLineFloats = 16;
 
 VISTATRIM_FORM_BODY float Extreme(float a, float b, bool largest)
 {
@@ -153,11 +152,6 @@ VISTATRIM_FORM_BODY void BoxMaximumBody(float* data, int64_t stride, int32_t col
 VISTATRIM_FORMS(BoxMaximum,
                 (float* data, int64_t stride, int32_t cols, int32_t rows, const BoxPlan& plan),
                 (data, stride, cols, rows, plan))
-
-int64_t RoundUpToLine(int64_t floats)
-{
-    return (floats + kLineFloats - 1) / kLineFloats * kLineFloats;
-}
 
 BoxReach CutReach(int32_t maskSize, int32_t anchor, int32_t length)
 {

@@ -27,10 +27,11 @@ VISTATRIM_FORM_BODY float OneTwoOne(float before, float at, float after)
 }
 
 // sums[x] = p(x-1) + 2 p(x) + p(x+1). The two border pixels stand apart from the loop.
-VISTATRIM_FORM_BODY void SumAlongRow(const float* row, float* __restrict__ sums, int32_t cols)
+VISTATRIM_FORM_BODY void SumAlongRow(const float* row, float* sums, int32_t cols)
 {
     const int32_t last = cols - 1;
     sums[0] = OneTwoOne(row[0], row[0], row[std::min(1, last)]);
+    VISTATRIM_INDEPENDENT_STEPS
     for (int32_t x = 1; x < last; ++x)
         sums[x] = OneTwoOne(row[x - 1], row[x], row[x + 1]);
     if (last > 0)
@@ -39,8 +40,9 @@ VISTATRIM_FORM_BODY void SumAlongRow(const float* row, float* __restrict__ sums,
 
 // sums[x] = p(x, y-1) + 2 p(x, y) + p(x, y+1) for x = -1 .. cols, the two ends by repetition.
 VISTATRIM_FORM_BODY void SumDownColumns(const float* above, const float* at, const float* below,
-                                        float* __restrict__ sums, int32_t cols)
+                                        float* sums, int32_t cols)
 {
+    VISTATRIM_INDEPENDENT_STEPS
     for (int32_t x = 0; x < cols; ++x)
         sums[x] = OneTwoOne(above[x], at[x], below[x]);
     sums[-1] = sums[0];
@@ -59,7 +61,8 @@ VISTATRIM_FORM_BODY void RowDifferenceBody(const float* src, float* dst, int32_t
     SumAlongRow(src, sumsAt, cols);
     for (int32_t y = 0; y < rows; ++y) {
         SumAlongRow(src + std::min(y + 1, rows - 1) * stride, sumsBelow, cols);
-        float* __restrict__ out = dst + y * stride;
+        float* out = dst + y * stride;
+        VISTATRIM_INDEPENDENT_STEPS
         for (int32_t x = 0; x < cols; ++x)
             out[x] = sumsBelow[x] - sumsAbove[x];
         float* const spare = sumsAbove;
@@ -80,7 +83,8 @@ VISTATRIM_FORM_BODY void ColumnDifferenceBody(const float* src, float* dst, int3
     for (int32_t y = 0; y < rows; ++y) {
         const float* at = src + y * stride;
         SumDownColumns(y > 0 ? at - stride : at, at, y < rows - 1 ? at + stride : at, sums, cols);
-        float* __restrict__ out = dst + y * stride;
+        float* out = dst + y * stride;
+        VISTATRIM_INDEPENDENT_STEPS
         for (int32_t x = 0; x < cols; ++x)
             out[x] = sums[x - 1] - sums[x + 1];
     }
@@ -100,7 +104,7 @@ VISTATRIM_FORM_BODY void StrengthBody(const float* src, float* dst, int32_t cols
         const float* above = y > 0 ? at - stride : at;
         const float* below = y < rows - 1 ? at + stride : at;
         SumDownColumns(above, at, below, sums, cols);
-        float* __restrict__ out = dst + y * stride;
+        float* out = dst + y * stride;
         const int32_t last = cols - 1;
         for (int32_t x = 0; x < cols; x += std::max(last, 1)) {
             const int32_t left = std::max(x - 1, 0);
@@ -109,6 +113,7 @@ VISTATRIM_FORM_BODY void StrengthBody(const float* src, float* dst, int32_t cols
                                OneTwoOne(above[left], above[x], above[right])) +
                      std::fabs(sums[x - 1] - sums[x + 1]);
         }
+        VISTATRIM_INDEPENDENT_STEPS
         for (int32_t x = 1; x < last; ++x)
             out[x] = std::fabs(OneTwoOne(below[x - 1], below[x], below[x + 1]) -
                                OneTwoOne(above[x - 1], above[x], above[x + 1])) +

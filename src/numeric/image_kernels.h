@@ -15,6 +15,9 @@
 
 namespace vistaTrim {
 
+// A destination plane is another one than the source. A stack given as target holds at least
+// as many planes as the source, which decides how many are done.
+
 // Row below minus row above, each smoothed with 1 2 1; no divisor.
 void SobelRowDifference(const float* src, float* dst, int32_t cols, int32_t rows);
 // Left column minus right one, each smoothed with 1 2 1; no divisor.
@@ -22,7 +25,8 @@ void SobelColumnDifference(const float* src, float* dst, int32_t cols, int32_t r
 // |SobelRowDifference| + |SobelColumnDifference|.
 void GradientStrength(const float* src, float* dst, int32_t cols, int32_t rows);
 
-// maskSize taps each way, odd and at least 3, cut there whatever sigma is. dst is not src.
+// maskSize taps each way, odd and at least 3, cut there whatever sigma is. A constant
+// plane comes out as one value everywhere, within rounding of the source's.
 void GaussianSmooth(const float* src, float* dst, int32_t cols, int32_t rows, int32_t maskSize,
                     float sigma);
 // Every plane of source into the same plane of target, mask 7.

@@ -24,6 +24,9 @@ enum KernelStatus : int32_t {
 
 // Scratch sizes are bytes. A size function that returns a failure leaves *size alone.
 
+// Floats up to a whole number of cache lines, where the next piece of scratch starts.
+int64_t RoundUpToLine(int64_t floats);
+
 // Never below 1 for a bad size: it is the kernel that refuses that.
 int32_t SobelBufferSize(int32_t cols);
 int32_t SobelRowKernel(const float* src, float* dst, int32_t cols, int32_t rows, void* buffer);

@@ -11,7 +11,6 @@
 #include <algorithm>
 #include <cmath>
 #include <cstdint>
-#include <cstring>
 #include <iostream>
 #include <limits>
 #include <memory>
@@ -26,8 +25,6 @@ namespace {
 
 // Masks of up to this reach are summed in registers.
 constexpr int32_t kMaxFixedReach = 7;
-// Floats in a cache line; the row buffer's first pixel stands at the start of one.
-constexpr int64_t kLineFloats = 16;
 
 // out[x] = the weighted sum of lines[0][x] .. lines[2 * reach][x], outermost pairs first. The
 // caller gives a literal reach, so that the inner loop unrolls.
@@ -126,25 +123,6 @@ VISTATRIM_FORMS(SmoothPlane,
                  int32_t reach, float* buffer),
                 (src, dst, cols, rows, taps, reach, buffer))
 
-VISTATRIM_FORM_BODY void SeparateBytesBody(const uint8_t* pixels, int64_t count,
-                                           float* __restrict__ first, float* __restrict__ second,
-                                           float* __restrict__ third)
-{
-    for (int64_t i = 0; i < count; ++i) {
-        first[i] = static_cast<float>(pixels[3 * i]);
-        second[i] = static_cast<float>(pixels[3 * i + 1]);
-        third[i] = static_cast<float>(pixels[3 * i + 2]);
-    }
-}
-VISTATRIM_FORMS(SeparateBytes,
-                (const uint8_t* pixels, int64_t count, float* first, float* second, float* third),
-                (pixels, count, first, second, third))
-
-int64_t RoundUpToLine(int64_t floats)
-{
-    return (floats + kLineFloats - 1) / kLineFloats * kLineFloats;
-}
-
 int32_t CheckGaussian(int32_t cols, int32_t rows, int32_t maskSize)
 {
     if (cols < 1 || rows < 1)
@@ -228,14 +206,19 @@ void SmoothStack(CPlaneStack source, CPlaneStack target, double sigma)
                        static_cast<float>(sigma));
 }
 
+// The arrays are seen through a stack, which knows how to part the bytes.
 void BlurInterleavedPixels(const uint8_t* pixels, int32_t cols, int32_t rows, float sigma,
                            float* const out[3])
 {
-    const int64_t count = cols < 1 || rows < 1 ? 0 : static_cast<int64_t>(cols) * rows;
+    CPlaneStack view;
+    view.PlaneCount = 3;
+    view.ElementCount = cols < 1 || rows < 1 ? 0 : cols * rows;
     std::unique_ptr<float[]> planes[3];
-    for (std::unique_ptr<float[]>& plane : planes)
-        plane.reset(new float[static_cast<size_t>(count)]);
-    SeparateBytes(pixels, count, planes[0].get(), planes[1].get(), planes[2].get());
+    for (std::unique_ptr<float[]>& plane : planes) {
+        plane.reset(new float[static_cast<size_t>(view.ElementCount)]);
+        view.Planes.push_back(plane.get());
+    }
+    view.FillFromBytes(pixels);
     for (int c = 0; c < 3; ++c)
         GaussianSmooth(planes[c].get(), out[c], cols, rows, 15, sigma);
 }

@@ -168,7 +168,8 @@ TEST_F(GradientKernels, ReportBadSizesAndLeaveTheDestination)
 {
     const GuardedPlane src(2, 2, 1.0f);
     GuardedPlane dst(2, 2, 3.0f);
-    for (const PlaneSize& size : {PlaneSize{0, 2}, {2, 0}, {-1, 2}, {2, -1}, {-1, -1}}) {
+    for (const PlaneSize& size :
+         {PlaneSize{0, 2}, {2, 0}, {-1, 2}, {-1000, 2}, {2, -1}, {-1, -1}}) {
         for (GradientOperation operation : {SobelRowDifference, SobelColumnDifference}) {
             operation(src.Data(), dst.Data(), size.Cols, size.Rows);
             EXPECT_EQ(TakeErrors(), kSizeLine);
