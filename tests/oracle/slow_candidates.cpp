@@ -2,28 +2,28 @@
 
 #include <algorithm>
 #include <cmath>
-#include <stdexcept>
 
 namespace slowOracle {
 
 namespace {
 
-// A crop side as the generator's unsigned number. Sides beyond 32 bits are held at the
-// largest value: they do not fit any picture either way.
+// A crop side as the generator's unsigned number: the low 32 bits of the 64-bit whole number.
+// What no 64-bit number holds, and a NaN, counts as the lowest of them, whose low bits are 0.
 uint32_t CropSide(double floored)
 {
-    if (!(floored >= 0.0))
-        throw std::domain_error("negative crop side");
-    return floored < 4294967295.0 ? static_cast<uint32_t>(floored) : 4294967295U;
+    constexpr double kTwoTo32 = 4294967296.0;
+    constexpr double kTwoTo63 = kTwoTo32 * kTwoTo32 / 2.0;
+    if (!(std::fabs(floored) < kTwoTo63))
+        return 0U;
+    const double low = std::fmod(floored, kTwoTo32);
+    return static_cast<uint32_t>(low < 0.0 ? low + kTwoTo32 : low);
 }
 
-// The gaps between `positions` wanted positions, at least 1. Counts pass through 32 bits and
-// are read as signed, so 0 wanted positions and more than 2^31 both give one gap.
+// The gaps between `positions` wanted positions, at least 1. The count is exact, however large,
+// so a density of 0, which wraps, asks for every position along the axis with less free room.
 double Gaps(double positions)
 {
-    const uint32_t count = static_cast<uint32_t>(static_cast<uint64_t>(positions));
-    const uint32_t less = count - 1U;
-    return less > 0U && less < 0x80000000U ? static_cast<double>(less) : 1.0;
+    return std::max(positions - 1.0, 1.0);
 }
 
 } // namespace

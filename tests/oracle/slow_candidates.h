@@ -16,8 +16,7 @@ struct CellResult {
 };
 
 // All crops of one aspect ratio (width over height) and one scale. The bound `maxPerSide` is
-// that of the axis with more free room. Throws std::domain_error if a crop side is negative or
-// not a number: no such cell is defined.
+// that of the axis with more free room. Any value of the ratios gives a defined result.
 CellResult EnumerateCell(uint32_t width, uint32_t height, double aspect, double scale,
                          uint32_t maxPerSide);
 

@@ -150,9 +150,26 @@ TEST(SlowCandidates, CropLargerThanThePictureIsAnError)
     EXPECT_TRUE(EnumerateCell(640, 480, 4.0 / 3.0, 1e12, 25).Error);
 }
 
-TEST(SlowCandidates, NegativeCropSideHasNoCell)
+TEST(SlowCandidates, NegativeCropSideIsAHugeUnsignedOne)
 {
-    EXPECT_THROW(EnumerateCell(640, 480, 4.0 / 3.0, -0.5, 25), std::domain_error);
+    EXPECT_TRUE(EnumerateCell(640, 480, 4.0 / 3.0, -0.5, 25).Error);
+}
+
+TEST(SlowCandidates, CropSideBeyondAllNumbersIsZero)
+{
+    const CellResult cell = EnumerateCell(640, 480, 4.0 / 3.0, 1e300, 2);
+    ASSERT_FALSE(cell.Error);
+    ASSERT_EQ(cell.Crops.size(), 1U);
+    ExpectSides(cell.Crops[0], 640, 639, 480, 479);
+}
+
+// 0 - 1 wraps: one gap across the axis with more room, a position on every pixel of the other.
+TEST(SlowCandidates, DensityOfZeroFillsTheLesserAxis)
+{
+    const CellResult cell = EnumerateCell(640, 480, 4.0 / 3.0, 0.5, 0);
+    ASSERT_EQ(cell.Crops.size(), 2U * 241U);
+    ExpectSides(cell.Crops[1], 0, 319, 1, 240);
+    ExpectSides(cell.Crops.back(), 320, 639, 240, 479);
 }
 
 TEST(SlowGeneratorModel, CropSizeOffTheTableAddsAScaleAndFillsOneCell)
