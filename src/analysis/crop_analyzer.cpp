@@ -7,7 +7,9 @@
 #include <memory>
 
 #include "analysis/multi_scale_edges.h"
+#include "analysis/owned_stack.h"
 #include "analysis/saliency_driver.h"
+#include "numeric/aligned_memory.h"
 #include "numeric/image_kernels.h"
 #include "numeric/plane_stack.h"
 #include "numeric/summed_area.h"
@@ -63,21 +65,19 @@ void CentreWeightColumns(CFloatMatrix& map)
 // Gradient strength of the three smoothed colour planes, summed with no weighting.
 void SumColourEdges(const CImageView& view, int32_t cols, int32_t rows, CFloatMatrix& edgeMap)
 {
-    CFloatMatrix planes[3];
-    CFloatMatrix gradient;
-    for (CFloatMatrix& plane : planes)
-        plane.Resize(uint32_t(rows), uint32_t(cols));
-    gradient.Resize(uint32_t(rows), uint32_t(cols));
+    COwnedStack planes;
+    COwnedStack gradient;
+    planes.Create(3, cols, rows);
+    gradient.Create(1, cols, rows);
 
     // From the bytes again, and stronger than the smoothing of the saliency maps: only what
     // survives this blur counts as an edge of a thing.
-    float* const blurred[3] = {planes[0].Data, planes[1].Data, planes[2].Data};
-    BlurInterleavedPixels(view.Pixels, cols, rows, kEdgeBlurSigma, blurred);
+    BlurInterleavedPixels(view.Pixels, cols, rows, kEdgeBlurSigma, planes.Planes.data());
 
     edgeMap.ResizeZeroed(uint32_t(rows), uint32_t(cols));
-    for (const CFloatMatrix& plane : planes) {
-        GradientStrength(plane.Data, gradient.Data, cols, rows);
-        VectorAdd(int32_t(edgeMap.Count), edgeMap.Data, gradient.Data, edgeMap.Data);
+    for (const float* plane : planes.Planes) {
+        GradientStrength(plane, gradient.Planes[0], cols, rows);
+        VectorAdd(int32_t(edgeMap.Count), edgeMap.Data, gradient.Planes[0], edgeMap.Data);
     }
 }
 
@@ -100,12 +100,6 @@ void CleanEdgeMap(CFloatMatrix& edgeMap)
     DilateBox(edgeMap, kDilateSize);
     CentreWeightColumns(edgeMap);
     NormalisePlane(edgeMap.Data, int32_t(edgeMap.Count));
-}
-
-void BuildTable(const CFloatMatrix& map, CDoubleMatrix& table)
-{
-    table.Resize(map.Rows, map.Cols);
-    BuildSummedAreaTable(map, table);
 }
 
 // The sum of the whole map, from its table.
@@ -153,6 +147,30 @@ CCropAnalyzer::~CCropAnalyzer()
     delete[] DescriptorBuffer;
 }
 
+// Two blocks instead of twenty. A large block that is given back is kept whole for the next
+// picture by the common allocators; twenty of middling size go back to the system and come
+// again page by page, which takes longer than the arithmetic on them.
+void CCropAnalyzer::GiveMatricesTheirSize()
+{
+    CFloatMatrix* const maps[] = {&ContrastMap, &SaliencyMap, &ContrastMask, &ColorContrastMap,
+                                  &PeakMap,     &EdgeMap,     &SideMaps[0],  &SideMaps[1],
+                                  &SideMaps[2], &SideMaps[3]};
+    CDoubleMatrix* const tables[] = {
+        &ContrastTable, &SaliencyTable, &ContrastMaskTable, &ColorContrastTable, &PeakTable,
+        &EdgeTable,     &SideTables[0], &SideTables[1],     &SideTables[2],      &SideTables[3]};
+    const uint32_t rows = uint32_t(WorkRows);
+    const uint32_t cols = uint32_t(WorkCols);
+    const size_t count = size_t(rows) * cols;
+
+    // new, not make_unique: nothing is to be cleared.
+    MapStorage.reset(new float[std::size(maps) * count]);
+    TableStorage.reset(new double[std::size(tables) * count]);
+    for (size_t k = 0; k < std::size(maps); ++k)
+        maps[k]->Borrow(rows, cols, MapStorage.get() + k * count);
+    for (size_t k = 0; k < std::size(tables); ++k)
+        tables[k]->Borrow(rows, cols, TableStorage.get() + k * count);
+}
+
 void CCropAnalyzer::BuildMaps(const CImageView& view)
 {
     SourceCols = view.Cols;
@@ -172,25 +190,21 @@ void CCropAnalyzer::BuildMaps(const CImageView& view)
     // picture whose longer side is 640. A larger one is read with the wrong row length and
     // gives the maps of a sheared piece of it. The buffer's size is not known here and not
     // guarded: a smaller picture would be read past its end.
-    const uint32_t cols = uint32_t(WorkCols);
-    const uint32_t rows = uint32_t(WorkRows);
-    ContrastMap.Resize(rows, cols);
-    SaliencyMap.Resize(rows, cols);
-    ContrastMask.Resize(rows, cols);
-    ColorContrastMap.Resize(rows, cols);
-    PeakMap.Resize(rows, cols);
-    for (CFloatMatrix& sideMap : SideMaps)
-        sideMap.Resize(rows, cols);
+    GiveMatricesTheirSize();
+    {
+        // The tables come last. Until then their storage is the stages' scratch.
+        const size_t tableBytes = 10 * size_t(ContrastTable.Count) * sizeof(double);
+        const CScratchScope scratch(TableStorage.get(), tableBytes);
+        SaliencyMapBuffers buffers = {
+            ContrastMap.Data,
+            SaliencyMap.Data,
+            ColorContrastMap.Data,
+            {SideMaps[0].Data, SideMaps[1].Data, SideMaps[2].Data, SideMaps[3].Data}};
+        ComputeSaliencyMaps(view.Pixels, WorkCols, WorkRows, buffers);
 
-    SaliencyMapBuffers buffers = {
-        ContrastMap.Data,
-        SaliencyMap.Data,
-        ColorContrastMap.Data,
-        {SideMaps[0].Data, SideMaps[1].Data, SideMaps[2].Data, SideMaps[3].Data}};
-    ComputeSaliencyMaps(view.Pixels, WorkCols, WorkRows, buffers);
-
-    SumColourEdges(view, WorkCols, WorkRows, EdgeMap);
-    CleanEdgeMap(EdgeMap);
+        SumColourEdges(view, WorkCols, WorkRows, EdgeMap);
+        CleanEdgeMap(EdgeMap);
+    }
 
     // The order matters: the peaks are taken from the colour contrast after its own threshold,
     // and ContrastMap and SaliencyMap keep their weak values.
@@ -201,12 +215,12 @@ void CCropAnalyzer::BuildMaps(const CImageView& view)
     ThresholdAtFraction(PeakMap, 0.5f);
     VectorPowScalar(WorkRows * WorkCols, PeakMap.Data, kPeakExponent, PeakMap.Data);
 
-    BuildTable(ContrastMap, ContrastTable);
-    BuildTable(SaliencyMap, SaliencyTable);
-    BuildTable(ContrastMask, ContrastMaskTable);
-    BuildTable(ColorContrastMap, ColorContrastTable);
-    BuildTable(PeakMap, PeakTable);
-    BuildTable(EdgeMap, EdgeTable);
+    BuildSummedAreaTable(ContrastMap, ContrastTable);
+    BuildSummedAreaTable(SaliencyMap, SaliencyTable);
+    BuildSummedAreaTable(ContrastMask, ContrastMaskTable);
+    BuildSummedAreaTable(ColorContrastMap, ColorContrastTable);
+    BuildSummedAreaTable(PeakMap, PeakTable);
+    BuildSummedAreaTable(EdgeMap, EdgeTable);
     ContrastMaskTotal = MapTotal(ContrastMaskTable);
     ColorContrastTotal = MapTotal(ColorContrastTable);
     EdgeTotal = MapTotal(EdgeTable);
@@ -214,7 +228,7 @@ void CCropAnalyzer::BuildMaps(const CImageView& view)
 
     for (int side = 0; side < 4; ++side) {
         ThresholdAtFraction(SideMaps[side], 0.01f);
-        BuildTable(SideMaps[side], SideTables[side]);
+        BuildSummedAreaTable(SideMaps[side], SideTables[side]);
     }
 
     // How far each side's band differs from the strip along that same side: little, if the

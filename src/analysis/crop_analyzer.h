@@ -3,6 +3,7 @@
 #define VISTATRIM_ANALYSIS_CROP_ANALYZER_H
 
 #include <cstdint>
+#include <memory>
 #include <vector>
 
 #include "analysis/working_rect.h"
@@ -85,6 +86,11 @@ public:
 
 private:
     void BuildMaps(const CImageView& view);
+    void GiveMatricesTheirSize();
+
+    // The matrices above borrow from these: ten maps and ten tables, one after the other.
+    std::unique_ptr<float[]> MapStorage;
+    std::unique_ptr<double[]> TableStorage;
 };
 
 } // namespace vistaTrim

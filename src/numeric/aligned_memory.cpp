@@ -2,6 +2,7 @@
 
 #include <cstdint>
 #include <cstdlib>
+#include <memory>
 
 namespace vistaTrim {
 
@@ -9,6 +10,24 @@ namespace {
 
 // A cache line, and the widest vector register there is.
 constexpr size_t kSmallestAlignment = 64;
+
+// Stands in front of every piece of a scratch block.
+struct PieceHeader {
+    size_t PreviousLast; // start of the piece below
+    size_t PreviousTop;  // where the free bytes begin once this piece is gone
+    bool Free;           // given back while a piece above it was in use
+};
+static_assert(sizeof(PieceHeader) <= kSmallestAlignment, "a header is one step of alignment");
+
+constexpr size_t kNoPiece = SIZE_MAX;
+
+// One for each thread: threads that analyse at the same time share nothing.
+thread_local CScratchScope* currentScope = nullptr;
+
+size_t RoundUp(size_t value, size_t alignment)
+{
+    return (value + (alignment - 1)) & ~(alignment - 1);
+}
 
 } // namespace
 
@@ -19,15 +38,71 @@ void* AllocateAligned(size_t size, size_t alignment)
     const bool isPowerOfTwo = (alignment & (alignment - 1)) == 0;
     if (alignment < kSmallestAlignment || !isPowerOfTwo)
         alignment = kSmallestAlignment;
+    // The one larger alignment that somebody may ask for goes to the free store.
+    if (currentScope != nullptr && alignment == kSmallestAlignment) {
+        void* const piece = currentScope->Take(size);
+        if (piece != nullptr)
+            return piece;
+    }
     // The allocation must be a whole number of alignments; near the top that would wrap.
     if (size > SIZE_MAX - (alignment - 1))
         return nullptr;
-    return std::aligned_alloc(alignment, (size + alignment - 1) & ~(alignment - 1));
+    return std::aligned_alloc(alignment, RoundUp(size, alignment));
 }
 
 void FreeAligned(void* pointer)
 {
+    for (CScratchScope* scope = currentScope; scope != nullptr; scope = scope->Outer)
+        if (scope->GiveBack(pointer))
+            return;
     std::free(pointer);
+}
+
+CScratchScope::CScratchScope(void* block, size_t bytes)
+    : Outer(currentScope), Block(static_cast<char*>(block)), Size(bytes), Last(kNoPiece), Top(0)
+{
+    if (std::align(kSmallestAlignment, kSmallestAlignment, block, Size) != nullptr)
+        Block = static_cast<char*>(block);
+    else
+        Size = 0;
+    currentScope = this;
+}
+
+CScratchScope::~CScratchScope()
+{
+    currentScope = Outer;
+}
+
+// Null when the block is used up.
+void* CScratchScope::Take(size_t size)
+{
+    const size_t start = Top + kSmallestAlignment;
+    if (start > Size || size > Size - start)
+        return nullptr;
+    PieceHeader* const header = reinterpret_cast<PieceHeader*>(Block + Top);
+    *header = {Last, Top, false};
+    Last = start;
+    Top = RoundUp(start + size, kSmallestAlignment);
+    return Block + start;
+}
+
+bool CScratchScope::GiveBack(void* pointer)
+{
+    const uintptr_t address = reinterpret_cast<uintptr_t>(pointer);
+    const uintptr_t block = reinterpret_cast<uintptr_t>(Block);
+    if (address < block || address >= block + Size)
+        return false;
+    reinterpret_cast<PieceHeader*>(address - kSmallestAlignment)->Free = true;
+    // What lies on top and is free goes; stages free mostly in the reverse order of making.
+    while (Last != kNoPiece) {
+        const PieceHeader* const header =
+            reinterpret_cast<const PieceHeader*>(Block + Last - kSmallestAlignment);
+        if (!header->Free)
+            break;
+        Top = header->PreviousTop;
+        Last = header->PreviousLast;
+    }
+    return true;
 }
 
 } // namespace vistaTrim

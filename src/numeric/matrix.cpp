@@ -34,7 +34,7 @@ CFloatArray::CFloatArray(uint32_t count) : Count(count), Data(NewFloats(count))
 
 CFloatArray::~CFloatArray()
 {
-    if (Count != 0)
+    if (Count != 0 && !Borrowed)
         delete[] Data;
 }
 
@@ -53,6 +53,7 @@ void CFloatArray::Swap(CFloatArray& other)
 {
     std::swap(Count, other.Count);
     std::swap(Data, other.Data);
+    std::swap(Borrowed, other.Borrowed);
 }
 
 void CFloatMatrix::Resize(uint32_t rows, uint32_t cols)
@@ -63,6 +64,17 @@ void CFloatMatrix::Resize(uint32_t rows, uint32_t cols)
     for (uint32_t r = 0; r < commonRows; ++r)
         std::copy_n(Data + size_t{r} * Cols, commonCols, fresh.Data + size_t{r} * cols);
     Swap(fresh);
+    Rows = rows;
+    Cols = cols;
+}
+
+void CFloatMatrix::Borrow(uint32_t rows, uint32_t cols, float* data)
+{
+    CFloatArray given;
+    given.Count = rows * cols;
+    given.Data = given.Count != 0 ? data : nullptr;
+    given.Borrowed = true;
+    Swap(given);
     Rows = rows;
     Cols = cols;
 }
@@ -92,7 +104,7 @@ CDoubleArray::CDoubleArray(uint32_t count) : Count(count), Data(NewDoubles(count
 
 CDoubleArray::~CDoubleArray()
 {
-    if (Count != 0)
+    if (Count != 0 && !Borrowed)
         delete[] Data;
 }
 
@@ -111,6 +123,7 @@ void CDoubleArray::Swap(CDoubleArray& other)
 {
     std::swap(Count, other.Count);
     std::swap(Data, other.Data);
+    std::swap(Borrowed, other.Borrowed);
 }
 
 void CDoubleMatrix::Resize(uint32_t rows, uint32_t cols)
@@ -121,6 +134,17 @@ void CDoubleMatrix::Resize(uint32_t rows, uint32_t cols)
     for (uint32_t r = 0; r < commonRows; ++r)
         std::copy_n(Data + size_t{r} * Cols, commonCols, fresh.Data + size_t{r} * cols);
     Swap(fresh);
+    Rows = rows;
+    Cols = cols;
+}
+
+void CDoubleMatrix::Borrow(uint32_t rows, uint32_t cols, double* data)
+{
+    CDoubleArray given;
+    given.Count = rows * cols;
+    given.Data = given.Count != 0 ? data : nullptr;
+    given.Borrowed = true;
+    Swap(given);
     Rows = rows;
     Cols = cols;
 }

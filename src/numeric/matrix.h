@@ -11,7 +11,7 @@ struct CMatrixSize {
     uint32_t Cols = 0;
 };
 
-// Owned storage of Count floats; Data is null when Count is 0.
+// Storage of Count floats, owned unless it is borrowed; Data is null when Count is 0.
 class CFloatArray {
 public:
     CFloatArray() = default;
@@ -27,6 +27,7 @@ public:
 
     uint32_t Count = 0;
     float* Data = nullptr;
+    bool Borrowed = false; // Data belongs to somebody else
 };
 
 class CFloatMatrix : public CMatrixSize, public CFloatArray {
@@ -34,6 +35,9 @@ public:
     // New storage; the rectangle that old and new have in common is copied, the rest is
     // undefined. std::bad_alloc leaves the matrix as it was.
     void Resize(uint32_t rows, uint32_t cols);
+    // Takes a place of rows x cols elements in storage that belongs to somebody else, who keeps
+    // it for as long as the matrix is used. What the matrix held is given up.
+    void Borrow(uint32_t rows, uint32_t cols, float* data);
     // Every element 0; storage is kept when the element count stays the same.
     void ResizeZeroed(uint32_t rows, uint32_t cols);
     // Shape and contents of other; storage is kept when the element counts are equal.
@@ -54,11 +58,13 @@ public:
 
     uint32_t Count = 0;
     double* Data = nullptr;
+    bool Borrowed = false; // Data belongs to somebody else
 };
 
 class CDoubleMatrix : public CMatrixSize, public CDoubleArray {
 public:
     void Resize(uint32_t rows, uint32_t cols);
+    void Borrow(uint32_t rows, uint32_t cols, double* data);
     void CopyFrom(const CDoubleMatrix& other);
 };
 
