@@ -1,7 +1,6 @@
 #include "analysis/crop_analyzer.h"
 
 #include <algorithm>
-#include <cblas.h>
 #include <cmath>
 #include <iostream>
 #include <memory>
@@ -41,8 +40,8 @@ int32_t WorkLength(int32_t sourceLength, float scaleFactor)
 // the maximum always does, and a map of zeros is left as it is.
 void ThresholdAtFraction(CFloatMatrix& map, float fraction)
 {
-    const size_t iMax = cblas_isamax(static_cast<blasint>(map.Count), map.Data, 1);
-    const float level = static_cast<float>(double(map.Data[iMax]) * double(fraction));
+    const float largest = LargestElement(map.Data, int32_t(map.Count));
+    const float level = static_cast<float>(double(largest) * double(fraction));
     ThresholdBelow(map, level, 0.0f);
 }
 

@@ -1,6 +1,7 @@
 #include "numeric/vector_ops.h"
 
 #include <cmath>
+#include <cstring>
 
 #include <cblas.h>
 
@@ -74,7 +75,63 @@ VISTATRIM_FORM_BODY void OffsetBody(const float* src, float* dst, int32_t count,
 VISTATRIM_FORMS(Offset, (const float* src, float* dst, int32_t count, float value),
                 (src, dst, count, value))
 
+// Floats that are neither negative nor NaN stand in the order of their bits, and whole numbers
+// make a reduction that every register width can do.
+VISTATRIM_FORM_BODY void BitExtremesBody(const float* x, int32_t n, uint32_t* extremes)
+{
+    uint32_t low = UINT32_MAX;
+    uint32_t high = 0;
+    for (int32_t i = 0; i < n; ++i) {
+        uint32_t bits;
+        std::memcpy(&bits, x + i, sizeof(bits));
+        low = bits < low ? bits : low;
+        high = bits > high ? bits : high;
+    }
+    extremes[0] = low;
+    extremes[1] = high;
+}
+VISTATRIM_FORMS(BitExtremes, (const float* x, int32_t n, uint32_t* extremes), (x, n, extremes))
+
+// Two roundings, as if in two passes.
+VISTATRIM_FORM_BODY void ShiftAndScaleBody(float* x, int32_t n, float shift, float scale)
+{
+    VISTATRIM_INDEPENDENT_STEPS
+    for (int32_t i = 0; i < n; ++i) {
+        const float shifted = x[i] + shift;
+        x[i] = shifted * scale;
+    }
+}
+VISTATRIM_FORMS(ShiftAndScale, (float* x, int32_t n, float shift, float scale),
+                (x, n, shift, scale))
+
+// The elements of smallest and of largest absolute value.
+struct Extremes {
+    float Smallest;
+    float Largest;
+};
+
+Extremes FindExtremes(const float* x, int32_t n)
+{
+    constexpr uint32_t kInfinityBits = 0x7f800000;
+    uint32_t bits[2] = {UINT32_MAX, UINT32_MAX};
+    if (n > 0)
+        BitExtremes(x, n, bits);
+    if (bits[1] <= kInfinityBits) {
+        // All that the analysis has: one pass where the library takes two long ones.
+        Extremes extremes;
+        std::memcpy(&extremes.Smallest, &bits[0], sizeof(float));
+        std::memcpy(&extremes.Largest, &bits[1], sizeof(float));
+        return extremes;
+    }
+    return {x[cblas_isamin(n, x, 1)], x[cblas_isamax(n, x, 1)]};
+}
+
 } // namespace
+
+float LargestElement(const float* x, int32_t n)
+{
+    return FindExtremes(x, n).Largest;
+}
 
 void VectorAbs(int32_t n, const float* a, float* y)
 {
@@ -134,13 +191,14 @@ void NormalisePlane(float* x, int32_t n)
 {
     // Both by absolute value: for the non-negative maps of the analysis the true extremes. Data
     // of mixed sign does not come out as 0..1.
-    const size_t iMax = cblas_isamax(n, x, 1);
-    const size_t iMin = cblas_isamin(n, x, 1);
-    AddConstant(x, n, -x[iMin]);
-    float range = x[iMax] - x[iMin];
+    const Extremes extremes = FindExtremes(x, n);
+    const float shift = -extremes.Smallest;
+    const float largest = extremes.Largest + shift;
+    const float smallest = extremes.Smallest + shift;
+    float range = largest - smallest;
     if (range < kSmallestRange)
         range = kSmallestRange;
-    cblas_sscal(n, static_cast<float>(1.0 / static_cast<double>(range)), x, 1);
+    ShiftAndScale(x, n, shift, static_cast<float>(1.0 / static_cast<double>(range)));
 }
 
 void AddPlanes(CPlaneStack& target, const CPlaneStack& source, float alpha)

@@ -21,6 +21,9 @@ void VectorPowScalar(int32_t n, const float* a, float b, float* y);
 void AddConstant(float* x, int32_t n, float c);
 void OffsetPlane(const float* src, float* dst, int32_t count, float value);
 
+// The element of largest absolute value, the first of equal ones; x[0] if n is below 1.
+float LargestElement(const float* x, int32_t n);
+
 // Moves x in place so that its smallest element becomes 0 and its largest 1; a range below
 // 1e-5f counts as 1e-5f, so that a flat array becomes 0. Meant for non-negative data.
 void NormalisePlane(float* x, int32_t n);

@@ -1,0 +1,267 @@
+// The analysis of a 640 x 480 picture, whole and stage by stage. The stages allocate their own
+// scratch, as they do in the analysis; what they read and write stands outside the loop.
+//
+//     OPENBLAS_NUM_THREADS=1 taskset -c 0 build/benchmarks/analysis_bench
+
+#include <benchmark/benchmark.h>
+
+#include <cmath>
+#include <cstdint>
+#include <memory>
+#include <random>
+#include <vector>
+
+#include "analysis/crop_analyzer.h"
+#include "analysis/multi_scale_edges.h"
+#include "analysis/owned_stack.h"
+#include "analysis/saliency_driver.h"
+#include "analysis/strip_contrast.h"
+#include "numeric/image_kernels.h"
+#include "numeric/summed_area.h"
+#include "numeric/vector_ops.h"
+#include "vistaTrim/functions.h"
+
+namespace vistaTrim {
+namespace {
+
+constexpr int32_t kCols = 640;
+constexpr int32_t kRows = 480;
+constexpr int32_t kCount = kCols * kRows;
+
+// A soft disc on a gradient, with grain: neither flat nor noise.
+std::vector<uint8_t> PictureBytes()
+{
+    std::vector<uint8_t> bytes(size_t(kCount) * 3);
+    std::mt19937 random(1);
+    for (int32_t r = 0; r < kRows; ++r)
+        for (int32_t c = 0; c < kCols; ++c) {
+            const double dx = c - 0.55 * kCols;
+            const double dy = r - 0.6 * kRows;
+            const double disc = 120 / (1 + std::exp((std::sqrt(dx * dx + dy * dy) - 90) / 4));
+            for (int32_t p = 0; p < 3; ++p)
+                bytes[size_t(r * kCols + c) * 3 + size_t(p)] = static_cast<uint8_t>(
+                    30 + 40 * p + 60.0 * c / kCols + (p == 1 ? -disc / 4 : disc / 1.5) +
+                    double(random() >> 28));
+        }
+    return bytes;
+}
+
+// Everything that one stage hands to the next.
+struct Stages {
+    std::vector<uint8_t> Bytes = PictureBytes();
+    COwnedStack Pixels, Blurred, Out, Sides, Planes;
+    CFloatMatrix Map;
+    CDoubleMatrix Table;
+
+    Stages()
+    {
+        Pixels.Create(3, kCols, kRows);
+        Blurred.Create(3, kCols, kRows);
+        Out.Create(1, kCols, kRows);
+        Sides.Create(4, kCols, kRows);
+        Planes.Create(3, kCols, kRows);
+        Pixels.FillFromBytes(Bytes.data());
+        SmoothStack(Pixels, Blurred, double(0.7f));
+        BuildTables(Blurred);
+        Map.Resize(kRows, kCols);
+        Table.Resize(kRows, kCols);
+        ComputeTopContrast(Blurred, Out, 0.25f);
+        std::copy_n(Out.Planes[0], kCount, Map.Data);
+        BuildSummedAreaTable(Map, Table);
+    }
+};
+
+Stages& Shared()
+{
+    static Stages stages;
+    return stages;
+}
+
+void CountPixels(benchmark::State& state)
+{
+    state.counters["pixels"] =
+        benchmark::Counter(double(kCount), benchmark::Counter::kIsIterationInvariantRate);
+}
+
+void WholeAnalysis(benchmark::State& state)
+{
+    const std::vector<uint8_t> bytes = PictureBytes();
+    const int32_t offsets[4] = {0, 1, 2, 3};
+    const std::unique_ptr<IImage, decltype(&DestroyImageObj)> image(
+        CreateImageObj(kRows, kCols, 3, offsets, bytes.data()), DestroyImageObj);
+    for (auto _ : state) {
+        const CCropAnalyzer analyzer(image.get());
+        benchmark::DoNotOptimize(analyzer.SideGain[3]);
+    }
+    CountPixels(state);
+}
+BENCHMARK(WholeAnalysis)->Name("WholeAnalysis/640x480")->Unit(benchmark::kMillisecond);
+
+void SaliencyMaps(benchmark::State& state)
+{
+    Stages& s = Shared();
+    CFloatMatrix maps[7];
+    for (CFloatMatrix& map : maps)
+        map.Resize(kRows, kCols);
+    SaliencyMapBuffers buffers = {maps[0].Data,
+                                  maps[1].Data,
+                                  maps[2].Data,
+                                  {maps[3].Data, maps[4].Data, maps[5].Data, maps[6].Data}};
+    for (auto _ : state)
+        ComputeSaliencyMaps(s.Bytes.data(), kCols, kRows, buffers);
+    CountPixels(state);
+}
+BENCHMARK(SaliencyMaps)->Name("SaliencyMaps/640x480")->Unit(benchmark::kMillisecond);
+
+void FillAndSmooth(benchmark::State& state)
+{
+    Stages& s = Shared();
+    for (auto _ : state) {
+        s.Pixels.FillFromBytes(s.Bytes.data());
+        SmoothStack(s.Pixels, s.Planes, double(0.7f));
+    }
+    CountPixels(state);
+}
+BENCHMARK(FillAndSmooth)->Name("FillAndSmooth/3planes")->Unit(benchmark::kMillisecond);
+
+void PlaneTables(benchmark::State& state)
+{
+    Stages& s = Shared();
+    for (auto _ : state) {
+        COwnedStack stack;
+        stack.Create(3, kCols, kRows);
+        for (size_t k = 0; k < 3; ++k)
+            std::swap(stack.Planes[k], s.Planes.Planes[k]);
+        BuildTables(stack);
+        for (size_t k = 0; k < 3; ++k)
+            std::swap(stack.Planes[k], s.Planes.Planes[k]);
+    }
+    CountPixels(state);
+}
+BENCHMARK(PlaneTables)->Name("PlaneTables/3planes_6pairs")->Unit(benchmark::kMillisecond);
+
+void JointContrasts(benchmark::State& state)
+{
+    Stages& s = Shared();
+    for (auto _ : state) {
+        ComputeTopContrast(s.Blurred, s.Out, 0.25f);
+        ComputeBottomContrast(s.Blurred, s.Out, 0.25f);
+    }
+    CountPixels(state);
+}
+BENCHMARK(JointContrasts)->Name("JointContrasts/top_bottom")->Unit(benchmark::kMillisecond);
+
+void PlaneContrasts(benchmark::State& state)
+{
+    Stages& s = Shared();
+    const std::vector<CPlaneStack> views = SplitPlaneViews(s.Blurred);
+    for (auto _ : state)
+        for (const CPlaneStack& view : views) {
+            ComputeTopContrast(view, s.Out, 0.25f);
+            ComputeBottomContrast(view, s.Out, 0.25f);
+        }
+    CountPixels(state);
+}
+BENCHMARK(PlaneContrasts)->Name("PlaneContrasts/3x_top_bottom")->Unit(benchmark::kMillisecond);
+
+void SideContrasts(benchmark::State& state)
+{
+    Stages& s = Shared();
+    CPlaneStack outs[4];
+    for (size_t k = 0; k < 4; ++k)
+        outs[k].WrapPlane(kCols, kRows, s.Sides.Planes[k]);
+    for (auto _ : state)
+        ComputeSideContrasts(s.Blurred, outs, 0.2f);
+    CountPixels(state);
+}
+BENCHMARK(SideContrasts)->Name("SideContrasts/4sides")->Unit(benchmark::kMillisecond);
+
+void MultiScaleEdges(benchmark::State& state)
+{
+    Stages& s = Shared();
+    for (auto _ : state)
+        ComputeMultiScaleEdges(s.Pixels, s.Out, false, false, {0.04f, 0.2f});
+    CountPixels(state);
+}
+BENCHMARK(MultiScaleEdges)->Name("MultiScaleEdges/2scales")->Unit(benchmark::kMillisecond);
+
+void ColourBlur(benchmark::State& state)
+{
+    Stages& s = Shared();
+    float* const out[3] = {s.Planes.Planes[0], s.Planes.Planes[1], s.Planes.Planes[2]};
+    for (auto _ : state)
+        BlurInterleavedPixels(s.Bytes.data(), kCols, kRows, 2.0f, out);
+    CountPixels(state);
+}
+BENCHMARK(ColourBlur)->Name("ColourBlur/mask15_3planes")->Unit(benchmark::kMillisecond);
+
+void Gradients(benchmark::State& state)
+{
+    Stages& s = Shared();
+    for (auto _ : state)
+        for (size_t k = 0; k < 3; ++k)
+            GradientStrength(s.Blurred.Planes[k], s.Out.Planes[0], kCols, kRows);
+    CountPixels(state);
+}
+BENCHMARK(Gradients)->Name("Gradients/3planes")->Unit(benchmark::kMillisecond);
+
+void RowNormalisation(benchmark::State& state)
+{
+    Stages& s = Shared();
+    CPlaneStack stack;
+    stack.WrapPlane(kCols, kRows, s.Out.Planes[0]);
+    for (auto _ : state) {
+        // Its own result would shrink from round to round.
+        std::copy_n(s.Map.Data, kCount, s.Out.Planes[0]);
+        NormaliseRowsBySum(stack);
+    }
+    CountPixels(state);
+}
+BENCHMARK(RowNormalisation)->Name("RowNormalisation/1plane")->Unit(benchmark::kMillisecond);
+
+void ErodeAndDilate(benchmark::State& state)
+{
+    CFloatMatrix map;
+    map.CopyFrom(Shared().Map);
+    for (auto _ : state) {
+        ErodeBox(map, 5);
+        DilateBox(map, 7);
+    }
+    CountPixels(state);
+}
+BENCHMARK(ErodeAndDilate)->Name("ErodeAndDilate/5_7")->Unit(benchmark::kMillisecond);
+
+void ScoringTable(benchmark::State& state)
+{
+    Stages& s = Shared();
+    for (auto _ : state)
+        BuildSummedAreaTable(s.Map, s.Table);
+    CountPixels(state);
+}
+BENCHMARK(ScoringTable)->Name("ScoringTable/one_of_10")->Unit(benchmark::kMillisecond);
+
+void ScoringTableFreshMemory(benchmark::State& state)
+{
+    Stages& s = Shared();
+    for (auto _ : state) {
+        CDoubleMatrix table;
+        table.Resize(kRows, kCols);
+        BuildSummedAreaTable(s.Map, table);
+    }
+    CountPixels(state);
+}
+BENCHMARK(ScoringTableFreshMemory)
+    ->Name("ScoringTable/one_of_10_fresh_memory")
+    ->Unit(benchmark::kMillisecond);
+
+void Normalisation(benchmark::State& state)
+{
+    Stages& s = Shared();
+    for (auto _ : state)
+        NormalisePlane(s.Map.Data, kCount);
+    CountPixels(state);
+}
+BENCHMARK(Normalisation)->Name("Normalisation/1plane")->Unit(benchmark::kMillisecond);
+
+} // namespace
+} // namespace vistaTrim
