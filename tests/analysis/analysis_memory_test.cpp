@@ -1,0 +1,146 @@
+// What an analysis takes from the free store: what stays with the analyzer, and the most that
+// is held at any moment of its construction. Every allocation of the library goes through
+// operator new, aligned_alloc or malloc; the linker sends all three here, with free.
+//
+// The sizes count what the allocator set aside, not what was asked for. The linear algebra
+// library keeps buffers of its own, once for a process, and they are not counted.
+
+#include <cstdio>
+#include <cstdlib>
+#include <malloc.h>
+#include <memory>
+#include <new>
+
+#include <gtest/gtest.h>
+
+#include "test_pictures.h"
+
+namespace {
+
+// Only one thread allocates while these are read.
+size_t heldBytes = 0;
+size_t peakBytes = 0;
+
+void* Counted(void* pointer)
+{
+    heldBytes += malloc_usable_size(pointer);
+    if (heldBytes > peakBytes)
+        peakBytes = heldBytes;
+    return pointer;
+}
+
+} // namespace
+
+// The names are the linker's.
+extern "C" {
+void* __real_aligned_alloc(size_t alignment, size_t size);
+void* __real_malloc(size_t size);
+void __real_free(void* pointer);
+
+void* __wrap_aligned_alloc(size_t alignment, size_t size)
+{
+    return Counted(__real_aligned_alloc(alignment, size));
+}
+void* __wrap_malloc(size_t size)
+{
+    return Counted(__real_malloc(size));
+}
+void __wrap_free(void* pointer)
+{
+    heldBytes -= malloc_usable_size(pointer);
+    __real_free(pointer);
+}
+}
+
+void* operator new(size_t size)
+{
+    void* const pointer = std::malloc(size == 0 ? 1 : size);
+    if (pointer == nullptr)
+        throw std::bad_alloc();
+    return pointer;
+}
+void* operator new[](size_t size)
+{
+    return operator new(size);
+}
+void operator delete(void* pointer) noexcept
+{
+    std::free(pointer);
+}
+void operator delete[](void* pointer) noexcept
+{
+    std::free(pointer);
+}
+void operator delete(void* pointer, size_t) noexcept
+{
+    std::free(pointer);
+}
+void operator delete[](void* pointer, size_t) noexcept
+{
+    std::free(pointer);
+}
+
+namespace vistaTrim {
+namespace {
+
+using namespace testPictures;
+
+constexpr double kMegabyte = 1e6;
+
+struct Usage {
+    size_t Peak; // most that was held above what the image takes
+    size_t Stays;
+};
+
+Usage Measure(int32_t cols, int32_t rows)
+{
+    const ImageHolder image = MakeImage(Blobs(cols, rows, 1));
+    {
+        const CCropAnalyzer warm(image.get()); // what libraries keep for good
+    }
+    const size_t before = heldBytes;
+    peakBytes = heldBytes;
+    const CCropAnalyzer analyzer(image.get());
+    const Usage usage = {peakBytes - before, heldBytes - before};
+    std::printf("%4d x %-4d  peak %7.3f MB  stays %7.3f MB\n", cols, rows,
+                double(usage.Peak) / kMegabyte, double(usage.Stays) / kMegabyte);
+    return usage;
+}
+
+TEST(AnalysisMemory, OfAnOrdinaryPictureStaysInItsBounds)
+{
+    for (const auto& [cols, rows] : {std::pair(640, 480), std::pair(480, 640)}) {
+        const Usage usage = Measure(cols, rows);
+        EXPECT_LE(double(usage.Peak), 60 * kMegabyte);
+        EXPECT_LE(double(usage.Stays), 45 * kMegabyte);
+    }
+}
+
+// Ten float maps and ten double tables: 120 bytes a pixel; nothing else grows with the picture.
+TEST(AnalysisMemory, StaysAreTheMapsAndTables)
+{
+    for (const auto& [cols, rows] :
+         {std::pair(640, 480), std::pair(640, 640), std::pair(640, 100)}) {
+        const Usage usage = Measure(cols, rows);
+        const size_t pixels = size_t(cols) * size_t(rows);
+        EXPECT_GE(usage.Stays, 120 * pixels);
+        EXPECT_LE(usage.Stays, 120 * pixels + 16384);
+    }
+}
+
+TEST(AnalysisMemory, IsGivenBackInFull)
+{
+    const ImageHolder image = MakeImage(Blobs(640, 300, 2));
+    {
+        const CCropAnalyzer warm(image.get());
+    }
+    const size_t before = heldBytes;
+    {
+        const CCropAnalyzer analyzer(image.get());
+        EXPECT_GT(heldBytes, before);
+    }
+    EXPECT_EQ(heldBytes, before);
+}
+
+} // namespace
+} // namespace vistaTrim
