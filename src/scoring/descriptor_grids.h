@@ -20,7 +20,8 @@ struct GridLimits {
     int32_t First = -1; // the pixels that the limits were made for, inclusive; none yet
     int32_t Last = -2;
     // Every cell starts where the one before it ends, and every second edge of the 8-fold
-    // division is one of the 4-fold. Rounding or an extent below 12 can spoil it.
+    // division is one of the 4-fold. So it is from 12 pixels on; below that, cells share
+    // pixels. Tested and not assumed, because the limits come out of rounded numbers.
     bool Tiles = false;
     int32_t Start[kGridCells]; // inclusive pixels of each cell
     int32_t End[kGridCells];

@@ -1,0 +1,255 @@
+#include "scoring/composition_model.h"
+
+#include <algorithm>
+#include <cmath>
+#include <random>
+
+#include <gtest/gtest.h>
+
+#include "scoring/composition_coefficients.h"
+#include "scoring/descriptor_grids.h"
+#include "scoring/scoring_test_support.h"
+
+using namespace vistaTrim;
+
+namespace scoringTests {
+namespace {
+
+std::vector<float> Descriptor(const CCropAnalyzer& analyzer, const WorkingRect& rect)
+{
+    std::vector<float> descriptor(kDescriptorSize);
+    ComputeCompositionDescriptor(analyzer.ContrastTable, analyzer.SaliencyTable, descriptor.data(),
+                                 rect);
+    return descriptor;
+}
+
+std::vector<int32_t> Limits(const int32_t* from, int32_t count)
+{
+    return std::vector<int32_t>(from, from + count);
+}
+
+TEST(CompositionModel, TenRowsUnderFourCellsStepByTwoAndAHalf)
+{
+    for (const int32_t first : {0, 7, 300}) {
+        GridLimits limits;
+        FillGridLimits(first, first + 9, limits);
+        EXPECT_EQ(Limits(limits.Start, 4),
+                  (std::vector<int32_t>{first, first + 2, first + 5, first + 7}));
+        EXPECT_EQ(Limits(limits.End, 4),
+                  (std::vector<int32_t>{first + 1, first + 4, first + 6, first + 9}));
+    }
+}
+
+TEST(CompositionModel, TwoRowsUnderTwelveCellsRepeat)
+{
+    GridLimits limits;
+    FillGridLimits(40, 41, limits);
+    const int32_t* starts = limits.Start + kGridFirstCell[2];
+    const int32_t* ends = limits.End + kGridFirstCell[2];
+    EXPECT_FALSE(limits.Tiles);
+    EXPECT_EQ(starts[0], 40);
+    EXPECT_EQ(ends[0], 40);
+    EXPECT_EQ(starts[11], 41);
+    EXPECT_EQ(ends[11], 41);
+    for (int32_t i = 0; i < 12; ++i) {
+        EXPECT_GE(starts[i], 40);
+        EXPECT_LE(ends[i], 41);
+        EXPECT_GE(ends[i], starts[i]);
+    }
+}
+
+TEST(CompositionModel, LimitsMatchTheSlowFormForEveryExtentAndPlace)
+{
+    const EachForm forms;
+    for (int32_t first : {0, 1, 2, 3, 5, 17, 63, 64, 100, 255, 256, 257, 400, 511, 512, 600})
+        for (int32_t last = first; last < 640; ++last)
+            for (const CpuForm form : forms.Forms) {
+                SelectCpuForm(form);
+                GridLimits limits;
+                FillGridLimits(first, last, limits);
+                int32_t cell = 0;
+                for (const int32_t cells : {4, 8, 12})
+                    for (int32_t i = 0; i < cells; ++i, ++cell) {
+                        const slowOracle::CellLimits slow =
+                            slowOracle::FindCellLimits(first, last, cells, i);
+                        ASSERT_EQ(limits.Start[cell], slow.First) << first << ".." << last;
+                        ASSERT_EQ(limits.End[cell], slow.Last) << first << ".." << last;
+                        ASSERT_EQ(limits.Length[cell],
+                                  static_cast<float>(slow.Last - slow.First + 1));
+                    }
+            }
+}
+
+// The fast form serves stretches that tile. That all long ones do is what makes it fast; that
+// thin ones do not is told to it, and the plain form takes over.
+TEST(CompositionModel, StretchesOfTwelvePixelsAndMoreTileAndThinnerOnesDoNot)
+{
+    for (int32_t first = 0; first < 640; ++first)
+        for (int32_t last = first; last < 640; last += last < first + 20 ? 1 : 7) {
+            GridLimits limits;
+            FillGridLimits(first, last, limits);
+            ASSERT_EQ(limits.Tiles, last - first + 1 >= 12) << first << ".." << last;
+        }
+}
+
+TEST(CompositionModel, OnePixelFillsAllSlotsOfATableWithItsValue)
+{
+    const auto analyzer = NoiseAnalyzer(9, 11, 5);
+    for (const WorkingRect& rect :
+         {WorkingRect{0, 0, 0, 0}, WorkingRect{4, 7, 4, 7}, WorkingRect{8, 10, 8, 10}}) {
+        const std::vector<float> descriptor = Descriptor(*analyzer, rect);
+        const int32_t at = rect.FirstRow * 11 + rect.FirstCol;
+        for (int32_t slot = 0; slot < kDescriptorSize; ++slot) {
+            // The tables hold running sums, so the pixel comes back up to their rounding.
+            const float value =
+                slot < 80 ? analyzer->ContrastMap.Data[at] : analyzer->SaliencyMap.Data[at];
+            EXPECT_NEAR(descriptor[static_cast<size_t>(slot)], value, 1e-6f);
+            EXPECT_EQ(descriptor[static_cast<size_t>(slot)], descriptor[slot < 80 ? 0 : 80]);
+        }
+    }
+}
+
+TEST(CompositionModel, AConstantMapFillsEveryGridWithItsValue)
+{
+    const auto analyzer = ZeroAnalyzer(64, 96);
+    FillMap(analyzer->ContrastMap, analyzer->ContrastTable, 0.25f);
+    FillMap(analyzer->SaliencyMap, analyzer->SaliencyTable, 0.5f);
+    std::mt19937 random(3);
+    for (int trial = 0; trial < 500; ++trial) {
+        const std::vector<float> descriptor = Descriptor(*analyzer, RandomRect(random, 64, 96));
+        for (size_t slot = 0; slot < descriptor.size(); ++slot)
+            ASSERT_EQ(descriptor[slot], slot < 80 ? 0.25f : 0.5f); // exact: quarters add exactly
+    }
+}
+
+TEST(CompositionModel, SlotsGoRowByRowWhateverTheAspectRatio)
+{
+    for (const WorkingRect& rect : {WorkingRect{0, 0, 23, 95}, WorkingRect{0, 0, 95, 23}}) {
+        const auto analyzer = ZeroAnalyzer(96, 96);
+        // Light up the second cell of the first row of the 4-fold grid.
+        const int32_t height = rect.LastRow + 1;
+        const int32_t width = rect.LastCol + 1;
+        const WorkingRect lit{0, width / 4, height / 4 - 1, width / 2 - 1};
+        FillMap(analyzer->ContrastMap, analyzer->ContrastTable, lit, 1.0f);
+        FillMap(analyzer->SaliencyMap, analyzer->SaliencyTable, lit, 0.5f);
+        const std::vector<float> descriptor = Descriptor(*analyzer, rect);
+        for (size_t slot = 0; slot < 16; ++slot) {
+            EXPECT_EQ(descriptor[slot], slot == 1 ? 1.0f : 0.0f);
+            EXPECT_EQ(descriptor[80 + slot], slot == 1 ? 0.5f : 0.0f);
+        }
+        for (size_t row = 0; row < 8; ++row)
+            for (size_t col = 0; col < 8; ++col)
+                EXPECT_EQ(descriptor[16 + row * 8 + col],
+                          row < 2 && col >= 2 && col < 4 ? 1.0f : 0.0f);
+        for (size_t row = 0; row < 12; ++row)
+            for (size_t col = 0; col < 12; ++col)
+                EXPECT_EQ(descriptor[160 + row * 12 + col],
+                          row < 3 && col >= 3 && col < 6 ? 0.5f : 0.0f);
+    }
+}
+
+TEST(CompositionModel, RandomRectanglesMatchTheSlowFormInEveryProcessorForm)
+{
+    struct Size {
+        int32_t Rows, Cols, Trials;
+    };
+    std::mt19937 random(77);
+    for (const Size& size :
+         {Size{480, 640, 1500}, Size{640, 427, 600}, Size{37, 640, 600}, Size{640, 5, 300},
+          Size{3, 640, 300}, Size{1, 640, 150}, Size{13, 11, 300}}) {
+        SCOPED_TRACE(testing::Message() << size.Rows << " x " << size.Cols);
+        const auto analyzer = NoiseAnalyzer(size.Rows, size.Cols, 70);
+        const slowOracle::ScoringInput in = OracleInput(*analyzer);
+        const EachForm forms;
+        for (int trial = 0; trial < size.Trials; ++trial) {
+            const WorkingRect rect = RandomRect(random, size.Rows, size.Cols);
+            const std::vector<float> slow = slowOracle::CompositionDescriptor(in, OracleRect(rect));
+            for (const CpuForm form : forms.Forms) {
+                SelectCpuForm(form);
+                const std::vector<float> fast = Descriptor(*analyzer, rect);
+                for (size_t slot = 0; slot < slow.size(); ++slot)
+                    ASSERT_TRUE(SameBits(fast[slot], slow[slot]))
+                        << "form " << form << " slot " << slot << ": " << fast[slot] << " "
+                        << slow[slot] << " rows " << rect.FirstRow << ".." << rect.LastRow
+                        << " cols " << rect.FirstCol << ".." << rect.LastCol;
+            }
+        }
+    }
+}
+
+TEST(CompositionModel, CropsDescribedTogetherGetWhatTheyGetAlone)
+{
+    const auto analyzer = NoiseAnalyzer(200, 300, 8);
+    std::mt19937 random(9);
+    for (int trial = 0; trial < 200; ++trial) {
+        const WorkingRect first = RandomRect(random, 200, 300);
+        GridLimits rows;
+        FillGridLimits(first.FirstRow, first.LastRow, rows);
+        const int32_t count = 1 + static_cast<int32_t>(random() % kDescribedTogether);
+        std::vector<GridLimits> cols(static_cast<size_t>(count));
+        std::vector<const GridLimits*> pointers;
+        for (GridLimits& limits : cols) {
+            const WorkingRect other = RandomRect(random, 200, 300);
+            FillGridLimits(other.FirstCol, other.LastCol, limits);
+            pointers.push_back(&limits);
+        }
+        // What is not this crop's must stay as it was.
+        std::vector<float> together(static_cast<size_t>(count + 1) * kDescriptorSize, -7.0f);
+        ComputeDescriptorsOnGrids(analyzer->ContrastTable, analyzer->SaliencyTable, rows,
+                                  pointers.data(), count, together.data());
+        for (size_t i = 0; i < cols.size(); ++i) {
+            const std::vector<float> alone =
+                Descriptor(*analyzer, {first.FirstRow, cols[i].First, first.LastRow, cols[i].Last});
+            ASSERT_TRUE(std::equal(alone.begin(), alone.end(),
+                                   together.begin() + static_cast<long>(i) * kDescriptorSize));
+        }
+        EXPECT_TRUE(std::all_of(together.end() - kDescriptorSize, together.end(),
+                                [](float value) { return value == -7.0f; }));
+    }
+}
+
+TEST(CompositionModel, OutputsBeyondThreeSaturateExactly)
+{
+    const float bias = static_cast<float>(DescriptorBias);
+    EXPECT_EQ(MapModelOutput(3.5f - bias), 1.0f);
+    EXPECT_EQ(MapModelOutput(-3.5f - bias), 0.0f);
+    EXPECT_EQ(MapModelOutput(1e30f), 1.0f);
+    EXPECT_EQ(MapModelOutput(-1e30f), 0.0f);
+    EXPECT_LT(MapModelOutput(2.99f - bias), 1.0f);
+    EXPECT_GT(MapModelOutput(-2.99f - bias), 0.0f);
+    EXPECT_TRUE(std::isnan(MapModelOutput(std::nanf(""))));
+}
+
+TEST(CompositionModel, TheMeanDescriptorScoresTheBiasAlone)
+{
+    std::vector<float> descriptor(DescriptorMean, DescriptorMean + kDescriptorSize);
+    const float output = static_cast<float>(DescriptorBias);
+    EXPECT_EQ(ScoreDescriptor(descriptor.data()), static_cast<float>((3.0 + output) / 6.0));
+    EXPECT_TRUE(std::all_of(descriptor.begin(), descriptor.end(),
+                            [](float value) { return value == 0.0f; }));
+    EXPECT_NEAR(MapModelOutput(0.0f), (3.0 - 0.3835262358188629) / 6.0, 1e-7);
+}
+
+TEST(CompositionModel, ScoreMatchesTheSlowFormAndLeavesTheStandardisedDescriptor)
+{
+    const auto analyzer = NoiseAnalyzer(120, 160, 21);
+    const slowOracle::ScoringInput in = OracleInput(*analyzer);
+    std::mt19937 random(22);
+    for (int trial = 0; trial < 1000; ++trial) {
+        const WorkingRect rect = RandomRect(random, 120, 160);
+        const slowOracle::Composition slow = slowOracle::EvaluateComposition(in, OracleRect(rect));
+
+        const float score = analyzer->ComputeCompositionScore(rect);
+
+        for (size_t slot = 0; slot < slow.Standardised.size(); ++slot)
+            ASSERT_TRUE(SameBits(analyzer->DescriptorBuffer[slot], slow.Standardised[slot]));
+        // The dot product sums 304 floats in the order that BLAS likes: at most 303 roundings
+        // of half a unit each, of at most the sum of the magnitudes; a sixth of it in the score,
+        // and the score's own rounding.
+        const double bound = 304 * std::ldexp(slow.DotMagnitude, -24) / 6 + std::ldexp(1.0, -23);
+        EXPECT_NEAR(score, slow.Score, bound);
+    }
+}
+
+} // namespace
+} // namespace scoringTests

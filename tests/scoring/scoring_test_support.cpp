@@ -1,0 +1,239 @@
+#include "scoring/scoring_test_support.h"
+
+#include <algorithm>
+#include <cstring>
+
+#include "numeric/summed_area.h"
+#include "scoring/composition_coefficients.h"
+#include "vistaTrim/functions.h"
+
+using namespace vistaTrim;
+
+namespace scoringTests {
+
+namespace {
+
+// Every field but DescriptorBuffer is written anew by the tests, so the smallest picture does.
+std::unique_ptr<CCropAnalyzer> SmallestAnalyzer()
+{
+    const int32_t offsets[4] = {0, 1, 2, 3};
+    IImage* image = CreateImageObj(1, 640, 3, offsets, nullptr);
+    auto analyzer = std::make_unique<CCropAnalyzer>(image);
+    DestroyImageObj(image);
+    return analyzer;
+}
+
+void FillNoise(CFloatMatrix& map, CDoubleMatrix& table, std::mt19937& random)
+{
+    // Squared, so that most values are small and the tables are no plain ramps.
+    std::uniform_real_distribution<float> unit(0.0f, 1.0f);
+    for (uint32_t i = 0; i < map.Count; ++i) {
+        const float value = unit(random);
+        map.Data[i] = value * value;
+    }
+    BuildSummedAreaTable(map, table);
+}
+
+float TotalOf(const CDoubleMatrix& table)
+{
+    return std::max(static_cast<float>(table.Data[table.Count - 1]), 1e-10f);
+}
+
+std::vector<double> ListOf(const CDoubleMatrix& table)
+{
+    return std::vector<double>(table.Data, table.Data + table.Count);
+}
+
+struct MapAndTable {
+    CFloatMatrix* Map;
+    CDoubleMatrix* Table;
+};
+
+std::vector<MapAndTable> MapsOf(CCropAnalyzer& analyzer)
+{
+    return {{&analyzer.ContrastMap, &analyzer.ContrastTable},
+            {&analyzer.SaliencyMap, &analyzer.SaliencyTable},
+            {&analyzer.ContrastMask, &analyzer.ContrastMaskTable},
+            {&analyzer.ColorContrastMap, &analyzer.ColorContrastTable},
+            {&analyzer.PeakMap, &analyzer.PeakTable},
+            {&analyzer.EdgeMap, &analyzer.EdgeTable},
+            {&analyzer.SideMaps[0], &analyzer.SideTables[0]},
+            {&analyzer.SideMaps[1], &analyzer.SideTables[1]},
+            {&analyzer.SideMaps[2], &analyzer.SideTables[2]},
+            {&analyzer.SideMaps[3], &analyzer.SideTables[3]}};
+}
+
+std::unique_ptr<CCropAnalyzer> SizedAnalyzer(int32_t rows, int32_t cols)
+{
+    std::unique_ptr<CCropAnalyzer> analyzer = SmallestAnalyzer();
+    analyzer->WorkRows = rows;
+    analyzer->WorkCols = cols;
+    analyzer->SourceRows = rows;
+    analyzer->SourceCols = cols;
+    analyzer->ScaleFactor = 1.0f;
+    analyzer->BorderBand =
+        std::max(1, static_cast<int32_t>(static_cast<float>(std::min(rows, cols)) * 0.15f));
+    for (const MapAndTable& pair : MapsOf(*analyzer)) {
+        pair.Map->Resize(static_cast<uint32_t>(rows), static_cast<uint32_t>(cols));
+        pair.Table->Resize(static_cast<uint32_t>(rows), static_cast<uint32_t>(cols));
+    }
+    return analyzer;
+}
+
+void TakeTotals(CCropAnalyzer& analyzer)
+{
+    analyzer.ContrastMaskTotal = TotalOf(analyzer.ContrastMaskTable);
+    analyzer.ColorContrastTotal = TotalOf(analyzer.ColorContrastTable);
+    analyzer.EdgeTotal = TotalOf(analyzer.EdgeTable);
+    analyzer.PeakTotal = TotalOf(analyzer.PeakTable);
+}
+
+} // namespace
+
+std::unique_ptr<CCropAnalyzer> NoiseAnalyzer(int32_t rows, int32_t cols, uint32_t seed)
+{
+    std::unique_ptr<CCropAnalyzer> analyzer = SizedAnalyzer(rows, cols);
+    std::mt19937 random(seed);
+    for (const MapAndTable& pair : MapsOf(*analyzer))
+        FillNoise(*pair.Map, *pair.Table, random);
+    TakeTotals(*analyzer);
+    for (int side = 0; side < 4; ++side)
+        analyzer->SideGain[side] = 0.25f + 0.5f * static_cast<float>(side);
+    return analyzer;
+}
+
+std::unique_ptr<CCropAnalyzer> ZeroAnalyzer(int32_t rows, int32_t cols)
+{
+    std::unique_ptr<CCropAnalyzer> analyzer = SizedAnalyzer(rows, cols);
+    for (const MapAndTable& pair : MapsOf(*analyzer))
+        FillMap(*pair.Map, *pair.Table, 0.0f);
+    TakeTotals(*analyzer);
+    for (float& gain : analyzer->SideGain)
+        gain = static_cast<float>(1.0 / static_cast<double>(0.01f));
+    return analyzer;
+}
+
+void FillMap(CFloatMatrix& map, CDoubleMatrix& table, float value)
+{
+    std::fill_n(map.Data, map.Count, value);
+    BuildSummedAreaTable(map, table);
+}
+
+void FillMap(CFloatMatrix& map, CDoubleMatrix& table, const WorkingRect& where, float value)
+{
+    for (int32_t row = where.FirstRow; row <= where.LastRow; ++row)
+        for (int32_t col = where.FirstCol; col <= where.LastCol; ++col)
+            map.Data[row * static_cast<int32_t>(map.Cols) + col] = value;
+    BuildSummedAreaTable(map, table);
+}
+
+slowOracle::ScoringInput OracleInput(const CCropAnalyzer& analyzer)
+{
+    slowOracle::ScoringInput in;
+    in.WorkCols = analyzer.WorkCols;
+    in.WorkRows = analyzer.WorkRows;
+    in.BorderBand = analyzer.BorderBand;
+    in.ScaleFactor = analyzer.ScaleFactor;
+    in.ContrastMaskTotal = analyzer.ContrastMaskTotal;
+    in.ColorContrastTotal = analyzer.ColorContrastTotal;
+    in.EdgeTotal = analyzer.EdgeTotal;
+    in.PeakTotal = analyzer.PeakTotal;
+    for (int side = 0; side < 4; ++side) {
+        in.SideGain[side] = analyzer.SideGain[side];
+        in.SideTables[side] = ListOf(analyzer.SideTables[side]);
+    }
+    in.ContrastTable = ListOf(analyzer.ContrastTable);
+    in.SaliencyTable = ListOf(analyzer.SaliencyTable);
+    in.ContrastMaskTable = ListOf(analyzer.ContrastMaskTable);
+    in.ColorContrastTable = ListOf(analyzer.ColorContrastTable);
+    in.EdgeTable = ListOf(analyzer.EdgeTable);
+    in.PeakTable = ListOf(analyzer.PeakTable);
+    in.DescriptorMean.assign(DescriptorMean, DescriptorMean + 304);
+    in.DescriptorScale.assign(DescriptorScale, DescriptorScale + 304);
+    in.DescriptorWeights.assign(DescriptorWeights, DescriptorWeights + 304);
+    in.DescriptorBias = DescriptorBias;
+    return in;
+}
+
+slowOracle::Crop OracleCrop(const CInt32CropRect& crop)
+{
+    slowOracle::Crop copy;
+    copy.Left = crop.Left;
+    copy.Right = crop.Right;
+    copy.Top = crop.Top;
+    copy.Bottom = crop.Bottom;
+    copy.CoversContent = crop.CoversContent;
+    copy.Scored = crop.Score.Scored;
+    copy.CompositionScore = crop.Score.CompositionScore;
+    copy.CoverageScore = crop.Score.CoverageScore;
+    copy.BorderScore = crop.Score.BorderScore;
+    copy.PeakScore = crop.Score.PeakScore;
+    copy.CentrePeakScore = crop.Score.CentrePeakScore;
+    copy.RoiScore = crop.Score.RoiScore;
+    copy.MergedScore = crop.Score.MergedScore;
+    return copy;
+}
+
+slowOracle::Roi OracleRoi(const CRectOfInterest& rect)
+{
+    slowOracle::Roi copy;
+    copy.Left = rect.Left;
+    copy.Right = rect.Right;
+    copy.Top = rect.Top;
+    copy.Bottom = rect.Bottom;
+    copy.Kind = rect.Kind;
+    copy.Enabled = rect.Enabled;
+    return copy;
+}
+
+slowOracle::WorkRect OracleRect(const WorkingRect& rect)
+{
+    return {rect.FirstRow, rect.FirstCol, rect.LastRow, rect.LastCol};
+}
+
+WorkingRect RandomRect(std::mt19937& random, int32_t rows, int32_t cols)
+{
+    const auto stretch = [&random](int32_t size, int32_t& first, int32_t& last) {
+        const auto below = [&random](int32_t n) {
+            return static_cast<int32_t>(random() % static_cast<uint32_t>(n));
+        };
+        // One in four at most 14 long, one in eight the whole side, the rest of any length.
+        int32_t extent = 1 + below(size);
+        const int32_t sort = below(8);
+        if (sort < 2)
+            extent = 1 + below(std::min(size, 14));
+        if (sort == 2)
+            extent = size;
+        first = below(size - extent + 1);
+        last = first + extent - 1;
+    };
+    WorkingRect rect;
+    stretch(rows, rect.FirstRow, rect.LastRow);
+    stretch(cols, rect.FirstCol, rect.LastCol);
+    return rect;
+}
+
+bool SameBits(float a, float b)
+{
+    return std::memcmp(&a, &b, sizeof(a)) == 0;
+}
+
+bool SameBits(double a, double b)
+{
+    return std::memcmp(&a, &b, sizeof(a)) == 0;
+}
+
+bool SameRecord(const CInt32CropRect& a, const CInt32CropRect& b)
+{
+    return a.Left == b.Left && a.Right == b.Right && a.Top == b.Top && a.Bottom == b.Bottom &&
+           a.CoversContent == b.CoversContent && a.Score.Scored == b.Score.Scored &&
+           SameBits(a.Score.CompositionScore, b.Score.CompositionScore) &&
+           SameBits(a.Score.CoverageScore, b.Score.CoverageScore) &&
+           SameBits(a.Score.BorderScore, b.Score.BorderScore) &&
+           SameBits(a.Score.PeakScore, b.Score.PeakScore) &&
+           SameBits(a.Score.CentrePeakScore, b.Score.CentrePeakScore) &&
+           SameBits(a.Score.RoiScore, b.Score.RoiScore) &&
+           SameBits(a.Score.MergedScore, b.Score.MergedScore);
+}
+
+} // namespace scoringTests

@@ -1,0 +1,65 @@
+// What the tests of scoring and selection share: analysed pictures that are made up table by
+// table, and the ways from the library's records to the slow oracle's and back.
+#ifndef VISTATRIM_TESTS_SCORING_SCORING_TEST_SUPPORT_H
+#define VISTATRIM_TESTS_SCORING_SCORING_TEST_SUPPORT_H
+
+#include <cstdint>
+#include <memory>
+#include <random>
+#include <vector>
+
+#include "analysis/crop_analyzer.h"
+#include "numeric/cpu_forms.h"
+#include "oracle/slow_scoring.h"
+
+namespace scoringTests {
+
+// An analyzer of rows x cols working pixels whose maps are noise and whose ScaleFactor is 1.
+std::unique_ptr<vistaTrim::CCropAnalyzer> NoiseAnalyzer(int32_t rows, int32_t cols, uint32_t seed);
+
+// The same with every map 0 and every total at its floor.
+std::unique_ptr<vistaTrim::CCropAnalyzer> ZeroAnalyzer(int32_t rows, int32_t cols);
+
+// Sets a map to value everywhere or inside a rectangle, and builds its table.
+void FillMap(vistaTrim::CFloatMatrix& map, vistaTrim::CDoubleMatrix& table, float value);
+void FillMap(vistaTrim::CFloatMatrix& map, vistaTrim::CDoubleMatrix& table,
+             const vistaTrim::WorkingRect& where, float value);
+
+slowOracle::ScoringInput OracleInput(const vistaTrim::CCropAnalyzer& analyzer);
+slowOracle::Crop OracleCrop(const vistaTrim::CInt32CropRect& crop);
+slowOracle::Roi OracleRoi(const vistaTrim::CRectOfInterest& rect);
+slowOracle::WorkRect OracleRect(const vistaTrim::WorkingRect& rect);
+
+// Inside rows x cols, of any size, thin ones and whole sides included.
+vistaTrim::WorkingRect RandomRect(std::mt19937& random, int32_t rows, int32_t cols);
+
+// A NaN equals a NaN, and the two zeros differ: these are comparisons of bits.
+bool SameBits(float a, float b);
+bool SameBits(double a, double b);
+bool SameRecord(const vistaTrim::CInt32CropRect& a, const vistaTrim::CInt32CropRect& b);
+
+// Every processor form that this machine runs; the one that was active returns at the end.
+class EachForm {
+public:
+    EachForm() : Before(vistaTrim::ActiveCpuForm())
+    {
+        for (int form = 0; form < vistaTrim::CpuFormCount; ++form)
+            if (vistaTrim::CpuFormAvailable(static_cast<vistaTrim::CpuForm>(form)))
+                Forms.push_back(static_cast<vistaTrim::CpuForm>(form));
+    }
+    ~EachForm()
+    {
+        vistaTrim::SelectCpuForm(Before);
+    }
+    EachForm(const EachForm&) = delete;
+    EachForm& operator=(const EachForm&) = delete;
+
+    std::vector<vistaTrim::CpuForm> Forms;
+
+private:
+    vistaTrim::CpuForm Before;
+};
+
+} // namespace scoringTests
+
+#endif
