@@ -99,9 +99,11 @@ VistaTrimParameters& VistaTrimParameters::operator=(const VistaTrimParameters& o
 VistaTrimParameters::~VistaTrimParameters()
 {
     Destruct();
-    AspectRatios = nullptr;
-    CropRectScaleRatios = nullptr;
-    RectsOfInterest = nullptr;
+    // Volatile, because a compiler drops plain stores to an object that ends here. A host that
+    // ends one twice frees nothing the second time.
+    static_cast<DoubleInfo* volatile&>(AspectRatios) = nullptr;
+    static_cast<DoubleInfo* volatile&>(CropRectScaleRatios) = nullptr;
+    static_cast<CRectOfInterest* volatile&>(RectsOfInterest) = nullptr;
 }
 
 void VistaTrimParameters::Destruct()
