@@ -1,0 +1,15 @@
+#include "blas_threads.h"
+
+// OpenBLAS' own call. Weak, so that the host links with another BLAS as well. The environment
+// variable of the same purpose is read when the BLAS is loaded, which is before main.
+extern "C" void openblas_set_num_threads(int count) __attribute__((weak));
+
+namespace vistaTrim::host {
+
+void HoldBlasToOneThread()
+{
+    if (openblas_set_num_threads != nullptr)
+        openblas_set_num_threads(1);
+}
+
+} // namespace vistaTrim::host

@@ -1,0 +1,13 @@
+// Holds the BLAS that the library is linked with to the calling thread.
+#ifndef VISTATRIM_HOST_BLAS_THREADS_H
+#define VISTATRIM_HOST_BLAS_THREADS_H
+
+namespace vistaTrim::host {
+
+// Call before the first driver. Each worker is one thread; a BLAS that starts more for the
+// small products of the analysis loses time and takes the other workers' processors.
+void HoldBlasToOneThread();
+
+} // namespace vistaTrim::host
+
+#endif

@@ -1,0 +1,46 @@
+#include "commands.h"
+
+#include <filesystem>
+#include <map>
+#include <system_error>
+
+#include "photo_error.h"
+#include "stopwatch.h"
+#include "suggestion_job.h"
+
+namespace vistaTrim::host {
+
+void ReadAndSuggest(const Photograph& photograph, const Options& options, PhotoResult& result)
+{
+    const Stopwatch reading;
+    const WorkingPicture picture = photograph.ReadWorkingPicture();
+    result.Times.Read = reading.Milliseconds();
+    SuggestCrops(picture, options.Request, result);
+}
+
+std::string OutputPrefix(const Options& options, const ListedPhoto& photo)
+{
+    namespace fs = std::filesystem;
+    const fs::path folder = fs::path(options.Output) / photo.Inside;
+    std::error_code error;
+    fs::create_directories(folder, error);
+    if (error)
+        throw PhotoError("cannot make the folder " + folder.string() + ": " + error.message());
+    return (folder / fs::path(photo.Path).stem()).string();
+}
+
+std::vector<ListedPhoto> WithoutNameClashes(const std::vector<ListedPhoto>& photos)
+{
+    namespace fs = std::filesystem;
+    std::map<std::string, std::string> owners;
+    std::vector<ListedPhoto> checked = photos;
+    for (ListedPhoto& photo : checked) {
+        const std::string name = (fs::path(photo.Inside) / fs::path(photo.Path).stem()).string();
+        const auto [owner, isFirst] = owners.emplace(name, photo.Path);
+        if (!isFirst && photo.Error.empty())
+            photo.Error = "its files would have the same names as those of " + owner->second;
+    }
+    return checked;
+}
+
+} // namespace vistaTrim::host

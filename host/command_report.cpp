@@ -1,0 +1,88 @@
+#include "commands.h"
+
+#include <cerrno>
+#include <fstream>
+#include <system_error>
+
+#include "map_pictures.h"
+#include "photo_error.h"
+#include "report_page.h"
+#include "run_photos.h"
+#include "stopwatch.h"
+#include "suggestion_job.h"
+#include "whole_file.h"
+
+namespace vistaTrim::host {
+
+namespace {
+
+// The page is written section by section, since all sections together can be large, and takes
+// its name at the end. An interrupted run still gets a page of what was finished.
+class PageFile {
+public:
+    PageFile(const std::string& path, bool replace)
+        : File(path, replace), Stream(File.TemporaryPath(), std::ios::binary)
+    {
+        Put(ReportBeginning());
+    }
+
+    void Put(const std::string& html)
+    {
+        Stream.write(html.data(), static_cast<std::streamsize>(html.size()));
+        Stream.flush();
+        if (!Stream)
+            throw PhotoError("cannot write " + File.Target() + ": " +
+                             std::generic_category().message(errno));
+    }
+
+    void Finish(const std::string& html)
+    {
+        Put(html);
+        Stream.close();
+        File.Appear();
+    }
+
+private:
+    WholeFile File;
+    std::ofstream Stream;
+};
+
+} // namespace
+
+int RunReport(const Options& options, const std::vector<ListedPhoto>& photos)
+{
+    Options explained = options;
+    explained.Request.Explain = true; // for the reason that a photograph got no crop
+    try {
+        PageFile page(options.Output, options.Force);
+        size_t emitted = 0;
+        size_t failed = 0;
+        PhotoSteps steps;
+        steps.Work = [&](const ListedPhoto& photo, PhotoResult& result) {
+            const Photograph photograph(photo.Path, options.Background);
+            const Stopwatch reading;
+            const WorkingPicture picture = photograph.ReadWorkingPicture();
+            result.Times.Read = reading.Milliseconds();
+            SuggestCrops(picture, explained.Request, result);
+            const Stopwatch writing;
+            const ReportPictures pictures =
+                MakeReportPictures(photograph, result.Crops, ReadMaps(picture));
+            const auto index = static_cast<size_t>(&photo - photos.data());
+            result.ReportSection = ReportSection(result, pictures, index);
+            result.Times.Write = writing.Milliseconds();
+        };
+        steps.Emit = [&](const PhotoResult& result) {
+            ++emitted;
+            failed += result.Error.empty() ? 0 : 1;
+            page.Put(result.Error.empty() ? result.ReportSection : ReportFailure(result));
+        };
+        const int status = RunPhotos(options, photos, steps);
+        page.Finish(ReportEnd(emitted, failed));
+        return status;
+    } catch (const PhotoError& error) {
+        Complain(error.what());
+        return 1;
+    }
+}
+
+} // namespace vistaTrim::host

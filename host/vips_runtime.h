@@ -1,0 +1,22 @@
+// Starting libvips, and getting clean reasons out of it.
+#ifndef VISTATRIM_HOST_VIPS_RUNTIME_H
+#define VISTATRIM_HOST_VIPS_RUNTIME_H
+
+#include <functional>
+
+namespace vistaTrim::host {
+
+// Throws PhotoError if libvips does not start. Only loaders meant for files of unknown origin
+// are let in.
+void StartVips(const char* programName);
+void StopVips();
+
+// Runs work that calls libvips, in any thread. A failure leaves as PhotoError with a reason on
+// one line. libvips keeps one error text for the whole process, so a failed piece of work is
+// run once more while no other thread is inside: its text is then its own. The work must
+// therefore bear being run twice.
+void RunVips(const std::function<void()>& work);
+
+} // namespace vistaTrim::host
+
+#endif

@@ -1,0 +1,29 @@
+// What the library sees of a photograph.
+#ifndef VISTATRIM_HOST_WORKING_PICTURE_H
+#define VISTATRIM_HOST_WORKING_PICTURE_H
+
+#include <cstdint>
+#include <memory>
+#include <vector>
+
+#include "geometry.h"
+
+namespace vistaTrim::host {
+
+struct WorkingPicture {
+    PixelSize Photo;             // the photograph as displayed
+    PixelSize Size;              // longer side kWorkingLongSide
+    std::vector<uint8_t> Pixels; // packed sRGB, three bytes a pixel
+};
+
+// Owns an image object of the library.
+struct ImageDeleter {
+    void operator()(IImage* image) const;
+};
+using ImageHandle = std::unique_ptr<IImage, ImageDeleter>;
+
+ImageHandle MakeLibraryImage(const WorkingPicture& picture);
+
+} // namespace vistaTrim::host
+
+#endif
