@@ -1,14 +1,114 @@
 #include "numeric/summed_area.h"
 
 #include <algorithm>
+#include <cstddef>
 
 #include "numeric/aligned_memory.h"
+#include "numeric/cpu_forms.h"
 
 namespace vistaTrim {
 
 namespace {
 
 constexpr size_t kTableAlignment = 64;
+
+// ---- Double tables ----
+
+// Columns first .. last - 1 of one row below the first.
+inline void AddRow(const float* map, const double* above, double* out, ptrdiff_t first,
+                   ptrdiff_t last)
+{
+    ptrdiff_t c = first;
+    if (c == 0 && c < last) {
+        out[0] = static_cast<double>(map[0]) + above[0];
+        ++c;
+    }
+    for (; c < last; ++c)
+        out[c] = ((out[c - 1] + above[c]) - above[c - 1]) + static_cast<double>(map[c]);
+}
+
+// Each element waits for three additions after its left neighbour, so one row alone leaves the
+// adders idle. Six rows go together instead, each one column behind the row above it: six
+// independent chains, and what a row needs from the one above is still in a register. More
+// rows run out of registers.
+constexpr ptrdiff_t kFrontRows = 6;
+
+// Rows r .. r + kFrontRows - 1, r > 0, of a table with more than kFrontRows columns.
+void AddRowsSkewed(const float* map, double* table, ptrdiff_t r, ptrdiff_t cols)
+{
+    // The start of the rows, row i up to the column where the common front begins for it.
+    for (ptrdiff_t i = 0; i < kFrontRows; ++i)
+        AddRow(map + (r + i) * cols, table + (r + i - 1) * cols, table + (r + i) * cols, 0,
+               kFrontRows - i);
+
+    const float* const source = map + r * cols;
+    const double* const above = table + (r - 1) * cols;
+    double* const out = table + r * cols;
+    double left[kFrontRows];      // the element before this one in the row
+    double aboveLeft[kFrontRows]; // the one above that
+    for (ptrdiff_t i = 0; i < kFrontRows; ++i) {
+        left[i] = out[i * cols + kFrontRows - 1 - i];
+        aboveLeft[i] = above[i * cols + kFrontRows - 1 - i];
+    }
+    for (ptrdiff_t front = kFrontRows; front < cols; ++front) {
+        // From the bottom up: left[i - 1] is then still the element above this one.
+        for (ptrdiff_t i = kFrontRows - 1; i >= 0; --i) {
+            const ptrdiff_t at = i * cols + front - i;
+            const double up = i > 0 ? left[i - 1] : above[front];
+            left[i] = ((left[i] + up) - aboveLeft[i]) + static_cast<double>(source[at]);
+            aboveLeft[i] = up;
+            out[at] = left[i];
+        }
+    }
+
+    // The ends that the lag has left over.
+    for (ptrdiff_t i = 1; i < kFrontRows; ++i)
+        AddRow(source + i * cols, above + i * cols, out + i * cols, cols - i, cols);
+}
+
+// ---- Float tables ----
+
+// A running sum waits for itself at each element, but the sums of different rows do not, so
+// eight rows run side by side. The sum down the columns goes along: it needs the row sums in
+// the order in which they come.
+constexpr size_t kRowsAtOnce = 8;
+
+// rows table rows below `above`; rows is a constant once this is inlined.
+VISTATRIM_FORM_BODY void AddPlaneRows(const float* __restrict plane, float* __restrict above,
+                                      size_t cols, size_t rows)
+{
+    const size_t stride = cols + 1;
+    float rowSum[kRowsAtOnce] = {};
+    for (size_t k = 1; k <= rows; ++k)
+        above[k * stride] = 0.0f;
+    for (size_t c = 0; c < cols; ++c) {
+        float sum = above[c + 1];
+        for (size_t k = 0; k < rows; ++k) {
+            rowSum[k] = rowSum[k] + plane[k * cols + c];
+            sum = sum + rowSum[k];
+            above[(k + 1) * stride + c + 1] = sum;
+        }
+    }
+}
+
+VISTATRIM_FORM_BODY void AddPairRows(const float* __restrict planeA, const float* __restrict planeB,
+                                     float* __restrict above, size_t cols, size_t rows)
+{
+    const size_t stride = cols + 1;
+    float rowSum[kRowsAtOnce] = {};
+    for (size_t k = 1; k <= rows; ++k)
+        above[k * stride] = 0.0f;
+    for (size_t c = 0; c < cols; ++c) {
+        float sum = above[c + 1];
+        for (size_t k = 0; k < rows; ++k) {
+            const double product = static_cast<double>(planeA[k * cols + c]) *
+                                   static_cast<double>(planeB[k * cols + c]);
+            rowSum[k] = static_cast<float>(product + static_cast<double>(rowSum[k]));
+            sum = sum + rowSum[k];
+            above[(k + 1) * stride + c + 1] = sum;
+        }
+    }
+}
 
 float* AllocateTable(const CPlaneStack& stack)
 {
@@ -19,7 +119,7 @@ float* AllocateTable(const CPlaneStack& stack)
 
 } // namespace
 
-void BuildSummedAreaTable(const CFloatMatrix& map, CDoubleMatrix& table)
+void BuildSummedAreaTablePlain(const CFloatMatrix& map, CDoubleMatrix& table)
 {
     const size_t rows = map.Rows;
     const size_t cols = map.Cols;
@@ -40,41 +140,101 @@ void BuildSummedAreaTable(const CFloatMatrix& map, CDoubleMatrix& table)
     }
 }
 
-void BuildPlaneTable(const float* plane, float* table, int32_t cols, int32_t rows)
+void BuildSummedAreaTable(const CFloatMatrix& map, CDoubleMatrix& table)
 {
-    const size_t stride = static_cast<size_t>(cols) + 1;
+    const ptrdiff_t rows = map.Rows;
+    const ptrdiff_t cols = map.Cols;
+    const float* p = map.Data;
+    double* t = table.Data;
+
+    t[0] = p[0];
+    for (ptrdiff_t c = 1; c < cols; ++c)
+        t[c] = static_cast<double>(p[c]) + t[c - 1];
+    ptrdiff_t r = 1;
+    if (cols > kFrontRows)
+        for (; r + kFrontRows <= rows; r += kFrontRows)
+            AddRowsSkewed(p, t, r, cols);
+    for (; r < rows; ++r)
+        AddRow(p + r * cols, t + (r - 1) * cols, t + r * cols, 0, cols);
+}
+
+void BuildPlaneTablePlain(const float* plane, float* table, int32_t cols, int32_t rows)
+{
+    const size_t width = static_cast<size_t>(cols);
+    const size_t height = static_cast<size_t>(rows);
+    const size_t stride = width + 1;
     std::fill_n(table, stride, 0.0f);
-    for (int32_t r = 0; r < rows; ++r) {
-        const float* src = plane + static_cast<size_t>(r) * static_cast<size_t>(cols);
-        const float* above = table + static_cast<size_t>(r) * stride;
-        float* out = table + (static_cast<size_t>(r) + 1) * stride;
+    for (size_t r = 0; r < height; ++r) {
+        float* out = table + (r + 1) * stride;
         out[0] = 0.0f;
         float sum = 0.0f;
-        for (int32_t c = 0; c < cols; ++c) {
-            sum = sum + src[c];
-            out[c + 1] = above[c + 1] + sum;
+        for (size_t c = 0; c < width; ++c) {
+            sum = sum + plane[r * width + c];
+            out[c + 1] = sum;
         }
     }
+    for (size_t c = 1; c <= width; ++c) {
+        float sum = 0.0f;
+        for (size_t r = 1; r <= height; ++r) {
+            sum = sum + table[r * stride + c];
+            table[r * stride + c] = sum;
+        }
+    }
+}
+
+void BuildPairTablePlain(const float* planeA, const float* planeB, float* table, int32_t cols,
+                         int32_t rows)
+{
+    const size_t width = static_cast<size_t>(cols);
+    const size_t height = static_cast<size_t>(rows);
+    const size_t stride = width + 1;
+    std::fill_n(table, stride, 0.0f);
+    for (size_t r = 0; r < height; ++r) {
+        float* out = table + (r + 1) * stride;
+        out[0] = 0.0f;
+        float sum = 0.0f;
+        for (size_t c = 0; c < width; ++c) {
+            // Exact: two floats have 48 bits between them.
+            const double product = static_cast<double>(planeA[r * width + c]) *
+                                   static_cast<double>(planeB[r * width + c]);
+            sum = static_cast<float>(product + static_cast<double>(sum));
+            out[c + 1] = sum;
+        }
+    }
+    for (size_t c = 1; c <= width; ++c) {
+        float sum = 0.0f;
+        for (size_t r = 1; r <= height; ++r) {
+            sum = sum + table[r * stride + c];
+            table[r * stride + c] = sum;
+        }
+    }
+}
+
+void BuildPlaneTable(const float* plane, float* table, int32_t cols, int32_t rows)
+{
+    const size_t width = static_cast<size_t>(cols);
+    const size_t height = static_cast<size_t>(rows);
+    const size_t stride = width + 1;
+    std::fill_n(table, stride, 0.0f);
+    size_t r = 0;
+    for (; r + kRowsAtOnce <= height; r += kRowsAtOnce)
+        AddPlaneRows(plane + r * width, table + r * stride, width, kRowsAtOnce);
+    for (; r < height; ++r)
+        AddPlaneRows(plane + r * width, table + r * stride, width, 1);
 }
 
 void BuildPairTable(const float* planeA, const float* planeB, float* table, int32_t cols,
                     int32_t rows)
 {
-    const size_t stride = static_cast<size_t>(cols) + 1;
+    const size_t width = static_cast<size_t>(cols);
+    const size_t height = static_cast<size_t>(rows);
+    const size_t stride = width + 1;
     std::fill_n(table, stride, 0.0f);
-    for (int32_t r = 0; r < rows; ++r) {
-        const size_t start = static_cast<size_t>(r) * static_cast<size_t>(cols);
-        const float* above = table + static_cast<size_t>(r) * stride;
-        float* out = table + (static_cast<size_t>(r) + 1) * stride;
-        out[0] = 0.0f;
-        float sum = 0.0f;
-        for (int32_t c = 0; c < cols; ++c) {
-            const double product = static_cast<double>(planeA[start + static_cast<size_t>(c)]) *
-                                   static_cast<double>(planeB[start + static_cast<size_t>(c)]);
-            sum = static_cast<float>(product + static_cast<double>(sum));
-            out[c + 1] = above[c + 1] + sum;
-        }
-    }
+    size_t r = 0;
+    for (; r + kRowsAtOnce <= height; r += kRowsAtOnce)
+        AddPairRows(planeA + r * width, planeB + r * width, table + r * stride, width, kRowsAtOnce);
+    for (; r < height; ++r)
+        AddPairRows(planeA + r * width, planeB + r * width, table + r * stride, width, 1);
 }
 
 void BuildTables(CPlaneStack& stack)
@@ -85,7 +245,7 @@ void BuildTables(CPlaneStack& stack)
     for (float*& table : stack.PairTables)
         table = AllocateTable(stack);
 
-    const size_t n = stack.Planes.size();
+    const size_t n = static_cast<size_t>(stack.PlaneCount);
     for (size_t k = 0; k < n; ++k)
         BuildPlaneTable(stack.Planes[k], stack.PlaneTables[k], stack.Cols, stack.Rows);
     size_t pair = 0;

@@ -1,0 +1,83 @@
+#include "numeric/aligned_memory.h"
+
+#include <cstdint>
+#include <cstring>
+
+#include <gtest/gtest.h>
+
+// The address sanitizer's allocator ends the program on a hopeless request unless told otherwise.
+extern "C" const char* __asan_default_options();
+extern "C" __attribute__((visibility("default"))) const char* __asan_default_options()
+{
+    return "allocator_may_return_null=1";
+}
+
+namespace vistaTrim {
+namespace {
+
+bool IsAligned(const void* pointer, size_t alignment)
+{
+    return reinterpret_cast<uintptr_t>(pointer) % alignment == 0;
+}
+
+TEST(AlignedMemory, KeepsAPowerOfTwoOfAtLeast64)
+{
+    // Two at a time: a lucky address may fit once.
+    for (size_t alignment = 64; alignment <= 65536; alignment *= 2) {
+        void* first = AllocateAligned(24, alignment);
+        void* second = AllocateAligned(24, alignment);
+        EXPECT_TRUE(first != nullptr && IsAligned(first, alignment)) << alignment;
+        EXPECT_TRUE(second != nullptr && IsAligned(second, alignment)) << alignment;
+        FreeAligned(second);
+        FreeAligned(first);
+    }
+}
+
+TEST(AlignedMemory, AnyOtherAlignmentCountsAs64)
+{
+    for (size_t alignment : {size_t{0}, size_t{1}, size_t{3}, size_t{8}, size_t{32}, size_t{63},
+                             size_t{65}, size_t{96}, size_t{1000}, SIZE_MAX})
+        for (size_t size : {1, 24, 64, 1000}) {
+            void* first = AllocateAligned(size, alignment);
+            void* second = AllocateAligned(size, alignment);
+            EXPECT_TRUE(first != nullptr && IsAligned(first, 64)) << alignment;
+            EXPECT_TRUE(second != nullptr && IsAligned(second, 64)) << alignment;
+            FreeAligned(second);
+            FreeAligned(first);
+        }
+}
+
+TEST(AlignedMemory, EveryByteAskedForCanBeWritten)
+{
+    for (size_t size : {1, 63, 64, 65, 4097, 1 << 20}) {
+        void* block = AllocateAligned(size, 64);
+        ASSERT_NE(block, nullptr);
+        std::memset(block, 0xA5, size);
+        EXPECT_EQ(static_cast<unsigned char*>(block)[size - 1], 0xA5);
+        FreeAligned(block);
+    }
+}
+
+TEST(AlignedMemory, NothingAskedForGivesNull)
+{
+    EXPECT_EQ(AllocateAligned(0, 64), nullptr);
+    EXPECT_EQ(AllocateAligned(0, 0), nullptr);
+    EXPECT_EQ(AllocateAligned(0, 4096), nullptr);
+}
+
+TEST(AlignedMemory, ExhaustionGivesNullAndThrowsNothing)
+{
+    // The last ones would wrap when rounded up to whole alignments.
+    for (size_t size : {SIZE_MAX / 2, SIZE_MAX - 4096, SIZE_MAX - 63, SIZE_MAX - 1, SIZE_MAX}) {
+        EXPECT_EQ(AllocateAligned(size, 64), nullptr) << size;
+        EXPECT_EQ(AllocateAligned(size, 4096), nullptr) << size;
+    }
+}
+
+TEST(AlignedMemory, NullIsFreedWithoutHarm)
+{
+    FreeAligned(nullptr);
+}
+
+} // namespace
+} // namespace vistaTrim

@@ -1,0 +1,386 @@
+#include "numeric/matrix.h"
+
+#include <algorithm>
+#include <cstddef>
+#include <cstdlib>
+#include <new>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+namespace {
+
+// What the arrays of this program asked the free store for; the matrices are its only arrays.
+bool denyArrays = false;
+size_t arrayRequests = 0;
+size_t lastArrayBytes = 0;
+
+} // namespace
+
+void* operator new[](size_t size)
+{
+    ++arrayRequests;
+    lastArrayBytes = size;
+    void* block = denyArrays ? nullptr : std::malloc(size);
+    if (block == nullptr)
+        throw std::bad_alloc();
+    return block;
+}
+
+void operator delete[](void* block) noexcept
+{
+    std::free(block);
+}
+
+void operator delete[](void* block, size_t) noexcept
+{
+    std::free(block);
+}
+
+namespace vistaTrim {
+namespace {
+
+// While one lives, no array is to be had.
+class NoMemory {
+public:
+    NoMemory()
+    {
+        denyArrays = true;
+        arrayRequests = 0;
+    }
+    ~NoMemory()
+    {
+        denyArrays = false;
+    }
+    NoMemory(const NoMemory&) = delete;
+    NoMemory& operator=(const NoMemory&) = delete;
+};
+
+// Element (r, c) = 100 r + c + start.
+void Number(CFloatMatrix& matrix, float start = 0.0f)
+{
+    for (uint32_t r = 0; r < matrix.Rows; ++r)
+        for (uint32_t c = 0; c < matrix.Cols; ++c)
+            matrix.Data[r * matrix.Cols + c] = start + static_cast<float>(100 * r + c);
+}
+
+void Number(CDoubleMatrix& matrix)
+{
+    for (uint32_t r = 0; r < matrix.Rows; ++r)
+        for (uint32_t c = 0; c < matrix.Cols; ++c)
+            matrix.Data[r * matrix.Cols + c] = 100 * r + c;
+}
+
+TEST(FloatMatrix, FieldsStandInOrder)
+{
+    const CFloatMatrix matrix;
+    const auto* base = reinterpret_cast<const unsigned char*>(&matrix);
+    EXPECT_EQ(reinterpret_cast<const unsigned char*>(&matrix.Rows) - base, 0);
+    EXPECT_EQ(reinterpret_cast<const unsigned char*>(&matrix.Cols) - base, 4);
+    EXPECT_EQ(reinterpret_cast<const unsigned char*>(&matrix.Count) - base, 8);
+    EXPECT_EQ(reinterpret_cast<const unsigned char*>(&matrix.Data) - base, 16);
+}
+
+TEST(FloatMatrix, StartsEmpty)
+{
+    const CFloatMatrix matrix;
+    EXPECT_EQ(matrix.Rows, 0u);
+    EXPECT_EQ(matrix.Cols, 0u);
+    EXPECT_EQ(matrix.Count, 0u);
+    EXPECT_EQ(matrix.Data, nullptr);
+}
+
+TEST(FloatMatrix, ResizeToNothingKeepsTheOtherSideAndHoldsNoStorage)
+{
+    for (bool sizedBefore : {false, true}) {
+        CFloatMatrix matrix;
+        if (sizedBefore)
+            matrix.Resize(3, 4);
+        matrix.Resize(0, 7);
+        EXPECT_EQ(matrix.Rows, 0u);
+        EXPECT_EQ(matrix.Cols, 7u);
+        EXPECT_EQ(matrix.Count, 0u);
+        EXPECT_EQ(matrix.Data, nullptr);
+        matrix.Resize(9, 0);
+        EXPECT_EQ(matrix.Rows, 9u);
+        EXPECT_EQ(matrix.Cols, 0u);
+        EXPECT_EQ(matrix.Count, 0u);
+        EXPECT_EQ(matrix.Data, nullptr);
+        matrix.Resize(2, 2);
+        EXPECT_EQ(matrix.Count, 4u);
+        EXPECT_NE(matrix.Data, nullptr);
+    }
+}
+
+TEST(FloatMatrix, ResizeToItsOwnSizeKeepsTheContentInNewStorage)
+{
+    CFloatMatrix matrix;
+    matrix.Resize(5, 3);
+    Number(matrix);
+    const float* before = matrix.Data;
+    const std::vector<float> content(before, before + 15);
+
+    matrix.Resize(5, 3);
+
+    EXPECT_NE(matrix.Data, before);
+    EXPECT_EQ(std::vector<float>(matrix.Data, matrix.Data + matrix.Count), content);
+}
+
+TEST(FloatMatrix, ResizeCopiesTheCommonRectangle)
+{
+    const uint32_t sides[] = {1, 2, 5, 8};
+    for (uint32_t rows : sides)
+        for (uint32_t cols : sides) {
+            SCOPED_TRACE(testing::Message() << rows << " x " << cols);
+            CFloatMatrix matrix;
+            matrix.Resize(4, 6);
+            Number(matrix);
+
+            matrix.Resize(rows, cols);
+
+            ASSERT_EQ(matrix.Rows, rows);
+            ASSERT_EQ(matrix.Cols, cols);
+            ASSERT_EQ(matrix.Count, rows * cols);
+            for (uint32_t r = 0; r < std::min(rows, 4u); ++r)
+                for (uint32_t c = 0; c < std::min(cols, 6u); ++c)
+                    EXPECT_EQ(matrix.Data[r * cols + c], static_cast<float>(100 * r + c));
+        }
+}
+
+TEST(FloatMatrix, TwoToTheThirtyElementsAreRefusedUntried)
+{
+    CFloatMatrix matrix;
+    matrix.Resize(2, 3);
+    Number(matrix);
+    const float* before = matrix.Data;
+    arrayRequests = 0;
+
+    EXPECT_THROW(matrix.Resize(1u << 15, 1u << 15), std::bad_alloc);
+    EXPECT_THROW(matrix.Resize(1, 0xFFFFFFFFu), std::bad_alloc);
+    EXPECT_THROW(matrix.ResizeZeroed(1u << 30, 1), std::bad_alloc);
+    EXPECT_THROW(CFloatArray(1u << 30), std::bad_alloc);
+
+    EXPECT_EQ(arrayRequests, 0u);
+    EXPECT_EQ(matrix.Rows, 2u);
+    EXPECT_EQ(matrix.Cols, 3u);
+    EXPECT_EQ(matrix.Data, before);
+    EXPECT_EQ(matrix.Data[5], 102.0f);
+}
+
+TEST(FloatMatrix, OneElementLessIsAskedFor)
+{
+    CFloatMatrix matrix;
+    const NoMemory none;
+    EXPECT_THROW(matrix.Resize(1, (1u << 30) - 1), std::bad_alloc);
+    EXPECT_EQ(arrayRequests, 1u);
+    EXPECT_EQ(lastArrayBytes, size_t{4} * ((1u << 30) - 1));
+    EXPECT_EQ(matrix.Count, 0u);
+}
+
+TEST(FloatMatrix, TheElementCountWrapsAt32Bits)
+{
+    CFloatMatrix matrix;
+    matrix.Resize(65536, 65536);
+    EXPECT_EQ(matrix.Count, 0u);
+    EXPECT_EQ(matrix.Data, nullptr);
+    matrix.ResizeZeroed(65537, 65536); // 2^32 + 2^16
+    EXPECT_EQ(matrix.Count, 65536u);
+    EXPECT_EQ(matrix.Rows, 65537u);
+}
+
+TEST(FloatMatrix, KeepsEverythingWhenMemoryRunsOut)
+{
+    CFloatMatrix matrix;
+    matrix.Resize(2, 3);
+    Number(matrix);
+    CFloatMatrix other;
+    other.Resize(4, 4);
+    const float* before = matrix.Data;
+    {
+        const NoMemory none;
+        EXPECT_THROW(matrix.Resize(7, 7), std::bad_alloc);
+        EXPECT_THROW(matrix.ResizeZeroed(7, 7), std::bad_alloc);
+        EXPECT_THROW(matrix.CopyFrom(other), std::bad_alloc);
+    }
+    EXPECT_EQ(matrix.Rows, 2u);
+    EXPECT_EQ(matrix.Cols, 3u);
+    EXPECT_EQ(matrix.Count, 6u);
+    EXPECT_EQ(matrix.Data, before);
+    for (uint32_t r = 0; r < 2; ++r)
+        for (uint32_t c = 0; c < 3; ++c)
+            EXPECT_EQ(matrix.Data[r * 3 + c], static_cast<float>(100 * r + c));
+}
+
+TEST(FloatMatrix, ResizeZeroedKeepsStorageOfTheSameCountAndClearsIt)
+{
+    CFloatMatrix matrix;
+    matrix.Resize(4, 6);
+    Number(matrix, 1.0f);
+    const float* before = matrix.Data;
+
+    matrix.ResizeZeroed(8, 3);
+
+    EXPECT_EQ(matrix.Data, before);
+    EXPECT_EQ(matrix.Rows, 8u);
+    EXPECT_EQ(matrix.Cols, 3u);
+    EXPECT_EQ(std::vector<float>(matrix.Data, matrix.Data + 24), std::vector<float>(24, 0.0f));
+}
+
+TEST(FloatMatrix, ResizeZeroedTakesNewStorageForAnotherCount)
+{
+    CFloatMatrix matrix;
+    matrix.Resize(4, 6);
+    Number(matrix, 1.0f);
+
+    matrix.ResizeZeroed(5, 5);
+    ASSERT_EQ(matrix.Count, 25u);
+    EXPECT_EQ(std::vector<float>(matrix.Data, matrix.Data + 25), std::vector<float>(25, 0.0f));
+
+    matrix.ResizeZeroed(5, 0);
+    EXPECT_EQ(matrix.Count, 0u);
+    EXPECT_EQ(matrix.Data, nullptr);
+    EXPECT_EQ(matrix.Rows, 5u);
+}
+
+TEST(FloatMatrix, CopyFromTakesTheShapeAndKeepsStorageOfTheSameCount)
+{
+    CFloatMatrix source;
+    source.Resize(6, 4);
+    Number(source);
+    CFloatMatrix target;
+    target.Resize(3, 8);
+    const float* before = target.Data;
+
+    target.CopyFrom(source);
+
+    EXPECT_EQ(target.Data, before);
+    EXPECT_EQ(target.Rows, 6u);
+    EXPECT_EQ(target.Cols, 4u);
+    EXPECT_EQ(std::vector<float>(target.Data, target.Data + 24),
+              std::vector<float>(source.Data, source.Data + 24));
+}
+
+TEST(FloatMatrix, CopyFromTakesNewStorageForAnotherCountAndSharesNothing)
+{
+    CFloatMatrix source;
+    source.Resize(6, 4);
+    Number(source);
+    CFloatMatrix target;
+    target.Resize(1, 1);
+
+    target.CopyFrom(source);
+    source.Data[23] = -1.0f;
+
+    ASSERT_EQ(target.Count, 24u);
+    EXPECT_EQ(target.Data[23], 503.0f);
+
+    target.CopyFrom(CFloatMatrix());
+    EXPECT_EQ(target.Count, 0u);
+    EXPECT_EQ(target.Data, nullptr);
+}
+
+TEST(FloatMatrix, CopyFromItselfDoesNothing)
+{
+    CFloatMatrix matrix;
+    matrix.Resize(2, 2);
+    Number(matrix);
+    const float* before = matrix.Data;
+    arrayRequests = 0;
+
+    matrix.CopyFrom(matrix);
+
+    EXPECT_EQ(arrayRequests, 0u);
+    EXPECT_EQ(matrix.Data, before);
+    EXPECT_EQ(matrix.Data[3], 101.0f);
+}
+
+TEST(FloatArray, SwapExchangesStorage)
+{
+    CFloatArray two(2);
+    two.Data[1] = 5.0f;
+    CFloatArray none;
+    const float* before = two.Data;
+
+    two.Swap(none);
+
+    EXPECT_EQ(two.Count, 0u);
+    EXPECT_EQ(two.Data, nullptr);
+    EXPECT_EQ(none.Count, 2u);
+    EXPECT_EQ(none.Data, before);
+    EXPECT_EQ(none.Data[1], 5.0f);
+}
+
+TEST(DoubleMatrix, ResizeToItsOwnSizeKeepsTheContentInNewStorage)
+{
+    CDoubleMatrix matrix;
+    matrix.Resize(5, 3);
+    Number(matrix);
+    const double* before = matrix.Data;
+    const std::vector<double> content(before, before + 15);
+
+    matrix.Resize(5, 3);
+
+    EXPECT_NE(matrix.Data, before);
+    EXPECT_EQ(std::vector<double>(matrix.Data, matrix.Data + matrix.Count), content);
+}
+
+TEST(DoubleMatrix, ResizeCopiesTheCommonRectangle)
+{
+    CDoubleMatrix matrix;
+    matrix.Resize(4, 6);
+    Number(matrix);
+    matrix.Resize(6, 5);
+    ASSERT_EQ(matrix.Count, 30u);
+    for (uint32_t r = 0; r < 4; ++r)
+        for (uint32_t c = 0; c < 5; ++c)
+            EXPECT_EQ(matrix.Data[r * 5 + c], 100 * r + c);
+
+    matrix.Resize(0, 5);
+    EXPECT_EQ(matrix.Data, nullptr);
+    EXPECT_EQ(matrix.Cols, 5u);
+}
+
+TEST(DoubleMatrix, TwoToTheTwentyNinthElementsAreRefusedUntried)
+{
+    CDoubleMatrix matrix;
+    arrayRequests = 0;
+    EXPECT_THROW(matrix.Resize(1u << 14, 1u << 15), std::bad_alloc);
+    EXPECT_EQ(arrayRequests, 0u);
+
+    const NoMemory none;
+    EXPECT_THROW(matrix.Resize((1u << 29) - 1, 1), std::bad_alloc);
+    EXPECT_EQ(arrayRequests, 1u);
+    EXPECT_EQ(lastArrayBytes, size_t{8} * ((1u << 29) - 1));
+    EXPECT_EQ(matrix.Rows, 0u);
+}
+
+TEST(DoubleMatrix, CopyFromKeepsStorageOfTheSameCount)
+{
+    CDoubleMatrix source;
+    source.Resize(2, 3);
+    Number(source);
+    CDoubleMatrix target;
+    target.Resize(3, 2);
+    const double* before = target.Data;
+
+    target.CopyFrom(source);
+    EXPECT_EQ(target.Data, before);
+    EXPECT_EQ(target.Rows, 2u);
+    EXPECT_EQ(target.Data[5], 102.0);
+
+    arrayRequests = 0;
+    target.CopyFrom(target);
+    EXPECT_EQ(arrayRequests, 0u);
+    {
+        CDoubleMatrix larger;
+        larger.Resize(4, 4);
+        const NoMemory none;
+        EXPECT_THROW(target.CopyFrom(larger), std::bad_alloc);
+    }
+    EXPECT_EQ(target.Rows, 2u);
+    EXPECT_EQ(target.Count, 6u);
+    EXPECT_EQ(target.Data, before);
+}
+
+} // namespace
+} // namespace vistaTrim
