@@ -40,6 +40,20 @@ VISTATRIM_FORM_BODY void DotThreeBody(const float* a, const float* b, int32_t co
 VISTATRIM_FORMS(DotThree, (const float* a, const float* b, int32_t count, float* result),
                 (a, b, count, result))
 
+// Rounded three times, as if in three passes.
+VISTATRIM_FORM_BODY void ScalarDistanceBody(const float* x, int32_t count, float shift, float scale,
+                                            float* distance)
+{
+    VISTATRIM_INDEPENDENT_STEPS
+    for (int32_t i = 0; i < count; ++i) {
+        const float offset = x[i] + shift;
+        distance[i] = std::fabs(offset) * scale;
+    }
+}
+VISTATRIM_FORMS(ScalarDistance,
+                (const float* x, int32_t count, float shift, float scale, float* distance),
+                (x, count, shift, scale, distance))
+
 VISTATRIM_FORM_BODY void AccumulateProductBody(const float* a, const float* b, int32_t count,
                                                float* result)
 {
@@ -118,9 +132,7 @@ void CDistanceModel::Measure(const CPlaneStack& stack, int32_t first, int32_t co
                              float* distance)
 {
     if (Scalar) {
-        OffsetPlane(stack.Planes[0] + first, distance, count, -Means[0]);
-        VectorAbs(count, distance, distance);
-        cblas_sscal(count, Scale, distance, 1);
+        ScalarDistance(stack.Planes[0] + first, count, -Means[0], Scale, distance);
         return;
     }
     for (int32_t done = 0; done < count; done += kBlock)

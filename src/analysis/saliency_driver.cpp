@@ -3,6 +3,7 @@
 #include "analysis/multi_scale_edges.h"
 #include "analysis/owned_stack.h"
 #include "analysis/strip_contrast.h"
+#include "numeric/cpu_forms.h"
 #include "numeric/image_kernels.h"
 #include "numeric/summed_area.h"
 #include "numeric/vector_ops.h"
@@ -16,13 +17,20 @@ constexpr float kAnchorFraction = 0.25f;    // strips of the anchored contrasts
 constexpr float kSideFraction = 0.2f;       // strips of the side maps
 constexpr float kPlaneWeight = 0.33333334f; // one plane's own contrast beside the joint one
 
-// The bottom value unless it is greater; a pixel is salient only under both anchors.
+VISTATRIM_FORM_BODY void MinimumBody(const float* b, const float* t, int32_t count, float* out)
+{
+    VISTATRIM_INDEPENDENT_STEPS
+    for (int32_t i = 0; i < count; ++i)
+        out[i] = b[i] > t[i] ? t[i] : b[i];
+}
+VISTATRIM_FORMS(Minimum, (const float* b, const float* t, int32_t count, float* out),
+                (b, t, count, out))
+
+// The bottom value unless it is greater; a pixel is salient only under both anchors. out may
+// be either plane.
 void TakeMinimum(const CPlaneStack& bottom, const CPlaneStack& top, float* out)
 {
-    const float* const b = bottom.Planes[0];
-    const float* const t = top.Planes[0];
-    for (int32_t i = 0; i < top.ElementCount; ++i)
-        out[i] = b[i] > t[i] ? t[i] : b[i];
+    Minimum(bottom.Planes[0], top.Planes[0], top.ElementCount, out);
 }
 
 } // namespace

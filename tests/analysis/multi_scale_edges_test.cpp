@@ -297,6 +297,27 @@ TEST(NormaliseRow, DivisorIsNotRoundedToFloat)
     EXPECT_EQ(row[0], 1.0f - 0x1p-24f);
 }
 
+// Rows are summed side by side; each has the bits of a row alone.
+TEST(NormaliseRows, GiveEachRowTheBitsOfARowAlone)
+{
+    for (int rows : {1, 7, 8, 9, 19}) {
+        SCOPED_TRACE(rows);
+        std::mt19937 random(uint32_t(15 + rows));
+        std::vector<float> map(size_t(rows) * 37);
+        for (float& x : map)
+            x = float(random() % 1000) / 5000.0f; // a quarter at or below the threshold
+        std::vector<float> expected = map;
+        for (int r = 0; r < rows; ++r)
+            NormaliseRowBySum(&expected[size_t(r) * 37], 37, 37 * 0.01f, 0.05f);
+
+        CPlaneStack stack;
+        stack.WrapPlaneOnly(37, rows, map.data());
+        NormaliseRowsBySum(stack);
+
+        EXPECT_EQ(map, expected);
+    }
+}
+
 TEST(NormaliseRows, OffsetIsAHundredthOfTheWidth)
 {
     std::vector<float> map(3 * 200, 0.0f);
