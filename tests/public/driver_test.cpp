@@ -400,7 +400,7 @@ TEST(DriverDeathTest, AskingForTheDetectorEndsTheProcess)
         {
             VistaTrimParameters parameters = UsualParameters();
             parameters.UseBuiltInFaceDetector = true;
-            HostObjects host(640, 16, parameters);
+            HostObjects host(640, 40, parameters);
             host.Suggestions(SuggestionParameters(true));
         },
         testing::KilledBySignal(SIGABRT), "");
@@ -549,7 +549,7 @@ TEST(Driver, BorrowsAnImageOfTheHostsOwnMaking)
 
 TEST(Interfaces, CopyingOneTakesNoStateOver)
 {
-    CountingImage first(640, 16);
+    CountingImage first(640, 40);
     CountingImage second(320, 16);
     IImage& target = second;
     EXPECT_EQ(&(target = static_cast<IImage&>(first)), &target);
@@ -559,7 +559,7 @@ TEST(Interfaces, CopyingOneTakesNoStateOver)
 // Builds neither generator nor analyzer, so it is looked at through GetParameters only.
 TEST(Driver, InitializeWithDefaultsStoresTheDefaults)
 {
-    IImage* image = MakeTestImage(640, 16);
+    IImage* image = MakeTestImage(640, 40);
     VistaTrim* driver = new VistaTrim;
     EXPECT_EQ(driver->GetParameters().NumAspectRatios, 0U);
     driver->InitializeWithDefaults(image);
@@ -575,7 +575,7 @@ TEST(Driver, InitializeWithDefaultsStoresTheDefaults)
 
 TEST(DriverAbandonments, ListWithoutRectanglesOffersADefaultRecord)
 {
-    HostObjects host(640, 16);
+    HostObjects host(640, 40);
     CRectOfInterest* table = nullptr;
     uint32_t count = 99;
     host.Driver->GetRectsOfInterest(&table, &count);
@@ -590,7 +590,7 @@ TEST(DriverAbandonments, ListWithoutRectanglesOffersADefaultRecord)
 
 TEST(DriverAbandonments, SecondInitializeStartsAnew)
 {
-    HostObjects host(640, 16);
+    HostObjects host(640, 40);
     host.Driver->SetAspectRatioEnabled(1.0, true);
     host.Driver->AddRectOfInterest(CRectOfInterest(0, 9, 0, 9, true));
     IImage* other = MakeTestImage(640, 96);
