@@ -7,8 +7,6 @@
 #include <thread>
 #include <vector>
 
-#include <vips/vips8>
-
 namespace vistaTrim::host {
 
 namespace {
@@ -27,7 +25,7 @@ public:
             PhotoResult result = Steps.Work(index);
             Finish(index, std::move(result));
         }
-        vips_thread_shutdown();
+        Steps.Leave();
     }
 
     size_t Emitted() const

@@ -18,6 +18,8 @@ struct BatchSteps {
     // True once the run is to end. Photographs under work are then finished and emitted, and
     // no new ones are begun. They are begun in order, so nothing finished is left out.
     std::function<bool()> Stop;
+    // Runs in every worker thread as it ends.
+    std::function<void()> Leave;
 };
 
 // Returns the number of photographs emitted.

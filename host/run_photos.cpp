@@ -10,6 +10,7 @@
 #include "interruption.h"
 #include "photo_error.h"
 #include "progress.h"
+#include "vips_runtime.h"
 
 namespace vistaTrim::host {
 
@@ -79,6 +80,7 @@ int RunPhotos(const Options& options, const std::vector<ListedPhoto>& photos,
         progress.Show(index + 1);
     };
     batch.Stop = [&] { return outputFailed || NotedInterruption() != 0; };
+    batch.Leave = LeaveVips;
     const size_t done = RunBatch(photos.size(), workers, batch);
     progress.Hide();
 

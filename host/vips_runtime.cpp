@@ -71,6 +71,11 @@ void StopVips()
     vips_shutdown();
 }
 
+void LeaveVips()
+{
+    vips_thread_shutdown();
+}
+
 void RunVips(const std::function<void()>& work)
 {
     try {

@@ -10,6 +10,8 @@ namespace vistaTrim::host {
 // are let in.
 void StartVips(const char* programName);
 void StopVips();
+// For a thread that has used libvips and ends.
+void LeaveVips();
 
 // Runs work that calls libvips, in any thread. A failure leaves as PhotoError with a reason on
 // one line. libvips keeps one error text for the whole process, so a failed piece of work is
