@@ -13,7 +13,6 @@
 #include "numeric/plane_stack.h"
 #include "numeric/summed_area.h"
 #include "numeric/vector_ops.h"
-#include "scoring/composition_model.h"
 
 namespace vistaTrim {
 

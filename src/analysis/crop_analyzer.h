@@ -14,6 +14,9 @@
 
 namespace vistaTrim {
 
+// Slots of the composition descriptor, which is formed in the analyzer's scratch.
+constexpr int32_t kDescriptorSize = 304;
+
 // What BuildMaps sees of an image.
 struct CImageView {
     int32_t Cols;
@@ -59,7 +62,7 @@ public:
     int32_t WorkRows;
     int32_t SourceCols; // size of the image
     int32_t SourceRows;
-    float* DescriptorBuffer; // 304 floats, owned
+    float* DescriptorBuffer; // kDescriptorSize floats, owned
     int32_t BorderBand;      // working pixels, width of the band along each side
     float ScaleFactor;       // source coordinates times this are working coordinates
     float ContrastMaskTotal; // sums of the maps, at least 1e-10

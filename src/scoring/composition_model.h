@@ -4,12 +4,12 @@
 
 #include <cstdint>
 
+#include "analysis/crop_analyzer.h"
 #include "analysis/working_rect.h"
 #include "numeric/matrix.h"
 
 namespace vistaTrim {
 
-constexpr int32_t kDescriptorSize = 304;
 constexpr int32_t ContrastGridSizes[] = {4, 8};
 constexpr int32_t SaliencyGridSizes[] = {4, 8, 12};
 

@@ -1,0 +1,40 @@
+# Compares what the shared library shows with the list in the repository.
+#   cmake -DNM=... -DLIBRARY=... -DLIST=... -P exported_symbols_test.cmake
+execute_process(COMMAND ${NM} -D --defined-only ${LIBRARY}
+    OUTPUT_VARIABLE output RESULT_VARIABLE status)
+if(NOT status EQUAL 0)
+    message(FATAL_ERROR "${NM} failed on ${LIBRARY}")
+endif()
+
+string(REPLACE "\n" ";" lines "${output}")
+set(found "")
+foreach(line IN LISTS lines)
+    # "address type name@@version". Absolute symbols are the version itself.
+    if(line MATCHES "^[0-9a-f]+ ([A-Za-z]) ([^@]+)" AND NOT CMAKE_MATCH_1 STREQUAL "A")
+        list(APPEND found ${CMAKE_MATCH_2})
+    endif()
+endforeach()
+list(SORT found COMPARE STRING)
+
+file(STRINGS ${LIST} expected)
+set(sorted ${expected})
+list(SORT sorted COMPARE STRING)
+if(NOT sorted STREQUAL expected)
+    message(SEND_ERROR "${LIST} is not sorted")
+endif()
+
+set(extra ${found})
+list(REMOVE_ITEM extra ${expected})
+set(missing ${expected})
+list(REMOVE_ITEM missing ${found})
+foreach(name IN LISTS extra)
+    message(SEND_ERROR "shown but not listed: ${name}")
+endforeach()
+foreach(name IN LISTS missing)
+    message(SEND_ERROR "listed but not shown: ${name}")
+endforeach()
+list(LENGTH found count)
+message(STATUS "${count} symbols shown")
+if(count EQUAL 0)
+    message(SEND_ERROR "no symbols found")
+endif()
