@@ -1,0 +1,15 @@
+#!/usr/bin/env bash
+# Records the end-to-end results of the made pictures anew: tests/golden/*.txt.
+#
+# Run it when results are meant to change, look at the difference, and say in the commit why
+# they changed. BLAS runs on one thread, as in the tests.
+#
+# usage: scripts/record_goldens.sh [BUILD_FOLDER]
+set -euo pipefail
+cd "$(dirname "$0")/.."
+
+build=${1:-build/release}
+[ -f "$build/CMakeCache.txt" ] || cmake -G Ninja -B "$build" -DCMAKE_BUILD_TYPE=Release
+cmake --build "$build" --target record_goldens
+OPENBLAS_NUM_THREADS=1 "$(find "$build" -name record_goldens -type f -perm -u+x | head -n 1)" tests/golden
+git --no-pager diff --stat -- tests/golden
