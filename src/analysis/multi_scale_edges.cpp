@@ -62,7 +62,7 @@ void ComputeMultiScaleEdges(const CPlaneStack& source, CPlaneStack& out, bool no
     float* const sum = out.Planes[0];
     std::fill_n(sum, out.ElementCount, 0.0f);
 
-    // Both buffers serve every scale, at its small size and at the full one. They start as
+    // Both buffers serve every scale, at its small size and at the full one. The first starts as
     // zeros for the sake of one case: a first scale that is one pixel wide or high. The resize
     // refuses such a source, so the buffer goes into the sum with whatever stood behind its
     // first few elements. Zeros make that case give the same map every time; no other case
@@ -72,7 +72,6 @@ void ComputeMultiScaleEdges(const CPlaneStack& source, CPlaneStack& out, bool no
     float* const edgeBuffer = buffers.Planes[0];
     float* const planeEdgeBuffer = buffers.Planes[1];
     std::fill_n(edgeBuffer, buffers.ElementCount, 0.0f);
-    std::fill_n(planeEdgeBuffer, buffers.ElementCount, 0.0f);
 
     // A list, since owned stacks do not move.
     std::list<COwnedStack> scaledStacks;

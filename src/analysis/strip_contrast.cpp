@@ -67,6 +67,7 @@ void ComputeAnchoredContrast(const CPlaneStack& stack, CPlaneStack& out, const S
     CDistanceModel anchorModel = ModelOfGroup(stack, anchor);
     CDistanceModel restModel = ModelOfGroup(stack, rest);
     std::vector<float> restDistance(kBlock);
+    CPlaneRange range;
 
     for (int32_t first = 0; first < stack.ElementCount; first += kBlock) {
         const int32_t count = std::min(stack.ElementCount - first, kBlock);
@@ -74,15 +75,21 @@ void ComputeAnchoredContrast(const CPlaneStack& stack, CPlaneStack& out, const S
         anchorModel.Measure(stack, first, count, distance);
         restModel.Measure(stack, first, count, restDistance.data());
         VectorAdd(count, distance, restDistance.data(), distance);
+        range.Include(distance, count);
     }
-    NormalisePlane(out.Planes[0], out.ElementCount);
+    NormalisePlane(out.Planes[0], out.ElementCount, range);
 }
 
 void ComputeSideContrast(const CPlaneStack& stack, CPlaneStack& out, const CStripRect& strip)
 {
     CDistanceModel model = ModelOfGroup(stack, {strip});
-    model.Measure(stack, 0, stack.ElementCount, out.Planes[0]);
-    NormalisePlane(out.Planes[0], out.ElementCount);
+    CPlaneRange range;
+    for (int32_t first = 0; first < stack.ElementCount; first += kBlock) {
+        const int32_t count = std::min(stack.ElementCount - first, kBlock);
+        model.Measure(stack, first, count, out.Planes[0] + first);
+        range.Include(out.Planes[0] + first, count);
+    }
+    NormalisePlane(out.Planes[0], out.ElementCount, range);
 }
 
 } // namespace

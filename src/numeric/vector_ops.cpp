@@ -79,8 +79,8 @@ VISTATRIM_FORMS(Offset, (const float* src, float* dst, int32_t count, float valu
 // make a reduction that every register width can do.
 VISTATRIM_FORM_BODY void BitExtremesBody(const float* x, int32_t n, uint32_t* extremes)
 {
-    uint32_t low = UINT32_MAX;
-    uint32_t high = 0;
+    uint32_t low = extremes[0];
+    uint32_t high = extremes[1];
     for (int32_t i = 0; i < n; ++i) {
         uint32_t bits;
         std::memcpy(&bits, x + i, sizeof(bits));
@@ -110,27 +110,35 @@ struct Extremes {
     float Largest;
 };
 
-Extremes FindExtremes(const float* x, int32_t n)
+Extremes FindExtremes(const float* x, int32_t n, const CPlaneRange& range)
 {
     constexpr uint32_t kInfinityBits = 0x7f800000;
-    uint32_t bits[2] = {UINT32_MAX, UINT32_MAX};
-    if (n > 0)
-        BitExtremes(x, n, bits);
-    if (bits[1] <= kInfinityBits) {
+    if (range.Highest <= kInfinityBits && n > 0) {
         // All that the analysis has: one pass where the library takes two long ones.
         Extremes extremes;
-        std::memcpy(&extremes.Smallest, &bits[0], sizeof(float));
-        std::memcpy(&extremes.Largest, &bits[1], sizeof(float));
+        std::memcpy(&extremes.Smallest, &range.Lowest, sizeof(float));
+        std::memcpy(&extremes.Largest, &range.Highest, sizeof(float));
         return extremes;
     }
+    // Somewhere is a sign or a NaN.
     return {x[cblas_isamin(n, x, 1)], x[cblas_isamax(n, x, 1)]};
 }
 
 } // namespace
 
+void CPlaneRange::Include(const float* x, int32_t n)
+{
+    uint32_t extremes[2] = {Lowest, Highest};
+    BitExtremes(x, n, extremes);
+    Lowest = extremes[0];
+    Highest = extremes[1];
+}
+
 float LargestElement(const float* x, int32_t n)
 {
-    return FindExtremes(x, n).Largest;
+    CPlaneRange range;
+    range.Include(x, n);
+    return FindExtremes(x, n, range).Largest;
 }
 
 void VectorAbs(int32_t n, const float* a, float* y)
@@ -189,9 +197,16 @@ void OffsetPlane(const float* src, float* dst, int32_t count, float value)
 
 void NormalisePlane(float* x, int32_t n)
 {
+    CPlaneRange range;
+    range.Include(x, n);
+    NormalisePlane(x, n, range);
+}
+
+void NormalisePlane(float* x, int32_t n, const CPlaneRange& seen)
+{
     // Both by absolute value: for the non-negative maps of the analysis the true extremes. Data
     // of mixed sign does not come out as 0..1.
-    const Extremes extremes = FindExtremes(x, n);
+    const Extremes extremes = FindExtremes(x, n, seen);
     const float shift = -extremes.Smallest;
     const float largest = extremes.Largest + shift;
     const float smallest = extremes.Smallest + shift;

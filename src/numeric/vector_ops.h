@@ -28,6 +28,17 @@ float LargestElement(const float* x, int32_t n);
 // 1e-5f counts as 1e-5f, so that a flat array becomes 0. Meant for non-negative data.
 void NormalisePlane(float* x, int32_t n);
 
+// Extremes of a plane that is made piece by piece, taken while each piece is in the cache.
+struct CPlaneRange {
+    void Include(const float* x, int32_t n);
+
+    // Bits of floats: those that are not negative stand in the order of their bits.
+    uint32_t Lowest = UINT32_MAX;
+    uint32_t Highest = 0;
+};
+// The same as above, spared the search: seen has included exactly the n elements of x.
+void NormalisePlane(float* x, int32_t n, const CPlaneRange& seen);
+
 // First plane of target += alpha * first plane of source.
 void AddPlanes(CPlaneStack& target, const CPlaneStack& source, float alpha);
 // First plane of target = first plane of a * first plane of b.

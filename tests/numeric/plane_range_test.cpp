@@ -1,0 +1,99 @@
+#include <cmath>
+#include <limits>
+#include <random>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+#include "numeric/cpu_forms.h"
+#include "numeric/vector_ops.h"
+
+namespace vistaTrim {
+namespace {
+
+std::vector<float> Noise(size_t count, float low, float high)
+{
+    std::mt19937 random(3);
+    std::uniform_real_distribution<float> value(low, high);
+    std::vector<float> x(count);
+    for (float& v : x)
+        v = value(random);
+    return x;
+}
+
+TEST(PlaneRange, OfPiecesIsThatOfTheWhole)
+{
+    for (size_t count : {1u, 15u, 16u, 33u, 1000u}) {
+        SCOPED_TRACE(count);
+        const std::vector<float> x = Noise(count, 0.5f, 300.0f);
+        std::vector<float> expected = x;
+        NormalisePlane(expected.data(), int32_t(count));
+
+        std::vector<float> pieces = x;
+        CPlaneRange seen;
+        for (size_t i = 0; i < count; i += 7)
+            seen.Include(&pieces[i], int32_t(std::min<size_t>(7, count - i)));
+        NormalisePlane(pieces.data(), int32_t(count), seen);
+
+        EXPECT_EQ(pieces, expected);
+    }
+}
+
+TEST(PlaneRange, IsTheSameInEveryForm)
+{
+    const CpuForm before = ActiveCpuForm();
+    const std::vector<float> x = Noise(333, 0.0f, 5.0f);
+    SelectCpuForm(CpuFormPlain);
+    CPlaneRange plain;
+    plain.Include(x.data(), 333);
+    for (int form = 0; form < CpuFormCount; ++form) {
+        if (!CpuFormAvailable(static_cast<CpuForm>(form)))
+            continue;
+        SelectCpuForm(static_cast<CpuForm>(form));
+        CPlaneRange range;
+        range.Include(x.data(), 333);
+        EXPECT_EQ(range.Lowest, plain.Lowest) << form;
+        EXPECT_EQ(range.Highest, plain.Highest) << form;
+    }
+    SelectCpuForm(before);
+}
+
+// The extremes are by absolute value, and the element keeps its sign.
+TEST(LargestElement, IsTheFirstOfLargestMagnitude)
+{
+    const float positive[] = {1.0f, 7.0f, 3.0f};
+    EXPECT_EQ(LargestElement(positive, 3), 7.0f);
+    const float mixed[] = {1.0f, -7.0f, 3.0f};
+    EXPECT_EQ(LargestElement(mixed, 3), -7.0f);
+    const float tied[] = {-7.0f, 7.0f};
+    EXPECT_EQ(LargestElement(tied, 2), -7.0f);
+    const float zero[] = {-0.0f};
+    EXPECT_EQ(LargestElement(zero, 1), 0.0f);
+    const float huge[] = {2.0f, std::numeric_limits<float>::infinity()};
+    EXPECT_EQ(LargestElement(huge, 2), std::numeric_limits<float>::infinity());
+}
+
+TEST(NormalisePlane, OfMixedSignTakesItsExtremesByMagnitude)
+{
+    // Smallest magnitude 1, largest -4: the range is -5, below the floor.
+    float x[] = {-4.0f, 1.0f, 2.0f};
+    NormalisePlane(x, 3);
+    const float scale = static_cast<float>(1.0 / double(1e-05f));
+    EXPECT_EQ(x[0], -5.0f * scale);
+    EXPECT_EQ(x[1], 0.0f);
+    EXPECT_EQ(x[2], 1.0f * scale);
+}
+
+TEST(NormalisePlane, RoundsTheShiftBeforeTheScale)
+{
+    // 0.1f + 0.3f in float, then times a scale that is no power of two.
+    float x[] = {0.1f, 0.3f, 0.8f};
+    const float shift = -0.1f;
+    const float middle = 0.3f + shift;
+    const float range = 0.8f + shift;
+    NormalisePlane(x, 3);
+    EXPECT_EQ(x[1], middle * static_cast<float>(1.0 / double(range)));
+}
+
+} // namespace
+} // namespace vistaTrim
