@@ -37,7 +37,7 @@ TEST(AlignedMemory, AnyOtherAlignmentCountsAs64)
 {
     for (size_t alignment : {size_t{0}, size_t{1}, size_t{3}, size_t{8}, size_t{32}, size_t{63},
                              size_t{65}, size_t{96}, size_t{1000}, SIZE_MAX})
-        for (size_t size : {1, 24, 64, 1000}) {
+        for (size_t size : {1u, 24u, 64u, 1000u}) {
             void* first = AllocateAligned(size, alignment);
             void* second = AllocateAligned(size, alignment);
             EXPECT_TRUE(first != nullptr && IsAligned(first, 64)) << alignment;
@@ -49,7 +49,7 @@ TEST(AlignedMemory, AnyOtherAlignmentCountsAs64)
 
 TEST(AlignedMemory, EveryByteAskedForCanBeWritten)
 {
-    for (size_t size : {1, 63, 64, 65, 4097, 1 << 20}) {
+    for (size_t size : {1u, 63u, 64u, 65u, 4097u, 1u << 20}) {
         void* block = AllocateAligned(size, 64);
         ASSERT_NE(block, nullptr);
         std::memset(block, 0xA5, size);

@@ -305,6 +305,34 @@ TEST(NormalisePlane, MixedSignsAreNotMappedToZeroAndOne)
     EXPECT_EQ(x[2], 100000.0f);
 }
 
+// -1 is the smallest by absolute value, and here by value too.
+TEST(NormalisePlane, ANegativeElementMayBeTheSmallestByAbsoluteValue)
+{
+    float x[] = {-1.0f, 4.0f, 2.0f};
+    NormalisePlane(x, 3);
+    EXPECT_EQ(x[0], 0.0f);
+    EXPECT_EQ(x[1], 1.0f);
+    EXPECT_EQ(x[2], 3.0f * static_cast<float>(1.0 / 5.0));
+}
+
+// The first of equals is both extremes at once, so the range is 0.
+TEST(NormalisePlane, OppositeNumbersAreEquallyLarge)
+{
+    float x[] = {-2.0f, 2.0f};
+    NormalisePlane(x, 2);
+    EXPECT_EQ(x[0], 0.0f);
+    EXPECT_EQ(x[1], 400000.0f);
+}
+
+TEST(NormalisePlane, NegativeZerosAreZero)
+{
+    float x[] = {-0.0f, 2.0f, 0.0f};
+    NormalisePlane(x, 3);
+    EXPECT_EQ(x[0], 0.0f);
+    EXPECT_EQ(x[1], 1.0f);
+    EXPECT_EQ(x[2], 0.0f);
+}
+
 TEST(PlaneArithmetic, AddPlanesCountsTheSource)
 {
     float target[] = {1.0f, 2.0f, 3.0f, 4.0f};
