@@ -73,6 +73,8 @@ Photograph::Photograph(const std::string& path, const Colour& background)
         const vips::VImage header = vips::VImage::new_from_source(
             source, "", vips::VImage::option()->set("access", VIPS_ACCESS_SEQUENTIAL));
         Format = FormatOf(loader, header);
+        IsCmyk = header.interpretation() == VIPS_INTERPRETATION_CMYK;
+        HasProfile = header.get_typeof(VIPS_META_ICC_NAME) != 0;
         Displayed = {header.width(), header.height()};
         Orientation = vips_image_get_orientation(header.get_image());
         if (Orientation >= 5) // these lie on their side
@@ -90,16 +92,39 @@ const std::string& Photograph::NativeFormat() const
     return Format;
 }
 
-vips::VImage Photograph::ReadThumbnail(PixelSize size) const
+// libvips' thumbnails of CMYK come out in other colours than its own conversion by profile
+// gives, so the conversion is made here, and the picture is decoded at full size.
+vips::VImage Photograph::ThumbnailOfCmyk(PixelSize size) const
+{
+    const vips::VImage full = ReadFull(true);
+    const double across = static_cast<double>(size.Width) / full.width();
+    const double down = static_cast<double>(size.Height) / full.height();
+    return full.resize(across, vips::VImage::option()->set("vscale", down))
+        .icc_transform("srgb",
+                       vips::VImage::option()->set("embedded", true)->set("input_profile", "cmyk"));
+}
+
+vips::VImage Photograph::ThumbnailOfColours(PixelSize size) const
 {
     // Both sides are forced: the library wants its 640 exactly, and a side that would round to
     // nothing must stay one pixel.
-    vips::VImage image = vips::VImage::thumbnail_source(OpenSource(Path), size.Width,
-                                                        vips::VImage::option()
-                                                            ->set("height", size.Height)
-                                                            ->set("size", VIPS_SIZE_FORCE)
-                                                            ->set("export_profile", "srgb")
-                                                            ->set("fail_on", kFailOn));
+    vips::VOption* options = vips::VImage::option()
+                                 ->set("height", size.Height)
+                                 ->set("size", VIPS_SIZE_FORCE)
+                                 // Given to the reader itself: from a source, libvips' own
+                                 // "fail_on" of thumbnails reaches no reader.
+                                 ->set("option_string", "fail_on=truncated");
+    // Pixels without a profile count as sRGB and must then not be converted at all: on the way
+    // through another colour space they would not come back the same. A profile that is of no
+    // use counts as none.
+    if (HasProfile)
+        options->set("export_profile", "srgb")->set("import_profile", "srgb");
+    return vips::VImage::thumbnail_source(OpenSource(Path), size.Width, options);
+}
+
+vips::VImage Photograph::ReadThumbnail(PixelSize size) const
+{
+    vips::VImage image = IsCmyk ? ThumbnailOfCmyk(size) : ThumbnailOfColours(size);
     if (image.interpretation() != VIPS_INTERPRETATION_sRGB)
         image = image.colourspace(VIPS_INTERPRETATION_sRGB);
     if (image.has_alpha())
@@ -115,14 +140,16 @@ WorkingPicture Photograph::ReadWorkingPicture() const
     WorkingPicture picture;
     picture.Photo = Displayed;
     picture.Size = WorkingSize(Displayed);
-    RunVips([this, &picture] {
-        const vips::VImage image = ReadThumbnail(picture.Size);
-        size_t size = 0;
-        const std::unique_ptr<void, decltype(&g_free)> pixels(image.write_to_memory(&size),
-                                                              &g_free);
-        const uint8_t* bytes = static_cast<const uint8_t*>(pixels.get());
-        picture.Pixels.assign(bytes, bytes + size);
-    });
+    RunVips(
+        [this, &picture] {
+            const vips::VImage image = ReadThumbnail(picture.Size);
+            size_t size = 0;
+            const std::unique_ptr<void, decltype(&g_free)> pixels(image.write_to_memory(&size),
+                                                                  &g_free);
+            const uint8_t* bytes = static_cast<const uint8_t*>(pixels.get());
+            picture.Pixels.assign(bytes, bytes + size);
+        },
+        "the file is damaged or cut short");
     return picture;
 }
 

@@ -39,12 +39,16 @@ public:
 
 private:
     vips::VImage ReadThumbnail(PixelSize size) const;
+    vips::VImage ThumbnailOfColours(PixelSize size) const;
+    vips::VImage ThumbnailOfCmyk(PixelSize size) const;
 
     std::string Path;
     Colour Background;
     PixelSize Displayed;
     int Orientation = 1; // as EXIF counts them
     std::string Format;
+    bool IsCmyk = false;
+    bool HasProfile = false;
 };
 
 } // namespace vistaTrim::host

@@ -76,7 +76,7 @@ void LeaveVips()
     vips_thread_shutdown();
 }
 
-void RunVips(const std::function<void()>& work)
+void RunVips(const std::function<void()>& work, const std::string& what)
 {
     try {
         std::unique_lock<std::mutex> entering(gate);
@@ -95,7 +95,7 @@ void RunVips(const std::function<void()>& work)
     } catch (const vips::VError& error) {
         const std::string reason = OnOneLine(error.what());
         vips_error_clear();
-        throw PhotoError(reason);
+        throw PhotoError(what.empty() ? reason : what + " (" + reason + ")");
     }
 }
 

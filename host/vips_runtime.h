@@ -3,6 +3,7 @@
 #define VISTATRIM_HOST_VIPS_RUNTIME_H
 
 #include <functional>
+#include <string>
 
 namespace vistaTrim::host {
 
@@ -16,8 +17,9 @@ void LeaveVips();
 // Runs work that calls libvips, in any thread. A failure leaves as PhotoError with a reason on
 // one line. libvips keeps one error text for the whole process, so a failed piece of work is
 // run once more while no other thread is inside: its text is then its own. The work must
-// therefore bear being run twice.
-void RunVips(const std::function<void()>& work);
+// therefore bear being run twice. What libvips says stands behind `what`, in brackets; nothing
+// means that it speaks for itself.
+void RunVips(const std::function<void()>& work, const std::string& what = "");
 
 } // namespace vistaTrim::host
 
