@@ -7,8 +7,11 @@
 
 #include <gtest/gtest.h>
 
+#include "analysis/multi_scale_edges.h"
+#include "analysis/saliency_driver.h"
 #include "numeric/image_kernels.h"
 #include "numeric/summed_area.h"
+#include "numeric/vector_ops.h"
 #include "test_pictures.h"
 
 namespace vistaTrim {
@@ -207,6 +210,33 @@ TEST(CropAnalyzer, ClearsTheWeakValuesOfEachMapAtItsFraction)
                             [](float v) { return v > 0.0f && v < 0.01f; }));
 }
 
+// Against the maps as the saliency stages leave them, value by value.
+TEST(CropAnalyzer, KeepsEveryValueOnOrAboveItsLevel)
+{
+    const Picture picture = Blobs(640, 360, 16);
+    const auto analyzer = Analyse(picture);
+    CFloatMatrix raw[7];
+    for (CFloatMatrix& map : raw)
+        map.Resize(360, 640);
+    SaliencyMapBuffers buffers = {raw[0].Data,
+                                  raw[1].Data,
+                                  raw[2].Data,
+                                  {raw[3].Data, raw[4].Data, raw[5].Data, raw[6].Data}};
+    ComputeSaliencyMaps(picture.Bytes.data(), 640, 360, buffers);
+
+    const auto expectCleared = [](const CFloatMatrix& map, const CFloatMatrix& before,
+                                  float fraction) {
+        const float level = static_cast<float>(double(Largest(before)) * double(fraction));
+        for (uint32_t i = 0; i < map.Count; ++i)
+            ASSERT_EQ(map.Data[i], before.Data[i] < level ? 0.0f : before.Data[i]) << i;
+    };
+    EXPECT_TRUE(SameBits(analyzer->ContrastMap, raw[0]));
+    EXPECT_TRUE(SameBits(analyzer->SaliencyMap, raw[1]));
+    expectCleared(analyzer->ColorContrastMap, raw[2], 0.2f);
+    for (int side = 0; side < 4; ++side)
+        expectCleared(analyzer->SideMaps[side], raw[3 + side], 0.01f);
+}
+
 TEST(CropAnalyzer, MaskIsTheContrastWithoutItsWeakValues)
 {
     const auto analyzer = Analyse(Blobs(640, 360, 8));
@@ -249,6 +279,51 @@ TEST(CropAnalyzer, EdgesAreWeightedByColumnsInSteps)
     const double weights[5] = {0.2, std::sqrt(0.2), 1.0, std::sqrt(0.2), 0.2};
     for (int k = 0; k < 5; ++k)
         EXPECT_NEAR(peaks[k], weights[k], 1e-6) << k;
+}
+
+// The cleaning once more, with the kernels themselves.
+TEST(CropAnalyzer, CleansItsEdgesInOrder)
+{
+    for (const auto& [cols, rows] : {std::pair(640, 360), std::pair(200, 640), std::pair(3, 640)}) {
+        SCOPED_TRACE(testing::Message() << cols << " x " << rows);
+        const Picture picture = Noise(cols, rows, 17);
+        const int32_t count = cols * rows;
+        CFloatMatrix planes[3];
+        CFloatMatrix gradient;
+        CFloatMatrix edges;
+        for (CFloatMatrix& plane : planes)
+            plane.Resize(uint32_t(rows), uint32_t(cols));
+        gradient.Resize(uint32_t(rows), uint32_t(cols));
+        edges.ResizeZeroed(uint32_t(rows), uint32_t(cols));
+        float* const smoothed[3] = {planes[0].Data, planes[1].Data, planes[2].Data};
+        BlurInterleavedPixels(picture.Bytes.data(), cols, rows, 2.0f, smoothed);
+        for (const CFloatMatrix& plane : planes) {
+            GradientStrength(plane.Data, gradient.Data, cols, rows);
+            VectorAdd(count, edges.Data, gradient.Data, edges.Data);
+        }
+        ThresholdBelow(edges, static_cast<float>(double(Largest(edges)) * double(0.1f)), 0.0f);
+        NormalisePlane(edges.Data, count);
+        CPlaneStack stack;
+        stack.WrapPlane(cols, rows, edges.Data);
+        NormaliseRowsBySum(stack);
+        ThresholdBelow(edges, static_cast<float>(double(Largest(edges)) * double(0.3f)), 0.0f);
+        ErodeBox(edges, 5);
+        DilateBox(edges, 7);
+        const float outer = static_cast<float>(double(std::sqrt(0.2f)) * double(std::sqrt(0.2f)));
+        const float weights[5] = {outer, std::sqrt(0.2f), 1.0f, std::sqrt(0.2f), outer};
+        for (int32_t i = 0; i < 5; ++i) {
+            const int32_t first = int32_t(i * double(cols) / 5.0);
+            const int32_t last = int32_t((i + 1) * double(cols) / 5.0 - 1.0);
+            ScaleColumns(edges, first, last - first + 1, weights[i]);
+        }
+        NormalisePlane(edges.Data, count);
+
+        testing::internal::CaptureStderr();
+        const auto analyzer = Analyse(picture);
+        testing::internal::GetCapturedStderr();
+        EXPECT_TRUE(SameBits(analyzer->EdgeMap, edges));
+        EXPECT_GT(Total(edges), 0.0);
+    }
 }
 
 TEST(CropAnalyzer, LoneEdgeBeatsTheSameEdgeAmongMany)
