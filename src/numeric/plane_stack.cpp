@@ -64,13 +64,14 @@ void CPlaneStack::Create(int32_t planeCount, int32_t cols, int32_t rows)
     Rows = rows;
     PlaneCount = planeCount;
     ElementCount = cols * rows;
+    // The lists first: one that cannot grow must not take a plane with it.
+    const size_t n = planeCount > 0 ? static_cast<size_t>(planeCount) : 0;
+    Planes.reserve(n);
+    PlaneTables.assign(n, nullptr);
+    PairTables.assign(n * (n + 1) / 2, nullptr);
     const size_t planeBytes = static_cast<size_t>(ElementCount) * sizeof(float);
-    for (int32_t k = 0; k < planeCount; ++k) {
+    for (size_t k = 0; k < n; ++k)
         Planes.push_back(static_cast<float*>(AllocateAligned(planeBytes, kPlaneAlignment)));
-        PlaneTables.push_back(nullptr);
-    }
-    for (int32_t pair = 0; pair < planeCount * (planeCount + 1) / 2; ++pair)
-        PairTables.push_back(nullptr);
 }
 
 void CPlaneStack::Release()
