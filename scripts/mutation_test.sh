@@ -1,0 +1,145 @@
+#!/usr/bin/env bash
+# Do the tests bite? Makes small faults in a copy of src/, one at a time, and reports those that
+# no test program notices.
+#
+# usage: scripts/mutation_test.sh [SEED [COUNT [FIRST-LAST]]]
+#   SEED COUNT   which faults (1, 320); the same two give the same faults for the same sources
+#   FIRST-LAST   only these of them, for instance to try survivors again: 17-17
+#
+# Everything lies in build/mutation: patches/NNNN.patch, results.tsv (number, outcome, program,
+# fault) and the tree that is changed. Outcomes: noticed, SURVIVED, does not compile. Faults that
+# results.tsv tells of already are passed over, so that a run that was stopped goes on; delete the
+# file to begin anew. Programs slower than MUTATION_SLOWEST seconds (20) are left out.
+set -euo pipefail
+cd "$(dirname "$0")/.."
+
+seed=${1:-1}
+count=${2:-320}
+range=${3:-1-$count}
+slowest=${MUTATION_SLOWEST:-20}
+jobs=${MUTATION_JOBS:-2}
+
+work=$PWD/build/mutation
+tree=$work/tree
+build=$work/build
+patches=$work/patches
+results=$work/results.tsv
+durations=$work/durations.tsv
+mkdir -p "$work"
+
+# A copy, so that nothing of the working tree is ever changed. Only what differs is written, and
+# so built again; that also mends the file that a killed run left with a fault in it.
+git ls-files -z | while IFS= read -r -d '' file; do
+    [ -f "$file" ] || continue
+    cmp -s "$file" "$tree/$file" || install -D -m "$(stat -c %a "$file")" "$file" "$tree/$file"
+done
+rm -rf "$patches"
+"${CXX:-c++}" -std=c++17 -O1 tools/mutate_sources.cpp -o "$work/mutate_sources"
+mapfile -t sources < <(cd "$tree" && find src -name '*.cpp' -o -name '*.h' | LC_ALL=C sort)
+(cd "$tree" && "$work/mutate_sources" "$seed" "$count" "$patches" "${sources[@]}")
+
+# One shared library of everything: a fault costs one object, one link and a few tests that need
+# the objects themselves.
+launcher=()
+command -v ccache >/dev/null && launcher=(-DCMAKE_CXX_COMPILER_LAUNCHER=ccache)
+cmake -S "$tree" -B "$build" -G Ninja "${launcher[@]}" -DVISTATRIM_TESTS_SHARED=ON \
+    -DCMAKE_BUILD_TYPE=RelWithDebInfo -DCMAKE_CXX_FLAGS_RELWITHDEBINFO=-O1 \
+    -DVISTATRIM_BUILD_HOST=OFF -DVISTATRIM_BUILD_TOOLS=OFF -DVISTATRIM_BUILD_BENCHMARKS=OFF \
+    -DCMAKE_LINK_DEPENDS_NO_SHARED=ON -DCMAKE_GTEST_DISCOVER_TESTS_DISCOVERY_MODE=PRE_TEST >"$work/configure.log"
+nice -n 19 ninja -C "$build" -j"$jobs" >"$work/build.log"
+
+export OPENBLAS_NUM_THREADS=1 # the faults are ours; the machine's cores are for others
+export GTEST_FAIL_FAST=1
+run_program() { # seconds program; in a directory of its own, within bounds of time and memory
+    (
+        cd "$work"
+        ulimit -c 0
+        ulimit -v 16000000
+        nice -n 19 timeout -k 2 "$1" "$build/$2" >"$work/test.log" 2>&1
+    )
+}
+
+# Without a fault every program must pass; the slow ones are told apart here.
+if [ ! -s "$durations" ]; then
+    : >"$durations.new"
+    for program in $(cd "$build" && find tests -type f -name '*_test' -perm -u+x | LC_ALL=C sort); do
+        began=$(date +%s%N)
+        run_program 300 "$program" || { echo "fails without a fault: $program" >&2; exit 1; }
+        printf '%d\t%s\n' $((($(date +%s%N) - began) / 1000000)) "$program" >>"$durations.new"
+    done
+    sort -n "$durations.new" >"$durations"
+    rm "$durations.new"
+fi
+declare -A took
+programs=()
+while IFS=$'\t' read -r milliseconds program; do
+    if [ "$milliseconds" -gt $((slowest * 1000)) ]; then
+        echo "left out, $milliseconds ms: $program"
+        continue
+    fi
+    took[$program]=$milliseconds
+    programs+=("$program")
+done <"$durations"
+
+# The first program of the list that fails, on standard output.
+first_failure() {
+    local program seconds
+    for program in "$@"; do
+        seconds=$((15 + took[$program] / 100))
+        run_program "$seconds" "$program" || { echo "$program"; return; }
+    done
+}
+
+# Numbers mean faults of these sources only.
+stamp="$seed $count $(cat "$patches"/*.patch | sha256sum | cut -c1-16)"
+if [ "$(cat "$work/stamp" 2>/dev/null)" != "$stamp" ]; then
+    [ ! -s "$results" ] || mv "$results" "$results.old"
+    echo "$stamp" >"$work/stamp"
+fi
+touch "$results"
+for patch in "$patches"/*.patch; do
+    number=$(basename "$patch" .patch)
+    [ $((10#$number)) -ge "${range%-*}" ] && [ $((10#$number)) -le "${range#*-}" ] || continue
+    grep -q "^$number"$'\t' "$results" && continue
+    fault=$(head -1 "$patch" | cut -c3-)
+    file=$(sed -n 's,^+++ b/,,p' "$patch")
+    module=$(echo "$file" | cut -d/ -f2)
+
+    near=()
+    far=()
+    for program in "${programs[@]}"; do
+        case $program in
+            tests/$module/*) near+=("$program") ;;
+            *) far+=("$program") ;;
+        esac
+    done
+
+    patch -s -p1 -d "$tree" <"$patch"
+    outcome=SURVIVED
+    witness=-
+    if ! timeout 600 nice -n 19 ninja -C "$build" -j"$jobs" libvistaTrimWhole.so "${near[@]}" \
+        >"$work/build.log" 2>&1; then
+        outcome="does not compile"
+    else
+        witness=$(first_failure "${near[@]}")
+        if [ -z "$witness" ]; then
+            timeout 600 nice -n 19 ninja -C "$build" -j"$jobs" "${far[@]}" >"$work/build.log" 2>&1
+            witness=$(first_failure "${far[@]}")
+        fi
+        [ -z "$witness" ] || outcome=noticed
+    fi
+    patch -s -R -p1 -d "$tree" <"$patch"
+    printf '%s\t%s\t%s\t%s\n' "$number" "$outcome" "${witness:--}" "$fault" | tee -a "$results"
+done
+
+echo
+awk -F'\t' '{ n[$2]++ } END {
+    valid = n["noticed"] + n["SURVIVED"]
+    printf "%d faults compiled, %d noticed (%.1f %%), %d survived; %d did not compile\n",
+        valid, n["noticed"], valid ? 100 * n["noticed"] / valid : 0, n["SURVIVED"],
+        n["does not compile"]
+}' "$results"
+awk -F'\t' '$2 == "SURVIVED" { print $1 }' "$results" | while read -r number; do
+    echo
+    cat "$patches/$number.patch"
+done
