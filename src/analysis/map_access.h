@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "vistaTrim/image.h"
+#include "vistaTrim/records.h"
 
 namespace vistaTrim {
 
@@ -37,6 +38,10 @@ public:
     const std::vector<NamedMap>& Maps() const;
     // Null for a name that is none of the above.
     const NamedMap* Find(const std::string& name) const;
+
+    // The 304 cell means of a crop inside the picture, before they are standardised: what the
+    // model of composition is fitted on. For a picture that the analysis did not refuse.
+    void ReadDescriptor(const CInt32CropRect& crop, float* descriptor) const;
 
 private:
     std::unique_ptr<const CCropAnalyzer> Analyzer;

@@ -1,0 +1,50 @@
+// The two tables of human judgements that the fitting and the measuring tools read.
+#ifndef VISTATRIM_TOOLS_CROP_TABLES_H
+#define VISTATRIM_TOOLS_CROP_TABLES_H
+
+#include <map>
+#include <string>
+#include <vector>
+
+// A box in pixels of the 640-pixel photograph: covers x..x+Width, y..y+Height.
+struct CropBox {
+    double X = 0;
+    double Y = 0;
+    double Width = 0;
+    double Height = 0;
+
+    double Area() const
+    {
+        return Width * Height;
+    }
+};
+
+// Two crops of one photograph and the votes that each got.
+struct VotedPair {
+    CropBox Crops[2];
+    double Votes[2] = {0, 0};
+};
+
+// What people said about one photograph.
+struct JudgedPhoto {
+    std::string File; // name inside the folder of photographs
+    double Width = 0;
+    double Height = 0;
+    std::vector<CropBox> Chosen;
+    std::vector<VotedPair> Pairs;
+};
+
+// The photographs of one split, in order of their names. Either file name may be empty.
+// Throws std::runtime_error naming the file and the line.
+std::vector<JudgedPhoto> ReadCropTables(const std::string& boxesFile, const std::string& pairsFile,
+                                        const std::string& split);
+
+// How the tables look, for the help texts.
+extern const char* const kCropTableHelp;
+
+double IntersectionOverUnion(const CropBox& a, const CropBox& b);
+// Mean distance of the four sides, each as a share of the frame's side.
+double BoundaryDisplacement(const CropBox& a, const CropBox& b, double frameWidth,
+                            double frameHeight);
+
+#endif
