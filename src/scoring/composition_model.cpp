@@ -78,29 +78,61 @@ void GridMeans(const CDoubleMatrix& table, const GridLimits& rows, const GridLim
         }
 }
 
+// Corners of one table row for every crop: out[k] = row[edge k], 0 left of the map. A crop's
+// rows of corners stand `points` apart, the crops' corners points x points.
+VISTATRIM_FORM_BODY void GatherRowBody(const double* row, const int32_t* const* colEdges,
+                                       int32_t count, int32_t points, double* __restrict out)
+{
+    for (int32_t crop = 0; crop < count; ++crop, out += points * points) {
+        const int32_t* edges = colEdges[crop];
+        out[0] = edges[0] < 0 ? 0.0 : row[edges[0]];
+        for (int32_t k = 1; k < points; ++k)
+            out[k] = row[edges[k]];
+    }
+}
+
+// The same of four table rows: each edge is looked up once for four corners.
+VISTATRIM_FORM_BODY void GatherFourRowsBody(const double* table, int64_t stride,
+                                            const int32_t* rowEdges, const int32_t* const* colEdges,
+                                            int32_t count, int32_t points, double* __restrict out)
+{
+    const double* rowA = table + rowEdges[0] * stride;
+    const double* rowB = table + rowEdges[1] * stride;
+    const double* rowC = table + rowEdges[2] * stride;
+    const double* rowD = table + rowEdges[3] * stride;
+    for (int32_t crop = 0; crop < count; ++crop, out += points * points) {
+        const int32_t* edges = colEdges[crop];
+        const bool border = edges[0] < 0;
+        out[0] = border ? 0.0 : rowA[edges[0]];
+        out[points] = border ? 0.0 : rowB[edges[0]];
+        out[2 * points] = border ? 0.0 : rowC[edges[0]];
+        out[3 * points] = border ? 0.0 : rowD[edges[0]];
+        for (int32_t k = 1; k < points; ++k) {
+            const int64_t edge = edges[k];
+            out[k] = rowA[edge];
+            out[k + points] = rowB[edge];
+            out[k + 2 * points] = rowC[edge];
+            out[k + 3 * points] = rowD[edge];
+        }
+    }
+}
+
 // The corners of the tiling grids of crops in a row, each read once: corner (i, k) of a crop =
-// table(rowEdges[i], its colEdges[k]), 0 above and left of the map. Table row by table row, so
-// that all crops find it in the nearest cache.
+// table(rowEdges[i], its colEdges[k]), 0 above and left of the map. Table rows outside, crops
+// inside, so that all crops find a row in the nearest cache. points is 9 or 13.
 VISTATRIM_FORM_BODY void GatherCornersBody(const double* table, int64_t stride,
                                            const int32_t* rowEdges, const int32_t* const* colEdges,
                                            int32_t count, int32_t points,
                                            double* __restrict corners)
 {
-    for (int32_t i = 0; i < points; ++i) {
-        double* out = corners + i * points;
-        const double* row = table + rowEdges[i] * stride;
-        for (int32_t crop = 0; crop < count; ++crop, out += points * points) {
-            const int32_t* edges = colEdges[crop];
-            if (rowEdges[i] < 0) {
-                for (int32_t k = 0; k < points; ++k)
-                    out[k] = 0.0;
-                continue;
-            }
-            out[0] = edges[0] < 0 ? 0.0 : row[edges[0]];
-            for (int32_t k = 1; k < points; ++k)
-                out[k] = row[edges[k]];
-        }
-    }
+    if (rowEdges[0] >= 0)
+        GatherRowBody(table + rowEdges[0] * stride, colEdges, count, points, corners);
+    else
+        for (int32_t crop = 0; crop < count; ++crop)
+            std::fill_n(corners + crop * points * points, points, 0.0);
+    for (int32_t i = 1; i < points; i += 4)
+        GatherFourRowsBody(table, stride, rowEdges + i, colEdges, count, points,
+                           corners + i * points);
 }
 
 // Means of cells x cells cells from corners that stand `step` apart: the terms of RegionSum in
