@@ -2,6 +2,7 @@
 #include <algorithm>
 #include <cmath>
 #include <cstdint>
+#include <vector>
 
 #include "analysis/crop_analyzer.h"
 #include "numeric/summed_area.h"
@@ -18,6 +19,12 @@ constexpr double kColorWeight = 0.3f;
 constexpr double kEdgeWeight = 0.4f;
 constexpr double kContentShare = 0.4f;
 constexpr float kCentreFraction = 0.33f;
+// Sides as the analyzer's lists have them.
+constexpr int kTop = 0;
+constexpr int kBottom = 1;
+constexpr int kLeft = 2;
+constexpr int kRight = 3;
+
 constexpr float kBandOutside = 1e10f; // drives BorderScore to 0
 
 // Coordinates far outside the picture stay inside an int32 this way; none of them is ever read.
@@ -41,142 +48,218 @@ bool HoldsNoPixel(const WorkingRect& rect)
     return rect.FirstRow > rect.LastRow || rect.FirstCol > rect.LastCol;
 }
 
-// Crops of one row of the lattice, measured together: they read the same few rows of every
-// table and share their row limits. Each crop's measures are its own; company only saves time.
-class CropBatch {
-public:
-    explicit CropBatch(CCropAnalyzer& analyzer) : Analyzer(analyzer)
-    {
-    }
-
-    // Takes an unscored record; measures those before it first if they lie in other rows.
-    // `column` says which of the kept column limits may fit.
-    void Add(CInt32CropRect& crop, size_t column);
-    // Measures what was added since the last time.
-    void Measure();
-
-private:
-    void MeasureContent();
-    void MeasureBorders();
-    void MeasureComposition();
-
-    static constexpr size_t kKeptColumns = 32;
-
-    CCropAnalyzer& Analyzer;
-    int32_t Count = 0;
-    CInt32CropRect* Crops[kDescribedTogether];
-    WorkingRect Rects[kDescribedTogether];
-    const GridLimits* Cols[kDescribedTogether];
-    GridLimits Rows;
-    GridLimits KeptCols[kKeptColumns];
-    float Descriptors[kDescribedTogether * kDescriptorSize];
+// A record to be measured, and where it lies on the maps.
+struct Item {
+    CInt32CropRect* Crop;
+    WorkingRect Rect;
+    uint32_t Cols; // which of the kept column limits are its own
 };
 
-void CropBatch::Add(CInt32CropRect& crop, size_t column)
-{
-    const WorkingRect rect = Analyzer.ToWorkingRect(crop);
-    crop.Score.Scored = true;
-    if (HoldsNoPixel(rect)) {
-        // Nothing can be measured where there is no pixel.
-        crop.Score.CompositionScore = 0.0;
-        crop.Score.CoverageScore = 0.0;
-        crop.Score.BorderScore = 0.0;
-        crop.Score.PeakScore = 0.0;
-        crop.Score.CentrePeakScore = 0.0;
-        return;
-    }
+// Four lists of a double an item, for what is not stored yet.
+struct MeasureScratch {
+    double* Lists[4];
+};
 
-    if (Count == kDescribedTogether || Rows.First != rect.FirstRow || Rows.Last != rect.LastRow)
-        Measure();
-    if (Rows.First != rect.FirstRow || Rows.Last != rect.LastRow)
-        FillGridLimits(rect.FirstRow, rect.LastRow, Rows);
-    GridLimits& cols = KeptCols[column % kKeptColumns];
-    if (cols.First != rect.FirstCol || cols.Last != rect.LastCol) {
-        // A crop that waits to be measured may still need what stands there.
-        if (std::find(Cols, Cols + Count, &cols) != Cols + Count)
-            Measure();
-        FillGridLimits(rect.FirstCol, rect.LastCol, cols);
-    }
-    Crops[Count] = &crop;
-    Rects[Count] = rect;
-    Cols[Count] = &cols;
-    ++Count;
-}
-
-void CropBatch::Measure()
+// Every measure is rounded to float and widened again as it is stored. All items read one table
+// before the next is opened: what they share of it stays in the cache, and the ten tables
+// together do not fit there.
+void MeasureContent(const CCropAnalyzer& analyzer, const Item* items, size_t count,
+                    const MeasureScratch& scratch)
 {
-    if (Count == 0)
-        return;
-    MeasureContent();
-    MeasureBorders();
-    MeasureComposition();
-    Count = 0;
-}
-
-// Every measure is rounded to float and widened again as it is stored. Table by table, so that
-// the rows that the crops share stay in the nearest cache.
-void CropBatch::MeasureContent()
-{
-    double mask[kDescribedTogether];
-    double color[kDescribedTogether];
-    double edges[kDescribedTogether];
-    const auto share = [this](const CDoubleMatrix& table, float total, double* shares) {
-        for (int32_t i = 0; i < Count; ++i)
-            shares[i] = RegionMean(table, Rects[i].FirstRow, Rects[i].FirstCol, Rects[i].LastRow,
-                                   Rects[i].LastCol, total);
+    const auto share = [](const CDoubleMatrix& table, float total, const WorkingRect& rect) {
+        return RegionMean(table, rect.FirstRow, rect.FirstCol, rect.LastRow, rect.LastCol, total);
     };
-    share(Analyzer.ContrastMaskTable, Analyzer.ContrastMaskTotal, mask);
-    share(Analyzer.ColorContrastTable, Analyzer.ColorContrastTotal, color);
-    share(Analyzer.EdgeTable, Analyzer.EdgeTotal, edges);
-    for (int32_t i = 0; i < Count; ++i) {
-        CInt32CropRect& crop = *Crops[i];
+    double* mask = scratch.Lists[0];
+    double* color = scratch.Lists[1];
+    for (size_t i = 0; i < count; ++i)
+        mask[i] = share(analyzer.ContrastMaskTable, analyzer.ContrastMaskTotal, items[i].Rect);
+    for (size_t i = 0; i < count; ++i)
+        color[i] = share(analyzer.ColorContrastTable, analyzer.ColorContrastTotal, items[i].Rect);
+    for (size_t i = 0; i < count; ++i) {
+        CInt32CropRect& crop = *items[i].Crop;
+        const double edges = share(analyzer.EdgeTable, analyzer.EdgeTotal, items[i].Rect);
         crop.Score.CoverageScore = static_cast<float>(
-            kMaskWeight * mask[i] + kColorWeight * color[i] + kEdgeWeight * edges[i]);
+            kMaskWeight * mask[i] + kColorWeight * color[i] + kEdgeWeight * edges);
         // Only ever set: a host may hand in a record that has it already.
         if (mask[i] >= kContentShare && color[i] >= kContentShare)
             crop.CoversContent = true;
     }
-
-    double peaks[kDescribedTogether];
-    share(Analyzer.PeakTable, Analyzer.PeakTotal, peaks);
-    for (int32_t i = 0; i < Count; ++i) {
-        const WorkingRect centre = Analyzer.ShrinkAboutCentre(Rects[i], kCentreFraction);
-        Crops[i]->Score.PeakScore = static_cast<float>(peaks[i]);
-        Crops[i]->Score.CentrePeakScore =
-            static_cast<float>(RegionMean(Analyzer.PeakTable, centre.FirstRow, centre.FirstCol,
-                                          centre.LastRow, centre.LastCol, Analyzer.PeakTotal));
+    for (size_t i = 0; i < count; ++i) {
+        CInt32CropRect& crop = *items[i].Crop;
+        crop.Score.PeakScore =
+            static_cast<float>(share(analyzer.PeakTable, analyzer.PeakTotal, items[i].Rect));
+        crop.Score.CentrePeakScore =
+            static_cast<float>(share(analyzer.PeakTable, analyzer.PeakTotal,
+                                     analyzer.ShrinkAboutCentre(items[i].Rect, kCentreFraction)));
     }
 }
 
-void CropBatch::MeasureBorders()
+int32_t BandDepth(const CCropAnalyzer& analyzer)
 {
-    for (int32_t i = 0; i < Count; ++i)
-        Crops[i]->Score.BorderScore = static_cast<float>(
-            std::exp(static_cast<double>(Analyzer.BorderCost(Rects[i])) / -10.0));
+    return std::max(1, static_cast<int32_t>(analyzer.BorderBand * 0.5));
 }
 
-void CropBatch::MeasureComposition()
+// How much the band along one side of a crop differs from the picture's strip on that side,
+// times the side's gain. A product of two floats is exact in double, and is not rounded here.
+double GainedSide(const CCropAnalyzer& analyzer, int side, int32_t depth, const WorkingRect& rect)
 {
-    ComputeDescriptorsOnGrids(Analyzer.ContrastTable, Analyzer.SaliencyTable, Rows, Cols, Count,
-                              Descriptors);
-    for (int32_t i = 0; i < Count; ++i)
-        Crops[i]->Score.CompositionScore = ScoreDescriptor(Descriptors + i * kDescriptorSize);
+    WorkingRect band = rect;
+    switch (side) {
+    case kTop: band.LastRow = rect.FirstRow + depth - 1; break;
+    case kBottom: band.FirstRow = rect.LastRow - depth + 1; break;
+    case kLeft: band.LastCol = rect.FirstCol + depth - 1; break;
+    default: band.FirstCol = rect.LastCol - depth + 1; break;
+    }
+    // Only the limits across a band are tested: in a crop less deep than its bands they may
+    // reach past its other side, as long as they stay on the map.
+    const bool outside = side == kTop || side == kBottom
+                             ? band.FirstRow < 0 || band.LastRow > analyzer.WorkRows - 1
+                             : band.FirstCol < 0 || band.LastCol > analyzer.WorkCols - 1;
+    float value = kBandOutside;
+    if (!outside)
+        value = static_cast<float>(RegionSum(analyzer.SideTables[side], band.FirstRow,
+                                             band.FirstCol, band.LastRow, band.LastCol) /
+                                   depth);
+    return static_cast<double>(value) * static_cast<double>(analyzer.SideGain[side]);
 }
 
-// Scores the unscored records of a cell, row of crops by row of crops. A cell stands column by
-// column; records do not depend on one another, so the order shows nowhere but in time.
-void MeasureCell(CropBatch& batch, CropCell& cell)
+// Means per pixel of edge: each direction's, and the whole perimeter's on top.
+float CostOfSides(const WorkingRect& rect, double top, double bottom, double left, double right)
+{
+    const int32_t width = rect.LastCol - rect.FirstCol + 1;
+    const int32_t height = rect.LastRow - rect.FirstRow + 1;
+    const float perDirection = static_cast<float>((left + right) / height + (top + bottom) / width);
+    const float perimeter = static_cast<float>((top + bottom + left + right) / (width + height));
+    return perDirection + perimeter;
+}
+
+void MeasureBorders(const CCropAnalyzer& analyzer, const Item* items, size_t count,
+                    const MeasureScratch& scratch)
+{
+    const int32_t depth = BandDepth(analyzer);
+    for (int side = 0; side < 4; ++side)
+        for (size_t i = 0; i < count; ++i)
+            scratch.Lists[side][i] = GainedSide(analyzer, side, depth, items[i].Rect);
+    for (size_t i = 0; i < count; ++i) {
+        const double cost =
+            CostOfSides(items[i].Rect, scratch.Lists[kTop][i], scratch.Lists[kBottom][i],
+                        scratch.Lists[kLeft][i], scratch.Lists[kRight][i]);
+        items[i].Crop->Score.BorderScore = static_cast<float>(std::exp(cost / -10.0));
+    }
+}
+
+// Nothing can be measured where there is no pixel.
+void LeaveUnmeasured(CInt32CropRect& crop)
+{
+    crop.Score.CompositionScore = 0.0;
+    crop.Score.CoverageScore = 0.0;
+    crop.Score.BorderScore = 0.0;
+    crop.Score.PeakScore = 0.0;
+    crop.Score.CentrePeakScore = 0.0;
+    crop.Score.Scored = true;
+}
+
+// The unscored records of a walk, measured together. Records do not depend on one another, so
+// the order in which they are measured shows nowhere but in time: the crops of a row of the
+// lattice read the same few rows of a table and share their row limits, the crops of a column
+// share their column limits.
+class CandidateWalk {
+public:
+    explicit CandidateWalk(const CCropAnalyzer& analyzer) : Analyzer(analyzer)
+    {
+    }
+
+    // Takes the unscored records of a cell. They are Scored by the next Measure at the latest.
+    void Add(CropCell& cell);
+    void Measure();
+
+private:
+    void AddRecord(CInt32CropRect& crop, size_t column);
+    void MeasureComposition();
+
+    // Bounds the scratch. The default tables give no picture more candidates.
+    static constexpr size_t kMeasuredTogether = 16384;
+
+    const CCropAnalyzer& Analyzer;
+    std::vector<Item> Items;
+    std::vector<GridLimits> Cols;
+    std::vector<uint32_t> ColsOfColumn; // of the cell in hand
+};
+
+// A cell stands column by column; it is taken row by row.
+void CandidateWalk::Add(CropCell& cell)
 {
     size_t perColumn = 1;
     while (perColumn < cell.size() && cell[perColumn].Left == cell[0].Left)
         ++perColumn;
+    ColsOfColumn.clear();
     for (size_t j = 0; j < perColumn; ++j) {
         size_t column = 0;
         for (size_t i = j; i < cell.size(); i += perColumn, ++column)
             if (!cell[i].Score.Scored)
-                batch.Add(cell[i], column);
+                AddRecord(cell[i], column);
     }
-    batch.Measure();
+}
+
+void CandidateWalk::AddRecord(CInt32CropRect& crop, size_t column)
+{
+    const WorkingRect rect = Analyzer.ToWorkingRect(crop);
+    if (HoldsNoPixel(rect)) {
+        LeaveUnmeasured(crop);
+        return;
+    }
+    if (Items.size() == kMeasuredTogether)
+        Measure();
+    if (column >= ColsOfColumn.size())
+        ColsOfColumn.resize(column + 1, UINT32_MAX);
+    uint32_t& cols = ColsOfColumn[column];
+    if (cols == UINT32_MAX || Cols[cols].First != rect.FirstCol ||
+        Cols[cols].Last != rect.LastCol) {
+        cols = static_cast<uint32_t>(Cols.size());
+        Cols.emplace_back();
+        FillGridLimits(rect.FirstCol, rect.LastCol, Cols.back());
+    }
+    Items.push_back({&crop, rect, cols});
+}
+
+void CandidateWalk::Measure()
+{
+    std::vector<double> lists(4 * Items.size());
+    MeasureScratch scratch;
+    for (size_t i = 0; i < 4; ++i)
+        scratch.Lists[i] = lists.data() + i * Items.size();
+    MeasureContent(Analyzer, Items.data(), Items.size(), scratch);
+    MeasureBorders(Analyzer, Items.data(), Items.size(), scratch);
+    MeasureComposition();
+    for (const Item& item : Items)
+        item.Crop->Score.Scored = true;
+    Items.clear();
+    Cols.clear();
+    ColsOfColumn.clear();
+}
+
+// By runs of items that share their rows.
+void CandidateWalk::MeasureComposition()
+{
+    GridLimits rows;
+    const GridLimits* cols[kDescribedTogether];
+    float descriptors[kDescribedTogether * kDescriptorSize];
+    for (size_t first = 0; first < Items.size();) {
+        const WorkingRect& rect = Items[first].Rect;
+        int32_t count = 0;
+        for (size_t i = first;
+             i < Items.size() && count < kDescribedTogether &&
+             Items[i].Rect.FirstRow == rect.FirstRow && Items[i].Rect.LastRow == rect.LastRow;
+             ++i)
+            cols[count++] = &Cols[Items[i].Cols];
+        if (rows.First != rect.FirstRow || rows.Last != rect.LastRow)
+            FillGridLimits(rect.FirstRow, rect.LastRow, rows);
+        ComputeDescriptorsOnGrids(Analyzer.ContrastTable, Analyzer.SaliencyTable, rows, cols, count,
+                                  descriptors);
+        for (int32_t i = 0; i < count; ++i, ++first)
+            Items[first].Crop->Score.CompositionScore =
+                ScoreDescriptor(descriptors + i * kDescriptorSize);
+    }
 }
 
 } // namespace
@@ -212,57 +295,33 @@ WorkingRect CCropAnalyzer::ShrinkAboutCentre(const WorkingRect& rect, float frac
 
 float CCropAnalyzer::BorderCost(const WorkingRect& rect) const
 {
-    const int32_t depth = std::max(1, static_cast<int32_t>(BorderBand * 0.5));
-
-    // Only the limits across a band are tested: a crop less deep than its bands may have them
-    // reach past its other side, as long as they stay on the map.
-    const auto rowBand = [&](const CDoubleMatrix& table, int32_t first, int32_t last) {
-        if (first < 0 || last > WorkRows - 1)
-            return kBandOutside;
-        return static_cast<float>(RegionSum(table, first, rect.FirstCol, last, rect.LastCol) /
-                                  depth);
-    };
-    const auto colBand = [&](const CDoubleMatrix& table, int32_t first, int32_t last) {
-        if (first < 0 || last > WorkCols - 1)
-            return kBandOutside;
-        return static_cast<float>(RegionSum(table, rect.FirstRow, first, rect.LastRow, last) /
-                                  depth);
-    };
-    // A product of two floats is exact in double, and is not rounded here.
-    const double top =
-        static_cast<double>(rowBand(SideTables[0], rect.FirstRow, rect.FirstRow + depth - 1)) *
-        SideGain[0];
-    const double bottom =
-        static_cast<double>(rowBand(SideTables[1], rect.LastRow - depth + 1, rect.LastRow)) *
-        SideGain[1];
-    const double left =
-        static_cast<double>(colBand(SideTables[2], rect.FirstCol, rect.FirstCol + depth - 1)) *
-        SideGain[2];
-    const double right =
-        static_cast<double>(colBand(SideTables[3], rect.LastCol - depth + 1, rect.LastCol)) *
-        SideGain[3];
-
-    // Means per pixel of edge: each direction's, and the whole perimeter's on top.
-    const int32_t width = rect.LastCol - rect.FirstCol + 1;
-    const int32_t height = rect.LastRow - rect.FirstRow + 1;
-    const float perDirection = static_cast<float>((left + right) / height + (top + bottom) / width);
-    const float perimeter = static_cast<float>((top + bottom + left + right) / (width + height));
-    return perDirection + perimeter;
+    const int32_t depth = BandDepth(*this);
+    return CostOfSides(
+        rect, GainedSide(*this, kTop, depth, rect), GainedSide(*this, kBottom, depth, rect),
+        GainedSide(*this, kLeft, depth, rect), GainedSide(*this, kRight, depth, rect));
 }
 
 void CCropAnalyzer::EvaluateCropRect(CInt32CropRect& crop)
 {
     if (crop.Score.Scored)
         return;
-    CropBatch batch(*this);
-    batch.Add(crop, 0);
-    batch.Measure();
+    const Item item{&crop, ToWorkingRect(crop), 0};
+    if (HoldsNoPixel(item.Rect)) {
+        LeaveUnmeasured(crop);
+        return;
+    }
+    double values[4];
+    const MeasureScratch scratch{{&values[0], &values[1], &values[2], &values[3]}};
+    MeasureContent(*this, &item, 1, scratch);
+    MeasureBorders(*this, &item, 1, scratch);
+    crop.Score.CompositionScore = ComputeCompositionScore(item.Rect);
+    crop.Score.Scored = true;
 }
 
 void CCropAnalyzer::EvaluateCropRects(CropGridRows& grid, uint32_t aspectIndex, uint32_t scaleIndex)
 {
     const std::vector<CRectOfInterest> softRects = SoftRects(RectsOfInterest);
-    CropBatch batch(*this);
+    CandidateWalk walk(*this);
 
     // The rectangles of interest may have changed since the last walk: RoiScore is written
     // anew for every record, scored or not.
@@ -276,7 +335,7 @@ void CCropAnalyzer::EvaluateCropRects(CropGridRows& grid, uint32_t aspectIndex, 
                     softRects, CInt32Rect(crop.Left, crop.Right, crop.Top, crop.Bottom));
         }
         if (!scored)
-            MeasureCell(batch, cell);
+            walk.Add(cell);
     };
     const auto walkRow = [&](CropRow& row) {
         if (scaleIndex != NoIndex) {
@@ -286,12 +345,12 @@ void CCropAnalyzer::EvaluateCropRects(CropGridRows& grid, uint32_t aspectIndex, 
         for (CropCell& cell : row)
             walkCell(cell);
     };
-    if (aspectIndex != NoIndex) {
+    if (aspectIndex != NoIndex)
         walkRow(grid[aspectIndex]);
-        return;
-    }
-    for (CropRow& row : grid)
-        walkRow(row);
+    else
+        for (CropRow& row : grid)
+            walkRow(row);
+    walk.Measure();
 }
 
 } // namespace vistaTrim

@@ -391,6 +391,25 @@ TEST(CropEvaluation, LongLatticeRowsWithGapsGiveEveryRecordItsOwnMeasures)
     }
 }
 
+// More than are measured together at once.
+TEST(CropEvaluation, AWalkOverVeryManyRecordsGivesEveryOneItsOwnMeasures)
+{
+    const auto analyzer = NoiseAnalyzer(60, 400, 14);
+    CropGridRows grid(1, CropRow(3));
+    for (size_t s = 0; s < 3; ++s)
+        for (int x = 0; x < 300; ++x)
+            for (int y = 0; y < 23; ++y)
+                grid[0][s].push_back(CInt32CropRect(x, x + 60 + static_cast<int>(s), y, y + 30));
+    analyzer->EvaluateCropRects(grid, NoIndex, NoIndex);
+    for (size_t s = 0; s < 3; ++s)
+        for (size_t i = 0; i < grid[0][s].size(); i += 7) {
+            const CInt32CropRect& crop = grid[0][s][i];
+            CInt32CropRect alone(crop.Left, crop.Right, crop.Top, crop.Bottom);
+            analyzer->EvaluateCropRect(alone);
+            ASSERT_TRUE(SameRecord(crop, alone)) << s << " " << i;
+        }
+}
+
 size_t CountScored(const CropCell& cell)
 {
     size_t count = 0;
