@@ -6,6 +6,7 @@
 #include <cblas.h>
 #include <lapacke.h>
 
+#include "analysis/owned_stack.h"
 #include "numeric/cpu_forms.h"
 #include "numeric/vector_ops.h"
 
@@ -66,6 +67,14 @@ VISTATRIM_FORM_BODY void AccumulateProductBody(const float* a, const float* b, i
 VISTATRIM_FORMS(AccumulateProduct, (const float* a, const float* b, int32_t count, float* result),
                 (a, b, count, result))
 
+// The regulariser joins the variance in double; variance, root and quotient are each rounded.
+float InverseDeviation(float variance)
+{
+    const float regularised = static_cast<float>(static_cast<double>(variance) + 10.0);
+    const float deviation = std::sqrt(regularised);
+    return 1.0f / deviation;
+}
+
 } // namespace
 
 void DotThreePlanes(const float* a, const float* b, int32_t count, float* result)
@@ -115,10 +124,7 @@ CDistanceModel::CDistanceModel(const CPlaneStack& mean, const CPlaneStack& covar
       Means(mean.Planes[0], mean.Planes[0] + mean.ElementCount)
 {
     if (scalar) {
-        const float variance =
-            static_cast<float>(static_cast<double>(covariance.Planes[0][0]) + 10.0);
-        const float deviation = std::sqrt(variance);
-        Scale = 1.0f / deviation;
+        Scale = InverseDeviation(covariance.Planes[0][0]);
         return;
     }
     const size_t side = Means.size();
@@ -158,19 +164,41 @@ void CDistanceModel::MeasureBlock(const CPlaneStack& stack, int32_t first, int32
 void ComputeMahalanobisMap(const CPlaneStack& stack, CPlaneStack& out, const CPlaneStack& mean,
                            const CPlaneStack& covariance, bool normalise)
 {
-    CDistanceModel model(mean, covariance, false);
-    model.Measure(stack, 0, stack.ElementCount, out.Planes[0]);
+    const int32_t n = stack.PlaneCount;
+    const int32_t count = stack.ElementCount;
+    COwnedStack inverse;
+    COwnedStack centred;
+    COwnedStack weighted;
+    inverse.Create(1, n, n);
+    centred.Create(1, count, n); // n blocks, one after the other
+    weighted.Create(1, count, n);
+    float* const blocks = centred.Planes[0];
+
+    InvertRegularised(covariance.Planes[0], n, kRegulariser, inverse.Planes[0]);
+    for (int32_t k = 0; k < n; ++k)
+        OffsetPlane(stack.Planes[static_cast<size_t>(k)], blocks + int64_t(k) * count, count,
+                    -mean.Planes[0][k]);
+    cblas_ssymm(CblasColMajor, CblasRight, CblasLower, count, n, 1.0f, inverse.Planes[0], n, blocks,
+                count, 0.0f, weighted.Planes[0], count);
+    if (n == 3)
+        DotThreePlanes(blocks, weighted.Planes[0], count, out.Planes[0]);
+    else
+        DotPlanes(weighted.Planes[0], blocks, n, count, out.Planes[0]);
+    // Rounding can make a square negative; its root is not a number then, and stays so.
+    VectorSqrt(count, out.Planes[0], out.Planes[0]);
     if (normalise)
-        NormalisePlane(out.Planes[0], out.ElementCount);
+        NormalisePlane(out.Planes[0], count);
 }
 
 void ComputeScalarDistanceMap(const CPlaneStack& stack, CPlaneStack& out, const CPlaneStack& mean,
                               const CPlaneStack& covariance, bool normalise)
 {
-    CDistanceModel model(mean, covariance, true);
-    model.Measure(stack, 0, stack.ElementCount, out.Planes[0]);
+    float* const distance = out.Planes[0];
+    OffsetPlane(stack.Planes[0], distance, stack.ElementCount, -mean.Planes[0][0]);
+    VectorAbs(stack.ElementCount, distance, distance);
+    cblas_sscal(stack.ElementCount, InverseDeviation(covariance.Planes[0][0]), distance, 1);
     if (normalise)
-        NormalisePlane(out.Planes[0], out.ElementCount);
+        NormalisePlane(distance, stack.ElementCount);
 }
 
 } // namespace vistaTrim

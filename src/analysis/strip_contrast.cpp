@@ -59,6 +59,9 @@ CDistanceModel ModelOfGroup(const CPlaneStack& stack, const StripGroup& group)
     return CDistanceModel(mean, covariance, stack.PlaneCount == 1);
 }
 
+// The distance maps of both models and their sum as the plain form has it (ComputeMahalanobisMap
+// or ComputeScalarDistanceMap twice, AddPlanes, NormalisePlane), to the bit, but block by block
+// and with no plane in between: the first touch of such planes costs more than the arithmetic.
 // The two distances are added as they come, each with its natural weight; only their sum is
 // brought to 0..1.
 void ComputeAnchoredContrast(const CPlaneStack& stack, CPlaneStack& out, const StripGroup& anchor,
@@ -77,7 +80,7 @@ void ComputeAnchoredContrast(const CPlaneStack& stack, CPlaneStack& out, const S
         VectorAdd(count, distance, restDistance.data(), distance);
         range.Include(distance, count);
     }
-    NormalisePlane(out.Planes[0], out.ElementCount, range);
+    NormaliseMeasuredPlane(out.Planes[0], out.ElementCount, range);
 }
 
 void ComputeSideContrast(const CPlaneStack& stack, CPlaneStack& out, const CStripRect& strip)
@@ -89,7 +92,7 @@ void ComputeSideContrast(const CPlaneStack& stack, CPlaneStack& out, const CStri
         model.Measure(stack, first, count, out.Planes[0] + first);
         range.Include(out.Planes[0] + first, count);
     }
-    NormalisePlane(out.Planes[0], out.ElementCount, range);
+    NormaliseMeasuredPlane(out.Planes[0], out.ElementCount, range);
 }
 
 } // namespace

@@ -136,9 +136,7 @@ void CPlaneRange::Include(const float* x, int32_t n)
 
 float LargestElement(const float* x, int32_t n)
 {
-    CPlaneRange range;
-    range.Include(x, n);
-    return FindExtremes(x, n, range).Largest;
+    return x[cblas_isamax(n, x, 1)];
 }
 
 void VectorAbs(int32_t n, const float* a, float* y)
@@ -195,25 +193,35 @@ void OffsetPlane(const float* src, float* dst, int32_t count, float value)
     Offset(src, dst, count, value);
 }
 
-void NormalisePlane(float* x, int32_t n)
+namespace {
+
+// 1 / range, as a float. The floor is all that a flat array has against a division by 0.
+float ScaleOfRange(float range)
 {
-    CPlaneRange range;
-    range.Include(x, n);
-    NormalisePlane(x, n, range);
+    if (range < kSmallestRange)
+        range = kSmallestRange;
+    return static_cast<float>(1.0 / static_cast<double>(range));
 }
 
-void NormalisePlane(float* x, int32_t n, const CPlaneRange& seen)
+} // namespace
+
+void NormalisePlane(float* x, int32_t n)
 {
-    // Both by absolute value: for the non-negative maps of the analysis the true extremes. Data
-    // of mixed sign does not come out as 0..1.
+    // Both by absolute value and both before the array changes: for the non-negative maps of the
+    // analysis the true extremes. Data of mixed sign does not come out as 0..1.
+    const size_t iMax = cblas_isamax(n, x, 1);
+    const size_t iMin = cblas_isamin(n, x, 1);
+    AddConstant(x, n, -x[iMin]);
+    cblas_sscal(n, ScaleOfRange(x[iMax] - x[iMin]), x, 1);
+}
+
+void NormaliseMeasuredPlane(float* x, int32_t n, const CPlaneRange& seen)
+{
     const Extremes extremes = FindExtremes(x, n, seen);
     const float shift = -extremes.Smallest;
     const float largest = extremes.Largest + shift;
     const float smallest = extremes.Smallest + shift;
-    float range = largest - smallest;
-    if (range < kSmallestRange)
-        range = kSmallestRange;
-    ShiftAndScale(x, n, shift, static_cast<float>(1.0 / static_cast<double>(range)));
+    ShiftAndScale(x, n, shift, ScaleOfRange(largest - smallest));
 }
 
 void AddPlanes(CPlaneStack& target, const CPlaneStack& source, float alpha)

@@ -36,8 +36,9 @@ struct CPlaneRange {
     uint32_t Lowest = UINT32_MAX;
     uint32_t Highest = 0;
 };
-// The same as above, spared the search: seen has included exactly the n elements of x.
-void NormalisePlane(float* x, int32_t n, const CPlaneRange& seen);
+// NormalisePlane to the bit, spared the search and one of the two passes: seen has included
+// exactly the n elements of x.
+void NormaliseMeasuredPlane(float* x, int32_t n, const CPlaneRange& seen);
 
 // First plane of target += alpha * first plane of source.
 void AddPlanes(CPlaneStack& target, const CPlaneStack& source, float alpha);

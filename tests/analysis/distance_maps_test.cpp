@@ -144,6 +144,34 @@ TEST(MahalanobisMap, HasTheBitsOfOneProductOfTheWholePlane)
         }
 }
 
+// Block by block and from any first pixel, as the strips' contrasts take their distances.
+TEST(DistanceModel, MeasuresStretchesWithTheBitsOfTheWholeMap)
+{
+    const FormScope scope;
+    for (const CpuForm form : AvailableForms())
+        for (const int32_t planes : {1, 2, 3})
+            for (const int32_t stretch : {33 * 127, 2048, 515, 100}) {
+                SCOPED_TRACE(testing::Message() << "form " << form << ", " << planes
+                                                << " planes, stretches of " << stretch);
+                SelectCpuForm(form);
+                Scene scene(planes, 127, 33, 6);
+                if (planes == 1)
+                    scene.Scalar(false);
+                else
+                    scene.Mahalanobis(false);
+
+                CDistanceModel model(scene.Mean, scene.Covariance, planes == 1);
+                std::vector<float> measured(33 * 127);
+                const int32_t count = static_cast<int32_t>(measured.size());
+                for (int32_t first = 0; first < count; first += stretch)
+                    model.Measure(scene.Stack, first, std::min(stretch, count - first),
+                                  &measured[static_cast<size_t>(first)]);
+
+                const std::vector<float> whole(scene.Out.Data(), scene.Out.Data() + count);
+                EXPECT_EQ(measured, whole);
+            }
+}
+
 TEST(MahalanobisMap, MatchesTheDefinition)
 {
     Scene scene(3, 640, 427, 2);

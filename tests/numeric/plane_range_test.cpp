@@ -33,7 +33,7 @@ TEST(PlaneRange, OfPiecesIsThatOfTheWhole)
         CPlaneRange seen;
         for (size_t i = 0; i < count; i += 7)
             seen.Include(&pieces[i], int32_t(std::min<size_t>(7, count - i)));
-        NormalisePlane(pieces.data(), int32_t(count), seen);
+        NormaliseMeasuredPlane(pieces.data(), int32_t(count), seen);
 
         EXPECT_EQ(pieces, expected);
     }
