@@ -135,7 +135,8 @@ std::string ReportBeginning()
            "<title>Crop report</title>\n<style>\n" +
            std::string(kReportStyle) +
            "</style></head>\n<body><header><h1>Crop report</h1><p>Pick a crop on the photograph "
-           "or in the list; arrow keys go from one to the next. Maps lie over the photograph."
+           "(again for the next one there) or in the list; arrow keys go from one to the next. "
+           "Maps lie over the photograph."
            "</p></header><main>\n";
 }
 
@@ -148,10 +149,11 @@ std::string ReportSection(const PhotoResult& result, const ReportPictures& pictu
             "alt=\"" +
             EscapedHtml(result.File) + "\" src=\"" + pictures.Photo + "\">" + Overlays(pictures);
     for (size_t i = 0; i < result.Crops.size(); ++i)
-        html += "<button type=\"button\" class=\"frame\" data-crop=\"" + std::to_string(i) +
-                "\" style=\"" + RectStyle(result.Crops[i].Rect, result.Size) +
-                "\" aria-label=\"Crop " + std::to_string(i + 1) + "\"><span>" +
-                std::to_string(i + 1) + "</span></button>";
+        // Badges stand side by side, so that crops of one corner do not hide each other's.
+        html += "<div class=\"frame\" data-crop=\"" + std::to_string(i) + "\" style=\"" +
+                RectStyle(result.Crops[i].Rect, result.Size) +
+                "\"><span style=\"margin-left:" + std::to_string(24 * i) + "px\">" +
+                std::to_string(i + 1) + "</span></div>";
     html += "</div>" + MapButtons(pictures) + "</div><div class=\"cards\">";
     for (size_t i = 0; i < result.Crops.size(); ++i)
         html += CropCard(result.Crops[i], pictures.Crops[i], i);

@@ -13,7 +13,8 @@ declare -A packages=(
     [build]="g++ cmake ninja-build pkg-config libopenblas-dev liblapacke-dev libvips-dev
              libcli11-dev nlohmann-json3-dev"
     [test]="libgtest-dev libgmock-dev libbenchmark-dev binutils lomiri-wallpapers-16.04
-            libvips-tools python3 chromium"
+            libvips-tools python3 chromium chromium-driver python3-selenium
+            python3-jsonschema bash-completion man-db"
     [check]="clang clang-format clang-tidy cppcheck libclang-rt-14-dev abigail-tools lcov"
     [demo]="lomiri-wallpapers-16.04"
     [fit]="python3 python3-numpy python3-scipy"

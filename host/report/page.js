@@ -21,6 +21,19 @@ function toggleMap(section, name) {
   section.querySelector(".stage").classList.toggle("mapped", shown);
 }
 
+// Crops overlap: of those under the pointer the first one is taken, and with every further click
+// the next.
+function chooseAt(section, x, y) {
+  const under = [];
+  for (const frame of section.querySelectorAll(".frame")) {
+    const box = frame.getBoundingClientRect();
+    if (x >= box.left && x <= box.right && y >= box.top && y <= box.bottom)
+      under.push(frame.dataset.crop);
+  }
+  if (under.length > 0)
+    choose(section, under[(under.indexOf(String(chosenCrop(section))) + 1) % under.length]);
+}
+
 document.addEventListener("click", (event) => {
   const section = event.target.closest(".photo");
   if (!section)
@@ -31,6 +44,8 @@ document.addEventListener("click", (event) => {
     toggleMap(section, map.dataset.map);
   else if (crop)
     choose(section, crop.dataset.crop);
+  else if (event.target.closest(".stage"))
+    chooseAt(section, event.clientX, event.clientY);
 });
 
 document.addEventListener("keydown", (event) => {

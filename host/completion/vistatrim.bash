@@ -1,0 +1,54 @@
+# bash completion for vistatrim
+
+_vistatrim() {
+    local word=${COMP_WORDS[COMP_CWORD]}
+    local before=${COMP_WORDS[COMP_CWORD - 1]}
+    local commands="suggest crop report maps"
+    local command="" i
+    for ((i = 1; i < COMP_CWORD; ++i)); do
+        case " $commands " in
+        *" ${COMP_WORDS[i]} "*)
+            command=${COMP_WORDS[i]}
+            break
+            ;;
+        esac
+    done
+
+    if [ -z "$command" ]; then
+        mapfile -t COMPREPLY < <(compgen -W "$commands --help --version" -- "$word")
+        return
+    fi
+
+    case $before in
+    --rank-by)
+        mapfile -t COMPREPLY < <(compgen -W "composition coverage border all" -- "$word")
+        return
+        ;;
+    --format)
+        mapfile -t COMPREPLY < <(compgen -W "jpg png webp tif avif heic" -- "$word")
+        return
+        ;;
+    --aspect | --size | --scale | --density | --keep | --avoid | --must-keep | --must-avoid | \
+        --weights | --background | --resize | --quality | -n | --top | -j | --jobs)
+        COMPREPLY=()
+        return
+        ;;
+    esac
+
+    if [[ $word == -* ]]; then
+        local options="--help --background --jobs --null --quiet --recursive --timings --output
+            --force"
+        local request="--top --rank-by --weights --aspect --scale --size --density --keep --avoid
+            --must-keep --must-avoid"
+        case $command in
+        suggest) options="$options $request --json --csv --explain --resume" ;;
+        crop) options="$options $request --resize --format --quality --strip --resume" ;;
+        report) options="$options $request" ;;
+        esac
+        mapfile -t COMPREPLY < <(compgen -W "$options" -- "$word")
+        return
+    fi
+    mapfile -t COMPREPLY < <(compgen -f -- "$word")
+}
+
+complete -o filenames -F _vistatrim vistatrim

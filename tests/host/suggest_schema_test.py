@@ -1,0 +1,70 @@
+#!/usr/bin/env python3
+"""Holds what `suggest --json` prints against its published schema.
+
+usage: suggest_schema_test.py VISTATRIM SCHEMA
+"""
+import json
+import os
+import subprocess
+import sys
+import tempfile
+
+try:
+    import jsonschema
+except ImportError:
+    print("python3-jsonschema is not installed")
+    sys.exit(77)
+
+
+def write_photo(path, width, height):
+    """A dark picture with a bright place, in the plainest format there is."""
+    pixels = bytearray()
+    for y in range(height):
+        for x in range(width):
+            bright = width // 3 < x < width // 2 and height // 3 < y < height // 2
+            pixels += bytes((230, 90, 40) if bright else (60 + x % 7, 70, 60 + y % 5))
+    with open(path, "wb") as file:
+        file.write(b"P6 %d %d 255\n" % (width, height) + bytes(pixels))
+
+
+def main():
+    program, schema_path = sys.argv[1:3]
+    with open(schema_path, encoding="utf-8") as file:
+        schema = json.load(file)
+    validator_class = jsonschema.validators.validator_for(schema)
+    validator_class.check_schema(schema)
+    validator = validator_class(schema)
+
+    with tempfile.TemporaryDirectory() as folder:
+        good, tiny, broken = (os.path.join(folder, name) for name in
+                              ("good.ppm", "tiny.ppm", "broken.jpg"))
+        write_photo(good, 300, 200)
+        write_photo(tiny, 1, 1)
+        with open(broken, "w", encoding="utf-8") as file:
+            file.write("no picture")
+        runs = [[], ["--explain"], ["--explain", "--keep", "10,10,50,50", "--must-avoid",
+                                    "0,0,300,200"], ["--size", "100x50"], ["--top", "500"]]
+        lines = 0
+        for options in runs:
+            done = subprocess.run([program, "suggest", "--json", *options, good, tiny, broken],
+                                  stdout=subprocess.PIPE, stderr=subprocess.DEVNULL, check=False)
+            for line in done.stdout.decode("utf-8").splitlines():
+                validator.validate(json.loads(line))
+                lines += 1
+        assert lines == 3 * len(runs), lines
+
+        # The schema does refuse what is not so.
+        line = json.loads(subprocess.run([program, "suggest", "--json", good], check=True,
+                                         stdout=subprocess.PIPE).stdout)
+        for spoil in (lambda: line["crops"][0].pop("x"),
+                      lambda: line["crops"][1].update(width=0),
+                      lambda: line.update(error="and crops as well")):
+            spoil()
+            assert not validator.is_valid(line)
+            line = json.loads(subprocess.run([program, "suggest", "--json", good], check=True,
+                                             stdout=subprocess.PIPE).stdout)
+    print(f"{lines} lines hold to the schema")
+
+
+if __name__ == "__main__":
+    main()
