@@ -22,7 +22,7 @@ struct Picture {
     int32_t Rows;
     std::vector<uint8_t> Bytes;
 
-    Picture(int32_t cols, int32_t rows) : Cols(cols), Rows(rows), Bytes(size_t(cols) * rows * 3)
+    Picture(int32_t cols, int32_t rows) : Cols(cols), Rows(rows), Bytes(size_t(cols) * size_t(rows) * 3)
     {
     }
     uint8_t* At(int32_t row, int32_t col)

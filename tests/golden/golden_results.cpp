@@ -19,20 +19,23 @@ namespace {
 // Every candidate of this stride is recorded; a prime, so that it runs across the lattice.
 constexpr uint32_t kStride = 151;
 
+// Crops of a plain picture differ by nothing but roundings of BLAS, and so would its ranking:
+// of such a one only candidates are recorded.
 struct NamedPicture {
     const char* Name;
     Picture (*Make)();
+    bool Ranked;
 };
 
 const NamedPicture kPictures[] = {
-    {"blobs_640x480", [] { return testPictures::Blobs(640, 480, 1); }},
-    {"blobs_480x640", [] { return testPictures::Blobs(480, 640, 2); }},
-    {"blobs_640x640", [] { return testPictures::Blobs(640, 640, 3); }},
-    {"blobs_640x137", [] { return testPictures::Blobs(640, 137, 4); }},
-    {"noise_640x427", [] { return testPictures::Noise(640, 427, 5); }},
-    {"gradient_640x360", [] { return testPictures::Gradient(640, 360); }},
-    {"halves_640x480", [] { return testPictures::HalfAndHalf(640, 480); }},
-    {"pixel_427x640", [] { return testPictures::OneBrightPixel(427, 640); }},
+    {"blobs_640x480", [] { return testPictures::Blobs(640, 480, 1); }, true},
+    {"blobs_480x640", [] { return testPictures::Blobs(480, 640, 2); }, true},
+    {"blobs_640x640", [] { return testPictures::Blobs(640, 640, 3); }, true},
+    {"blobs_640x137", [] { return testPictures::Blobs(640, 137, 4); }, true},
+    {"noise_640x427", [] { return testPictures::Noise(640, 427, 5); }, true},
+    {"gradient_640x360", [] { return testPictures::Gradient(640, 360); }, true},
+    {"halves_640x480", [] { return testPictures::HalfAndHalf(640, 480); }, false},
+    {"pixel_427x640", [] { return testPictures::OneBrightPixel(427, 640); }, false},
 };
 
 std::vector<NamedCrop> TakeList(ICropRects* list, uint32_t stride)
@@ -110,6 +113,10 @@ Results ResultsOf(const std::string& name)
     ComputeCropSuggestions(driver, &list, &everything);
     results.CandidateCount = list->Count();
     results.Candidates = TakeList(list, kStride);
+    if (!chosen->Ranked) {
+        DestroyVistaTrimObj(driver);
+        return results;
+    }
     GetNTopCropSuggestions(driver, 10, &list, &everything, 0, weights);
     results.Best = TakeList(list, 1);
 
