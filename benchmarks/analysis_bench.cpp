@@ -87,12 +87,12 @@ void WholeAnalysis(benchmark::State& state)
 {
     const std::vector<uint8_t> bytes = PictureBytes();
     const int32_t offsets[4] = {0, 1, 2, 3};
-    const std::unique_ptr<IImage, decltype(&DestroyImageObj)> image(
-        CreateImageObj(kRows, kCols, 3, offsets, bytes.data()), DestroyImageObj);
+    IImage* const image = CreateImageObj(kRows, kCols, 3, offsets, bytes.data());
     for (auto _ : state) {
-        const CCropAnalyzer analyzer(image.get());
+        const CCropAnalyzer analyzer(image);
         benchmark::DoNotOptimize(analyzer.SideGain[3]);
     }
+    DestroyImageObj(image);
     CountPixels(state);
 }
 BENCHMARK(WholeAnalysis)->Name("WholeAnalysis/640x480")->Unit(benchmark::kMillisecond);

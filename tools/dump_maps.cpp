@@ -27,6 +27,20 @@ namespace fs = std::filesystem;
 
 constexpr int kLongSide = 640;
 
+struct ImageEnd {
+    void operator()(vistaTrim::IImage* image) const
+    {
+        DestroyImageObj(image);
+    }
+};
+
+struct PixelEnd {
+    void operator()(void* pixels) const
+    {
+        g_free(pixels);
+    }
+};
+
 // What went wrong, with the file that it went wrong with.
 [[noreturn]] void Fail(const std::string& file, const std::string& what)
 {
@@ -99,12 +113,11 @@ void DumpMaps(const std::string& picturePath, const fs::path& folder, bool stret
         Fail(folder.string(), error ? error.message() : "is not a folder");
 
     size_t size = 0;
-    const std::unique_ptr<void, decltype(&g_free)> pixels(picture.write_to_memory(&size), g_free);
+    const std::unique_ptr<void, PixelEnd> pixels(picture.write_to_memory(&size));
     const int32_t offsets[4] = {0, 1, 2, 3};
-    const std::unique_ptr<vistaTrim::IImage, decltype(&DestroyImageObj)> image(
+    const std::unique_ptr<vistaTrim::IImage, ImageEnd> image(
         CreateImageObj(uint32_t(picture.height()), uint32_t(picture.width()), 3, offsets,
-                       static_cast<const uint8_t*>(pixels.get())),
-        DestroyImageObj);
+                       static_cast<const uint8_t*>(pixels.get())));
     const vistaTrim::CMapReader reader(image.get());
 
     WritePng(picture, folder / "input.png");

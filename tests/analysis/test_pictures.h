@@ -22,7 +22,8 @@ struct Picture {
     int32_t Rows;
     std::vector<uint8_t> Bytes;
 
-    Picture(int32_t cols, int32_t rows) : Cols(cols), Rows(rows), Bytes(size_t(cols) * size_t(rows) * 3)
+    Picture(int32_t cols, int32_t rows)
+        : Cols(cols), Rows(rows), Bytes(size_t(cols) * size_t(rows) * 3)
     {
     }
     uint8_t* At(int32_t row, int32_t col)
@@ -149,14 +150,19 @@ inline Picture SwappedBytes(const Picture& picture, int first, int second)
     return swapped;
 }
 
-using ImageHolder = std::unique_ptr<IImage, decltype(&DestroyImageObj)>;
+struct ImageEnd {
+    void operator()(IImage* image) const
+    {
+        DestroyImageObj(image);
+    }
+};
+using ImageHolder = std::unique_ptr<IImage, ImageEnd>;
 
 inline ImageHolder MakeImage(const Picture& picture)
 {
     const int32_t offsets[4] = {0, 1, 2, 3};
     return ImageHolder(CreateImageObj(uint32_t(picture.Rows), uint32_t(picture.Cols), 3, offsets,
-                                      picture.Bytes.data()),
-                       DestroyImageObj);
+                                      picture.Bytes.data()));
 }
 
 // The analyzer reads 640 pixels along the longer side whatever the picture has: a smaller one
