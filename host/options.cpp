@@ -118,7 +118,7 @@ void AddShape(CLI::App& app, Request& request)
         ->excludes(scale)
         ->group(kGroup);
     app.add_option("--density", request.Density,
-                   "Positions tried along the side with more free room (25)")
+                   "Positions tried along the side with more free room (8)")
         ->check(CLI::Range(1, 500))
         ->type_name("N")
         ->group(kGroup);

@@ -21,7 +21,7 @@ struct Request {
     std::vector<Ratio> Aspects; // none: the library's own table
     std::vector<double> Scales; // none: the library's own table
     std::optional<PixelSize> Size;
-    uint32_t Density = 25; // positions tried along the axis with more free room
+    uint32_t Density = kDefaultDensity; // positions tried along the axis with more free room
     std::vector<Wish> Wishes;
     WeightDistribution Weights = {kDefaultWeights[0], kDefaultWeights[1], kDefaultWeights[2],
                                   kDefaultWeights[3], kDefaultWeights[4]};

@@ -88,7 +88,8 @@ TEST(Suggest, KeepsTheAskedRatiosExactly)
     const TempFolder folder;
     Scene(3000, 2000, 0.3, 0.6).write_to_file(folder.Path("a.jpg").c_str());
     const json result =
-        SuggestOne(folder.Path("a.jpg"), {"--aspect", "16:9", "--aspect", "1:1", "--top", "20"});
+        SuggestOne(folder.Path("a.jpg"), {"--aspect", "16:9", "--aspect", "1:1", "--top", "20",
+                                          "--density", "25", "--weights", "0,0.2,0.8,0,0"});
     int wide = 0;
     int square = 0;
     for (const json& crop : result["crops"]) {
