@@ -1,0 +1,106 @@
+// Pictures of any content and any legal size: every map and table finite, every map within
+// 0..1, and the measures of crops of that picture in their ranges.
+#include <cmath>
+#include <memory>
+#include <vector>
+
+#include "analysis/crop_analyzer.h"
+#include "fuzz_support.h"
+#include "vistaTrim/functions.h"
+
+using namespace fuzzing;
+using namespace vistaTrim;
+
+namespace {
+
+// Shares of a total come from four corners of a table, whose sums round: a share of everything
+// can pass 1 and a share of nothing fall below 0 by that much.
+constexpr double kShareSlack = 1e-6;
+
+// A map brought to 0..1 is divided by a sum of its extremes, in floats.
+constexpr float kMapSlack = 1e-5f;
+
+bool InRange(double value, double slack)
+{
+    return value >= -slack && value <= 1.0 + slack;
+}
+
+void CheckMap(const CFloatMatrix& map, const CDoubleMatrix* table)
+{
+    for (uint32_t i = 0; i < map.Count; ++i) {
+        Demand(std::isfinite(map.Data[i]), "a map value is finite");
+        Demand(map.Data[i] >= 0.0f && map.Data[i] <= 1.0f + kMapSlack, "a map value is in 0..1");
+    }
+    for (uint32_t i = 0; table != nullptr && i < table->Count; ++i)
+        Demand(std::isfinite(table->Data[i]), "a table value is finite");
+}
+
+void CheckAnalyzer(const CCropAnalyzer& analyzer, const Size& size)
+{
+    Demand(analyzer.WorkCols == size.Cols && analyzer.WorkRows == size.Rows, "working size");
+    Demand(analyzer.ScaleFactor == 1.0f, "scale of a picture of legal size");
+    CheckMap(analyzer.ContrastMap, &analyzer.ContrastTable);
+    CheckMap(analyzer.SaliencyMap, &analyzer.SaliencyTable);
+    CheckMap(analyzer.ContrastMask, &analyzer.ContrastMaskTable);
+    CheckMap(analyzer.ColorContrastMap, &analyzer.ColorContrastTable);
+    CheckMap(analyzer.PeakMap, &analyzer.PeakTable);
+    CheckMap(analyzer.EdgeMap, &analyzer.EdgeTable);
+    for (int side = 0; side < 4; ++side) {
+        CheckMap(analyzer.SideMaps[side], &analyzer.SideTables[side]);
+        Demand(analyzer.SideGain[side] > 0.9f && analyzer.SideGain[side] < 100.1f, "side gain");
+    }
+    for (const float total : {analyzer.ContrastMaskTotal, analyzer.ColorContrastTotal,
+                              analyzer.EdgeTotal, analyzer.PeakTotal})
+        Demand(std::isfinite(total) && total >= 1e-10f, "total of a map");
+}
+
+void CheckScore(const Score& score)
+{
+    Demand(score.Scored, "a measured record is marked");
+    Demand(InRange(score.CompositionScore, 0.0), "composition score");
+    Demand(InRange(score.CoverageScore, kShareSlack), "coverage score");
+    Demand(InRange(score.BorderScore, kShareSlack), "border score");
+    Demand(InRange(score.PeakScore, kShareSlack), "peak score");
+    Demand(InRange(score.CentrePeakScore, kShareSlack), "centre peak score");
+    Demand(score.RoiScore == 1.0 && score.MergedScore == 0.0, "scores of a request stay");
+}
+
+} // namespace
+
+extern "C" int LLVMFuzzerInitialize(int*, char***)
+{
+    SilenceKernelMessages();
+    return 0;
+}
+
+extern "C" int LLVMFuzzerTestOneInput(const uint8_t* bytes, size_t count)
+{
+    FuzzedDataProvider data(bytes, count);
+    const Size size = PictureSize(data);
+    CInt32CropRect crops[4];
+    for (CInt32CropRect& crop : crops) {
+        crop.Left = Whole(data, 0, size.Cols - 1);
+        crop.Right = Whole(data, crop.Left, size.Cols - 1);
+        crop.Top = Whole(data, 0, size.Rows - 1);
+        crop.Bottom = Whole(data, crop.Top, size.Rows - 1);
+    }
+    const std::vector<uint8_t> pixels = Pixels(data, size);
+
+    const int32_t offsets[4] = {0, 1, 2, 3};
+    const std::unique_ptr<IImage, decltype(&DestroyImageObj)> image(
+        CreateImageObj(static_cast<uint32_t>(size.Rows), static_cast<uint32_t>(size.Cols), 3,
+                       offsets, pixels.data()),
+        DestroyImageObj);
+    CCropAnalyzer analyzer(image.get());
+    CheckAnalyzer(analyzer, size);
+
+    CInt32CropRect whole(0, size.Cols - 1, 0, size.Rows - 1);
+    analyzer.EvaluateCropRect(whole);
+    CheckScore(whole.Score);
+    for (CInt32CropRect& crop : crops) {
+        analyzer.EvaluateCropRect(crop);
+        CheckScore(crop.Score);
+        Demand(crop.Score.PeakScore <= whole.Score.PeakScore + kShareSlack, "a share of the whole");
+    }
+    return 0;
+}

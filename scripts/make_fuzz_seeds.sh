@@ -1,0 +1,15 @@
+#!/usr/bin/env bash
+# Makes the inputs that the fuzzers start from.
+#
+# usage: scripts/make_fuzz_seeds.sh [DIRECTORY]
+#   DIRECTORY  build/fuzz/seeds by default; gets one directory for each fuzzer
+set -euo pipefail
+cd "$(dirname "$0")/.."
+
+seeds=${1:-build/fuzz/seeds}
+cmake --preset fuzz -DVISTATRIM_WARNINGS_AS_ERRORS=ON >/dev/null
+cmake --build --preset fuzz --target fuzz_seeds >/dev/null
+build/fuzz/fuzzers/fuzz_seeds "$seeds"
+for directory in "$seeds"/*/; do
+    echo "$directory: $(find "$directory" -type f | wc -l) seeds"
+done
