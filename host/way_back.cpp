@@ -24,7 +24,8 @@ struct StartRange {
 
 // Edges rounded to the nearest pixel boundary. Rounding keeps the order of edges, so whatever
 // whole-pixel rectangle the working crop holds or avoids, this one holds or avoids as well.
-// A crop narrower than a pixel becomes the pixel that its first edge lies in.
+// A crop narrower than a pixel becomes the pixel that its first edge lies in. Of a very thin
+// picture the library gives crops of no pixel at all; such a crop may stand behind the last one.
 Span RoundedSpan(int64_t first, int64_t last, int64_t working, int64_t photo)
 {
     const auto rounded = [working, photo](int64_t edge) {
@@ -34,7 +35,7 @@ Span RoundedSpan(int64_t first, int64_t last, int64_t working, int64_t photo)
     const int64_t end = rounded(last + 1);
     if (end > begin)
         return {static_cast<int32_t>(begin), static_cast<int32_t>(end - begin)};
-    return {static_cast<int32_t>(first * photo / working), 1};
+    return {static_cast<int32_t>(std::min(first, working - 1) * photo / working), 1};
 }
 
 struct SizeChoice {
@@ -138,10 +139,11 @@ std::optional<PixelRect> ToPhotograph(const CInt32Rect& crop, PixelSize working,
             return std::nullopt;
         sizes.push_back({*shape.Size, true, 0.0});
     } else {
-        const double width =
-            static_cast<double>(crop.Right - crop.Left + 1) * photo.Width / working.Width;
-        const double height =
-            static_cast<double>(crop.Bottom - crop.Top + 1) * photo.Height / working.Height;
+        // A crop of no pixel counts as one pixel wide or high.
+        const int32_t wide = std::max(1, crop.Right - crop.Left + 1);
+        const int32_t high = std::max(1, crop.Bottom - crop.Top + 1);
+        const double width = static_cast<double>(wide) * photo.Width / working.Width;
+        const double height = static_cast<double>(high) * photo.Height / working.Height;
         sizes = SizesOfRatio(width, height, shape.Aspect, working, photo);
     }
 

@@ -59,6 +59,22 @@ TEST(WayBack, OfTheWholePictureIsTheWholePhotograph)
     EXPECT_EQ(Back({0, 639, 0, 639}, {1, 1}, {1, 1}), (PixelRect{0, 0, 1, 1}));
 }
 
+// Of a picture one working pixel high the library gives crops whose sides rounded to nothing;
+// they begin behind the first column and row and end one before they begin, and the last of
+// them begins behind the last pixel. What comes back is a pixel of the photograph at least.
+TEST(WayBack, OfACropWithoutAPixelLiesInThePhotograph)
+{
+    const PixelSize photo{6400, 10};
+    for (const int32_t left : {1, 320, 639, 640})
+        for (const Ratio& ratio : {Ratio{3, 2}, Ratio{1, 1000}, Ratio{1000000000, 1}}) {
+            SCOPED_TRACE(testing::Message() << left << ", " << ratio.Text());
+            const PixelRect back = Back({left, left - 1, 1, 0}, photo, ratio);
+            EXPECT_GE(back.Width, 1);
+            EXPECT_GE(back.Height, 1);
+            EXPECT_TRUE(Contains({0, 0, photo.Width, photo.Height}, back));
+        }
+}
+
 // 320 working pixels of 640 are columns 0 to 319, both ends in: just half of the photograph.
 TEST(WayBack, CountsBothEndsOfARectangle)
 {
