@@ -35,7 +35,7 @@ for name in "${fuzzers[@]}"; do
     echo "== $name, $seconds s"
     mkdir -p "build/fuzz/corpus/$name"
     log=build/fuzz/$name.log
-    if ! "build/fuzz/fuzzers/${name}_fuzzer" -max_total_time="$seconds" -max_len=4096 \
+    if ! "build/fuzz/fuzzers/${name}_fuzzer" -max_total_time="$seconds" -max_len=4096 -len_control=0 \
         -timeout=120 -rss_limit_mb=3000 -print_final_stats=1 \
         -artifact_prefix="build/fuzz/findings/$name-" \
         "build/fuzz/corpus/$name" "build/fuzz/seeds/$name" >"$log" 2>&1; then
