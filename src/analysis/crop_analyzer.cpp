@@ -26,6 +26,7 @@ constexpr float kPeakExponent = 3.0f;
 constexpr float kTotalFloor = 1e-10f; // keeps an empty map from dividing by zero later
 constexpr float kBandFraction = 0.15f;
 constexpr float kGainOffset = 0.01f;
+constexpr size_t kCacheLine = 64; // bytes
 
 // Working length of a source length, rounded to the nearest; 0 if nothing is left of it, and
 // for the NaN that a picture of no pixels gives.
@@ -85,7 +86,7 @@ void CleanEdgeMap(CFloatMatrix& edgeMap)
     ThresholdAtFraction(edgeMap, 0.1f);
     CPlaneStack edgeStack; // the same storage, seen as a stack
     edgeStack.WrapPlane(int32_t(edgeMap.Cols), int32_t(edgeMap.Rows), edgeMap.Data);
-    NormalisePlane(edgeMap.Data, int32_t(edgeMap.Count));
+    MeasureAndNormalise(edgeMap.Data, int32_t(edgeMap.Count));
 
     // Each row is divided by its own sum of edges: a row of foliage or brickwork is damped, and
     // the lone outline in a quiet row comes forward.
@@ -97,7 +98,14 @@ void CleanEdgeMap(CFloatMatrix& edgeMap)
     ErodeBox(edgeMap, kErodeSize);
     DilateBox(edgeMap, kDilateSize);
     CentreWeightColumns(edgeMap);
-    NormalisePlane(edgeMap.Data, int32_t(edgeMap.Count));
+    MeasureAndNormalise(edgeMap.Data, int32_t(edgeMap.Count));
+}
+
+// The first cache line that begins in the storage.
+void* StartOfCacheLine(void* storage)
+{
+    const uintptr_t address = reinterpret_cast<uintptr_t>(storage);
+    return static_cast<char*>(storage) + (kCacheLine - address % kCacheLine) % kCacheLine;
 }
 
 // The sum of the whole map, from its table.
@@ -160,13 +168,20 @@ void CCropAnalyzer::GiveMatricesTheirSize()
     const uint32_t cols = uint32_t(WorkCols);
     const size_t count = size_t(rows) * cols;
 
-    // new, not make_unique: nothing is to be cleared.
-    MapStorage.reset(new float[std::size(maps) * count]);
-    TableStorage.reset(new double[std::size(tables) * count]);
-    for (size_t k = 0; k < std::size(maps); ++k)
-        maps[k]->Borrow(rows, cols, MapStorage.get() + k * count);
-    for (size_t k = 0; k < std::size(tables); ++k)
-        tables[k]->Borrow(rows, cols, TableStorage.get() + k * count);
+    // new, not make_unique: nothing is to be cleared. The first map and table start on a cache
+    // line, and with the usual widths of a picture all others do.
+    MapStorage.reset(new float[std::size(maps) * count + kCacheLine / sizeof(float)]);
+    TableStorage.reset(new double[std::size(tables) * count + kCacheLine / sizeof(double)]);
+    float* map = static_cast<float*>(StartOfCacheLine(MapStorage.get()));
+    for (CFloatMatrix* const matrix : maps) {
+        matrix->Borrow(rows, cols, map);
+        map += count;
+    }
+    double* table = static_cast<double*>(StartOfCacheLine(TableStorage.get()));
+    for (CDoubleMatrix* const matrix : tables) {
+        matrix->Borrow(rows, cols, table);
+        table += count;
+    }
 }
 
 void CCropAnalyzer::BuildMaps(const CImageView& view)
@@ -192,7 +207,7 @@ void CCropAnalyzer::BuildMaps(const CImageView& view)
     {
         // The tables come last. Until then their storage is the stages' scratch.
         const size_t tableBytes = 10 * size_t(ContrastTable.Count) * sizeof(double);
-        const CScratchScope scratch(TableStorage.get(), tableBytes);
+        const CScratchScope scratch(ContrastTable.Data, tableBytes);
         SaliencyMapBuffers buffers = {
             ContrastMap.Data,
             SaliencyMap.Data,

@@ -69,10 +69,10 @@ void ComputeSaliencyMaps(const uint8_t* pixels, int32_t cols, int32_t rows,
         ComputeBottomContrast(view, planeStack, kAnchorFraction);
         AddPlanes(bottomStack, planeStack, kPlaneWeight);
     }
-    NormalisePlane(bottomStack.Planes[0], bottomStack.ElementCount);
-    NormalisePlane(contrastStack.Planes[0], contrastStack.ElementCount);
+    MeasureAndNormalise(bottomStack.Planes[0], bottomStack.ElementCount);
+    MeasureAndNormalise(contrastStack.Planes[0], contrastStack.ElementCount);
     TakeMinimum(bottomStack, contrastStack, contrastStack.Planes[0]);
-    NormalisePlane(contrastStack.Planes[0], contrastStack.ElementCount);
+    MeasureAndNormalise(contrastStack.Planes[0], contrastStack.ElementCount);
 
     // Edges at two coarse scales, where there is contrast too. They come from the planes as
     // they were before smoothing: shrinking picks single pixels, so fine texture and noise
@@ -81,7 +81,7 @@ void ComputeSaliencyMaps(const uint8_t* pixels, int32_t cols, int32_t rows,
     saliencyStack.WrapPlane(cols, rows, buffers.SaliencyMap);
     ComputeMultiScaleEdges(pixelStack, saliencyStack, false, false, {0.04f, 0.2f});
     MultiplyPlanes(saliencyStack, saliencyStack, contrastStack);
-    NormalisePlane(saliencyStack.Planes[0], saliencyStack.ElementCount);
+    MeasureAndNormalise(saliencyStack.Planes[0], saliencyStack.ElementCount);
 
     CPlaneStack sideStacks[4];
     for (int side = 0; side < 4; ++side)

@@ -11,6 +11,8 @@ namespace vistaTrim {
 namespace {
 
 constexpr size_t kTableAlignment = 64;
+constexpr ptrdiff_t kDoublesPerLine = 8; // of the cache
+constexpr size_t kFloatsPerLine = 16;
 
 // ---- Double tables ----
 
@@ -33,8 +35,9 @@ inline void AddRow(const float* map, const double* above, double* out, ptrdiff_t
 // rows run out of registers.
 constexpr ptrdiff_t kFrontRows = 6;
 
-// Rows r .. r + kFrontRows - 1, r > 0, of a table with more than kFrontRows columns.
-void AddRowsSkewed(const float* map, double* table, ptrdiff_t r, ptrdiff_t cols)
+// Rows r .. r + kFrontRows - 1, r > 0, of a table with more than kFrontRows columns. more: that
+// many rows follow.
+void AddRowsSkewed(const float* map, double* table, ptrdiff_t r, ptrdiff_t cols, bool more)
 {
     // The start of the rows, row i up to the column where the common front begins for it.
     for (ptrdiff_t i = 0; i < kFrontRows; ++i)
@@ -50,7 +53,11 @@ void AddRowsSkewed(const float* map, double* table, ptrdiff_t r, ptrdiff_t cols)
         left[i] = out[i * cols + kFrontRows - 1 - i];
         aboveLeft[i] = above[i * cols + kFrontRows - 1 - i];
     }
+    // The rows are too short for the processor to see where each of them goes next, and a line
+    // has to be there before it can be written: the same place of the next rows is asked for.
+    const ptrdiff_t ahead = more ? kFrontRows * cols : 0;
     for (ptrdiff_t front = kFrontRows; front < cols; ++front) {
+        const bool newLine = front % kDoublesPerLine == 0;
         // From the bottom up: left[i - 1] is then still the element above this one.
         for (ptrdiff_t i = kFrontRows - 1; i >= 0; --i) {
             const ptrdiff_t at = i * cols + front - i;
@@ -58,6 +65,10 @@ void AddRowsSkewed(const float* map, double* table, ptrdiff_t r, ptrdiff_t cols)
             left[i] = ((left[i] + up) - aboveLeft[i]) + static_cast<double>(source[at]);
             aboveLeft[i] = up;
             out[at] = left[i];
+            if (newLine) {
+                __builtin_prefetch(out + at + ahead, 1);
+                __builtin_prefetch(source + at + ahead);
+            }
         }
     }
 
@@ -73,9 +84,18 @@ void AddRowsSkewed(const float* map, double* table, ptrdiff_t r, ptrdiff_t cols)
 // the order in which they come.
 constexpr size_t kRowsAtOnce = 8;
 
+// Asks for the place in the next eight rows that the present ones have reached, if it is the
+// first of its cache line and ahead is not 0; ahead is the distance to those rows.
+VISTATRIM_FORM_BODY void AskForNextRows(float* present, size_t stride, size_t c, size_t ahead)
+{
+    if (ahead != 0 && c % kFloatsPerLine == 0)
+        for (size_t k = 0; k < kRowsAtOnce; ++k)
+            __builtin_prefetch(present + k * stride + ahead, 1);
+}
+
 // rows table rows below `above`; rows is a constant once this is inlined.
 VISTATRIM_FORM_BODY void AddPlaneRows(const float* __restrict plane, float* __restrict above,
-                                      size_t cols, size_t rows)
+                                      size_t cols, size_t rows, size_t ahead)
 {
     const size_t stride = cols + 1;
     float rowSum[kRowsAtOnce] = {};
@@ -88,11 +108,13 @@ VISTATRIM_FORM_BODY void AddPlaneRows(const float* __restrict plane, float* __re
             sum = sum + rowSum[k];
             above[(k + 1) * stride + c + 1] = sum;
         }
+        AskForNextRows(above + stride + c + 1, stride, c, ahead);
     }
 }
 
 VISTATRIM_FORM_BODY void AddPairRows(const float* __restrict planeA, const float* __restrict planeB,
-                                     float* __restrict above, size_t cols, size_t rows)
+                                     float* __restrict above, size_t cols, size_t rows,
+                                     size_t ahead)
 {
     const size_t stride = cols + 1;
     float rowSum[kRowsAtOnce] = {};
@@ -107,6 +129,7 @@ VISTATRIM_FORM_BODY void AddPairRows(const float* __restrict planeA, const float
             sum = sum + rowSum[k];
             above[(k + 1) * stride + c + 1] = sum;
         }
+        AskForNextRows(above + stride + c + 1, stride, c, ahead);
     }
 }
 
@@ -153,7 +176,7 @@ void BuildSummedAreaTable(const CFloatMatrix& map, CDoubleMatrix& table)
     ptrdiff_t r = 1;
     if (cols > kFrontRows)
         for (; r + kFrontRows <= rows; r += kFrontRows)
-            AddRowsSkewed(p, t, r, cols);
+            AddRowsSkewed(p, t, r, cols, r + 2 * kFrontRows <= rows);
     for (; r < rows; ++r)
         AddRow(p + r * cols, t + (r - 1) * cols, t + r * cols, 0, cols);
 }
@@ -217,10 +240,12 @@ void BuildPlaneTable(const float* plane, float* table, int32_t cols, int32_t row
     const size_t stride = width + 1;
     std::fill_n(table, stride, 0.0f);
     size_t r = 0;
-    for (; r + kRowsAtOnce <= height; r += kRowsAtOnce)
-        AddPlaneRows(plane + r * width, table + r * stride, width, kRowsAtOnce);
+    for (; r + kRowsAtOnce <= height; r += kRowsAtOnce) {
+        const size_t ahead = r + 2 * kRowsAtOnce <= height ? kRowsAtOnce * stride : 0;
+        AddPlaneRows(plane + r * width, table + r * stride, width, kRowsAtOnce, ahead);
+    }
     for (; r < height; ++r)
-        AddPlaneRows(plane + r * width, table + r * stride, width, 1);
+        AddPlaneRows(plane + r * width, table + r * stride, width, 1, 0);
 }
 
 void BuildPairTable(const float* planeA, const float* planeB, float* table, int32_t cols,
@@ -231,10 +256,13 @@ void BuildPairTable(const float* planeA, const float* planeB, float* table, int3
     const size_t stride = width + 1;
     std::fill_n(table, stride, 0.0f);
     size_t r = 0;
-    for (; r + kRowsAtOnce <= height; r += kRowsAtOnce)
-        AddPairRows(planeA + r * width, planeB + r * width, table + r * stride, width, kRowsAtOnce);
+    for (; r + kRowsAtOnce <= height; r += kRowsAtOnce) {
+        const size_t ahead = r + 2 * kRowsAtOnce <= height ? kRowsAtOnce * stride : 0;
+        AddPairRows(planeA + r * width, planeB + r * width, table + r * stride, width, kRowsAtOnce,
+                    ahead);
+    }
     for (; r < height; ++r)
-        AddPairRows(planeA + r * width, planeB + r * width, table + r * stride, width, 1);
+        AddPairRows(planeA + r * width, planeB + r * width, table + r * stride, width, 1, 0);
 }
 
 void BuildTables(CPlaneStack& stack)

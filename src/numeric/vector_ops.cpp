@@ -136,7 +136,9 @@ void CPlaneRange::Include(const float* x, int32_t n)
 
 float LargestElement(const float* x, int32_t n)
 {
-    return x[cblas_isamax(n, x, 1)];
+    CPlaneRange seen;
+    seen.Include(x, n);
+    return FindExtremes(x, n, seen).Largest;
 }
 
 void VectorAbs(int32_t n, const float* a, float* y)
@@ -222,6 +224,13 @@ void NormaliseMeasuredPlane(float* x, int32_t n, const CPlaneRange& seen)
     const float largest = extremes.Largest + shift;
     const float smallest = extremes.Smallest + shift;
     ShiftAndScale(x, n, shift, ScaleOfRange(largest - smallest));
+}
+
+void MeasureAndNormalise(float* x, int32_t n)
+{
+    CPlaneRange seen;
+    seen.Include(x, n);
+    NormaliseMeasuredPlane(x, n, seen);
 }
 
 void AddPlanes(CPlaneStack& target, const CPlaneStack& source, float alpha)

@@ -21,7 +21,8 @@ void VectorPowScalar(int32_t n, const float* a, float b, float* y);
 void AddConstant(float* x, int32_t n, float c);
 void OffsetPlane(const float* src, float* dst, int32_t count, float value);
 
-// The element of largest absolute value, the first of equal ones; x[0] if n is below 1.
+// The element that cblas_isamax finds: of largest absolute value, the first of equal ones; x[0]
+// if n is below 1.
 float LargestElement(const float* x, int32_t n);
 
 // Moves x in place so that its smallest element becomes 0 and its largest 1; a range below
@@ -39,6 +40,8 @@ struct CPlaneRange {
 // NormalisePlane to the bit, spared the search and one of the two passes: seen has included
 // exactly the n elements of x.
 void NormaliseMeasuredPlane(float* x, int32_t n, const CPlaneRange& seen);
+// NormalisePlane to the bit, in two passes instead of four.
+void MeasureAndNormalise(float* x, int32_t n);
 
 // First plane of target += alpha * first plane of source.
 void AddPlanes(CPlaneStack& target, const CPlaneStack& source, float alpha);

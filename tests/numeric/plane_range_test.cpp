@@ -36,6 +36,10 @@ TEST(PlaneRange, OfPiecesIsThatOfTheWhole)
         NormaliseMeasuredPlane(pieces.data(), int32_t(count), seen);
 
         EXPECT_EQ(pieces, expected);
+
+        std::vector<float> whole = x;
+        MeasureAndNormalise(whole.data(), int32_t(count));
+        EXPECT_EQ(whole, expected);
     }
 }
 
