@@ -52,30 +52,31 @@ void __wrap_free(void* pointer)
 }
 }
 
-void* operator new(size_t size)
+// Never inlined: with both in sight the compiler takes the pair for a mismatch.
+__attribute__((noinline)) void* operator new(size_t size)
 {
     void* const pointer = std::malloc(size == 0 ? 1 : size);
     if (pointer == nullptr)
         throw std::bad_alloc();
     return pointer;
 }
-void* operator new[](size_t size)
+__attribute__((noinline)) void* operator new[](size_t size)
 {
     return operator new(size);
 }
-void operator delete(void* pointer) noexcept
+__attribute__((noinline)) void operator delete(void* pointer) noexcept
 {
     std::free(pointer);
 }
-void operator delete[](void* pointer) noexcept
+__attribute__((noinline)) void operator delete[](void* pointer) noexcept
 {
     std::free(pointer);
 }
-void operator delete(void* pointer, size_t) noexcept
+__attribute__((noinline)) void operator delete(void* pointer, size_t) noexcept
 {
     std::free(pointer);
 }
-void operator delete[](void* pointer, size_t) noexcept
+__attribute__((noinline)) void operator delete[](void* pointer, size_t) noexcept
 {
     std::free(pointer);
 }
