@@ -118,6 +118,8 @@ std::vector<std::string> WriteCrops(const Photograph& photograph,
     const CropFileOptions& how = options.CropFiles;
     const std::string format = how.Format.empty() ? photograph.NativeFormat() : how.Format;
     const int quality = how.Quality == 0 ? kDefaultQuality : how.Quality;
+    if (format == "avif" || format == "heic")
+        LoadVipsModules();
     std::vector<std::unique_ptr<WholeFile>> files;
     for (size_t rank = 1; rank <= crops.size(); ++rank)
         files.push_back(std::make_unique<WholeFile>(CropName(prefix, rank, format), options.Force));

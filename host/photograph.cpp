@@ -65,11 +65,24 @@ Photograph::Photograph(const std::string& path, const Colour& background)
     : Path(path), Background(background)
 {
     CheckFile(path);
-    RunVips([this] {
+    if (!ReadHeader()) {
+        LoadVipsModules();
+        if (!ReadHeader())
+            throw PhotoError("not a picture, or of a format that cannot be read");
+    }
+}
+
+bool Photograph::ReadHeader()
+{
+    bool isKnown = false;
+    RunVips([this, &isKnown] {
         const vips::VSource source = OpenSource(Path);
         const char* loader = vips_foreign_find_load_source(source.get_source());
-        if (loader == nullptr)
-            throw vips::VError();
+        isKnown = loader != nullptr;
+        if (!isKnown) {
+            vips_error_clear();
+            return;
+        }
         const vips::VImage header = vips::VImage::new_from_source(
             source, "", vips::VImage::option()->set("access", VIPS_ACCESS_SEQUENTIAL));
         Format = FormatOf(loader, header);
@@ -80,6 +93,7 @@ Photograph::Photograph(const std::string& path, const Colour& background)
         if (Orientation >= 5) // these lie on their side
             std::swap(Displayed.Width, Displayed.Height);
     });
+    return isKnown;
 }
 
 PixelSize Photograph::Size() const

@@ -38,6 +38,7 @@ public:
     vips::VImage ReadFull(bool oncePerPixel) const;
 
 private:
+    bool ReadHeader(); // false if no reader knows the format
     vips::VImage ReadThumbnail(PixelSize size) const;
     vips::VImage ThumbnailOfColours(PixelSize size) const;
     vips::VImage ThumbnailOfCmyk(PixelSize size) const;

@@ -54,6 +54,9 @@ int RunPhotos(const Options& options, const std::vector<ListedPhoto>& photos,
     const int workers = options.Workers != 0
                             ? options.Workers
                             : static_cast<int>(std::thread::hardware_concurrency());
+    // A photograph that is alone may use all processors; of several, each has one worker, and
+    // more threads inside it would fight the others.
+    SetVipsThreads(photos.size() == 1 ? workers : 1);
     Progress progress(photos.size(),
                       !options.Quiet && photos.size() > 1 && StandardErrorIsTerminal());
     bool anyFailed = false;

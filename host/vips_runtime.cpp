@@ -5,6 +5,7 @@
 #include <string>
 #include <vector>
 
+#include <gmodule.h>
 #include <vips/vips8>
 
 #include "photo_error.h"
@@ -20,9 +21,6 @@ std::mutex gate; // whoever waits to be alone holds it, so that nobody enters pa
 void DropMessage(const char*, GLogLevelFlags, const char*, void*)
 {
 }
-
-// What libvips says of a file that none of its readers takes.
-constexpr const char* kUnknownFormat = "source is not in a known format";
 
 // "a: b\na: b\nc\n" becomes "a: b; c".
 std::string OnOneLine(const std::string& text)
@@ -42,28 +40,70 @@ std::string OnOneLine(const std::string& text)
         joined += (joined.empty() ? "" : "; ") + line;
         before = line;
     }
-    if (joined.find(kUnknownFormat) != std::string::npos)
-        return "not a picture, or of a format that cannot be read";
     return joined.empty() ? "libvips gives no reason" : joined;
+}
+
+// libvips loads its modules (among others a PDF reader and all of ImageMagick) as it starts,
+// which takes longer than the analysis of a photograph. The one way to keep it from that is to
+// name it a home without modules; LoadModules fetches the two of use when they are needed.
+int InitWithoutModules(const char* programName)
+{
+    constexpr const char* kHome = "VIPSHOME";
+    if (g_getenv(kHome) != nullptr) // somebody has a reason; let it load what it finds
+        return VIPS_INIT(programName);
+    g_setenv(kHome, "/nonexistent", FALSE);
+    const int status = VIPS_INIT(programName);
+    g_unsetenv(kHome);
+    return status;
+}
+
+// Loaders that were never hardened against hostile files stay shut, except these two that
+// photographs do come in.
+void BlockUntrustedLoaders()
+{
+    vips_block_untrusted_set(TRUE);
+    vips_operation_block_set("VipsForeignLoadPpm", FALSE);
+    vips_operation_block_set("VipsForeignLoadJxl", FALSE);
+}
+
+void LoadModules()
+{
+    for (const char* name : {"vips-heif.so", "vips-jxl.so"}) {
+        const std::string path = std::string(VISTATRIM_VIPS_LIBDIR) + "/vips-modules-" +
+                                 std::to_string(vips_version(0)) + "." +
+                                 std::to_string(vips_version(1)) + "/" + name;
+        // A libvips without modules has these formats built in, or not at all.
+        GModule* module = g_module_open(path.c_str(), G_MODULE_BIND_LAZY);
+        if (module != nullptr)
+            g_module_make_resident(module);
+    }
+    BlockUntrustedLoaders(); // the new ones too
 }
 
 } // namespace
 
 void StartVips(const char* programName)
 {
-    if (VIPS_INIT(programName) != 0)
+    if (InitWithoutModules(programName) != 0)
         throw PhotoError("libvips does not start: " + OnOneLine(vips_error_buffer()));
     g_log_set_handler("VIPS", static_cast<GLogLevelFlags>(G_LOG_LEVEL_WARNING | G_LOG_LEVEL_INFO),
                       DropMessage, nullptr);
-    // Loaders that were never hardened against hostile files stay shut, except these two that
-    // photographs do come in.
-    vips_block_untrusted_set(TRUE);
-    vips_operation_block_set("VipsForeignLoadPpm", FALSE);
-    vips_operation_block_set("VipsForeignLoadJxl", FALSE);
+    BlockUntrustedLoaders();
     // Every photograph is read once; remembered operations would only hold its memory.
     vips_cache_set_max(0);
-    // One photograph is one worker's work; more threads inside it would fight the others.
-    vips_concurrency_set(1);
+}
+
+void SetVipsThreads(int count)
+{
+    vips_concurrency_set(count);
+}
+
+void LoadVipsModules()
+{
+    static std::once_flag once;
+    const std::lock_guard<std::mutex> entering(gate);
+    const std::lock_guard<std::shared_mutex> alone(insideVips);
+    std::call_once(once, LoadModules);
 }
 
 void StopVips()

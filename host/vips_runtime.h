@@ -11,6 +11,11 @@ namespace vistaTrim::host {
 // are let in.
 void StartVips(const char* programName);
 void StopVips();
+// Threads that libvips may use for one picture.
+void SetVipsThreads(int count);
+// HEIF, AVIF and JPEG XL are read and written by modules, which are not loaded at the start.
+// Not to be called inside RunVips.
+void LoadVipsModules();
 // For a thread that has used libvips and ends.
 void LeaveVips();
 

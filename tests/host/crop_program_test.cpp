@@ -171,6 +171,8 @@ TEST(Crop, IsWrittenInEveryFormat)
             EXPECT_NEAR(means[1][3], 0.0, 2.0);
         }
         const VImage inked = Open(folder.Path("out/ink" + ending));
+        // What was written can be read again, by whatever module that takes.
+        EXPECT_EQ(RunProgram({"suggest", folder.Path("out/ink" + ending)}).Status, 0);
         const bool keepsInk = std::string(format) == "jpg" || std::string(format) == "tif";
         EXPECT_EQ(inked.interpretation() == VIPS_INTERPRETATION_CMYK, keepsInk);
         if (!keepsInk) {

@@ -22,6 +22,7 @@ public:
     void SetUp() override
     {
         StartVips("host tests");
+        LoadVipsModules(); // to make HEIF files; the program fetches them by itself
     }
 };
 
