@@ -154,6 +154,10 @@ void Ask(const WorkingPicture& picture, const Request& request, PhotoResult& res
 
     std::vector<CInt32CropRect> used;
     for (const CInt32CropRect& crop : best) {
+        // Of a very thin picture the library also lays out crops whose sides rounded to nothing;
+        // nothing was measured on them.
+        if (crop.Right < crop.Left || crop.Bottom < crop.Top)
+            continue;
         const CropShape shape{NearestRatio(crop, ratios), request.Size};
         const std::optional<PixelRect> rect =
             ToPhotograph({crop.Left, crop.Right, crop.Top, crop.Bottom}, picture.Size,
