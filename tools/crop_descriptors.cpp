@@ -1,23 +1,20 @@
 // Writes the raw composition descriptors of the crops that people judged, and of crops to
 // compare them with, for the fit. Size must not leak into the fit, so a chosen crop is compared
 // with crops of the same photograph of about equal area.
-#include <algorithm>
-#include <atomic>
 #include <cmath>
 #include <cstdio>
 #include <exception>
 #include <fstream>
-#include <mutex>
 #include <random>
 #include <stdexcept>
 #include <string>
-#include <thread>
 #include <vector>
 
 #include <CLI/CLI.hpp>
 
 #include "analysis/map_access.h"
 #include "crop_tables.h"
+#include "photo_loop.h"
 #include "photo_reader.h"
 #include "vistaTrim/vistaTrim.h"
 
@@ -45,19 +42,6 @@ struct DescriptorRow {
     vistaTrim::CInt32CropRect Crop;
     std::vector<float> Values;
 };
-
-// The whole pixels that a box covers, at least one, inside the photograph.
-vistaTrim::CInt32CropRect ToCrop(const CropBox& box, const WorkingPhoto& photo)
-{
-    const auto side = [](double first, double length, int32_t limit, int32_t& low, int32_t& high) {
-        low = std::clamp(static_cast<int32_t>(std::lround(first)), 0, limit - 1);
-        high = std::clamp(static_cast<int32_t>(std::lround(first + length)) - 1, low, limit - 1);
-    };
-    vistaTrim::CInt32CropRect crop;
-    side(box.X, box.Width, photo.Width, crop.Left, crop.Right);
-    side(box.Y, box.Height, photo.Height, crop.Top, crop.Bottom);
-    return crop;
-}
 
 // Crops of about the chosen one's area (within a tenth) that clearly differ from it. Half keep
 // its shape and move it; half change the shape too.
@@ -124,14 +108,14 @@ std::vector<DescriptorRow> DescribePhoto(const JudgedPhoto& judged, const Option
     std::mt19937 random(options.Seed * 1000003U + static_cast<uint32_t>(number));
     for (size_t i = 0; i < judged.Chosen.size(); ++i) {
         const int group = static_cast<int>(i);
-        add("chosen", group, 0, 0, ToCrop(judged.Chosen[i], photo));
+        add("chosen", group, 0, 0, ToCrop(judged.Chosen[i], photo.Width, photo.Height));
         for (const CropBox& rival : DrawRivals(judged.Chosen[i], photo, options.Rivals, random))
-            add("rival", group, 0, 0, ToCrop(rival, photo));
+            add("rival", group, 0, 0, ToCrop(rival, photo.Width, photo.Height));
     }
     for (size_t i = 0; i < judged.Pairs.size(); ++i)
         for (int side = 0; side < 2; ++side)
             add("pair", static_cast<int>(i), side, judged.Pairs[i].Votes[side],
-                ToCrop(judged.Pairs[i].Crops[side], photo));
+                ToCrop(judged.Pairs[i].Crops[side], photo.Width, photo.Height));
 
     for (int i = 0; i < options.Candidates && !lattice.empty(); ++i)
         add("candidate", i, 0, 0, lattice[random() % lattice.size()]);
@@ -164,35 +148,8 @@ int Run(const Options& options)
         ReadCropTables(options.Boxes, options.Pairs, options.Split);
 
     std::vector<std::vector<DescriptorRow>> all(photos.size());
-    std::atomic<size_t> next{0};
-    std::mutex reportLock;
-    size_t finished = 0;
-    std::exception_ptr failure;
-    const auto work = [&] {
-        for (size_t i = next++; i < photos.size(); i = next++) {
-            try {
-                all[i] = DescribePhoto(photos[i], options, i);
-            } catch (...) {
-                const std::lock_guard<std::mutex> lock(reportLock);
-                failure = std::current_exception();
-                next = photos.size();
-            }
-            const std::lock_guard<std::mutex> lock(reportLock);
-            ++finished;
-            if (finished % 20 == 0 || finished == photos.size())
-                std::fprintf(stderr, "\rdescriptors: %zu of %zu photographs", finished,
-                             photos.size());
-        }
-    };
-    std::vector<std::thread> workers;
-    for (int i = 0; i < options.Workers; ++i)
-        workers.emplace_back(work);
-    for (std::thread& worker : workers)
-        worker.join();
-    std::fprintf(stderr, "\n");
-    if (failure)
-        std::rethrow_exception(failure);
-
+    ForEachPhoto(photos.size(), options.Workers,
+                 [&](size_t i) { all[i] = DescribePhoto(photos[i], options, i); });
     WriteRows(all, photos, options.Output);
     return 0;
 }

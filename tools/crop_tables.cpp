@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 #include <fstream>
+#include <map>
 #include <sstream>
 #include <stdexcept>
 
@@ -149,6 +150,18 @@ std::vector<JudgedPhoto> ReadCropTables(const std::string& boxesFile, const std:
         result.push_back(std::move(entry.second));
     }
     return result;
+}
+
+vistaTrim::CInt32CropRect ToCrop(const CropBox& box, int32_t photoWidth, int32_t photoHeight)
+{
+    const auto side = [](double first, double length, int32_t limit, int32_t& low, int32_t& high) {
+        low = std::clamp(static_cast<int32_t>(std::lround(first)), 0, limit - 1);
+        high = std::clamp(static_cast<int32_t>(std::lround(first + length)) - 1, low, limit - 1);
+    };
+    vistaTrim::CInt32CropRect crop;
+    side(box.X, box.Width, photoWidth, crop.Left, crop.Right);
+    side(box.Y, box.Height, photoHeight, crop.Top, crop.Bottom);
+    return crop;
 }
 
 double IntersectionOverUnion(const CropBox& a, const CropBox& b)

@@ -2,9 +2,11 @@
 #ifndef VISTATRIM_TOOLS_CROP_TABLES_H
 #define VISTATRIM_TOOLS_CROP_TABLES_H
 
-#include <map>
+#include <cstdint>
 #include <string>
 #include <vector>
+
+#include "vistaTrim/records.h"
 
 // A box in pixels of the 640-pixel photograph: covers x..x+Width, y..y+Height.
 struct CropBox {
@@ -41,6 +43,9 @@ std::vector<JudgedPhoto> ReadCropTables(const std::string& boxesFile, const std:
 
 // How the tables look, for the help texts.
 extern const char* const kCropTableHelp;
+
+// The whole pixels that a box covers: at least one, and inside a photograph of that size.
+vistaTrim::CInt32CropRect ToCrop(const CropBox& box, int32_t photoWidth, int32_t photoHeight);
 
 double IntersectionOverUnion(const CropBox& a, const CropBox& b);
 // Mean distance of the four sides, each as a share of the frame's side.

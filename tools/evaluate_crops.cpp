@@ -3,25 +3,22 @@
 // functions, as a host would.
 #include <algorithm>
 #include <array>
-#include <atomic>
 #include <cmath>
 #include <cstdio>
 #include <exception>
 #include <fstream>
-#include <functional>
 #include <map>
-#include <mutex>
 #include <random>
 #include <sstream>
 #include <stdexcept>
 #include <string>
-#include <thread>
 #include <vector>
 
 #include <CLI/CLI.hpp>
 #include <nlohmann/json.hpp>
 
 #include "crop_tables.h"
+#include "photo_loop.h"
 #include "photo_reader.h"
 #include "vistaTrim/vistaTrim.h"
 
@@ -86,18 +83,6 @@ CropBox ToBox(const vistaTrim::CInt32CropRect& crop)
     return {static_cast<double>(crop.Left), static_cast<double>(crop.Top),
             static_cast<double>(crop.Right - crop.Left + 1),
             static_cast<double>(crop.Bottom - crop.Top + 1)};
-}
-
-vistaTrim::CInt32CropRect ToCrop(const CropBox& box, const WorkingPhoto& photo)
-{
-    const auto side = [](double first, double length, int32_t limit, int32_t& low, int32_t& high) {
-        low = std::clamp(static_cast<int32_t>(std::lround(first)), 0, limit - 1);
-        high = std::clamp(static_cast<int32_t>(std::lround(first + length)) - 1, low, limit - 1);
-    };
-    vistaTrim::CInt32CropRect crop;
-    side(box.X, box.Width, photo.Width, crop.Left, crop.Right);
-    side(box.Y, box.Height, photo.Height, crop.Top, crop.Bottom);
-    return crop;
 }
 
 std::string WeightsName(const Weights& weights)
@@ -278,7 +263,7 @@ void EvaluatePairs(PhotoFigures& figures, CSession& session, const std::vector<V
             continue;
         vistaTrim::CInt32CropRect crops[2];
         for (int side = 0; side < 2; ++side) {
-            crops[side] = ToCrop(pair.Crops[side], photo);
+            crops[side] = ToCrop(pair.Crops[side], photo.Width, photo.Height);
             session.Score(crops[side]);
         }
         const vistaTrim::Score& score0 = crops[0].Score;
@@ -472,33 +457,8 @@ int Run(Options& options)
     const std::vector<JudgedPhoto> photos =
         ReadCropTables(options.Boxes, options.Pairs, options.Split);
     std::vector<PhotoFigures> results(photos.size());
-    std::atomic<size_t> next{0};
-    std::mutex reportLock;
-    size_t finished = 0;
-    std::exception_ptr failure;
-    const auto work = [&] {
-        for (size_t i = next++; i < photos.size(); i = next++) {
-            try {
-                results[i] = EvaluatePhoto(photos[i], options);
-            } catch (...) {
-                const std::lock_guard<std::mutex> lock(reportLock);
-                failure = std::current_exception();
-                next = photos.size();
-            }
-            const std::lock_guard<std::mutex> lock(reportLock);
-            ++finished;
-            if (finished % 20 == 0 || finished == photos.size())
-                std::fprintf(stderr, "\r%zu of %zu photographs", finished, photos.size());
-        }
-    };
-    std::vector<std::thread> workers;
-    for (int i = 0; i < options.Workers; ++i)
-        workers.emplace_back(work);
-    for (std::thread& worker : workers)
-        worker.join();
-    std::fprintf(stderr, "\n");
-    if (failure)
-        std::rethrow_exception(failure);
+    ForEachPhoto(photos.size(), options.Workers,
+                 [&](size_t i) { results[i] = EvaluatePhoto(photos[i], options); });
 
     const std::map<FigureKey, Figure> figures = Summarise(results, options.Resamples, options.Seed);
     PrintTable(figures);
