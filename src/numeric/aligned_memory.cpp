@@ -9,6 +9,19 @@
 #include <unistd.h>
 #endif
 
+// The address sanitizer knows of the block and not of the pieces that are cut from it. It is
+// told: all of the block is out of bounds but the pieces in use, their headers included. The
+// header defines both macros as nothing where there is no such sanitizer.
+#if __has_include(<sanitizer/asan_interface.h>)
+#include <sanitizer/asan_interface.h>
+#else
+#define ASAN_POISON_MEMORY_REGION(address, size) ((void)(address), (void)(size))
+#define ASAN_UNPOISON_MEMORY_REGION(address, size) ((void)(address), (void)(size))
+#endif
+
+// For what reads the headers.
+#define VISTATRIM_NOT_WATCHED __attribute__((no_sanitize("address")))
+
 namespace vistaTrim {
 
 namespace {
@@ -20,6 +33,7 @@ constexpr size_t kSmallestAlignment = 64;
 struct PieceHeader {
     size_t PreviousLast; // start of the piece below
     size_t PreviousTop;  // where the free bytes begin once this piece is gone
+    size_t Bytes;        // of the piece
     bool Free;           // given back while a piece above it was in use
 };
 static_assert(sizeof(PieceHeader) <= kSmallestAlignment, "a header is one step of alignment");
@@ -70,34 +84,42 @@ CScratchScope::CScratchScope(void* block, size_t bytes)
         Block = static_cast<char*>(block);
     else
         Size = 0;
+    ASAN_POISON_MEMORY_REGION(Block, Size);
     currentScope = this;
 }
 
 CScratchScope::~CScratchScope()
 {
+    ASAN_UNPOISON_MEMORY_REGION(Block, Size);
     currentScope = Outer;
 }
 
 // Null when the block is used up.
-void* CScratchScope::Take(size_t size)
+VISTATRIM_NOT_WATCHED void* CScratchScope::Take(size_t size)
 {
     const size_t start = Top + kSmallestAlignment;
     if (start > Size || size > Size - start)
         return nullptr;
     PieceHeader* const header = reinterpret_cast<PieceHeader*>(Block + Top);
-    *header = {Last, Top, false};
+    header->PreviousLast = Last;
+    header->PreviousTop = Top;
+    header->Bytes = size;
+    header->Free = false;
     Last = start;
     Top = RoundUp(start + size, kSmallestAlignment);
+    ASAN_UNPOISON_MEMORY_REGION(Block + start, size);
     return Block + start;
 }
 
-bool CScratchScope::GiveBack(void* pointer)
+VISTATRIM_NOT_WATCHED bool CScratchScope::GiveBack(void* pointer)
 {
     const uintptr_t address = reinterpret_cast<uintptr_t>(pointer);
     const uintptr_t block = reinterpret_cast<uintptr_t>(Block);
     if (address < block || address >= block + Size)
         return false;
-    reinterpret_cast<PieceHeader*>(address - kSmallestAlignment)->Free = true;
+    PieceHeader* const given = reinterpret_cast<PieceHeader*>(address - kSmallestAlignment);
+    given->Free = true;
+    ASAN_POISON_MEMORY_REGION(pointer, given->Bytes);
     // What lies on top and is free goes; stages free mostly in the reverse order of making.
     while (Last != kNoPiece) {
         const PieceHeader* const header =

@@ -10,6 +10,17 @@
 #include "numeric/matrix.h"
 #include "numeric/plane_stack.h"
 
+#if defined(__has_feature)
+#if __has_feature(address_sanitizer)
+#define VISTATRIM_HAS_ADDRESS_SANITIZER
+#endif
+#elif defined(__SANITIZE_ADDRESS__)
+#define VISTATRIM_HAS_ADDRESS_SANITIZER
+#endif
+#if defined(VISTATRIM_HAS_ADDRESS_SANITIZER)
+#include <sanitizer/asan_interface.h>
+#endif
+
 namespace vistaTrim {
 namespace {
 
@@ -231,6 +242,35 @@ TEST(BorrowedMatrix, OfNoElementsHasNoData)
     matrix.Borrow(0, 5, &one);
     EXPECT_EQ(matrix.Data, nullptr);
     EXPECT_EQ(matrix.Count, 0u);
+}
+
+// With the address sanitizer pieces have bounds of their own: their neighbours, their headers
+// and what was given back are out of them, and the whole block is the caller's again at the end.
+TEST(ScratchScope, TheAddressSanitizerWatchesEachPiece)
+{
+#if defined(VISTATRIM_HAS_ADDRESS_SANITIZER)
+    Block block(4096);
+    {
+        const CScratchScope scope(block.Data(), block.Size());
+        char* const below = static_cast<char*>(AllocateAligned(100, 64));
+        char* const above = static_cast<char*>(AllocateAligned(64, 64));
+        EXPECT_FALSE(__asan_address_is_poisoned(below));
+        EXPECT_FALSE(__asan_address_is_poisoned(below + 99));
+        EXPECT_TRUE(__asan_address_is_poisoned(below + 100));
+        EXPECT_TRUE(__asan_address_is_poisoned(below - 1));
+        EXPECT_TRUE(__asan_address_is_poisoned(above - 1));
+        EXPECT_TRUE(__asan_address_is_poisoned(above + 64));
+        FreeAligned(below);
+        EXPECT_TRUE(__asan_address_is_poisoned(below));
+        EXPECT_FALSE(__asan_address_is_poisoned(above));
+        FreeAligned(above);
+        EXPECT_TRUE(__asan_address_is_poisoned(above));
+    }
+    for (size_t i = 0; i < block.Size(); ++i)
+        ASSERT_FALSE(__asan_address_is_poisoned(block.Data() + i));
+#else
+    GTEST_SKIP() << "built without the address sanitizer";
+#endif
 }
 
 } // namespace
