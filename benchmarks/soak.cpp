@@ -126,8 +126,10 @@ int main(int count, char** arguments)
     for (int i = 1; i < count; ++i) {
         if (std::strcmp(arguments[i], "--check") == 0)
             check = true;
-        else if (std::sscanf(arguments[i], "%ux%u", &cols, &rows) != 2)
+        else if (std::strchr(arguments[i], 'x') == nullptr)
             rounds = std::atoi(arguments[i]);
+        else if (std::sscanf(arguments[i], "%ux%u", &cols, &rows) != 2)
+            rounds = 0;
     }
     if (rounds <= kWarm) {
         std::fprintf(stderr, "soak: more than %d rounds are needed\n", kWarm);
