@@ -185,5 +185,8 @@ int main(int argc, char** argv)
     } catch (const std::exception& error) {
         std::fprintf(stderr, "crop_descriptors: %s\n", error.what());
         return 1;
+    } catch (const char* text) {
+        std::fprintf(stderr, "crop_descriptors: %s", text);
+        return 1;
     }
 }

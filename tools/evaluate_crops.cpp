@@ -148,7 +148,8 @@ private:
 };
 
 // The share of the photograph's candidates that a crop's measures beat: what the engine's own
-// ranks say of a crop that is not one of its candidates.
+// ranks say of a crop that is not one of its candidates, without the tiers. As there, the last two
+// weights count only when above 0.
 class CRankTable {
 public:
     explicit CRankTable(const std::vector<vistaTrim::CInt32CropRect>& candidates)
@@ -164,6 +165,8 @@ public:
     {
         double merged = 0;
         for (size_t measure = 0; measure < kMeasures.size(); ++measure) {
+            if (measure >= 3 && !(weights[measure] > 0))
+                continue;
             const std::vector<double>& sorted = Sorted[measure];
             const auto place =
                 std::upper_bound(sorted.begin(), sorted.end(), Measure(score, measure));

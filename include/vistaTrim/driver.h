@@ -59,8 +59,10 @@ public:
     // becomes a new list that the caller owns.
     virtual void ComputeCropSuggestions(ICropRects** result,
                                         const SuggestionParameters& request) = 0;
-    // At most n crops that differ from one another, best first. rankingMode 1, 2 or 3 keeps
-    // only that weight; any other value keeps all five.
+    // At most n crops. Near-identical ones form clusters; the clusters are served in turn, the
+    // one of the best crop first, each by its member with the cleanest border. With fewer than n
+    // crops to choose from all are handed out, best first. rankingMode 1, 2 or 3 keeps only that
+    // weight; any other value keeps all five.
     virtual void GetNTopCropSuggestions(int32_t n, ICropRects** result,
                                         const SuggestionParameters& request, int32_t rankingMode,
                                         WeightDistribution weights) = 0;

@@ -1,5 +1,5 @@
 // The seven exported functions, under their plain names: a host may look them up by name.
-// None of them tests its pointers and none catches anything.
+// None of them tests its pointers, and every exception passes through to the host.
 #ifndef VISTATRIM_FUNCTIONS_H
 #define VISTATRIM_FUNCTIONS_H
 

@@ -39,8 +39,8 @@ public:
     void EvaluateCropRects(CropGridRows& grid, uint32_t aspectIndex, uint32_t scaleIndex);
     // Fills the measures of one record inside the image, unless it is Scored.
     void EvaluateCropRect(CInt32CropRect& crop);
-    // At most n crops that differ, best first. The list is the analyzer's and is overwritten by
-    // the next call.
+    // At most n crops: one of each cluster in turn, or all in key order when fewer are there. The
+    // list is the analyzer's and is overwritten by the next call.
     const std::vector<CInt32CropRect>& SelectTopCrops(int32_t n, const CropGridRows& grid,
                                                       int32_t rankingMode, uint32_t aspectIndex,
                                                       uint32_t scaleIndex,

@@ -19,8 +19,7 @@ namespace {
 constexpr float kRegulariser = 10.0f;
 
 // Pixels measured at a time in the general form: two blocks of three planes lie in the first
-// cache. A multiple of every vector width, so that the product of a block has the bits of the
-// product of the whole plane.
+// cache.
 constexpr int32_t kBlock = 256;
 
 VISTATRIM_FORM_BODY void DotThreeBody(const float* a, const float* b, int32_t count, float* result)
@@ -172,7 +171,8 @@ void CDistanceModel::MeasureBlock(const CPlaneStack& stack, int32_t first, int32
         OffsetPlane(stack.Planes[k] + first, &Centred[k * static_cast<size_t>(count)], count,
                     -Means[k]);
     // The library's general product has a shorter way for matrices this narrow than its
-    // symmetric one. Both add the terms of an element in the same order.
+    // symmetric one. That both give the same bits is measured, not promised by the library:
+    // distance_maps_test holds them to it.
     cblas_sgemm(CblasColMajor, CblasNoTrans, CblasNoTrans, count, PlaneCount, PlaneCount, 1.0f,
                 Centred.data(), count, Inverse.data(), PlaneCount, 0.0f, Weighted.data(), count);
     // Rounding can make a square negative; its root is not a number then, and stays so.

@@ -11,10 +11,10 @@
 
 namespace vistaTrim {
 
-// A colour model made ready to measure pixels by: the fast form of the two maps below, equal to
-// them to the bit. It measures any stretch of a stack, so that whoever needs the distances from
-// several models can take them block by block, while the pixels are in the cache, with no plane
-// for each.
+// A colour model made ready to measure pixels by: the fast form of the two maps below, which a
+// test holds to their bits. It measures any stretch of a stack, so that whoever needs the distances
+// from several models can take them block by block, while the pixels are in the cache, with no
+// plane for each.
 class CDistanceModel {
 public:
     // mean        one plane of n floats

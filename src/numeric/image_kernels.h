@@ -39,7 +39,7 @@ void BlurInterleavedPixels(const uint8_t* pixels, int32_t cols, int32_t rows, fl
 // is refused.
 void ResizeStackLinear(CPlaneStack source, CPlaneStack target);
 
-// Elements strictly below level become value.
+// Elements that are not at or above level become value.
 void ThresholdBelow(CFloatMatrix& map, float level, float value);
 // Columns firstCol .. firstCol + width - 1 of all rows, times factor. An empty width is refused
 // silently.

@@ -14,6 +14,9 @@ namespace {
 // Below this a plane counts as flat: what is left in it is noise, and is not to be stretched.
 constexpr float kSmallestRange = 1e-05f;
 
+// Bits above these are a NaN or have a sign.
+constexpr uint32_t kInfinityBits = 0x7f800000;
+
 VISTATRIM_FORM_BODY void AbsBody(int32_t n, const float* a, float* y)
 {
     VISTATRIM_INDEPENDENT_STEPS
@@ -112,7 +115,6 @@ struct Extremes {
 
 Extremes FindExtremes(const float* x, int32_t n, const CPlaneRange& range)
 {
-    constexpr uint32_t kInfinityBits = 0x7f800000;
     if (range.Highest <= kInfinityBits && n > 0) {
         // All that the analysis has: one pass where the library takes two long ones.
         Extremes extremes;
@@ -219,6 +221,11 @@ void NormalisePlane(float* x, int32_t n)
 
 void NormaliseMeasuredPlane(float* x, int32_t n, const CPlaneRange& seen)
 {
+    // A sign, a NaN or an infinity: the plain form knows what to make of them.
+    if (n < 1 || seen.Highest >= kInfinityBits) {
+        NormalisePlane(x, n);
+        return;
+    }
     const Extremes extremes = FindExtremes(x, n, seen);
     const float shift = -extremes.Smallest;
     const float largest = extremes.Largest + shift;

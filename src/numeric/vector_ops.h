@@ -1,7 +1,7 @@
 // Element-wise operations on contiguous float arrays, stride 1.
 //
 // Counts are elements; a count of 0 does nothing (NormalisePlane needs at least 1). A
-// destination may be the same array as a source. Every result is rounded to float once.
+// destination may be the same array as a source. Each element-wise result is rounded once.
 #ifndef VISTATRIM_NUMERIC_VECTOR_OPS_H
 #define VISTATRIM_NUMERIC_VECTOR_OPS_H
 

@@ -5,7 +5,7 @@
 
 using namespace vistaTrim;
 
-// Thin flat wrappers. None of them catches anything or tests a pointer.
+// Thin flat wrappers. None of them tests a pointer or keeps an exception from the host.
 
 IImage* CreateImageObj(uint32_t height, uint32_t width, uint32_t channels,
                        const int32_t* channelOffsets, const uint8_t* pixels)

@@ -55,7 +55,8 @@ CellList EnabledCells(const RandomCropGenerator& generator, uint32_t aspectIndex
     return cells;
 }
 
-// *table is the address of a copy that is gone when this returns: hosts may use the count only.
+// *table is the address of a copy that is gone when the operation returns: hosts may use the count
+// only.
 void ReportTable(const std::vector<DoubleInfo> copy, DoubleInfo** table, uint32_t* count)
 {
     *count = static_cast<uint32_t>(copy.size());

@@ -47,7 +47,7 @@ private:
     RandomCropGenerator* Generator; // owned
     IImage* Image;                  // borrowed: outlives the driver, asked for its size
     CCropAnalyzer* Analyzer;        // owned
-    VistaTrimParameters Parameters; // the host's, as Initialize got them
+    VistaTrimParameters Parameters; // what Initialize stored: the host's, or the defaults
 };
 
 } // namespace vistaTrim

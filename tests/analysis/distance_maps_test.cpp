@@ -150,7 +150,7 @@ TEST(DistanceModel, MeasuresStretchesWithTheBitsOfTheWholeMap)
     const FormScope scope;
     for (const CpuForm form : AvailableForms())
         for (const int32_t planes : {1, 2, 3})
-            for (const int32_t stretch : {33 * 127, 2048, 515, 100}) {
+            for (const int32_t stretch : {33 * 127, 2048, 515, 257, 256, 255, 100, 17, 3}) {
                 SCOPED_TRACE(testing::Message() << "form " << form << ", " << planes
                                                 << " planes, stretches of " << stretch);
                 SelectCpuForm(form);

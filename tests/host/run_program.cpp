@@ -30,6 +30,8 @@ pid_t Spawn(const std::vector<std::string>& arguments, const std::string& in,
     Redirect(in, O_RDONLY, STDIN_FILENO);
     Redirect(out, O_WRONLY | O_CREAT | O_TRUNC, STDOUT_FILENO);
     Redirect(err, O_WRONLY | O_CREAT | O_TRUNC, STDERR_FILENO);
+    // Opened ahead: nobody may not be let into the folder that the program was built in.
+    const int program = open(VISTATRIM_PROGRAM, O_RDONLY | O_CLOEXEC);
     constexpr uid_t kNobody = 65534;
     if (asNobody && geteuid() == 0 && (setgid(kNobody) != 0 || setuid(kNobody) != 0))
         _exit(125);
@@ -37,7 +39,7 @@ pid_t Spawn(const std::vector<std::string>& arguments, const std::string& in,
     for (const std::string& argument : arguments)
         words.push_back(const_cast<char*>(argument.c_str()));
     words.push_back(nullptr);
-    execv(VISTATRIM_PROGRAM, words.data());
+    fexecve(program, words.data(), environ);
     _exit(127);
 }
 

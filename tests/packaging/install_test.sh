@@ -14,7 +14,7 @@ trap 'rm -rf "$work"' EXIT
 
 use_prefix() {
     local prefix=$1 dir=$2
-    cmake -S "$source/tests/packaging/consumer" -B "$dir/cmake" -DCMAKE_BUILD_TYPE=Release \
+    cmake -G Ninja -S "$source/tests/packaging/consumer" -B "$dir/cmake" -DCMAKE_BUILD_TYPE=Release \
         -DCMAKE_CXX_COMPILER="$compiler" -DCMAKE_PREFIX_PATH="$prefix" >"$dir.log"
     cmake --build "$dir/cmake" >>"$dir.log"
     "$dir/cmake/consumer"
