@@ -170,12 +170,8 @@ void CCropAnalyzer::GiveMatricesTheirSize()
 
     // new, not make_unique: nothing is to be cleared. The first map and table start on a cache
     // line, and with the usual widths of a picture all others do.
-    const size_t mapFloats = std::size(maps) * count + kCacheLine / sizeof(float);
-    const size_t tableDoubles = std::size(tables) * count + kCacheLine / sizeof(double);
-    MapStorage.reset(new float[mapFloats]);
-    TableStorage.reset(new double[tableDoubles]);
-    AdviseLargePages(MapStorage.get(), mapFloats * sizeof(float));
-    AdviseLargePages(TableStorage.get(), tableDoubles * sizeof(double));
+    MapStorage.reset(new float[std::size(maps) * count + kCacheLine / sizeof(float)]);
+    TableStorage.reset(new double[std::size(tables) * count + kCacheLine / sizeof(double)]);
     float* map = static_cast<float*>(StartOfCacheLine(MapStorage.get()));
     for (CFloatMatrix* const matrix : maps) {
         matrix->Borrow(rows, cols, map);

@@ -4,11 +4,6 @@
 #include <cstdlib>
 #include <memory>
 
-#if defined(__linux__)
-#include <sys/mman.h>
-#include <unistd.h>
-#endif
-
 // The address sanitizer knows of the block and not of the pieces that are cut from it. It is
 // told: all of the block is out of bounds but the pieces in use, their headers included. The
 // header defines both macros as nothing where there is no such sanitizer.
@@ -130,23 +125,6 @@ VISTATRIM_NOT_WATCHED bool CScratchScope::GiveBack(void* pointer)
         Last = header->PreviousLast;
     }
     return true;
-}
-
-void AdviseLargePages(void* storage, size_t bytes)
-{
-#if defined(__linux__) && defined(MADV_HUGEPAGE)
-    // Whole pages inside the storage: the ends may share theirs with somebody else.
-    const uintptr_t page = static_cast<uintptr_t>(sysconf(_SC_PAGESIZE));
-    const uintptr_t start = reinterpret_cast<uintptr_t>(storage);
-    const uintptr_t first = RoundUp(start, page);
-    const uintptr_t last = (start + bytes) & ~(page - 1);
-    // Refused where the system has no such pages; then they stay small.
-    if (first < last)
-        static_cast<void>(madvise(reinterpret_cast<void*>(first), last - first, MADV_HUGEPAGE));
-#else
-    static_cast<void>(storage);
-    static_cast<void>(bytes);
-#endif
 }
 
 } // namespace vistaTrim

@@ -41,10 +41,6 @@ private:
     size_t Top;  // first byte that is free
 };
 
-// Tells the system that the storage is about to be filled as a whole, so that it may come in
-// large pages. A hint: nothing but time depends on it.
-void AdviseLargePages(void* storage, size_t bytes);
-
 } // namespace vistaTrim
 
 #endif

@@ -1,4 +1,3 @@
-#include <algorithm>
 #include <cstdint>
 #include <cstring>
 #include <thread>
@@ -169,18 +168,6 @@ TEST(ScratchScope, HoldsThePlanesOfAStack)
     stack.Create(2, 16, 16); // releases the three before
     EXPECT_EQ(stack.Planes[0], first);
     stack.Release();
-}
-
-TEST(LargePages, AdviceChangesNothingButTime)
-{
-    AdviseLargePages(nullptr, 0);
-    char few[10] = "unchanged";
-    AdviseLargePages(few, sizeof(few));
-    EXPECT_STREQ(few, "unchanged");
-
-    std::vector<char> many(5000000, 'x');
-    AdviseLargePages(many.data() + 7, many.size() - 7);
-    EXPECT_EQ(std::count(many.begin(), many.end(), 'x'), 5000000);
 }
 
 TEST(BorrowedMatrix, LeavesTheStorageToItsOwner)
