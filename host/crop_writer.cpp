@@ -19,6 +19,9 @@ using vips::VImage;
 
 constexpr const char* kFormats[] = {"jpg", "png", "webp", "tif", "avif", "heic"};
 constexpr int kDefaultQuality = 90;
+// The best JPEG codes take a second pass over the whole crop, which then stands in memory; of
+// a larger crop it does not.
+constexpr int64_t kLargestInTwoPasses = 32 * 1000 * 1000; // pixels
 
 std::string CropName(const std::string& prefix, size_t rank, const std::string& format)
 {
@@ -80,8 +83,9 @@ void Save(const VImage& image, const std::string& path, const std::string& forma
 {
     const vips::VTarget target = vips::VTarget::new_to_file(path.c_str());
     vips::VOption* options = VImage::option();
+    const bool isSmall = int64_t{image.width()} * image.height() <= kLargestInTwoPasses;
     if (format == "jpg") {
-        image.jpegsave_target(target, options->set("Q", quality)->set("optimize_coding", true));
+        image.jpegsave_target(target, options->set("Q", quality)->set("optimize_coding", isSmall));
     } else if (format == "png") {
         image.pngsave_target(target, options);
     } else if (format == "webp") {

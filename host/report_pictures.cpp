@@ -59,8 +59,11 @@ std::string OverlayUri(const MapPicture& map)
     const VImage grey =
         VImage::new_from_memory(const_cast<uint8_t*>(map.Grey.data()), map.Grey.size(),
                                 map.Size.Width, map.Size.Height, 1, VIPS_FORMAT_UCHAR);
-    return BlobUri(grey.maplut(lut).webpsave_buffer(
-                       VImage::option()->set("Q", 60)->set("alpha_q", 60)->set("strip", true)),
+    return BlobUri(grey.maplut(lut).webpsave_buffer(VImage::option()
+                                                        ->set("Q", 60)
+                                                        ->set("alpha_q", 60)
+                                                        ->set("effort", 1)
+                                                        ->set("strip", true)),
                    "image/webp");
 }
 
