@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
 # From nothing to crops: installs what is missing, builds the host program and runs it on
-# photographs. Writes the crops, a contact sheet of them and a report page into out/.
+# photographs. Writes the crops and a report page that shows them all into out/.
 #
 # usage: scripts/demo.sh [PHOTO...]
 #   Without photographs it takes those of the Debian package lomiri-wallpapers-16.04.
