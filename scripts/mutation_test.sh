@@ -9,7 +9,11 @@
 # Everything lies in build/mutation: patches/NNNN.patch, results.tsv (number, outcome, program,
 # fault) and the tree that is changed. Outcomes: noticed, SURVIVED, does not compile. Faults that
 # results.tsv tells of already are passed over, so that a run that was stopped goes on; delete the
-# file to begin anew. Programs slower than MUTATION_SLOWEST seconds (20) are left out.
+# file to begin anew. Programs that take more than MUTATION_SLOWEST seconds (20) are left out.
+#
+# All bounds are of processor time, which neighbours on the machine do not lengthen: a program
+# that a fault keeps running is ended after ten times what it took without a fault, and some
+# seconds. A bound of real time ends only what waits for something that never comes.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 
@@ -50,12 +54,20 @@ nice -n 19 ninja -C "$build" -j"$jobs" >"$work/build.log"
 
 export OPENBLAS_NUM_THREADS=1 # the faults are ours; the machine's cores are for others
 export GTEST_FAIL_FAST=1
+waits=3600 # seconds
 run_program() { # seconds program; in a directory of its own, within bounds of time and memory
     (
         cd "$work"
         ulimit -c 0
         ulimit -v 16000000
-        nice -n 19 timeout -k 2 "$1" "$build/$2" >"$work/test.log" 2>&1
+        ulimit -t "$1"
+        nice -n 19 timeout -k 2 "$waits" "$build/$2" >"$work/test.log" 2>&1
+    )
+}
+build_targets() {
+    (
+        ulimit -t 900
+        nice -n 19 timeout -k 2 "$waits" ninja -C "$build" -j"$jobs" "$@" >"$work/build.log" 2>&1
     )
 }
 
@@ -63,9 +75,11 @@ run_program() { # seconds program; in a directory of its own, within bounds of t
 if [ ! -s "$durations" ]; then
     : >"$durations.new"
     for program in $(cd "$build" && find tests -type f -name '*_test' -perm -u+x | LC_ALL=C sort); do
-        began=$(date +%s%N)
-        run_program 300 "$program" || { echo "fails without a fault: $program" >&2; exit 1; }
-        printf '%d\t%s\n' $((($(date +%s%N) - began) / 1000000)) "$program" >>"$durations.new"
+        TIMEFORMAT='%3U %3S'
+        { time run_program 300 "$program"; } 2>"$work/time.log" ||
+            { echo "fails without a fault: $program" >&2; exit 1; }
+        awk -v program="$program" '{ printf "%d\t%s\n", 1000 * ($1 + $2), program }' \
+            "$work/time.log" >>"$durations.new"
     done
     sort -n "$durations.new" >"$durations"
     rm "$durations.new"
@@ -117,13 +131,12 @@ for patch in "$patches"/*.patch; do
     patch -s -p1 -d "$tree" <"$patch"
     outcome=SURVIVED
     witness=-
-    if ! timeout 600 nice -n 19 ninja -C "$build" -j"$jobs" libvistaTrimWhole.so "${near[@]}" \
-        >"$work/build.log" 2>&1; then
+    if ! build_targets libvistaTrimWhole.so "${near[@]}"; then
         outcome="does not compile"
     else
         witness=$(first_failure "${near[@]}")
         if [ -z "$witness" ]; then
-            timeout 600 nice -n 19 ninja -C "$build" -j"$jobs" "${far[@]}" >"$work/build.log" 2>&1
+            build_targets "${far[@]}"
             witness=$(first_failure "${far[@]}")
         fi
         [ -z "$witness" ] || outcome=noticed
