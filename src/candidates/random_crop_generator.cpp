@@ -4,17 +4,13 @@
 #include <cmath>
 #include <stdexcept>
 
+#include "candidates/throw_text.h"
+
 namespace vistaTrim {
 
 namespace {
 
 constexpr double kRatioTolerance = 0.001; // of a ratio, over the longer side in pixels
-
-// A bare char pointer, without const: handlers for char*, const char* and void* all catch it.
-[[noreturn]] void ThrowText(const char* text)
-{
-    throw const_cast<char*>(text);
-}
 
 // The standard library words this failure as it likes; hosts know it by this text.
 [[noreturn]] void ThrowTooLong()

@@ -1,5 +1,7 @@
 #include "vistaTrim/functions.h"
 
+#include <new>
+
 #include "public/rgb8_image.h"
 #include "public/vista_trim.h"
 

@@ -1,12 +1,12 @@
 #include "public/vista_trim.h"
 
-#include <exception>
 #include <memory>
 #include <new>
 #include <string>
 
 #include "analysis/crop_analyzer.h"
 #include "candidates/random_crop_generator.h"
+#include "candidates/throw_text.h"
 
 namespace vistaTrim {
 
@@ -15,12 +15,6 @@ namespace {
 // Folders of a detector that is not there: made at load, ended at unload, read by nothing.
 [[maybe_unused]] const std::string kResourceFolder = "./data/resource";
 [[maybe_unused]] const std::string kDetectorFolder = "./data/detector";
-
-// A bare char pointer, without const: handlers for char*, const char* and void* all catch it.
-[[noreturn]] void ThrowText(const char* text)
-{
-    throw const_cast<char*>(text);
-}
 
 using CellList = std::vector<const CropCell*>;
 
