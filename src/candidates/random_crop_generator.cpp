@@ -28,11 +28,15 @@ int64_t Truncate(double value)
     return INT64_MIN;
 }
 
-// The same in 32 bits, wrapping: a negative or huge side becomes an unsigned number that the
-// unsigned comparisons then meet.
-uint32_t TruncateToUnsigned(double value)
+// A crop side or a position, in pixels. A negative side, or one that 32 bits do not hold, is the
+// largest number: no picture holds such a crop, and it must not come back as one of few pixels. A
+// NaN, which no comparison finds too large, is 0.
+uint32_t ToPixels(double value)
 {
-    return static_cast<uint32_t>(static_cast<uint64_t>(Truncate(value)));
+    if (std::isnan(value))
+        return 0;
+    constexpr double kTwoTo32 = 4294967296.0;
+    return value >= 0 && value < kTwoTo32 ? static_cast<uint32_t>(value) : UINT32_MAX;
 }
 
 void Reserve(CropCell& cell, uint64_t count)
@@ -121,13 +125,13 @@ void RandomCropGenerator::FillCell(uint32_t aspectIndex, uint32_t scaleIndex)
     double cropHeight = 0;
     if (imageWidth / imageHeight < aspect) {
         cropWidth = std::floor(imageWidth * scale + 0.5);
-        cropHeight = std::floor(TruncateToUnsigned(cropWidth) / aspect + 0.5);
+        cropHeight = std::floor(ToPixels(cropWidth) / aspect + 0.5);
     } else {
         cropHeight = std::floor(imageHeight * scale + 0.5);
-        cropWidth = std::floor(TruncateToUnsigned(cropHeight) * aspect + 0.5);
+        cropWidth = std::floor(ToPixels(cropHeight) * aspect + 0.5);
     }
-    const uint32_t w = TruncateToUnsigned(cropWidth);
-    const uint32_t h = TruncateToUnsigned(cropHeight);
+    const uint32_t w = ToPixels(cropWidth);
+    const uint32_t h = ToPixels(cropHeight);
     if (w > ImageWidth || h > ImageHeight)
         ThrowText("RandomCropGenerator: error\n");
 
@@ -156,9 +160,9 @@ void RandomCropGenerator::FillCell(uint32_t aspectIndex, uint32_t scaleIndex)
     const int64_t countX = Truncate(dx / stepX + 1);
     const int64_t countY = Truncate(dy / stepY + 1);
     for (int64_t i = 0; i < countX; ++i) {
-        const uint32_t x = TruncateToUnsigned(std::floor(static_cast<double>(i) * stepX));
+        const uint32_t x = ToPixels(std::floor(static_cast<double>(i) * stepX));
         for (int64_t j = 0; j < countY; ++j) {
-            const uint32_t y = TruncateToUnsigned(std::floor(static_cast<double>(j) * stepY));
+            const uint32_t y = ToPixels(std::floor(static_cast<double>(j) * stepY));
             // A side of 0 wraps at the first column or row, and the position is passed over;
             // anywhere else such a crop is kept, with its last side one before its first.
             const uint32_t right = x + w - 1U;

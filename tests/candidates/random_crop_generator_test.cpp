@@ -439,6 +439,20 @@ TEST(RandomCropGenerator, ScaleAboveOneThrowsEachTimeAndLeavesAnEmptyCell)
     EXPECT_EQ(generator.GenerateForCropSize(320, 240, aspectIndex, scaleIndex).size(), 475U);
 }
 
+// Whole multiples of 2^32 pixels would come back as crops of no pixels if their upper bits were
+// lost, and a few pixels more as crops of a few.
+TEST(RandomCropGenerator, CropSideBeyondThirtyTwoBitsDoesNotFit)
+{
+    const double rows = 4294967296.0;
+    const double infinity = std::numeric_limits<double>::infinity();
+    for (const double height : {rows, rows + 3, 2 * rows, -rows, rows * rows, 1e300, infinity}) {
+        SCOPED_TRACE(height);
+        RandomCropGenerator generator = OneCellGenerator(640, 480, 1.0, height / 480, 25);
+        EXPECT_EQ(TextOfGenerateAll(generator), "RandomCropGenerator: error\n");
+        EXPECT_TRUE(generator.CropGrid.at(0).at(0).empty());
+    }
+}
+
 TEST(RandomCropGenerator, TextIsCaughtByTheThreePointerHandlers)
 {
     RandomCropGenerator generator = OneCellGenerator(640, 480, 1.0, 2.0, 25);

@@ -7,16 +7,14 @@ namespace slowOracle {
 
 namespace {
 
-// A crop side as the generator's unsigned number: the low 32 bits of the 64-bit whole number.
-// What no 64-bit number holds, and a NaN, counts as the lowest of them, whose low bits are 0.
+// A crop side as an unsigned number. The largest one stands for every side that no picture has,
+// negative or beyond 32 bits; a NaN exceeds nothing and counts as 0.
 uint32_t CropSide(double floored)
 {
-    constexpr double kTwoTo32 = 4294967296.0;
-    constexpr double kTwoTo63 = kTwoTo32 * kTwoTo32 / 2.0;
-    if (!(std::fabs(floored) < kTwoTo63))
-        return 0U;
-    const double low = std::fmod(floored, kTwoTo32);
-    return static_cast<uint32_t>(low < 0.0 ? low + kTwoTo32 : low);
+    constexpr uint32_t kLargest = 0xFFFFFFFFU;
+    if (floored < 0.0 || floored > static_cast<double>(kLargest))
+        return kLargest;
+    return std::isnan(floored) ? 0U : static_cast<uint32_t>(floored);
 }
 
 // The gaps between `positions` wanted positions, at least 1. The count is exact, however large,
