@@ -194,7 +194,10 @@ void GradientStrengthStepwise(const float* src, float* dst, int32_t cols, int32_
         static_cast<float*>(AllocateAligned(static_cast<size_t>(count) * sizeof(float), 64));
     const bool haveRows = RunSobel(SobelRowKernel, src, dst, cols, rows);
     const bool haveColumns = RunSobel(SobelColumnKernel, src, temporary, cols, rows);
-    // A difference that failed has left its plane undefined; it stays out of the sum.
+    // A failed call leaves its destination as it was. Without the row difference dst is such a
+    // destination, and keeps what it held: the other half is not added to it. Without the column
+    // difference the temporary plane is one, and holds nothing yet: dst gets the half that there
+    // is.
     if (haveRows) {
         VectorAbs(count, dst, dst);
         if (haveColumns) {

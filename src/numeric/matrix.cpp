@@ -12,17 +12,21 @@ namespace {
 constexpr uint32_t kFloatLimit = uint32_t{1} << 30;
 constexpr uint32_t kDoubleLimit = uint32_t{1} << 29;
 
+void RefuseOversized(uint32_t count, uint32_t limit)
+{
+    if (count >= limit)
+        throw std::bad_alloc();
+}
+
 float* NewFloats(uint32_t count)
 {
-    if (count >= kFloatLimit)
-        throw std::bad_alloc();
+    RefuseOversized(count, kFloatLimit);
     return count != 0 ? new float[count] : nullptr;
 }
 
 double* NewDoubles(uint32_t count)
 {
-    if (count >= kDoubleLimit)
-        throw std::bad_alloc();
+    RefuseOversized(count, kDoubleLimit);
     return count != 0 ? new double[count] : nullptr;
 }
 
@@ -70,6 +74,7 @@ void CFloatMatrix::Resize(uint32_t rows, uint32_t cols)
 
 void CFloatMatrix::Borrow(uint32_t rows, uint32_t cols, float* data)
 {
+    RefuseOversized(rows * cols, kFloatLimit);
     CFloatArray given;
     given.Count = rows * cols;
     given.Data = given.Count != 0 ? data : nullptr;
@@ -140,6 +145,7 @@ void CDoubleMatrix::Resize(uint32_t rows, uint32_t cols)
 
 void CDoubleMatrix::Borrow(uint32_t rows, uint32_t cols, double* data)
 {
+    RefuseOversized(rows * cols, kDoubleLimit);
     CDoubleArray given;
     given.Count = rows * cols;
     given.Data = given.Count != 0 ? data : nullptr;

@@ -36,7 +36,8 @@ public:
     // undefined. std::bad_alloc leaves the matrix as it was.
     void Resize(uint32_t rows, uint32_t cols);
     // Takes a place of rows x cols elements in storage that belongs to somebody else, who keeps
-    // it for as long as the matrix is used. What the matrix held is given up.
+    // it for as long as the matrix is used. What the matrix held is given up. The limit is that of
+    // storage of its own: std::bad_alloc leaves the matrix as it was.
     void Borrow(uint32_t rows, uint32_t cols, float* data);
     // Every element 0; storage is kept when the element count stays the same.
     void ResizeZeroed(uint32_t rows, uint32_t cols);

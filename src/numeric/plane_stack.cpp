@@ -1,6 +1,7 @@
 #include "numeric/plane_stack.h"
 
 #include <algorithm>
+#include <cstddef>
 
 #include "numeric/aligned_memory.h"
 #include "numeric/cpu_forms.h"
@@ -25,7 +26,9 @@ VISTATRIM_FORM_BODY void WidenPixelsBody(const uint8_t* __restrict bytes, float*
                                          float* __restrict plane1, float* __restrict plane2,
                                          int32_t count)
 {
-    for (int32_t i = 0; i < count; ++i) {
+    // Three times a count of pixels can pass 32 bits.
+    const ptrdiff_t pixels = count;
+    for (ptrdiff_t i = 0; i < pixels; ++i) {
         plane0[i] = bytes[3 * i];
         plane1[i] = bytes[3 * i + 1];
         plane2[i] = bytes[3 * i + 2];

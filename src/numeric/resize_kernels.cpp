@@ -117,7 +117,7 @@ struct ResizeState {
 };
 
 // A source of less than two pixels in either direction has no cell to interpolate in.
-int32_t BuildTables(const CPlaneStack& source, const CPlaneStack& target, ResizeState& state)
+int32_t BuildAxisTables(const CPlaneStack& source, const CPlaneStack& target, ResizeState& state)
 {
     if (source.Cols < 2 || source.Rows < 2)
         return KernelBadSize;
@@ -157,7 +157,7 @@ void ResizeStackLinear(CPlaneStack source, CPlaneStack target)
     int32_t status = CheckSizes(source, target);
     if (status != KernelSuccess)
         std::cerr << StatusText(status) << std::endl;
-    else if (BuildTables(source, target, state) == KernelSuccess)
+    else if (BuildAxisTables(source, target, state) == KernelSuccess)
         state.Work = AllocateFloats(2 * static_cast<int64_t>(target.Cols));
     for (size_t i = 0; i < static_cast<size_t>(std::max(source.PlaneCount, 0)); ++i) {
         status = ResizeKernel(source.Planes[i], source, target.Planes[i], target, state);

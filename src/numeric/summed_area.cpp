@@ -54,10 +54,13 @@ void AddRowsSkewed(const float* map, double* table, ptrdiff_t r, ptrdiff_t cols,
         aboveLeft[i] = above[i * cols + kFrontRows - 1 - i];
     }
     // The rows are too short for the processor to see where each of them goes next, and a line
-    // has to be there before it can be written: the same place of the next rows is asked for.
+    // has to be there before it can be written. So the same places of the next rows are asked
+    // for, once in as many columns as a line of the table holds; where in its line such a place
+    // lies is all one. The map's floats are asked for twice a line by that. Without next rows
+    // the hint names the present place, which is there already.
     const ptrdiff_t ahead = more ? kFrontRows * cols : 0;
     for (ptrdiff_t front = kFrontRows; front < cols; ++front) {
-        const bool newLine = front % kDoublesPerLine == 0;
+        const bool askAhead = front % kDoublesPerLine == 0;
         // From the bottom up: left[i - 1] is then still the element above this one.
         for (ptrdiff_t i = kFrontRows - 1; i >= 0; --i) {
             const ptrdiff_t at = i * cols + front - i;
@@ -65,7 +68,7 @@ void AddRowsSkewed(const float* map, double* table, ptrdiff_t r, ptrdiff_t cols,
             left[i] = ((left[i] + up) - aboveLeft[i]) + static_cast<double>(source[at]);
             aboveLeft[i] = up;
             out[at] = left[i];
-            if (newLine) {
+            if (askAhead) {
                 __builtin_prefetch(out + at + ahead, 1);
                 __builtin_prefetch(source + at + ahead);
             }
@@ -84,8 +87,9 @@ void AddRowsSkewed(const float* map, double* table, ptrdiff_t r, ptrdiff_t cols,
 // the order in which they come.
 constexpr size_t kRowsAtOnce = 8;
 
-// Asks for the place in the next eight rows that the present ones have reached, if it is the
-// first of its cache line and ahead is not 0; ahead is the distance to those rows.
+// Asks for the places in the next eight rows that the present ones have reached, once in as many
+// columns as a cache line holds; rows start anywhere in a line. ahead is the distance to those
+// rows, 0 if there are none.
 VISTATRIM_FORM_BODY void AskForNextRows(float* present, size_t stride, size_t c, size_t ahead)
 {
     if (ahead != 0 && c % kFloatsPerLine == 0)

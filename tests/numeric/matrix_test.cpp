@@ -326,6 +326,82 @@ TEST(FloatArray, SwapExchangesStorage)
     EXPECT_EQ(none.Data[1], 5.0f);
 }
 
+TEST(FloatMatrix, BorrowedStorageIsUsedAndLeftToItsOwner)
+{
+    float storage[8] = {};
+    storage[6] = -6.0f;
+    {
+        CFloatMatrix matrix;
+        matrix.Resize(5, 5);
+        matrix.Borrow(2, 3, storage);
+        EXPECT_EQ(matrix.Rows, 2u);
+        EXPECT_EQ(matrix.Cols, 3u);
+        EXPECT_EQ(matrix.Count, 6u);
+        ASSERT_EQ(matrix.Data, storage);
+        Number(matrix);
+    }
+    EXPECT_EQ(storage[5], 102.0f);
+    EXPECT_EQ(storage[6], -6.0f);
+
+    CFloatMatrix matrix;
+    matrix.Borrow(2, 3, storage);
+    matrix.Resize(3, 3); // storage of its own, with what the two have in common
+    EXPECT_NE(matrix.Data, storage);
+    EXPECT_EQ(matrix.Data[5], 102.0f);
+    matrix.Borrow(0, 3, storage);
+    EXPECT_EQ(matrix.Cols, 3u);
+    EXPECT_EQ(matrix.Data, nullptr);
+}
+
+TEST(FloatMatrix, BorrowsNoMoreThanItCouldOwn)
+{
+    float storage[6] = {};
+    CFloatMatrix matrix;
+    matrix.Borrow(2, 3, storage);
+    EXPECT_THROW(matrix.Borrow(1u << 15, 1u << 15, storage), std::bad_alloc);
+    EXPECT_EQ(matrix.Rows, 2u);
+    EXPECT_EQ(matrix.Cols, 3u);
+    EXPECT_EQ(matrix.Count, 6u);
+    EXPECT_EQ(matrix.Data, storage);
+    matrix.Borrow((1u << 30) - 1, 1, storage); // nothing is touched
+    EXPECT_EQ(matrix.Count, (1u << 30) - 1);
+}
+
+TEST(DoubleMatrix, BorrowsNoMoreThanItCouldOwn)
+{
+    double storage[6] = {};
+    CDoubleMatrix matrix;
+    matrix.Borrow(2, 3, storage);
+    EXPECT_THROW(matrix.Borrow(1u << 14, 1u << 15, storage), std::bad_alloc);
+    EXPECT_EQ(matrix.Rows, 2u);
+    EXPECT_EQ(matrix.Count, 6u);
+    EXPECT_EQ(matrix.Data, storage);
+    matrix.Borrow((1u << 29) - 1, 1, storage);
+    EXPECT_EQ(matrix.Count, (1u << 29) - 1);
+}
+
+TEST(DoubleMatrix, ResizeToNothingKeepsTheOtherSideAndHoldsNoStorage)
+{
+    for (bool sizedBefore : {false, true}) {
+        CDoubleMatrix matrix;
+        if (sizedBefore)
+            matrix.Resize(3, 4);
+        matrix.Resize(0, 7);
+        EXPECT_EQ(matrix.Rows, 0u);
+        EXPECT_EQ(matrix.Cols, 7u);
+        EXPECT_EQ(matrix.Count, 0u);
+        EXPECT_EQ(matrix.Data, nullptr);
+        matrix.Resize(9, 0);
+        EXPECT_EQ(matrix.Rows, 9u);
+        EXPECT_EQ(matrix.Cols, 0u);
+        EXPECT_EQ(matrix.Count, 0u);
+        EXPECT_EQ(matrix.Data, nullptr);
+        matrix.Resize(2, 2);
+        EXPECT_EQ(matrix.Count, 4u);
+        EXPECT_NE(matrix.Data, nullptr);
+    }
+}
+
 TEST(DoubleMatrix, ResizeToItsOwnSizeKeepsTheContentInNewStorage)
 {
     CDoubleMatrix matrix;
