@@ -39,9 +39,10 @@ public:
     // Null for a name that is none of the above.
     const NamedMap* Find(const std::string& name) const;
 
-    // The 304 cell means of a crop inside the picture, before they are standardised: what the
-    // model of composition is fitted on. For a picture that the analysis did not refuse.
-    void ReadDescriptor(const CInt32CropRect& crop, float* descriptor) const;
+    // The 304 cell means of a crop, before they are standardised: what the model of composition
+    // is fitted on. False, and nothing written, for a crop that holds no pixel of the picture, as
+    // no crop does of a picture that the analysis refuses.
+    bool ReadDescriptor(const CInt32CropRect& crop, float* descriptor) const;
 
 private:
     std::unique_ptr<const CCropAnalyzer> Analyzer;

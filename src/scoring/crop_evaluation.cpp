@@ -27,7 +27,8 @@ constexpr int kRight = 3;
 
 constexpr float kBandOutside = 1e10f; // drives BorderScore to 0
 
-// Coordinates far outside the picture stay inside an int32 this way; none of them is ever read.
+// Coordinates far outside the picture stay inside an int32 this way. None of these reaches a
+// table: the map's own limit replaces it, or the rectangle holds no pixel.
 constexpr float kFarOutside = 1e9f;
 
 float ScaledCoordinate(int32_t coordinate, float scaleFactor)
@@ -35,17 +36,6 @@ float ScaledCoordinate(int32_t coordinate, float scaleFactor)
     const float scaled =
         static_cast<float>(static_cast<double>(coordinate) * static_cast<double>(scaleFactor));
     return std::min(std::max(scaled, -kFarOutside), kFarOutside);
-}
-
-// A stretch of nothing, or one that starts beyond the map. The first coordinates are at least
-// 0 and the last ones inside the map, so this one test keeps every read inside the tables:
-// each index lies between a first and a last coordinate, or is the neighbour below a first.
-//
-// Such rectangles come from very thin pictures, where a crop side can round to nothing, and
-// from pictures whose analysis was refused and whose maps are empty.
-bool HoldsNoPixel(const WorkingRect& rect)
-{
-    return rect.FirstRow > rect.LastRow || rect.FirstCol > rect.LastCol;
 }
 
 // A record to be measured, and where it lies on the maps.

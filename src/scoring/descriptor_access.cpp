@@ -6,10 +6,14 @@
 
 namespace vistaTrim {
 
-void CMapReader::ReadDescriptor(const CInt32CropRect& crop, float* descriptor) const
+bool CMapReader::ReadDescriptor(const CInt32CropRect& crop, float* descriptor) const
 {
+    const WorkingRect rect = Analyzer->ToWorkingRect(crop);
+    if (HoldsNoPixel(rect))
+        return false;
     ComputeCompositionDescriptor(Analyzer->ContrastTable, Analyzer->SaliencyTable, descriptor,
-                                 Analyzer->ToWorkingRect(crop));
+                                 rect);
+    return true;
 }
 
 } // namespace vistaTrim
