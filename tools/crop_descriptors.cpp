@@ -39,6 +39,7 @@ struct DescriptorRow {
     int Group;        // number of the judgement inside the photograph
     int Side;         // 0 or 1 of a pair
     double Votes;     // of a pair's crop
+    bool EqualArea;   // whether a pair's crops have it
     vistaTrim::CInt32CropRect Crop;
     std::vector<float> Values;
 };
@@ -98,27 +99,30 @@ std::vector<DescriptorRow> DescribePhoto(const JudgedPhoto& judged, const Option
     DestroyImageObj(image);
 
     std::vector<DescriptorRow> rows;
-    const auto add = [&](const char* kind, int group, int side, double votes,
-                         const vistaTrim::CInt32CropRect& crop) {
-        DescriptorRow row{kind, group, side, votes, crop, std::vector<float>(kDescriptorSize)};
-        reader.ReadDescriptor(crop, row.Values.data());
-        rows.push_back(std::move(row));
+    const auto add = [&](const char* kind, int group, const vistaTrim::CInt32CropRect& crop,
+                         int side, double votes, bool equalArea) {
+        DescriptorRow row{
+            kind, group, side, votes, equalArea, crop, std::vector<float>(kDescriptorSize)};
+        // The lattice of a very thin photograph has crops without pixels: nothing to fit on.
+        if (reader.ReadDescriptor(crop, row.Values.data()))
+            rows.push_back(std::move(row));
     };
 
     std::mt19937 random(options.Seed * 1000003U + static_cast<uint32_t>(number));
     for (size_t i = 0; i < judged.Chosen.size(); ++i) {
         const int group = static_cast<int>(i);
-        add("chosen", group, 0, 0, ToCrop(judged.Chosen[i], photo.Width, photo.Height));
+        add("chosen", group, ToCrop(judged.Chosen[i], photo.Width, photo.Height), 0, 0, false);
         for (const CropBox& rival : DrawRivals(judged.Chosen[i], photo, options.Rivals, random))
-            add("rival", group, 0, 0, ToCrop(rival, photo.Width, photo.Height));
+            add("rival", group, ToCrop(rival, photo.Width, photo.Height), 0, 0, false);
     }
     for (size_t i = 0; i < judged.Pairs.size(); ++i)
         for (int side = 0; side < 2; ++side)
-            add("pair", static_cast<int>(i), side, judged.Pairs[i].Votes[side],
-                ToCrop(judged.Pairs[i].Crops[side], photo.Width, photo.Height));
+            add("pair", static_cast<int>(i),
+                ToCrop(judged.Pairs[i].Crops[side], photo.Width, photo.Height), side,
+                judged.Pairs[i].Votes[side], judged.Pairs[i].EqualArea());
 
     for (int i = 0; i < options.Candidates && !lattice.empty(); ++i)
-        add("candidate", i, 0, 0, lattice[random() % lattice.size()]);
+        add("candidate", i, lattice[random() % lattice.size()], 0, 0, false);
     return rows;
 }
 
@@ -127,12 +131,12 @@ void WriteRows(const std::vector<std::vector<DescriptorRow>>& all,
 {
     std::ofstream values(output + ".f32", std::ios::binary);
     std::ofstream table(output + ".tsv");
-    table << "photo\tkind\tgroup\tside\tvotes\tleft\tright\ttop\tbottom\n";
+    table << "photo\tkind\tgroup\tside\tvotes\tequal_area\tleft\tright\ttop\tbottom\n";
     for (size_t i = 0; i < all.size(); ++i)
         for (const DescriptorRow& row : all[i]) {
             table << photos[i].File << '\t' << row.Kind << '\t' << row.Group << '\t' << row.Side
-                  << '\t' << row.Votes << '\t' << row.Crop.Left << '\t' << row.Crop.Right << '\t'
-                  << row.Crop.Top << '\t' << row.Crop.Bottom << '\n';
+                  << '\t' << row.Votes << '\t' << row.EqualArea << '\t' << row.Crop.Left << '\t'
+                  << row.Crop.Right << '\t' << row.Crop.Top << '\t' << row.Crop.Bottom << '\n';
             values.write(reinterpret_cast<const char*>(row.Values.data()),
                          static_cast<std::streamsize>(row.Values.size() * sizeof(float)));
         }

@@ -25,6 +25,13 @@ struct CropBox {
 struct VotedPair {
     CropBox Crops[2];
     double Votes[2] = {0, 0};
+
+    // Whether size can have had no part in the votes: the areas as the table has them, to the
+    // last digit. All that fits or measures on "equal-area pairs" means these.
+    bool EqualArea() const
+    {
+        return Crops[0].Area() == Crops[1].Area();
+    }
 };
 
 // What people said about one photograph.

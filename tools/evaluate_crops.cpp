@@ -187,7 +187,7 @@ void TallyPreference(PhotoFigures& figures, const std::string& method, const Vot
     const double better = pair.Votes[0] > pair.Votes[1] ? value0 - value1 : value1 - value0;
     const double right = better > 0 ? 1.0 : (better < 0 ? 0.0 : 0.5);
     figures[{method, "all pairs"}].Add(right);
-    if (pair.Crops[0].Area() == pair.Crops[1].Area())
+    if (pair.EqualArea())
         figures[{method, "equal-area pairs"}].Add(right);
 }
 

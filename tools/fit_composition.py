@@ -8,11 +8,15 @@
 The descriptors come from the C++ library itself, through the program crop_descriptors. Three
 tables of 304 values and a bias come out:
 
-  mean, scale   the mean and the reciprocal spread of each slot over the fitting crops, brought
+  DescriptorMean, DescriptorScale
+                the mean and the reciprocal spread of each slot over the fitting crops, brought
                 onto the published anchors by a smooth correction (see fit_profile)
-  weights       pairwise logistic regression with ridge (R. A. Bradley, M. E. Terry, Rank analysis
+  DescriptorWeights
+                pairwise logistic regression with ridge (R. A. Bradley, M. E. Terry, Rank analysis
                 of incomplete block designs, 1952), a convex problem solved by L-BFGS-B
                 (R. H. Byrd, P. Lu, J. Nocedal, C. Zhu, 1995)
+  DescriptorBias
+                the published one
 
 A chosen crop is compared with crops of the same photograph of about equal area. Voted pairs are
 weighted by their margin; what an unequal area alone explains goes to a term of its own that is
@@ -108,6 +112,7 @@ class Descriptors:
         self.group = table["group"]
         self.side = table["side"]
         self.votes = table["votes"].astype(float)
+        self.equal_area = table["equal_area"] != 0
         names, self.photo = np.unique(table["photo"], return_inverse=True)
         self.photos = len(names)
         width = (table["right"] - table["left"] + 1).astype(float)
@@ -167,7 +172,7 @@ class Comparisons:
         self.is_pair = is_pair
         self.photo = data.photo[self.better]
         self.area = data.log_area[self.better] - data.log_area[self.worse]
-        self.equal_area = is_pair & (np.abs(self.area) < 0.005)
+        self.equal_area = is_pair & data.equal_area[self.better]
 
 
 # --- means and scales ------------------------------------------------------------------------
@@ -493,7 +498,7 @@ def main():
     parser.add_argument("--boxes", help="table of chosen crops")
     parser.add_argument("--pairs", help="table of voted pairs")
     parser.add_argument("--split", default="fit", help="split to fit on (default: fit)")
-    parser.add_argument("--output", required=True, help="source file to write")
+    parser.add_argument("--output", help="source file to write (not with --cross-validate)")
     parser.add_argument("--descriptors", default="build/release/tools/crop_descriptors",
                         help="the program crop_descriptors (default: %(default)s)")
     parser.add_argument("--read-descriptors", metavar="STEM",
@@ -513,6 +518,8 @@ def main():
     parser.add_argument("--cross-validate", action="store_true",
                         help="try a grid of settings on left-out photographs and print it")
     args = parser.parse_args()
+    if not args.cross_validate and not args.output:
+        parser.error("--output is required")
     if not args.read_descriptors:
         for name in ("photos", "boxes", "pairs"):
             if not getattr(args, name):
