@@ -127,8 +127,8 @@ struct VISTATRIM_API WeightDistribution {
     WeightDistribution(double weight1, double weight2, double weight3, double weight4,
                        double weight5);
     WeightDistribution(const WeightDistribution& other) = default;
-    // Trivial, so that the record stays trivially copyable and travels by value as five
-    // doubles. records.cpp exports an operator of this name for hosts that call one.
+    // Trivial, so that the record stays trivially copyable: its bytes are all there is to copy. The
+    // library has a function of the operator's name too, for hosts whose declarations call one.
     WeightDistribution& operator=(const WeightDistribution& other) = default;
 };
 static_assert(sizeof(WeightDistribution) == 40 && offsetof(WeightDistribution, Weight2) == 8 &&

@@ -26,7 +26,9 @@ struct CImageView {
 };
 
 // Holds every map, table, total and gain by which a crop is judged. After construction the
-// maps never change. Scoring writes into DescriptorBuffer: one thread at a time.
+// maps never change. Scoring one record writes into DescriptorBuffer, a selection into
+// SelectedCrops: one thread at a time. A picture so thin that one side rounds to nothing is
+// refused: the maps stay empty.
 class CCropAnalyzer {
 public:
     // Runs the whole analysis. Keeps no reference to the image.
@@ -62,10 +64,10 @@ public:
     int32_t WorkRows;
     int32_t SourceCols; // size of the image
     int32_t SourceRows;
-    float* DescriptorBuffer; // kDescriptorSize floats, owned
+    float* DescriptorBuffer; // kDescriptorSize floats, owned; see ComputeCompositionScore
     int32_t BorderBand;      // working pixels, width of the band along each side
     float ScaleFactor;       // source coordinates times this are working coordinates
-    float ContrastMaskTotal; // sums of the maps, at least 1e-10
+    float ContrastMaskTotal; // sums of the maps, at least 1e-10; 0 for a refused picture
     float ColorContrastTotal;
     float EdgeTotal;
     float PeakTotal;

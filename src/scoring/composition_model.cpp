@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cblas.h>
 #include <cmath>
+#include <iterator>
 
 #include "analysis/crop_analyzer.h"
 #include "numeric/cpu_forms.h"
@@ -21,6 +22,23 @@ constexpr int32_t kContrast8 = 16;
 constexpr int32_t kSaliency4 = 80;
 constexpr int32_t kSaliency8 = 96;
 constexpr int32_t kSaliency12 = 160;
+
+// The loops below name their grids one by one; these hold them to the published sizes.
+constexpr int32_t Cells(int32_t gridSize)
+{
+    return gridSize * gridSize;
+}
+static_assert(std::size(ContrastGridSizes) == 2 && std::size(SaliencyGridSizes) == 3 &&
+                  ContrastGridSizes[0] == 4 && ContrastGridSizes[1] == 8 &&
+                  SaliencyGridSizes[0] == 4 && SaliencyGridSizes[1] == 8 &&
+                  SaliencyGridSizes[2] == 12,
+              "grids of the descriptor");
+static_assert(kContrast8 == kContrast4 + Cells(ContrastGridSizes[0]) &&
+                  kSaliency4 == kContrast8 + Cells(ContrastGridSizes[1]) &&
+                  kSaliency8 == kSaliency4 + Cells(SaliencyGridSizes[0]) &&
+                  kSaliency12 == kSaliency8 + Cells(SaliencyGridSizes[1]) &&
+                  kDescriptorSize == kSaliency12 + Cells(SaliencyGridSizes[2]),
+              "slots of the descriptor");
 
 // A cell's size is fractional and a float; its limits are formed in double and rounded to
 // float once, before the floor.

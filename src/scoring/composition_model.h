@@ -10,10 +10,11 @@
 
 namespace vistaTrim {
 
+// The grids laid over each table, in the order in which they stand in the descriptor.
 constexpr int32_t ContrastGridSizes[] = {4, 8};
 constexpr int32_t SaliencyGridSizes[] = {4, 8, 12};
 
-// descriptor  304 floats: grids in the order above, each row by row
+// descriptor  304 floats: the contrast grids, then the saliency grids, each row by row
 // rect        inside the tables
 void ComputeCompositionDescriptor(const CDoubleMatrix& contrastTable,
                                   const CDoubleMatrix& saliencyTable, float* descriptor,
