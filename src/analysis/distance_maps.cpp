@@ -157,7 +157,13 @@ void CDistanceModel::Measure(const CPlaneStack& stack, int32_t first, int32_t co
                              float* distance)
 {
     if (Scalar) {
-        ScalarDistance(stack.Planes[0] + first, count, -Means[0], Scale, distance);
+        // A variance below -10, which rounding can make of a bright flat strip, has no root. What
+        // such a factor makes of a plane is the library's affair (some take it for 0), and has to
+        // be the same here as in the plain form.
+        const bool plain = std::isnan(Scale);
+        ScalarDistance(stack.Planes[0] + first, count, -Means[0], plain ? 1.0f : Scale, distance);
+        if (plain)
+            cblas_sscal(count, Scale, distance, 1);
         return;
     }
     for (int32_t done = 0; done < count; done += kBlock)

@@ -172,6 +172,108 @@ TEST(DistanceModel, MeasuresStretchesWithTheBitsOfTheWholeMap)
             }
 }
 
+bool SameDistance(float a, float b)
+{
+    return std::isnan(a) ? std::isnan(b) : std::memcmp(&a, &b, sizeof a) == 0;
+}
+
+// Over more than two blocks, so that what one leaves behind in the scratch meets the next.
+void ExpectModelAsWholeMap(Scene& scene)
+{
+    const bool scalar = scene.Planes.size() == 1;
+    if (scalar)
+        scene.Scalar(false);
+    else
+        scene.Mahalanobis(false);
+    CDistanceModel model(scene.Mean, scene.Covariance, scalar);
+    const int32_t count = scene.Stack.ElementCount;
+    std::vector<float> measured(static_cast<size_t>(count));
+    model.Measure(scene.Stack, 0, count, measured.data());
+    for (size_t i = 0; i < measured.size(); ++i)
+        ASSERT_TRUE(SameDistance(measured[i], scene.Out.Data()[i]))
+            << i << ": " << measured[i] << ", whole map " << scene.Out.Data()[i];
+}
+
+TEST(DistanceModel, FallsBackAsTheWholeMapDoes)
+{
+    struct Case {
+        const char* Name;
+        std::vector<float> Covariance;
+        float Square; // the common scale of the fallback: first element + 20
+    };
+    const FormScope scope;
+    for (const CpuForm form : AvailableForms())
+        for (const Case& odd :
+             {Case{"singular", {0, 0, 0, 0, -10, 0, 0, 0, 0}, 20},
+              Case{"of rank 1", {-9, 1, 1, 1, -9, 1, 1, 1, -9}, 11},
+              Case{"indefinite", {30, 1, 2, 1, -40, 3, 2, 3, 60}, 50},
+              Case{"without a scale", {-20, 0, 0, 0, 50, 0, 0, 0, 50}, 0},
+              Case{"of a negative scale", {-50, 0, 0, 0, 50, 0, 0, 0, 50}, -30}}) {
+            SCOPED_TRACE(testing::Message() << "form " << form << ", " << odd.Name);
+            SelectCpuForm(form);
+            Scene scene(3, 67, 9, 12);
+            scene.SetCovariance(odd.Covariance);
+            ExpectModelAsWholeMap(scene);
+            for (size_t i = 0; i < 67 * 9; ++i) {
+                double square = 0.0;
+                for (size_t k = 0; k < 3; ++k) {
+                    const double apart = static_cast<double>(scene.Planes[k].Data()[i]) -
+                                         static_cast<double>(scene.Mean.Planes[0][k]);
+                    square += apart * apart;
+                }
+                const float found = scene.Out.Data()[i];
+                if (odd.Square == 0) {
+                    EXPECT_EQ(found, kInfinity);
+                } else if (odd.Square < 0) {
+                    EXPECT_TRUE(std::isnan(found));
+                } else {
+                    const double exact = std::sqrt(square / static_cast<double>(odd.Square));
+                    EXPECT_NEAR(static_cast<double>(found), exact, 4e-7 * exact + 1e-6);
+                }
+            }
+        }
+}
+
+TEST(DistanceModel, OfACovarianceThatIsNotFiniteIsAsTheWholeMap)
+{
+    const float nan = std::numeric_limits<float>::quiet_NaN();
+    for (const float odd : {nan, kInfinity, -kInfinity})
+        for (const size_t where : {0U, 4U, 8U, 1U, 2U, 5U}) {
+            SCOPED_TRACE(testing::Message() << odd << " at " << where);
+            Scene scene(3, 67, 9, 13);
+            std::vector<float> covariance(scene.Covariance.Planes[0],
+                                          scene.Covariance.Planes[0] + 9);
+            covariance[where] = odd;
+            covariance[where % 3 * 3 + where / 3] = odd;
+            scene.SetCovariance(covariance);
+            ExpectModelAsWholeMap(scene);
+            if (!std::isnan(odd))
+                continue;
+            for (const float distance : scene.Out.Pixels())
+                ASSERT_TRUE(std::isnan(distance));
+        }
+}
+
+// What a factor that is no number does to a plane differs from one BLAS to another; with all of
+// them the two forms agree.
+TEST(DistanceModel, OfOnePlaneWithAnOddVarianceIsAsTheWholeMap)
+{
+    for (const float variance :
+         {-10.0f, -20.0f, kInfinity, -kInfinity, std::numeric_limits<float>::quiet_NaN()}) {
+        SCOPED_TRACE(variance);
+        Scene scene(1, 67, 9, 14);
+        scene.SetCovariance({variance});
+        ExpectModelAsWholeMap(scene);
+        const float distance = scene.Out.Data()[0];
+        if (std::isinf(variance) && variance > 0) {
+            EXPECT_EQ(distance, 0.0f);
+        }
+        if (variance == -10.0f) {
+            EXPECT_EQ(distance, kInfinity);
+        }
+    }
+}
+
 TEST(MahalanobisMap, MatchesTheDefinition)
 {
     Scene scene(3, 640, 427, 2);
