@@ -173,6 +173,32 @@ TEST(CropAnalyzer, LargerPictureIsReadWithTheWrongRowLength)
         EXPECT_TRUE(SameBits(*a[k].Map, *b[k].Map)) << a[k].Name;
 }
 
+// Three bytes a pixel are read whatever the image says of its channels, so one of four bytes a
+// pixel gives the maps of its first three quarters of bytes, sheared.
+TEST(CropAnalyzer, ReadsThreeBytesAPixelWhateverTheChannelCount)
+{
+    const Picture bytes = Blobs(640, 40, 6); // as many as 640 x 30 pixels of four have
+    const int32_t offsets[4] = {0, 1, 2, 3};
+    const ImageHolder fourChannels(CreateImageObj(30, 640, 4, offsets, bytes.Bytes.data()));
+    const CCropAnalyzer analyzer(fourChannels.get());
+
+    Picture read(640, 30);
+    std::copy_n(bytes.Bytes.begin(), read.Bytes.size(), read.Bytes.begin());
+    const auto expected = Analyse(read);
+    EXPECT_EQ(analyzer.WorkRows, 30);
+    const std::vector<NamedFloats> maps = AllMaps(analyzer);
+    const std::vector<NamedFloats> expectedMaps = AllMaps(*expected);
+    for (size_t k = 0; k < maps.size(); ++k) {
+        ASSERT_EQ(maps[k].Map->Count, 640u * 30u) << maps[k].Name;
+        EXPECT_TRUE(
+            std::equal(maps[k].Map->Data, maps[k].Map->Data + 640 * 30, expectedMaps[k].Map->Data))
+            << maps[k].Name;
+    }
+    for (int side = 0; side < 4; ++side)
+        EXPECT_EQ(analyzer.SideGain[side], expected->SideGain[side]);
+    EXPECT_EQ(analyzer.PeakTotal, expected->PeakTotal);
+}
+
 TEST(CropAnalyzer, WorkingLengthRoundsToTheNearest)
 {
     EXPECT_EQ(Analyse(Noise(1280, 855, 6))->WorkRows, 428); // 427.5

@@ -320,6 +320,33 @@ TEST(AnchoredContrast, OfAFlatStackIsZero)
         ASSERT_EQ(out.Stack.Planes[0][i], 0.0f);
 }
 
+// One faint pixel away from all strips: both models are 0, and its distance from each is its value
+// over the root of the regulariser. The map's floor of 1e-5 parts the two.
+TEST(AnchoredContrast, ReachesOneOnlyIfItsRangeReachesTheFloor)
+{
+    const float perUnit = 1.0f / std::sqrt(10.0f);
+    for (const double range : {0.99e-5, 1.01e-5}) {
+        SCOPED_TRACE(range);
+        TabledStack planes(1, 40, 30);
+        std::fill_n(planes.Stack.Planes[0], 40 * 30, 0.0f);
+        const float faint = static_cast<float>(range / 2) / perUnit;
+        planes.At(0, 15, 20) = faint;
+        BuildTables(planes.Stack);
+        TabledStack out(1, 40, 30);
+        const float sum = faint * perUnit + faint * perUnit;
+        const float scale = range < 1e-5 ? 100000.0f : static_cast<float>(1.0 / double(sum));
+        for (const bool top : {true, false}) {
+            if (top)
+                ComputeTopContrast(planes.Stack, out.Stack, 0.25f);
+            else
+                ComputeBottomContrast(planes.Stack, out.Stack, 0.25f);
+            EXPECT_EQ(out.At(0, 15, 20), sum * scale);
+            EXPECT_NEAR(out.At(0, 15, 20), range < 1e-5 ? 0.99 : 1.0, 1e-6);
+            EXPECT_EQ(out.At(0, 0, 0), 0.0f);
+        }
+    }
+}
+
 TEST(AnchoredContrast, OfAnUpsideDownStackSwapsTopAndBottom)
 {
     constexpr int32_t kCols = 33;

@@ -172,6 +172,32 @@ TEST(PlaneStack, ACopyIsAHandleOnTheSamePlanes)
     stack.Release();
 }
 
+// Nothing in a stack says whether it owns: Release on a handle frees what every other stack
+// still points at. So only the stack that Create made is released.
+TEST(PlaneStack, ReleaseOnACopyFreesThePlanesOfAll)
+{
+    AllocationFaults memory({});
+    CPlaneStack stack;
+    stack.Create(2, 3, 3);
+    for (float* plane : stack.Planes)
+        std::fill_n(plane, 9, 1.0f);
+    BuildTables(stack);
+    const std::vector<float*> planes = stack.Planes;
+
+    CPlaneStack copy = stack;
+    copy.Release();
+
+    EXPECT_EQ(memory.Live, 0);
+    EXPECT_TRUE(copy.Planes.empty());
+    EXPECT_FALSE(copy.TablesBuilt);
+    // The first stack knows nothing of it.
+    EXPECT_EQ(stack.Planes, planes);
+    EXPECT_EQ(stack.PlaneTables.size(), 2u);
+    EXPECT_EQ(stack.PairTables.size(), 3u);
+    EXPECT_TRUE(stack.TablesBuilt);
+    // And is simply dropped: its end frees nothing a second time.
+}
+
 TEST(PlaneStack, PlanePointersAreACopyOfTheList)
 {
     float plane[4] = {};

@@ -257,6 +257,23 @@ TEST(NormalisePlane, TakesARangeOfTheFloorAsItIs)
     EXPECT_EQ(above[1], 2e-05f * static_cast<float>(1.0 / static_cast<double>(2e-05f)));
 }
 
+// Below the floor the range has no say, above it the floor has none.
+TEST(NormalisePlane, RangesJustUnderAndJustOverTheFloorPart)
+{
+    for (const float under : {std::nextafter(1e-05f, 0.0f), 0.99e-05f}) {
+        float x[] = {0.0f, under, under / 2};
+        NormalisePlane(x, 3);
+        EXPECT_EQ(x[1], under * 100000.0f);
+        EXPECT_LT(x[1], 1.0f);
+    }
+    for (const float over : {std::nextafter(1e-05f, 1.0f), 1.01e-05f}) {
+        float x[] = {0.0f, over, over / 2};
+        NormalisePlane(x, 3);
+        EXPECT_EQ(x[1], over * static_cast<float>(1.0 / static_cast<double>(over)));
+        EXPECT_LE(x[1], std::nextafter(1.0f, 2.0f));
+    }
+}
+
 // One multiplication for each element, so the bits are known although a library does it.
 TEST(NormalisePlane, ScalesByTheRoundedReciprocal)
 {

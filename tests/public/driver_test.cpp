@@ -127,6 +127,29 @@ TEST(Driver, EmptyAspectTableReplacesTheWholeSet)
     EXPECT_EQ(count, 1U);
 }
 
+// A row of the grid without cells holds no candidates. That is an empty list and no failure.
+TEST(Driver, AspectRowsWithoutScaleRowsGiveEmptyLists)
+{
+    VistaTrimParameters parameters;
+    parameters.AspectRatios = new DoubleInfo[2];
+    parameters.AspectRatios[0] = DoubleInfo(1.5);
+    parameters.AspectRatios[1] = DoubleInfo(1.0);
+    parameters.NumAspectRatios = 2;
+    parameters.NumMaxCropRectsPerSide = 25;
+    HostObjects host(640, 96, parameters);
+    ASSERT_EQ(host.NumScaleRows(), 0U);
+    for (const SuggestionParameters& request :
+         {SuggestionParameters(), SuggestionParameters(1.5, false),
+          SuggestionParameters(1.25, false)}) {
+        EXPECT_TRUE(host.Suggestions(request).empty());
+        EXPECT_TRUE(host.BestCrops(5, request).empty());
+    }
+    // A crop size brings the first scale row, and from then on there is something to find.
+    EXPECT_FALSE(host.BestCrops(5, SuggestionParameters(120, 80, false)).empty());
+    EXPECT_EQ(host.NumScaleRows(), 1U);
+    EXPECT_FALSE(host.Suggestions(SuggestionParameters()).empty());
+}
+
 // With one aspect row nothing is defaulted, not even a density of 0, which wraps.
 TEST(Driver, AspectTableOfTheHostKeepsEverythingElseOfTheHost)
 {

@@ -1,3 +1,4 @@
+#include <algorithm>
 #include <cstdint>
 #include <vector>
 
@@ -61,6 +62,23 @@ TEST(CreateImageObj, KeepsTheFourChannelOffsets)
         EXPECT_EQ(image->GetChannelOffset(i), kOffsets[i]);
     EXPECT_EQ(image->GetRowStride(), 4U);
     DestroyImageObj(image);
+}
+
+TEST(CreateImageObj, TakesAsManyBytesAPixelAsThereAreChannels)
+{
+    std::vector<uint8_t> bytes(5 * 3 * 4);
+    for (size_t i = 0; i < bytes.size(); ++i)
+        bytes[i] = static_cast<uint8_t>(3 * i + 1);
+    for (const uint32_t channels : {1U, 2U, 4U}) {
+        SCOPED_TRACE(channels);
+        IImage* image = CreateImageObj(3, 5, channels, kOffsets, bytes.data());
+        EXPECT_EQ(image->GetNumChannels(), channels);
+        EXPECT_EQ(image->GetPixelStride(), channels);
+        EXPECT_EQ(image->GetRowStride(), 5 * channels);
+        EXPECT_TRUE(
+            std::equal(image->GetPixels(), image->GetPixels() + 15 * channels, bytes.begin()));
+        DestroyImageObj(image);
+    }
 }
 
 TEST(CreateImageObj, ByteCountPast32BitsWraps)

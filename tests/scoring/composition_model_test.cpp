@@ -52,9 +52,28 @@ TEST(CompositionModel, TwoRowsUnderTwelveCellsRepeat)
     EXPECT_EQ(starts[11], 41);
     EXPECT_EQ(ends[11], 41);
     for (int32_t i = 0; i < 12; ++i) {
-        EXPECT_GE(starts[i], 40);
-        EXPECT_LE(ends[i], 41);
-        EXPECT_GE(ends[i], starts[i]);
+        EXPECT_EQ(starts[i], i < 6 ? 40 : 41) << i;
+        EXPECT_EQ(ends[i], starts[i]) << i;
+    }
+}
+
+// Six cells on top of one another read the first row of pixels, six the second.
+TEST(CompositionModel, TwoRowsFillEveryCellAsTheSlowFormDoes)
+{
+    const auto analyzer = NoiseAnalyzer(50, 80, 41);
+    const slowOracle::ScoringInput in = OracleInput(*analyzer);
+    for (const WorkingRect& rect :
+         {WorkingRect{40, 3, 41, 62}, WorkingRect{0, 0, 1, 79}, WorkingRect{48, 70, 49, 79}}) {
+        const std::vector<float> found = Descriptor(*analyzer, rect);
+        const std::vector<float> slow = slowOracle::CompositionDescriptor(in, OracleRect(rect));
+        ASSERT_EQ(slow.size(), found.size());
+        for (size_t slot = 0; slot < slow.size(); ++slot)
+            ASSERT_TRUE(SameBits(found[slot], slow[slot])) << slot;
+        for (size_t row = 0; row < 12; ++row)
+            for (size_t col = 0; col < 12; ++col)
+                EXPECT_EQ(found[160 + row * 12 + col], found[160 + (row < 6 ? 0 : 132) + col])
+                    << row << " " << col;
+        EXPECT_NE(found[160], found[160 + 132]);
     }
 }
 
@@ -138,9 +157,11 @@ TEST(CompositionModel, SlotsGoRowByRowWhateverTheAspectRatio)
             EXPECT_EQ(descriptor[80 + slot], slot == 1 ? 0.5f : 0.0f);
         }
         for (size_t row = 0; row < 8; ++row)
-            for (size_t col = 0; col < 8; ++col)
-                EXPECT_EQ(descriptor[16 + row * 8 + col],
-                          row < 2 && col >= 2 && col < 4 ? 1.0f : 0.0f);
+            for (size_t col = 0; col < 8; ++col) {
+                const bool inside = row < 2 && col >= 2 && col < 4;
+                EXPECT_EQ(descriptor[16 + row * 8 + col], inside ? 1.0f : 0.0f);
+                EXPECT_EQ(descriptor[96 + row * 8 + col], inside ? 0.5f : 0.0f);
+            }
         for (size_t row = 0; row < 12; ++row)
             for (size_t col = 0; col < 12; ++col)
                 EXPECT_EQ(descriptor[160 + row * 12 + col],

@@ -2,6 +2,8 @@
 #include <algorithm>
 #include <cmath>
 #include <memory>
+#include <utility>
+#include <vector>
 
 #include <gtest/gtest.h>
 
@@ -12,6 +14,21 @@
 
 using namespace vistaTrim;
 using testPictures::Picture;
+
+namespace {
+long dotProducts = 0; // that anybody asked of the linear algebra
+} // namespace
+
+extern "C" {
+float __real_cblas_sdot(int n, const float* x, int strideX, const float* y, int strideY);
+float __wrap_cblas_sdot(int n, const float* x, int strideX, const float* y, int strideY);
+
+float __wrap_cblas_sdot(int n, const float* x, int strideX, const float* y, int strideY)
+{
+    ++dotProducts;
+    return __real_cblas_sdot(n, x, strideX, y, strideY);
+}
+}
 
 namespace scoringTests {
 namespace {
@@ -127,6 +144,69 @@ TEST(ScoredRequests, TwoRequestsGiveTwoListsWithEqualContents)
     EXPECT_TRUE(SameLists(*first, *second));
     first.reset();
     EXPECT_TRUE(second->Data()[second->Count() - 1].Score.Scored);
+}
+
+// Each measured candidate takes one dot product with the model's weights.
+TEST(ScoredRequests, ASecondRequestMeasuresNothingAnew)
+{
+    Session session(SmallPicture());
+    const long before = dotProducts;
+    const List first = session.All();
+    EXPECT_GT(dotProducts - before, static_cast<long>(first->Count()) / 2);
+    EXPECT_LE(dotProducts - before, static_cast<long>(first->Count()));
+
+    const long measured = dotProducts;
+    const List second = session.All();
+    session.Best(5);
+    session.All(kThreeToTwo);
+    EXPECT_EQ(dotProducts, measured);
+    EXPECT_TRUE(SameLists(*first, *second));
+
+    // Only the cells of a new scale row are measured, each of their candidates once.
+    const List size = session.All(kSize);
+    EXPECT_EQ(dotProducts - measured, static_cast<long>(size->Count()));
+    session.All(kSize);
+    EXPECT_EQ(dotProducts - measured, static_cast<long>(size->Count()));
+}
+
+// What stands in the grid is served as it stands, were it nonsense.
+TEST(ScoredRequests, ScoresThatStandInTheGridStay)
+{
+    const auto analyzer = testPictures::Analyse(SmallPicture());
+    RandomCropGenerator generator;
+    generator.Initialize(640, 96, {DoubleInfo(1.5), DoubleInfo(3.0)},
+                         {DoubleInfo(0.5), DoubleInfo(0.8)}, 9);
+    generator.FillAll();
+    analyzer->EvaluateCropRects(generator.CropGrid, NoIndex, NoIndex);
+    for (CropRow& row : generator.CropGrid)
+        for (CropCell& cell : row)
+            for (CInt32CropRect& crop : cell) {
+                crop.Score.CompositionScore = -1.0;
+                crop.Score.CoverageScore = -2.0;
+                crop.Score.BorderScore = -3.0;
+                crop.Score.PeakScore = -4.0;
+                crop.Score.CentrePeakScore = -5.0;
+                crop.CoversContent = false;
+            }
+    generator.CropGrid[1][0][7].Score.Scored = false; // one that is new among old ones
+    const CropGridRows nonsense = generator.CropGrid;
+
+    generator.FillAll();
+    analyzer->EvaluateCropRects(generator.CropGrid, NoIndex, NoIndex);
+    uint32_t aspect = NoIndex;
+    generator.FillForAspectRatio(1.5, aspect);
+    analyzer->EvaluateCropRects(generator.CropGrid, aspect, NoIndex);
+
+    for (size_t a = 0; a < 2; ++a)
+        for (size_t s = 0; s < 2; ++s)
+            for (size_t i = 0; i < nonsense[a][s].size(); ++i) {
+                const CInt32CropRect& crop = generator.CropGrid[a][s][i];
+                if (a == 1 && s == 0 && i == 7) {
+                    EXPECT_TRUE(crop.Score.Scored && crop.Score.BorderScore >= 0.0);
+                } else {
+                    ASSERT_TRUE(SameRecord(crop, nonsense[a][s][i]));
+                }
+            }
 }
 
 TEST(ScoredRequests, ASelectionLeavesNoTraceInTheCandidates)
@@ -421,6 +501,51 @@ TEST(ThinPictures, RequestsRunAtEverySizeFromOnePixelUp)
         ExpectRequestsRun(640, thin);
     for (const int32_t thin : {1, 2, 3, 4, 5, 6, 7, 9, 11, 12, 13, 14, 23})
         ExpectRequestsRun(thin, 640);
+}
+
+void ExpectAllFinite(const Picture& picture)
+{
+    testing::internal::CaptureStderr(); // the edges of one row cannot be resized
+    const auto analyzer = testPictures::Analyse(picture);
+    testing::internal::GetCapturedStderr();
+    const auto finite = [](auto first, auto count) {
+        return std::all_of(first, first + count, [](auto value) { return std::isfinite(value); });
+    };
+    for (const testPictures::NamedFloats& map : testPictures::AllMaps(*analyzer)) {
+        EXPECT_EQ(map.Map->Count, 640u);
+        EXPECT_TRUE(finite(map.Map->Data, map.Map->Count)) << map.Name;
+    }
+    for (const float total : {analyzer->ContrastMaskTotal, analyzer->ColorContrastTotal,
+                              analyzer->EdgeTotal, analyzer->PeakTotal})
+        EXPECT_TRUE(std::isfinite(total) && total >= 1e-10f);
+    EXPECT_TRUE(finite(analyzer->SideGain, 4));
+
+    testing::internal::CaptureStderr();
+    Session session(picture);
+    testing::internal::GetCapturedStderr();
+    const List lists[] = {session.All(), session.All(SuggestionParameters(5.0, false)),
+                          session.Best(20)};
+    for (const List& list : lists) {
+        ASSERT_GT(list->Count(), 0u);
+        for (uint32_t i = 0; i < list->Count(); ++i)
+            ASSERT_TRUE(finite(&list->Data()[i].Score.CompositionScore, 7)) << i;
+    }
+    CInt32CropRect whole(0, picture.Cols - 1, 0, picture.Rows - 1);
+    EvaluateScores(session.get(), &whole);
+    EXPECT_TRUE(finite(&whole.Score.CompositionScore, 7));
+}
+
+TEST(ThinPictures, OfOneRowOrColumnHaveFiniteMapsAndScores)
+{
+    for (const auto& [cols, rows] : {std::pair(640, 1), std::pair(1, 640)}) {
+        SCOPED_TRACE(testing::Message() << cols << " x " << rows);
+        ExpectAllFinite(testPictures::Noise(cols, rows, 9));
+        ExpectAllFinite(testPictures::Blobs(cols, rows, 4));
+        ExpectAllFinite(testPictures::HalfAndHalf(cols, rows));
+        ExpectAllFinite(testPictures::OneBrightPixel(cols, rows));
+        for (const int value : {0, 128, 255})
+            ExpectAllFinite(testPictures::Flat(cols, rows, value, value, value));
+    }
 }
 
 // The analysis of these was refused or reads a sheared piece of the picture.

@@ -155,6 +155,19 @@ TEST(CropOverlap, LargeRectanglesDoNotWrap)
     EXPECT_EQ(CropOverlap(large, CInt32CropRect(0, 99999, 0, 49999)), 0.5f);
 }
 
+// 4097 x 4097 shared pixels are 2^24 + 8193; a float holds even numbers up there.
+TEST(CropOverlap, SharedPixelsAreAFloat)
+{
+    const CInt32CropRect inner(0, 4096, 0, 4096);
+    const CInt32CropRect outer(0, 4097, 0, 4096);
+    const double shared = 16785408; // one less than there are
+    const double all = 4098.0 * 4097.0 + 4097.0 * 4097.0;
+    const float expected = static_cast<float>(shared / (all - shared));
+    ASSERT_NE(expected, static_cast<float>((shared + 1) / (all - shared - 1)));
+    EXPECT_EQ(CropOverlap(inner, outer), expected);
+    EXPECT_EQ(CropOverlap(outer, inner), expected);
+}
+
 TEST_F(Selecting, OverlapOfExactlyTheLimitDoesNotJoin)
 {
     const CInt32CropRect leader(0, 99, 0, 99);
@@ -317,6 +330,41 @@ TEST_F(Selecting, HardRectanglesFilterBeforeTheRanking)
     exclude.Kind = RoiHardExclude;
     Analyzer->RectsOfInterest.push_back(exclude);
     EXPECT_TRUE(Select(5, GridOf(cell)).empty());
+}
+
+// One region to be held whole and one to be left alone, with nothing in common and with some.
+TEST_F(Selecting, ARegionToHoldThatTouchesOneToAvoidEmptiesTheList)
+{
+    const CropGridRows grid = GridOf(ApartCell(8)); // each ten pixels square, ten apart
+    CRectOfInterest hold(42, 47, 2, 7, false);
+    hold.Kind = RoiHardInclude;
+    CRectOfInterest avoid(48, 48, 2, 7, false);
+    avoid.Kind = RoiHardExclude;
+    Analyzer->RectsOfInterest = {hold};
+    EXPECT_EQ(Lefts(Select(5, grid)), (std::vector<int>{40}));
+    // Whoever holds all of the first touches the second, though these two do not meet yet.
+    Analyzer->RectsOfInterest = {hold, avoid};
+    EXPECT_TRUE(Select(5, grid).empty());
+    Analyzer->RectsOfInterest[1].Left = 47;
+    for (const int32_t n : {0, 1, 5})
+        EXPECT_TRUE(Select(n, grid).empty());
+    Analyzer->RectsOfInterest[1] = avoid;
+    Analyzer->RectsOfInterest[1].Left = Analyzer->RectsOfInterest[1].Right = 50; // beside the crop
+    EXPECT_EQ(Lefts(Select(5, grid)), (std::vector<int>{40}));
+}
+
+// 0.1 and the float nearest to it are 1.5e-9 apart, which the tier makes 1.5e-3: more than these
+// ranks are apart, if the key took the double as it stands.
+TEST_F(Selecting, RoiScoresEnterTheKeyAsFloats)
+{
+    CropCell cell = {Candidate(0, 9, 0, 9, 0.2), Candidate(100, 109, 0, 9, 0.8)};
+    cell[0].Score.RoiScore = static_cast<double>(0.1f);
+    cell[1].Score.RoiScore = 0.1;
+    ASSERT_GT(cell[0].Score.RoiScore, cell[1].Score.RoiScore);
+    const WeightDistribution slight(0.001, 0, 0);
+    EXPECT_EQ(Lefts(Select(5, GridOf(cell), 0, slight)), (std::vector<int>{100, 0}));
+    cell[0].Score.RoiScore = static_cast<double>(std::nextafter(0.1f, 1.0f));
+    EXPECT_EQ(Lefts(Select(5, GridOf(cell), 0, slight)), (std::vector<int>{0, 100}));
 }
 
 TEST_F(Selecting, TheGridsRecordsAreLeftAlone)
