@@ -363,8 +363,10 @@ TEST(AnalysisOracle, FromTheSamePlanesStatisticsHaveTheSameBits)
                 sides = std::max(sides, LargestDifference(PlaneOf(outs[side]), slowSides[side]));
         }
     std::printf("contrasts %.1e, sides %.1e\n", contrasts, sides);
-    EXPECT_LE(contrasts, 1e-5);
-    EXPECT_LE(sides, 1e-5);
+    // Over OpenBLAS' kernels for Prescott, Nehalem, Sandy Bridge, Haswell, Zen and Skylake-X:
+    // contrasts 8.1e-7, sides 1.3e-5.
+    EXPECT_LE(contrasts, 4e-6);
+    EXPECT_LE(sides, 4e-5);
 }
 
 // The seven maps from smoothed planes that both sides share, by the slow stages.
@@ -458,9 +460,9 @@ MapsApart SaliencyApart(const slowOracle::Picture& picture)
     return apart;
 }
 
-// What is left is the inverse of the covariance, in single precision on both sides: 1.1e-5 when
-// measured.
-constexpr double kSamePlanes = 4e-5;
+// What is left is the inverse of the covariance, in single precision on both sides: 2.2e-5 over
+// the kernels named above.
+constexpr double kSamePlanes = 5e-5;
 // A map that spans less than 1e-5 before its normalisation is multiplied by 1e5, and the last
 // bit of a distance, 6e-8, becomes 6e-3.
 constexpr double kSamePlanesFlat = 2e-2;
@@ -471,7 +473,12 @@ TEST(AnalysisOracle, FromTheSamePlanesAllSizesAgree)
     for (const auto& [cols, rows] :
          {std::pair(640, 480), std::pair(640, 64), std::pair(640, 26), std::pair(640, 7),
           std::pair(640, 2), std::pair(640, 1), std::pair(1, 640), std::pair(9, 640)})
-        for (const char* name : {"blobs:2", "photograph:3", "noise:4", "vertical_gradient"}) {
+        for (const std::string name : {"blobs:2", "photograph:3", "noise:4", "vertical_gradient"}) {
+            // Both rows of this one are equally far from the strips at the sides, by sums of terms
+            // a thousand times as large. What the kernel at hand leaves of the difference, some
+            // 1e-5, is or is not stretched to 1.
+            if (name == "vertical_gradient" && rows == 2)
+                continue;
             SCOPED_TRACE(testing::Message() << name << " " << cols << " x " << rows);
             const MapsApart apart = SaliencyApart(slowOracle::MakePicture(name, cols, rows));
             EXPECT_LE(apart.Usual, kSamePlanes);
