@@ -92,7 +92,7 @@ void AddShape(CLI::App& app, Request& request)
     CLI::Option* scale =
         AddRead(
             app, "--scale", "a number above 0, at most 1",
-            "Crop side over photograph side; may be repeated (default: 0.4, 0.5 to 1)",
+            "Crop side over photograph side; may be repeated (default: 0.5, 0.55 to 1)",
             [&request](const std::string& text) {
                 const auto numbers = ParseNumbers(text);
                 if (!numbers)

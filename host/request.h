@@ -19,7 +19,7 @@ enum class RankBy : int32_t { All = 0, Composition = 1, Coverage = 2, Border = 3
 struct Request {
     int32_t Top = 5;
     std::vector<Ratio> Aspects; // none: the library's own table
-    std::vector<double> Scales; // none: the library's own table
+    std::vector<double> Scales; // none: kDefaultScales
     std::optional<PixelSize> Size;
     uint32_t Density = kDefaultDensity; // positions tried along the axis with more free room
     std::vector<Wish> Wishes;

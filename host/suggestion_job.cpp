@@ -2,12 +2,14 @@
 
 #include <algorithm>
 #include <cmath>
+#include <iterator>
 #include <memory>
 #include <string>
 
 #include "explanation.h"
 #include "photo_error.h"
 #include "stopwatch.h"
+#include "turns.h"
 #include "way_back.h"
 
 namespace vistaTrim::host {
@@ -76,14 +78,14 @@ void FillParameters(const Request& request, const std::vector<Ratio>& ratios,
     for (size_t i = 0; i < ratios.size(); ++i)
         parameters.AspectRatios[i] = DoubleInfo(ratios[i].Value(), true);
 
-    if (request.Scales.empty()) {
-        parameters.SetDefaultCropRectScaleRatios();
-    } else {
-        parameters.NumCropRectScaleRatios = static_cast<uint32_t>(request.Scales.size());
-        parameters.CropRectScaleRatios = new DoubleInfo[request.Scales.size()];
-        for (size_t i = 0; i < request.Scales.size(); ++i)
-            parameters.CropRectScaleRatios[i] = DoubleInfo(request.Scales[i], true);
-    }
+    const std::vector<double> scales =
+        request.Scales.empty()
+            ? std::vector<double>(std::begin(kDefaultScales), std::end(kDefaultScales))
+            : request.Scales;
+    parameters.NumCropRectScaleRatios = static_cast<uint32_t>(scales.size());
+    parameters.CropRectScaleRatios = new DoubleInfo[scales.size()];
+    for (size_t i = 0; i < scales.size(); ++i)
+        parameters.CropRectScaleRatios[i] = DoubleInfo(scales[i], true);
 
     parameters.NumRectsOfInterest = static_cast<uint32_t>(wishes.size());
     parameters.RectsOfInterest = new CRectOfInterest[wishes.size()];
@@ -126,10 +128,51 @@ Ratio NearestRatio(const CInt32CropRect& crop, const std::vector<Ratio>& ratios)
                              [&off](const Ratio& a, const Ratio& b) { return off(a) < off(b); });
 }
 
-std::vector<CInt32CropRect> CopyAndRelease(ICropRects* list)
+CropList CopyAndRelease(ICropRects* list)
 {
     SmartPtr<CCropRects> held(static_cast<CCropRects*>(list), false);
-    return std::vector<CInt32CropRect>(held->Data(), held->Data() + held->Count());
+    return CropList(held->Data(), held->Data() + held->Count());
+}
+
+CropList BestOf(IVistaTrim& driver, const Request& request, int32_t wanted,
+                const SuggestionParameters& libraryRequest)
+{
+    ICropRects* list = nullptr;
+    GetNTopCropSuggestions(&driver, wanted, &list, &libraryRequest,
+                           static_cast<int32_t>(request.Ranking), request.Weights);
+    return CopyAndRelease(list);
+}
+
+// The ratios that are clearly wider than the photograph, the nearest first.
+std::vector<double> WiderRatios(const std::vector<Ratio>& ratios, PixelSize photo)
+{
+    const double own = static_cast<double>(photo.Width) / photo.Height;
+    std::vector<double> wider;
+    for (const Ratio& ratio : ratios)
+        if (ratio.Value() > 1.05 * own)
+            wider.push_back(ratio.Value());
+    std::sort(wider.begin(), wider.end());
+    return wider;
+}
+
+// Of a free choice, the first few are to differ in shape: people who crop a photograph often cut
+// it wider than it was, and a single list leaves that to its tail. So two wider ratios get turns
+// of their own between those of the whole table. The candidates are scored once all the same.
+CropList FreeChoice(IVistaTrim& driver, const Request& request, const std::vector<Ratio>& ratios,
+                    PixelSize photo)
+{
+    // The turns pass over crops that resemble earlier ones, so more are asked for than are given.
+    const int32_t length = std::max(30, 6 * request.Top);
+    std::vector<CropList> lists = {BestOf(driver, request, length, SuggestionParameters(false))};
+    const std::vector<double> wider = WiderRatios(ratios, photo);
+    for (size_t i = 0; i < wider.size() && i < 2; ++i)
+        lists.push_back(BestOf(driver, request, length, SuggestionParameters(wider[i], false)));
+    std::vector<size_t> order;
+    for (size_t list = lists.size() - 1; list > 0; --list) {
+        order.push_back(0);
+        order.push_back(list);
+    }
+    return TakeTurns(lists, order, static_cast<size_t>(request.Top));
 }
 
 void Ask(const WorkingPicture& picture, const Request& request, PhotoResult& result)
@@ -146,13 +189,13 @@ void Ask(const WorkingPicture& picture, const Request& request, PhotoResult& res
     result.Times.Analyse = analysing.Milliseconds();
 
     const Stopwatch scoring;
-    ICropRects* list = nullptr;
-    GetNTopCropSuggestions(driver.get(), request.Top, &list, &libraryRequest,
-                           static_cast<int32_t>(request.Ranking), request.Weights);
-    const std::vector<CInt32CropRect> best = CopyAndRelease(list);
+    // Whoever names ratios, a size or one measure gets the library's own order.
+    const bool free = request.Aspects.empty() && !request.Size && request.Ranking == RankBy::All;
+    const CropList best = free ? FreeChoice(*driver, request, ratios, picture.Photo)
+                               : BestOf(*driver, request, request.Top, libraryRequest);
     result.Times.Score = scoring.Milliseconds();
 
-    std::vector<CInt32CropRect> used;
+    CropList used;
     for (const CInt32CropRect& crop : best) {
         // Of a very thin picture the library also lays out crops whose sides rounded to nothing;
         // nothing was measured on them.
@@ -174,6 +217,7 @@ void Ask(const WorkingPicture& picture, const Request& request, PhotoResult& res
     }
 
     if (request.Explain) {
+        ICropRects* list = nullptr;
         ComputeCropSuggestions(driver.get(), &list, &libraryRequest);
         Explain(CopyAndRelease(list), used, wishes, picture, request.Top, result);
     }

@@ -6,6 +6,7 @@
 #include <cmath>
 #include <cstdio>
 #include <exception>
+#include <filesystem>
 #include <fstream>
 #include <map>
 #include <random>
@@ -38,7 +39,9 @@ struct Options {
     std::string Json;
     std::vector<std::string> WeightTexts;
     std::string WeightsFile;
+    std::string SuggestionsFile;
     std::vector<Weights> WeightSets;
+    std::map<std::string, std::vector<CropBox>> Suggestions; // by the photograph's name
     std::vector<double> Aspects;
     std::vector<double> Scales;
     bool OwnAspect = false;
@@ -209,8 +212,8 @@ void TallyOverlap(PhotoFigures& figures, const std::string& method,
     }
 }
 
-void EvaluateBoxes(PhotoFigures& figures, CSession& session, const CropBox& chosen,
-                   const WorkingPhoto& photo, const Options& options,
+void EvaluateBoxes(PhotoFigures& figures, CSession& session, const JudgedPhoto& judged,
+                   const CropBox& chosen, const WorkingPhoto& photo, const Options& options,
                    const std::vector<vistaTrim::CInt32CropRect>& candidates)
 {
     for (const Weights& weights : options.WeightSets) {
@@ -219,6 +222,8 @@ void EvaluateBoxes(PhotoFigures& figures, CSession& session, const CropBox& chos
             crops.push_back(ToBox(crop));
         TallyOverlap(figures, WeightsName(weights), crops, chosen, photo);
     }
+    if (!options.SuggestionsFile.empty())
+        TallyOverlap(figures, "suggestions", options.Suggestions.at(judged.File), chosen, photo);
     if (!options.MeasuresAlone)
         return;
 
@@ -327,7 +332,7 @@ PhotoFigures EvaluatePhoto(const JudgedPhoto& judged, const Options& options)
 
     PhotoFigures figures;
     for (const CropBox& chosen : judged.Chosen)
-        EvaluateBoxes(figures, session, chosen, photo, options, candidates);
+        EvaluateBoxes(figures, session, judged, chosen, photo, options, candidates);
     EvaluatePairs(figures, session, judged.Pairs, photo, options, CRankTable(candidates));
 
     // A score of exactly 0 or 1 means that the model's raw output left the range it is mapped
@@ -444,6 +449,32 @@ Weights ParseWeights(const std::string& text)
     return weights;
 }
 
+// What `vistatrim suggest --json` printed: an object a line. Photographs are known by their file
+// name without the folder.
+std::map<std::string, std::vector<CropBox>> ReadSuggestions(const std::string& file)
+{
+    std::ifstream stream(file);
+    if (!stream)
+        throw std::runtime_error(file + ": cannot be opened");
+    std::map<std::string, std::vector<CropBox>> suggestions;
+    size_t number = 0;
+    for (std::string line; std::getline(stream, line);) {
+        ++number;
+        try {
+            const nlohmann::json photo = nlohmann::json::parse(line);
+            std::vector<CropBox> crops;
+            for (const nlohmann::json& crop : photo.at("crops"))
+                crops.push_back({crop.at("x"), crop.at("y"), crop.at("width"), crop.at("height")});
+            suggestions
+                [std::filesystem::path(photo.at("file").get<std::string>()).filename().string()] =
+                    crops;
+        } catch (const nlohmann::json::exception& error) {
+            throw std::runtime_error(file + ":" + std::to_string(number) + ": " + error.what());
+        }
+    }
+    return suggestions;
+}
+
 int Run(Options& options)
 {
     for (const std::string& text : options.WeightTexts)
@@ -459,6 +490,13 @@ int Run(Options& options)
 
     const std::vector<JudgedPhoto> photos =
         ReadCropTables(options.Boxes, options.Pairs, options.Split);
+    if (!options.SuggestionsFile.empty()) {
+        options.Suggestions = ReadSuggestions(options.SuggestionsFile);
+        for (const JudgedPhoto& photo : photos)
+            if (!photo.Chosen.empty() && options.Suggestions.count(photo.File) == 0)
+                throw std::runtime_error(options.SuggestionsFile + ": holds no line for " +
+                                         photo.File);
+    }
     std::vector<PhotoFigures> results(photos.size());
     ForEachPhoto(photos.size(), options.Workers,
                  [&](size_t i) { results[i] = EvaluatePhoto(photos[i], options); });
@@ -483,6 +521,9 @@ int main(int argc, char** argv)
     app.add_option("--split", options.Split, "split to measure on")->capture_default_str();
     app.add_option("--weights", options.WeightTexts, "rank weights a,b,c,d,e; repeatable");
     app.add_option("--weights-file", options.WeightsFile, "rank weights, a line each");
+    app.add_option("--suggestions", options.SuggestionsFile,
+                   "measure these crops too: what `vistatrim suggest --json` printed of the "
+                   "photographs as they are in --photos");
     app.add_option("--aspects", options.Aspects, "aspect ratios instead of the default table")
         ->delimiter(',');
     app.add_option("--scales", options.Scales, "scale ratios instead of the default table")

@@ -113,6 +113,43 @@ TEST(Suggest, KeepsTheAskedRatiosExactly)
     EXPECT_EQ(result["crops"].size(), 50U);
 }
 
+double OverlapOf(const PixelRect& a, const PixelRect& b)
+{
+    const double width = std::min(a.X + a.Width, b.X + b.Width) - std::max(a.X, b.X);
+    const double height = std::min(a.Y + a.Height, b.Y + b.Height) - std::max(a.Y, b.Y);
+    const double shared = std::max(0.0, width) * std::max(0.0, height);
+    return shared / (static_cast<double>(a.Width) * a.Height +
+                     static_cast<double>(b.Width) * b.Height - shared);
+}
+
+// The limit is 0.8 between working crops; a working pixel more or less at each side is 0.01 here.
+TEST(Suggest, FreeChoiceGivesCropsThatDifferAndWiderOnesAmongThem)
+{
+    const TempFolder folder;
+    Scene(1800, 1200, 0.3, 0.6).write_to_file(folder.Path("a.jpg").c_str());
+    const json crops = SuggestOne(folder.Path("a.jpg"))["crops"];
+    ASSERT_EQ(crops.size(), 5U);
+    for (size_t i = 0; i < crops.size(); ++i)
+        for (size_t k = 0; k < i; ++k)
+            EXPECT_LE(OverlapOf(RectOf(crops[i]), RectOf(crops[k])), 0.82) << i << " " << k;
+    // The photograph is 3:2: the farther of the two wider ratios has the second turn, the nearer
+    // the fourth.
+    EXPECT_NEAR(crops[1]["width"].get<double>() / crops[1]["height"].get<double>(), 64.0 / 27,
+                0.02);
+    EXPECT_NEAR(crops[3]["width"].get<double>() / crops[3]["height"].get<double>(), 16.0 / 9, 0.02);
+}
+
+TEST(Suggest, FreeChoiceOfOneCropIsTheFirstOfMany)
+{
+    const TempFolder folder;
+    Scene(1800, 1200, 0.3, 0.6).write_to_file(folder.Path("a.jpg").c_str());
+    const json one = SuggestOne(folder.Path("a.jpg"), {"--top", "1"})["crops"];
+    const json many = SuggestOne(folder.Path("a.jpg"), {"--top", "8"})["crops"];
+    ASSERT_EQ(one.size(), 1U);
+    ASSERT_EQ(many.size(), 8U);
+    EXPECT_EQ(one[0], many[0]);
+}
+
 TEST(Suggest, GivesAskedSizesToThePixel)
 {
     const TempFolder folder;
@@ -210,13 +247,19 @@ TEST(Suggest, RanksByWhatItIsAskedTo)
 {
     const TempFolder folder;
     Scene(1800, 1200, 0.3, 0.6).write_to_file(folder.Path("a.jpg").c_str());
-    const json byComposition = SuggestOne(folder.Path("a.jpg"), {"--rank-by", "composition"});
-    const json byWeight = SuggestOne(folder.Path("a.jpg"), {"--weights", "1,0,0"});
+    // With a ratio, so that both are the library's own order.
+    const std::vector<std::string> shape = {"--aspect", "3:2", "--aspect", "1:1"};
+    const auto suggest = [&](std::vector<std::string> options) {
+        options.insert(options.end(), shape.begin(), shape.end());
+        return SuggestOne(folder.Path("a.jpg"), options);
+    };
+    const json byComposition = suggest({"--rank-by", "composition"});
+    const json byWeight = suggest({"--weights", "1,0,0"});
     // Mode and weight are one thing but for the factor of the default weight.
     ASSERT_EQ(byComposition["crops"].size(), byWeight["crops"].size());
     for (size_t i = 0; i < byWeight["crops"].size(); ++i)
         EXPECT_EQ(RectOf(byComposition["crops"][i]), RectOf(byWeight["crops"][i]));
-    const json byCoverage = SuggestOne(folder.Path("a.jpg"), {"--weights", "0,1,0"});
+    const json byCoverage = suggest({"--weights", "0,1,0"});
     EXPECT_NE(byCoverage["crops"], byWeight["crops"]);
 }
 
