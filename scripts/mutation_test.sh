@@ -22,6 +22,7 @@ count=${2:-320}
 range=${3:-1-$count}
 slowest=${MUTATION_SLOWEST:-20}
 jobs=${MUTATION_JOBS:-2}
+niceness=${MUTATION_NICE:-19} # of the builds and the programs
 
 work=$PWD/build/mutation
 tree=$work/tree
@@ -50,7 +51,7 @@ cmake -S "$tree" -B "$build" -G Ninja "${launcher[@]}" -DVISTATRIM_TESTS_SHARED=
     -DCMAKE_BUILD_TYPE=RelWithDebInfo -DCMAKE_CXX_FLAGS_RELWITHDEBINFO=-O1 \
     -DVISTATRIM_BUILD_HOST=OFF -DVISTATRIM_BUILD_TOOLS=OFF -DVISTATRIM_BUILD_BENCHMARKS=OFF \
     -DCMAKE_LINK_DEPENDS_NO_SHARED=ON -DCMAKE_GTEST_DISCOVER_TESTS_DISCOVERY_MODE=PRE_TEST >"$work/configure.log"
-nice -n 19 ninja -C "$build" -j"$jobs" >"$work/build.log"
+nice -n "$niceness" ninja -C "$build" -j"$jobs" >"$work/build.log"
 
 export OPENBLAS_NUM_THREADS=1 # the faults are ours; the machine's cores are for others
 export GTEST_FAIL_FAST=1
@@ -61,13 +62,13 @@ run_program() { # seconds program; in a directory of its own, within bounds of t
         ulimit -c 0
         ulimit -v 16000000
         ulimit -t "$1"
-        nice -n 19 timeout -k 2 "$waits" "$build/$2" >"$work/test.log" 2>&1
+        nice -n "$niceness" timeout -k 2 "$waits" "$build/$2" >"$work/test.log" 2>&1
     )
 }
 build_targets() {
     (
         ulimit -t 900
-        nice -n 19 timeout -k 2 "$waits" ninja -C "$build" -j"$jobs" "$@" >"$work/build.log" 2>&1
+        nice -n "$niceness" timeout -k 2 "$waits" ninja -C "$build" -j"$jobs" "$@" >"$work/build.log" 2>&1
     )
 }
 

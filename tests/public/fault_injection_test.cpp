@@ -248,6 +248,27 @@ TEST_F(FaultInjection, OfAThinPictureOnlyAPlaneFromTheHeapEndsTheProcess)
     DestroyImageObj(image);
 }
 
+// What the thin pictures lack ends with the 17th row or column: a host that keeps narrower ones
+// out has a driver whose every allocation throws.
+TEST_F(FaultInjection, FromAShorterSideOf17NoPlaneComesFromTheHeap)
+{
+    std::vector<uint32_t> sides = {100, 360, 480, 640};
+    for (uint32_t side = 17; side <= 64; ++side)
+        sides.push_back(side);
+    const auto fromTheHeap = [&](uint32_t cols, uint32_t rows) {
+        IImage* image = MakeTestImage(cols, rows);
+        size_t aligned = 0;
+        AllocationsOfADriver(image, &aligned);
+        DestroyImageObj(image);
+        return aligned;
+    };
+    for (const uint32_t side : sides) {
+        EXPECT_EQ(fromTheHeap(640, side), 0U) << "640 x " << side;
+        EXPECT_EQ(fromTheHeap(side, 640), 0U) << side << " x 640";
+    }
+    EXPECT_GT(fromTheHeap(640, 16), 0U);
+}
+
 // The list of rectangles of interest is the last thing that a driver is given: the abandoned
 // driver has its analysis by then.
 TEST_F(FaultInjection, DriverWithoutRoomForItsRectanglesIsAbandonedWhole)
