@@ -10,6 +10,7 @@
 # fault) and the tree that is changed. Outcomes: noticed, SURVIVED, does not compile. Faults that
 # results.tsv tells of already are passed over, so that a run that was stopped goes on; delete the
 # file to begin anew. Programs that take more than MUTATION_SLOWEST seconds (20) are left out.
+# Two runs beside one another, with a range each, need two folders: MUTATION_FOLDER=build/second.
 #
 # All bounds are of processor time, which neighbours on the machine do not lengthen: a program
 # that a fault keeps running is ended after ten times what it took without a fault, and some
@@ -24,7 +25,7 @@ slowest=${MUTATION_SLOWEST:-20}
 jobs=${MUTATION_JOBS:-2}
 niceness=${MUTATION_NICE:-19} # of the builds and the programs
 
-work=$PWD/build/mutation
+work=$PWD/${MUTATION_FOLDER:-build/mutation}
 tree=$work/tree
 build=$work/build
 patches=$work/patches
@@ -96,11 +97,13 @@ while IFS=$'\t' read -r milliseconds program; do
     programs+=("$program")
 done <"$durations"
 
-# The first program of the list that fails, on standard output.
+# The first program of the list that fails, on standard output. Each is linked when its turn
+# comes, since most turns never come.
 first_failure() {
     local program seconds
     for program in "$@"; do
         seconds=$((15 + took[$program] / 100))
+        build_targets "$program" || { echo "does not compile"; return; }
         run_program "$seconds" "$program" || { echo "$program"; return; }
     done
 }
@@ -120,27 +123,29 @@ for patch in "$patches"/*.patch; do
     file=$(sed -n 's,^+++ b/,,p' "$patch")
     module=$(echo "$file" | cut -d/ -f2)
 
+    # The program of the source's own name comes first, then the others of its folder.
+    own=()
     near=()
     far=()
     for program in "${programs[@]}"; do
         case $program in
+            tests/$module/$(basename "${file%.*}")_test) own+=("$program") ;;
             tests/$module/*) near+=("$program") ;;
             *) far+=("$program") ;;
         esac
     done
 
     patch -s -p1 -d "$tree" <"$patch"
-    outcome=SURVIVED
     witness=-
-    if ! build_targets libvistaTrimWhole.so "${near[@]}"; then
+    if ! build_targets libvistaTrimWhole.so; then
         outcome="does not compile"
     else
-        witness=$(first_failure "${near[@]}")
-        if [ -z "$witness" ]; then
-            build_targets "${far[@]}"
-            witness=$(first_failure "${far[@]}")
-        fi
-        [ -z "$witness" ] || outcome=noticed
+        witness=$(first_failure "${own[@]}" "${near[@]}" "${far[@]}")
+        case $witness in
+            "") outcome=SURVIVED ;;
+            "does not compile") outcome=$witness witness=- ;;
+            *) outcome=noticed ;;
+        esac
     fi
     patch -s -R -p1 -d "$tree" <"$patch"
     printf '%s\t%s\t%s\t%s\n' "$number" "$outcome" "${witness:--}" "$fault" | tee -a "$results"
