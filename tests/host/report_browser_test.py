@@ -84,11 +84,18 @@ def use(browser, photos):
     assert chosen() == ["3"]
     # Clicks on the photograph go through the crops that lie under the pointer.
     middle = section.find_element(By.CSS_SELECTOR, "img.whole")
-    under = [number for number, frame in enumerate(frames)
-             if frame.rect["x"] < stage["x"] + stage["width"] / 2
-             < frame.rect["x"] + frame.rect["width"]
-             and frame.rect["y"] < stage["y"] + stage["height"] / 2
-             < frame.rect["y"] + frame.rect["height"]]
+    # The driver clicks the middle of what of the photograph is in view, once it has scrolled there.
+    middle.click()
+    shown = browser.execute_script(
+        "const box = arguments[0].getBoundingClientRect();"
+        "return [Math.max(0, box.left), Math.min(innerWidth, box.right),"
+        "        Math.max(0, box.top), Math.min(innerHeight, box.bottom)]", middle)
+    x = (shown[0] + shown[1]) / 2
+    y = (shown[2] + shown[3]) / 2
+    boxes = browser.execute_script(
+        "return arguments[0].map(frame => frame.getBoundingClientRect().toJSON())", frames)
+    under = [number for number, box in enumerate(boxes)
+             if box["left"] < x < box["right"] and box["top"] < y < box["bottom"]]
     assert len(under) >= 2, under
     seen = set()
     for _ in under:
