@@ -25,9 +25,13 @@ offered() { # what the completion offers after the given words
     _vistatrim
     [ ${#COMPREPLY[@]} -eq 0 ] || printf '%s\n' "${COMPREPLY[@]}"
 }
+offers() { # whether WORD is among what it offers after the others; usage: offers WORD WORDS...
+    # Not grep -q: it leaves at the first match, and the writer it leaves alone fails.
+    offered "${@:2}" | grep -x -- "$1" >/dev/null
+}
 
 for command in suggest crop report maps; do
-    offered vistatrim "" | grep -qx "$command" || complain "completion lacks the command $command"
+    offers "$command" vistatrim "" || complain "completion lacks the command $command"
     options=$("$program" "$command" --help | grep -oE '^  (-., ?)?--[a-z-]+|^  -.,--[a-z-]+' |
         grep -oE -- '--[a-z-]+' | sort -u)
     [ "$(wc -w <<<"$options")" -ge 9 ] || complain "$command: no options found in --help"
@@ -40,8 +44,8 @@ for command in suggest crop report maps; do
         diff <(offered vistatrim "$command" -- | sort -u) <(echo "$options") || true
     fi
 done
-offered vistatrim suggest --rank-by "" | grep -qx coverage || complain "no values for --rank-by"
-offered vistatrim crop --format "" | grep -qx webp || complain "no values for --format"
+offers coverage vistatrim suggest --rank-by "" || complain "no values for --rank-by"
+offers webp vistatrim crop --format "" || complain "no values for --format"
 
 if command -v man >/dev/null; then
     warnings=$(LC_ALL=C.UTF-8 MANROFFSEQ='' MANWIDTH=80 man --warnings -E UTF-8 -l -Tutf8 -Z "$manual" \
