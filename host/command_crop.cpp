@@ -14,9 +14,9 @@ int RunCrop(const Options& options, const std::vector<ListedPhoto>& photos)
     PhotoSteps steps;
     steps.Work = [&options](const ListedPhoto& photo, PhotoResult& result) {
         const std::string prefix = OutputPrefix(options, photo);
-        if (options.Resume && HasCrops(prefix))
-            return;
         const Photograph photograph(photo.Path, options.Background);
+        if (options.Resume && HasAllCrops(photograph, prefix, options))
+            return;
         ReadAndSuggest(photograph, options, result);
         if (result.Crops.empty())
             throw PhotoError("no crop meets the request; suggest --explain tells why");

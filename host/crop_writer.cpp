@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <cmath>
-#include <iterator>
 #include <memory>
 
 #include <unistd.h>
@@ -17,7 +16,6 @@ namespace {
 
 using vips::VImage;
 
-constexpr const char* kFormats[] = {"jpg", "png", "webp", "tif", "avif", "heic"};
 constexpr int kDefaultQuality = 90;
 // The best JPEG codes take a second pass over the whole crop, which then stands in memory; of
 // a larger crop it does not.
@@ -26,6 +24,16 @@ constexpr int64_t kLargestInTwoPasses = 32 * 1000 * 1000; // pixels
 std::string CropName(const std::string& prefix, size_t rank, const std::string& format)
 {
     return prefix + "-" + std::to_string(rank) + "." + format;
+}
+
+std::string FormatFor(const Photograph& photograph, const Options& options)
+{
+    return options.CropFiles.Format.empty() ? photograph.NativeFormat() : options.CropFiles.Format;
+}
+
+bool Stands(const std::string& file)
+{
+    return access(file.c_str(), F_OK) == 0;
 }
 
 bool KeepsAlpha(const std::string& format)
@@ -120,18 +128,26 @@ std::vector<std::string> WriteCrops(const Photograph& photograph,
                                     const std::string& prefix, const Options& options)
 {
     const CropFileOptions& how = options.CropFiles;
-    const std::string format = how.Format.empty() ? photograph.NativeFormat() : how.Format;
+    const std::string format = FormatFor(photograph, options);
     const int quality = how.Quality == 0 ? kDefaultQuality : how.Quality;
     if (format == "avif" || format == "heic")
         LoadVipsModules();
+    std::vector<PixelRect> rects; // of the files to write
     std::vector<std::unique_ptr<WholeFile>> files;
-    for (size_t rank = 1; rank <= crops.size(); ++rank)
-        files.push_back(std::make_unique<WholeFile>(CropName(prefix, rank, format), options.Force));
+    for (size_t i = 0; i < crops.size(); ++i) {
+        const std::string name = CropName(prefix, i + 1, format);
+        if (options.Resume && Stands(name))
+            continue;
+        rects.push_back(crops[i].Rect);
+        files.push_back(std::make_unique<WholeFile>(name, options.Force));
+    }
+    if (files.empty())
+        return {};
 
     RunVips([&] {
-        const VImage full = photograph.ReadFull(crops.size() == 1);
-        for (size_t i = 0; i < crops.size(); ++i) {
-            const PixelRect& rect = crops[i].Rect;
+        const VImage full = photograph.ReadFull(files.size() == 1);
+        for (size_t i = 0; i < files.size(); ++i) {
+            const PixelRect& rect = rects[i];
             VImage image = full.extract_area(rect.X, rect.Y, rect.Width, rect.Height);
             image = FitForFormat(image, format, options.Background);
             if (how.ResizeTo)
@@ -149,11 +165,13 @@ std::vector<std::string> WriteCrops(const Photograph& photograph,
     return written;
 }
 
-bool HasCrops(const std::string& prefix)
+bool HasAllCrops(const Photograph& photograph, const std::string& prefix, const Options& options)
 {
-    return std::any_of(std::begin(kFormats), std::end(kFormats), [&prefix](const char* format) {
-        return access(CropName(prefix, 1, format).c_str(), F_OK) == 0;
-    });
+    const std::string format = FormatFor(photograph, options);
+    for (int32_t rank = 1; rank <= options.Request.Top; ++rank)
+        if (!Stands(CropName(prefix, static_cast<size_t>(rank), format)))
+            return false;
+    return true;
 }
 
 } // namespace vistaTrim::host

@@ -15,14 +15,16 @@ namespace vistaTrim::host {
 PixelSize FittedSize(PixelSize crop, PixelSize box);
 
 // Writes PREFIX-1.EXT, PREFIX-2.EXT and so on, best crop first, and returns their names. Each
-// appears whole or not at all, and the first one appears last: where it stands, all stand.
-// Throws PhotoError, also if one of them exists and may not be replaced.
+// appears whole or not at all, and the first one appears last. With options.Resume the files
+// that stand already are left as they are, and not among the names. Throws PhotoError, without
+// options.Resume and options.Force also if one of the files exists.
 std::vector<std::string> WriteCrops(const Photograph& photograph,
                                     const std::vector<SuggestedCrop>& crops,
                                     const std::string& prefix, const Options& options);
 
-// True if an earlier run wrote all crops under this prefix, in whatever format.
-bool HasCrops(const std::string& prefix);
+// True if as many crops as are asked for stand under this prefix: nothing is left to find out.
+// False says little, since a photograph can have fewer crops than asked for.
+bool HasAllCrops(const Photograph& photograph, const std::string& prefix, const Options& options);
 
 } // namespace vistaTrim::host
 

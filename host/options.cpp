@@ -234,8 +234,7 @@ void AddCrop(CLI::App& app, Options& values)
         ->group(kGroup);
     CLI::Option* force =
         app.add_flag("--force", values.Force, "Replace files that exist")->group(kGroup);
-    app.add_flag("--resume", values.Resume,
-                 "Pass over photographs whose crops are in the folder already")
+    app.add_flag("--resume", values.Resume, "Write only the crops that are not in the folder yet")
         ->excludes(force)
         ->group(kGroup);
     AddRun(app, values);

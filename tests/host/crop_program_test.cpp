@@ -336,6 +336,91 @@ TEST(Crop, KilledLeavesWholeFilesAloneAndResumes)
                 << i << rank << " " << outcome.Err;
 }
 
+// Ranks 2 and 4 of five are there, in another hand; ranks 1, 3 and 5 are missing.
+TEST(Crop, ResumedWritesOnlyWhatIsMissing)
+{
+    const TempFolder folder;
+    Scene(900, 600, 0.3, 0.6).write_to_file(folder.Path("a.jpg").c_str());
+    const auto crop = [&folder](const std::string& output, const std::vector<std::string>& more) {
+        std::vector<std::string> arguments = {"crop", folder.Path("a.jpg"), "-o",
+                                              folder.Path(output)};
+        arguments.insert(arguments.end(), more.begin(), more.end());
+        return RunProgram(arguments);
+    };
+    ASSERT_EQ(crop("whole", {}).Status, 0);
+    std::filesystem::create_directory(folder.Path("out"));
+    WriteText(folder.Path("out/a-2.jpg"), "second");
+    WriteText(folder.Path("out/a-4.jpg"), "fourth");
+
+    EXPECT_EQ(crop("out", {}).Status, 1); // without --resume they are in the way
+    EXPECT_FALSE(std::filesystem::exists(folder.Path("out/a-1.jpg")));
+
+    const Outcome resumed = crop("out", {"--resume"});
+    EXPECT_EQ(resumed.Status, 0) << resumed.Err;
+    EXPECT_EQ(resumed.Out, folder.Path("out/a-1.jpg") + "\n" + folder.Path("out/a-3.jpg") + "\n" +
+                               folder.Path("out/a-5.jpg") + "\n");
+    EXPECT_EQ(ReadText(folder.Path("out/a-2.jpg")), "second");
+    EXPECT_EQ(ReadText(folder.Path("out/a-4.jpg")), "fourth");
+    for (const char* name : {"/a-1.jpg", "/a-3.jpg", "/a-5.jpg"})
+        EXPECT_TRUE(ReadText(folder.Path(std::string("out") + name)) ==
+                    ReadText(folder.Path(std::string("whole") + name)))
+            << name;
+
+    const Outcome again = crop("out", {"--resume"});
+    EXPECT_EQ(again.Status, 0) << again.Err;
+    EXPECT_EQ(again.Out, "");
+}
+
+// The first crop is the last that an interrupted run writes, but a person can take away any.
+TEST(Crop, ResumedBringsBackACropBehindTheFirst)
+{
+    const TempFolder folder;
+    Scene(900, 600, 0.3, 0.6).write_to_file(folder.Path("a.png").c_str());
+    const std::vector<std::string> arguments = {
+        "crop", folder.Path("a.png"), "-o", folder.Path("out"), "--top", "3", "--resume"};
+    ASSERT_EQ(RunProgram(arguments).Status, 0);
+    const std::string second = ReadText(folder.Path("out/a-2.png"));
+    std::filesystem::remove(folder.Path("out/a-2.png"));
+    const Outcome resumed = RunProgram(arguments);
+    EXPECT_EQ(resumed.Status, 0) << resumed.Err;
+    EXPECT_EQ(resumed.Out, folder.Path("out/a-2.png") + "\n");
+    EXPECT_TRUE(ReadText(folder.Path("out/a-2.png")) == second);
+}
+
+TEST(Crop, ResumedInAnotherFormatWritesThatFormat)
+{
+    const TempFolder folder;
+    Scene(900, 600, 0.3, 0.6).write_to_file(folder.Path("a.jpg").c_str());
+    std::vector<std::string> arguments = {
+        "crop", folder.Path("a.jpg"), "-o", folder.Path("out"), "--top", "2", "--resume"};
+    ASSERT_EQ(RunProgram(arguments).Status, 0);
+    arguments.insert(arguments.end(), {"--format", "webp"});
+    const Outcome resumed = RunProgram(arguments);
+    EXPECT_EQ(resumed.Status, 0) << resumed.Err;
+    EXPECT_EQ(resumed.Out, folder.Path("out/a-1.webp") + "\n" + folder.Path("out/a-2.webp") + "\n");
+}
+
+// A photograph with fewer crops than asked for has nothing missing.
+TEST(Crop, ResumedIsContentWithFewerCropsThanAsked)
+{
+    const TempFolder folder;
+    Quarters(900, 600).write_to_file(folder.Path("a.jpg").c_str());
+    const std::vector<std::string> arguments = {"crop",     folder.Path("a.jpg"),
+                                                "-o",       folder.Path("out"),
+                                                "--aspect", "3:2",
+                                                "--scale",  "1",
+                                                "--top",    "5",
+                                                "--resume"};
+    const Outcome first = RunProgram(arguments);
+    ASSERT_EQ(first.Status, 0) << first.Err;
+    ASSERT_EQ(first.Out, folder.Path("out/a-1.jpg") + "\n");
+    const auto before = std::filesystem::last_write_time(folder.Path("out/a-1.jpg"));
+    const Outcome again = RunProgram(arguments);
+    EXPECT_EQ(again.Status, 0) << again.Err;
+    EXPECT_EQ(again.Out, "");
+    EXPECT_EQ(std::filesystem::last_write_time(folder.Path("out/a-1.jpg")), before);
+}
+
 TEST(Maps, AreWrittenAsPicturesOfTheWorkingSize)
 {
     const TempFolder folder;
