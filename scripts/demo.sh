@@ -1,6 +1,7 @@
 #!/usr/bin/env bash
 # From nothing to crops: installs what is missing, builds the host program and runs it on
-# photographs. Writes the crops and a report page that shows them all into out/.
+# photographs. Writes into out/ the crops, a contact sheet of photographs and crops, and a report
+# page. A photograph that cannot be read does not stop it, but gives exit status 1.
 #
 # usage: scripts/demo.sh [PHOTO...]
 #   Without photographs it takes those of the Debian package lomiri-wallpapers-16.04.
@@ -13,12 +14,12 @@ done
 cd "$(dirname "$0")/.."
 
 if [ ${#photos[@]} -eq 0 ]; then
-    scripts/install_dependencies.sh build demo
+    scripts/install_dependencies.sh build sheet demo
     while IFS= read -r photo; do
         photos+=("$photo")
     done < <(dpkg -L lomiri-wallpapers-16.04 | grep -iE '\.(jpg|jpeg|png)$' | sort)
 else
-    scripts/install_dependencies.sh build
+    scripts/install_dependencies.sh build sheet
 fi
 
 cmake --preset release -DVISTATRIM_BUILD_TESTS=OFF -DVISTATRIM_BUILD_BENCHMARKS=OFF -B build/demo
@@ -26,10 +27,14 @@ cmake --build build/demo --target vistatrim
 vistatrim=build/demo/host/vistatrim
 
 mkdir -p out
-"$vistatrim" suggest --top 3 "${photos[@]}"
-"$vistatrim" crop --top 3 --force "${photos[@]}" -o out/crops
-"$vistatrim" report "${photos[@]}" --force -o out/report.html
+status=0
+"$vistatrim" suggest --top 3 "${photos[@]}" || status=1
+"$vistatrim" crop --top 3 --force "${photos[@]}" -o out/crops || status=1
+scripts/contact_sheet.sh "$vistatrim" out/contact_sheet.jpg 3 "${photos[@]}" || status=1
+"$vistatrim" report "${photos[@]}" --force -o out/report.html || status=1
 
 echo
-echo "Crops:  out/crops/"
-echo "Report: out/report.html (open it in a browser)"
+echo "Crops:         out/crops/"
+echo "Contact sheet: out/contact_sheet.jpg"
+echo "Report:        out/report.html (open it in a browser)"
+exit "$status"

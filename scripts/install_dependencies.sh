@@ -5,6 +5,7 @@
 #   build   the library, the host and the developer tools
 #   test    the tests and the benchmarks
 #   check   formatting, static checks, the second compiler
+#   sheet   contact sheets
 #   demo    photographs for the demonstration
 #   fit     refitting the composition model
 set -euo pipefail
@@ -13,9 +14,10 @@ declare -A packages=(
     [build]="g++ cmake ninja-build pkg-config libopenblas-dev liblapacke-dev libvips-dev
              libcli11-dev nlohmann-json3-dev"
     [test]="libgtest-dev libgmock-dev libbenchmark-dev binutils lomiri-wallpapers-16.04
-            libvips-tools python3 chromium chromium-driver python3-selenium
+            libvips-tools fonts-dejavu-core python3 chromium chromium-driver python3-selenium
             python3-jsonschema bash-completion man-db"
     [check]="clang clang-format clang-tidy cppcheck libclang-rt-14-dev abigail-tools lcov"
+    [sheet]="libvips-tools fonts-dejavu-core"
     [demo]="lomiri-wallpapers-16.04"
     [fit]="python3 python3-numpy python3-scipy"
 )
