@@ -2,6 +2,7 @@
 
 #include <cstdio>
 
+#include "freed_memory.h"
 #include "map_pictures.h"
 #include "photo_error.h"
 #include "run_photos.h"
@@ -17,6 +18,7 @@ int RunMaps(const Options& options, const std::vector<ListedPhoto>& photos)
         const Stopwatch reading;
         const WorkingPicture picture =
             Photograph(photo.Path, options.Background).ReadWorkingPicture();
+        ReturnFreedMemory();
         result.Times.Read = reading.Milliseconds();
         const Stopwatch analysing;
         const std::vector<MapPicture> maps = ReadMaps(picture);

@@ -4,6 +4,7 @@
 #include <map>
 #include <system_error>
 
+#include "freed_memory.h"
 #include "photo_error.h"
 #include "stopwatch.h"
 #include "suggestion_job.h"
@@ -14,6 +15,7 @@ void ReadAndSuggest(const Photograph& photograph, const Options& options, PhotoR
 {
     const Stopwatch reading;
     const WorkingPicture picture = photograph.ReadWorkingPicture();
+    ReturnFreedMemory();
     result.Times.Read = reading.Milliseconds();
     SuggestCrops(picture, options.Request, result);
 }

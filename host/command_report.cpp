@@ -4,6 +4,7 @@
 #include <fstream>
 #include <system_error>
 
+#include "freed_memory.h"
 #include "map_pictures.h"
 #include "photo_error.h"
 #include "report_page.h"
@@ -62,6 +63,7 @@ int RunReport(const Options& options, const std::vector<ListedPhoto>& photos)
             const Photograph photograph(photo.Path, options.Background);
             const Stopwatch reading;
             const WorkingPicture picture = photograph.ReadWorkingPicture();
+            ReturnFreedMemory();
             result.Times.Read = reading.Milliseconds();
             SuggestCrops(picture, explained.Request, result);
             const Stopwatch writing;

@@ -7,6 +7,7 @@
 #include <thread>
 
 #include "batch.h"
+#include "freed_memory.h"
 #include "interruption.h"
 #include "photo_error.h"
 #include "progress.h"
@@ -57,6 +58,8 @@ int RunPhotos(const Options& options, const std::vector<ListedPhoto>& photos,
     // A photograph that is alone may use all processors; of several, each has one worker, and
     // more threads inside it would fight the others.
     SetVipsThreads(photos.size() == 1 ? workers : 1);
+    if (photos.size() > 1)
+        KeepFreedMemory();
     Progress progress(photos.size(),
                       !options.Quiet && photos.size() > 1 && StandardErrorIsTerminal());
     bool anyFailed = false;

@@ -16,12 +16,13 @@ struct WorkingPicture {
     std::vector<uint8_t> Pixels; // packed sRGB, three bytes a pixel
 };
 
-// Owns an image object of the library.
+// Owns an image.
 struct ImageDeleter {
     void operator()(IImage* image) const;
 };
 using ImageHandle = std::unique_ptr<IImage, ImageDeleter>;
 
+// For the library's eyes, without a copy: keep the picture until the image is gone.
 ImageHandle MakeLibraryImage(const WorkingPicture& picture);
 
 } // namespace vistaTrim::host
