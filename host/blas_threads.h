@@ -5,7 +5,8 @@
 namespace vistaTrim::host {
 
 // Call before the first driver. Each worker is one thread; a BLAS that starts more for the
-// small products of the analysis loses time and takes the other workers' processors.
+// small products of the analysis loses time and takes the other workers' processors. The threads
+// that it has started already end here: they would look for work in a busy loop for a while.
 void HoldBlasToOneThread();
 
 } // namespace vistaTrim::host
