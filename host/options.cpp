@@ -1,5 +1,10 @@
 #include "options.h"
 
+#include <algorithm>
+#include <cctype>
+#include <iostream>
+#include <map>
+
 #include <CLI/CLI.hpp>
 
 #include "text_values.h"
@@ -131,13 +136,21 @@ void AddRequest(CLI::App& app, Request& request)
         ->check(CLI::Range(1, 10000))
         ->type_name("N")
         ->group(kGroup);
-    const std::map<std::string, RankBy> rankings = {{"composition", RankBy::Composition},
-                                                    {"coverage", RankBy::Coverage},
-                                                    {"border", RankBy::Border},
-                                                    {"all", RankBy::All}};
-    app.add_option("--rank-by", request.Ranking,
-                   "composition, coverage, border, or all of the measures by their weights (all)")
-        ->transform(CLI::CheckedTransformer(rankings).description(""))
+    AddRead(
+        app, "--rank-by", "composition, coverage, border or all",
+        "composition, coverage, border, or all of the measures by their weights (all)",
+        [&request](const std::string& text) {
+            static const std::map<std::string, RankBy> rankings = {
+                {"composition", RankBy::Composition},
+                {"coverage", RankBy::Coverage},
+                {"border", RankBy::Border},
+                {"all", RankBy::All}};
+            const auto found = rankings.find(text);
+            if (found != rankings.end())
+                request.Ranking = found->second;
+            return found != rankings.end();
+        },
+        false)
         ->type_name("MEASURE")
         ->group(kGroup);
     AddRead(
@@ -194,6 +207,21 @@ void AddSuggest(CLI::App& app, Options& values)
     AddRun(app, values);
 }
 
+// The format that "JPG" or "tiff" means; empty if none does.
+std::string FormatOfEnding(std::string text)
+{
+    std::transform(text.begin(), text.end(), text.begin(),
+                   [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
+    if (text == "jpeg")
+        return "jpg";
+    if (text == "tiff")
+        return "tif";
+    for (const char* format : {"jpg", "png", "webp", "tif", "avif", "heic"})
+        if (text == format)
+            return text;
+    return "";
+}
+
 void AddCrop(CLI::App& app, Options& values)
 {
     AddInput(app, values);
@@ -211,18 +239,16 @@ void AddCrop(CLI::App& app, Options& values)
         },
         false)
         ->group(kGroup);
-    app.add_option("--format", values.CropFiles.Format,
-                   "jpg, png, webp, tif, avif or heic (that of the photograph)")
-        ->transform(CLI::CheckedTransformer(std::map<std::string, std::string>{{"jpg", "jpg"},
-                                                                               {"jpeg", "jpg"},
-                                                                               {"png", "png"},
-                                                                               {"webp", "webp"},
-                                                                               {"tif", "tif"},
-                                                                               {"tiff", "tif"},
-                                                                               {"avif", "avif"},
-                                                                               {"heic", "heic"}},
-                                            CLI::ignore_case)
-                        .description(""))
+    AddRead(
+        app, "--format", "jpg, png, webp, tif, avif or heic",
+        "jpg, png, webp, tif, avif or heic (that of the photograph)",
+        [&values](const std::string& text) {
+            const std::string format = FormatOfEnding(text);
+            if (!format.empty())
+                values.CropFiles.Format = format;
+            return !format.empty();
+        },
+        false)
         ->type_name("FORMAT")
         ->group(kGroup);
     app.add_option("--quality", values.CropFiles.Quality, "1 to 100 (90)")

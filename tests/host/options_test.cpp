@@ -87,8 +87,13 @@ TEST(Options, ThatAreWrongAreNamedWithTheReason)
     EXPECT_NE(FaultOf({"suggest", "a.jpg", "--weights", "1,2"}).find("--weights"),
               std::string::npos);
     EXPECT_NE(FaultOf({"suggest", "a.jpg", "--top", "0"}).find("--top"), std::string::npos);
-    EXPECT_NE(FaultOf({"suggest", "a.jpg", "--rank-by", "luck"}).find("--rank-by"),
-              std::string::npos);
+    EXPECT_EQ(FaultOf({"suggest", "a.jpg", "--rank-by", "luck"}),
+              "vistatrim: --rank-by: 'luck' is not composition, coverage, border or all\n"
+              "vistatrim: try --help\n");
+    FaultOf({"suggest", "a.jpg", "--rank-by", "3"});
+    EXPECT_EQ(FaultOf({"crop", "a.jpg", "-o", "out", "--format", "gif"}),
+              "vistatrim: --format: 'gif' is not jpg, png, webp, tif, avif or heic\n"
+              "vistatrim: try --help\n");
     EXPECT_NE(FaultOf({"suggest", "a.jpg", "--bright"}).find("--bright"), std::string::npos);
     EXPECT_NE(FaultOf({"suggest"}).find("PHOTO"), std::string::npos);
     EXPECT_NE(FaultOf({"crop", "a.jpg"}).find("--output"), std::string::npos);
