@@ -1,14 +1,15 @@
 // Does memory stay flat? Creates, asks and destroys drivers by the thousand in one process, as
 // an album does, and tells how much memory the process holds on the way.
 //
-// usage: soak [ROUNDS] [COLSxROWS] [--check]
+// usage: soak [ROUNDS] [COLSxROWS] [--tidy] [--check]
 //   ROUNDS     10000 by default
 //   COLSxROWS  all pictures of this size; a mix of sizes by default. The longer side is 640
+//   --tidy     no round leaves anything behind
 //   --check    ends with status 1 if memory grew by more than what is abandoned on purpose
 //
 // Abandoned on purpose: parameters without aspect ratios leave three empty arrays behind with
 // each driver, and asking for the rectangles of interest of a driver that has none leaves one
-// record. Every second round does both; the others leave nothing.
+// record. Every second round does both, unless all are tidy; the others leave nothing.
 #include <cmath>
 #include <cstdint>
 #include <cstdio>
@@ -123,9 +124,12 @@ int main(int count, char** arguments)
     uint32_t cols = 0;
     uint32_t rows = 0;
     bool check = false;
+    bool tidy = false;
     for (int i = 1; i < count; ++i) {
         if (std::strcmp(arguments[i], "--check") == 0)
             check = true;
+        else if (std::strcmp(arguments[i], "--tidy") == 0)
+            tidy = true;
         else if (std::strchr(arguments[i], 'x') == nullptr)
             rounds = std::atoi(arguments[i]);
         else if (std::sscanf(arguments[i], "%ux%u", &cols, &rows) != 2)
@@ -144,11 +148,15 @@ int main(int count, char** arguments)
         pictures = {MakePicture(640, 480, 0), MakePicture(427, 640, 1), MakePicture(640, 360, 2),
                     MakePicture(640, 100, 3), MakePicture(640, 640, 4)};
 
+    // The stream takes its buffer now, and not between two measurements.
+    std::printf(
+        "resident is what the process has of the machine, in use what it has of the heap\n");
+    std::fflush(stdout);
     Memory warm = {};
     size_t crops = 0;
     for (int round = 1; round <= rounds; ++round) {
         const size_t which = static_cast<size_t>(round) % pictures.size();
-        crops += WorkOn(pictures[which], round % 2 == 0);
+        crops += WorkOn(pictures[which], !tidy && round % 2 == 0);
         if (round == kWarm) {
             warm = MemoryNow();
             Tell("warm", round, warm);
@@ -159,7 +167,7 @@ int main(int count, char** arguments)
     const Memory end = MemoryNow();
     Tell("end", rounds, end);
 
-    const int64_t abandoned = (rounds / 2 - kWarm / 2) * kAbandonedPieces * kPiece;
+    const int64_t abandoned = tidy ? 0 : (rounds / 2 - kWarm / 2) * kAbandonedPieces * kPiece;
     const int64_t unexplained = end.InUse - warm.InUse - abandoned;
     std::printf("%zu crops; in use since the first %d: %+lld bytes, of which abandoned on purpose "
                 "%lld, unexplained %+lld; resident %+lld bytes\n",

@@ -96,6 +96,20 @@ TEST(MultiScaleEdges, SkipAScaleThatLeavesNoPixel)
     EXPECT_EQ(Edges(side25, {0.04f, 0.2f}), Edges(side25, {0.2f}));
 }
 
+// Taken as a scale of no pixels, it would add the map of the scale before it once more.
+TEST(MultiScaleEdges, SkippedScaleAddsNothingToTheOneBeforeItAndIsSilent)
+{
+    for (const bool upright : {false, true}) {
+        SCOPED_TRACE(upright ? "no row" : "no column");
+        Stack source(1, upright ? 200 : 25, upright ? 25 : 200);
+        source.FillNoise(2);
+        testing::internal::CaptureStderr();
+        const std::vector<float> both = Edges(source, {0.2f, 0.04f});
+        EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
+        EXPECT_EQ(both, Edges(source, {0.2f}));
+    }
+}
+
 // A scale of one pixel's width is not skipped: its raw gradients show in the first elements.
 TEST(MultiScaleEdges, KeepAScaleThatLeavesOnePixel)
 {
