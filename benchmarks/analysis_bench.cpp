@@ -204,7 +204,7 @@ BENCHMARK(ColourBlur)->Name("ColourBlur/mask15_3planes")->Unit(benchmark::kMilli
 
 void Gradients(benchmark::State& state)
 {
-    Stages& s = Shared();
+    const Stages& s = Shared();
     for (auto _ : state)
         for (size_t k = 0; k < 3; ++k)
             GradientStrength(s.Blurred.Planes[k], s.Out.Planes[0], kCols, kRows);
@@ -249,7 +249,7 @@ BENCHMARK(ScoringTable)->Name("ScoringTable/one_of_10")->Unit(benchmark::kMillis
 
 void ScoringTableFreshMemory(benchmark::State& state)
 {
-    Stages& s = Shared();
+    const Stages& s = Shared();
     for (auto _ : state) {
         CDoubleMatrix table;
         table.Resize(kRows, kCols);

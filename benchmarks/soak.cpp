@@ -69,8 +69,9 @@ Memory MemoryNow()
     int64_t size = 0;
     int64_t resident = 0;
     file >> size >> resident;
-    const struct mallinfo2 info = mallinfo2();
-    return {resident * sysconf(_SC_PAGESIZE), static_cast<int64_t>(info.uordblks + info.hblkhd)};
+    const auto info = mallinfo2();
+    const size_t inUse = info.uordblks + info.hblkhd;
+    return {resident * sysconf(_SC_PAGESIZE), static_cast<int64_t>(inUse)};
 }
 
 // All that a host does with one photograph.

@@ -52,7 +52,7 @@ void BenchPairTable(benchmark::State& state,
     FillWithByteRange(plane.data(), 2 * cols * rows);
     std::vector<float> table(static_cast<size_t>((cols + 1) * (rows + 1)));
     for (auto _ : state) {
-        build(plane.data(), plane.data() + cols * rows, table.data(), cols, rows);
+        build(plane.data(), plane.data() + int64_t{cols} * rows, table.data(), cols, rows);
         benchmark::ClobberMemory();
     }
     CountPixels(state);

@@ -123,7 +123,7 @@ void WriteSelectionSeeds(const std::filesystem::path& directory)
             constexpr int32_t kKinds = 7;
             seed.Whole(kKinds, 1, 12);
             for (int32_t i = 0; i < kKinds; ++i) {
-                seed.Whole(1, 0, 15).Whole(3 * i, -8, 80).Whole(1, 0, 15).Whole(i, -8, 80);
+                seed.Whole(1, 0, 15).Whole(int64_t{3} * i, -8, 80).Whole(1, 0, 15).Whole(i, -8, 80);
                 seed.Whole(1, 0, 15).Whole(30 + i, 0, 60).Whole(40 - i, 0, 60).Whole(i % 2, 0, 1);
                 for (int32_t measure = 0; measure < 5; ++measure)
                     seed.Whole(1, 0, 3).Whole((37 * i + 51 * measure) % 256, 0, 255);

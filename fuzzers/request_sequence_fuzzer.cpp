@@ -49,7 +49,7 @@ std::vector<DoubleInfo> Table(FuzzedDataProvider& data, int32_t fewest, bool sca
         // Scales above 1 end most requests with a text, so they are rarer than chance has them.
         const double value =
             scales && Whole(data, 0, 7) != 0 ? Whole(data, 0, 64) / 64.0 : Number(data);
-        rows.push_back(DoubleInfo(value, Whole(data, 0, 3) != 0));
+        rows.emplace_back(value, Whole(data, 0, 3) != 0);
     }
     return rows;
 }
@@ -374,6 +374,7 @@ void Session::CheckRects() const
 // The bits of two numbers: a NaN of a table comes back as it went in.
 bool SameBits(double a, double b)
 {
+    // NOLINTNEXTLINE(bugprone-suspicious-memory-comparison)
     return std::memcmp(&a, &b, sizeof a) == 0;
 }
 

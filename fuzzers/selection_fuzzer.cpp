@@ -74,6 +74,7 @@ CropGridRows Grid(FuzzedDataProvider& data)
 {
     std::vector<CInt32CropRect> kinds;
     const int32_t kindCount = Whole(data, 1, 12);
+    kinds.reserve(static_cast<size_t>(kindCount));
     for (int32_t i = 0; i < kindCount; ++i)
         kinds.push_back(Record(data));
     const int32_t count = Whole(data, 0, 15) == 0 ? Whole(data, 0, 1300) : Whole(data, 0, 60);

@@ -19,7 +19,7 @@ using vips::VImage;
 constexpr int kDefaultQuality = 90;
 // The best JPEG codes make a file 1 to 5 % smaller, but take a second pass over the whole crop,
 // which then stands in memory: half as much time again, and 6 bytes a pixel.
-constexpr int64_t kLargestInTwoPasses = 2 * 1000 * 1000; // pixels
+constexpr int64_t kLargestInTwoPasses = 2'000'000; // pixels
 
 std::string CropName(const std::string& prefix, size_t rank, const std::string& format)
 {
@@ -158,6 +158,7 @@ std::vector<std::string> WriteCrops(const Photograph& photograph,
     });
 
     std::vector<std::string> written;
+    written.reserve(files.size());
     for (size_t i = files.size(); i-- > 0;)
         files[i]->Appear();
     for (const std::unique_ptr<WholeFile>& file : files)

@@ -67,12 +67,12 @@ std::string CsvLines(const PhotoResult& result)
         fields.push_back(std::to_string(++rank));
         for (const int32_t value : {crop.Rect.X, crop.Rect.Y, crop.Rect.Width, crop.Rect.Height})
             fields.push_back(std::to_string(value));
-        fields.push_back(crop.CoversContent ? "true" : "false");
+        fields.emplace_back(crop.CoversContent ? "true" : "false");
         for (int measure = 0; measure < kNumMeasures; ++measure)
             fields.push_back(NumberText(MeasureOf(crop.Scores, measure)));
         fields.push_back(NumberText(crop.Scores.RoiScore));
         fields.push_back(NumberText(crop.Scores.MergedScore));
-        fields.push_back("");
+        fields.emplace_back("");
         lines += Line(fields);
     }
     return lines;

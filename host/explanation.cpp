@@ -49,6 +49,7 @@ void Explain(const std::vector<CInt32CropRect>& all, const std::vector<CInt32Cro
     explanation.Wishes = wishes;
     explanation.MetBy.assign(wishes.size(), 0);
     std::vector<CInt32Rect> regions;
+    regions.reserve(wishes.size());
     for (const Wish& wish : wishes)
         regions.push_back(ToWorkingOutward(wish.Rect, picture.Photo, picture.Size));
 

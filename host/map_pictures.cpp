@@ -33,6 +33,7 @@ std::vector<std::string> WriteMaps(const std::vector<MapPicture>& maps, const st
                                    bool replace)
 {
     std::vector<std::unique_ptr<WholeFile>> files;
+    files.reserve(maps.size());
     for (const MapPicture& map : maps)
         files.push_back(std::make_unique<WholeFile>(prefix + "-" + map.Name + ".png", replace));
 

@@ -1,5 +1,6 @@
 #include "progress.h"
 
+#include <cmath>
 #include <cstdio>
 
 #include <unistd.h>
@@ -19,7 +20,7 @@ std::string ProgressLine(size_t done, size_t total, double seconds)
                        "] " + std::to_string(done) + "/" + std::to_string(total);
     if (done > 0 && done < total) {
         const double left = seconds / static_cast<double>(done) * static_cast<double>(total - done);
-        const auto whole = static_cast<long>(left + 0.5);
+        const auto whole = std::lround(left);
         const std::string rest = std::to_string(whole % 60);
         line +=
             "  " + std::to_string(whole / 60) + ":" + (rest.size() < 2 ? "0" : "") + rest + " left";

@@ -77,7 +77,7 @@ VImage CutFromPreview(const VImage& preview, PixelSize photo, const PixelRect& r
     const int top = std::min(scaled(rect.Y, preview.height(), photo.Height), preview.height() - 1);
     const int right = scaled(rect.X + rect.Width, preview.width(), photo.Width);
     const int bottom = scaled(rect.Y + rect.Height, preview.height(), photo.Height);
-    const VImage cut =
+    VImage cut =
         preview.extract_area(left, top, std::max(1, right - left), std::max(1, bottom - top));
     const int longSide = std::max(cut.width(), cut.height());
     if (longSide <= kCropLongSide)

@@ -152,6 +152,9 @@ int main(int argc, char** argv)
     } catch (const std::exception& failure) {
         std::fprintf(stderr, "dump_maps: %s\n", failure.what());
         result = 1;
+    } catch (const char* text) {
+        std::fprintf(stderr, "dump_maps: %s", text);
+        result = 1;
     }
     vips_shutdown();
     return result;

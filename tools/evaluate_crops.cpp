@@ -251,6 +251,7 @@ void EvaluateBoxes(PhotoFigures& figures, CSession& session, const JudgedPhoto& 
     TallyOverlap(figures, "centred 90 .. 50 %", centred, chosen, photo);
 
     std::vector<CropBox> bySize;
+    bySize.reserve(candidates.size());
     for (const vistaTrim::CInt32CropRect& crop : candidates)
         bySize.push_back(ToBox(crop));
     std::stable_sort(bySize.begin(), bySize.end(),

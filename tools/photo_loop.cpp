@@ -30,6 +30,7 @@ void ForEachPhoto(size_t count, int workers, const std::function<void(size_t)>& 
         }
     };
     std::vector<std::thread> threads;
+    threads.reserve(static_cast<size_t>(workers));
     for (int i = 0; i < workers; ++i)
         threads.emplace_back(work);
     for (std::thread& thread : threads)

@@ -59,7 +59,7 @@ void SetEnabled(std::vector<DoubleInfo>& table, double value, bool enabled, doub
             row.Enabled = enabled;
             return;
         }
-    table.push_back(DoubleInfo(value, enabled));
+    table.emplace_back(value, enabled);
 }
 
 } // namespace
@@ -204,7 +204,7 @@ void RandomCropGenerator::FindAspectRow(double ratio, uint32_t& aspectIndex)
             return;
         }
     }
-    AspectTable.push_back(DoubleInfo(ratio, true));
+    AspectTable.emplace_back(ratio, true);
 }
 
 void RandomCropGenerator::FillForAspectRatio(double ratio, uint32_t& aspectIndex)
@@ -238,7 +238,7 @@ void RandomCropGenerator::FillForCropSize(double width, double height, uint32_t&
         }
     }
     if (i == ScaleTable.size()) {
-        ScaleTable.push_back(DoubleInfo(scale, true));
+        ScaleTable.emplace_back(scale, true);
         row.emplace_back();
     }
     FillCell(aspectIndex, scaleIndex);

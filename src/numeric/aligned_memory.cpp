@@ -112,7 +112,8 @@ VISTATRIM_NOT_WATCHED bool CScratchScope::GiveBack(void* pointer)
     const uintptr_t block = reinterpret_cast<uintptr_t>(Block);
     if (address < block || address >= block + Size)
         return false;
-    PieceHeader* const given = reinterpret_cast<PieceHeader*>(address - kSmallestAlignment);
+    PieceHeader* const given =
+        reinterpret_cast<PieceHeader*>(static_cast<char*>(pointer) - kSmallestAlignment);
     given->Free = true;
     ASAN_POISON_MEMORY_REGION(pointer, given->Bytes);
     // What lies on top and is free goes; stages free mostly in the reverse order of making.

@@ -31,6 +31,7 @@ VISTATRIM_FORM_BODY void ExtremeOfLines(const float* const* lines, int32_t last,
                                         float* __restrict__ out, int32_t count)
 {
     for (int32_t x = 0; x < count; ++x) {
+        // A box holds a line at least. NOLINTNEXTLINE(clang-analyzer-core.NullDereference)
         float extreme = lines[0][x];
         for (int32_t k = 1; k <= last; ++k)
             extreme = Extreme(extreme, lines[k][x], largest);

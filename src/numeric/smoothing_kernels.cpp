@@ -32,6 +32,7 @@ VISTATRIM_FORM_BODY void WeightedSum(const float* const* lines, const float* tap
                                      float* __restrict__ out, int32_t count)
 {
     for (int32_t x = 0; x < count; ++x) {
+        // The reach is at least 1. NOLINTNEXTLINE(clang-analyzer-core.NullDereference)
         float sum = taps[0] * (lines[0][x] + lines[2 * reach][x]);
         for (int32_t k = 1; k < reach; ++k)
             sum += taps[k] * (lines[k][x] + lines[2 * reach - k][x]);

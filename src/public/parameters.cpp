@@ -1,6 +1,6 @@
 #include "vistaTrim/parameters.h"
 
-#include <cstring>
+#include <algorithm>
 #include <limits>
 #include <new>
 
@@ -28,8 +28,7 @@ DoubleInfo* CopyRows(const DoubleInfo* rows, uint32_t count)
 {
     RefuseOversizedArray(count, sizeof(DoubleInfo));
     DoubleInfo* copy = new DoubleInfo[count];
-    if (count != 0)
-        std::memcpy(static_cast<void*>(copy), rows, count * sizeof(DoubleInfo));
+    std::copy_n(rows, count, copy);
     return copy;
 }
 
@@ -37,8 +36,7 @@ CRectOfInterest* CopyRows(const CRectOfInterest* rows, uint32_t count)
 {
     RefuseOversizedArray(count, sizeof(CRectOfInterest));
     CRectOfInterest* copy = new CRectOfInterest[count];
-    if (count != 0)
-        std::memcpy(static_cast<void*>(copy), rows, count * sizeof(CRectOfInterest));
+    std::copy_n(rows, count, copy);
     return copy;
 }
 

@@ -277,6 +277,8 @@ WorkingRect CCropAnalyzer::ShrinkAboutCentre(const WorkingRect& rect, float frac
     const float centreCol =
         static_cast<float>((static_cast<double>(rect.FirstCol) + rect.LastCol) * 0.5);
     const auto toward = [keep, pull](int32_t coordinate, float centre) {
+        // A half goes up, and what is negative is cut toward zero.
+        // NOLINTNEXTLINE(bugprone-incorrect-roundings)
         return static_cast<int32_t>(coordinate * keep + centre * pull + 0.5);
     };
     return {toward(rect.FirstRow, centreRow), toward(rect.FirstCol, centreCol),
