@@ -21,8 +21,10 @@ void KeepFreedMemory()
 {
     kept = true;
 #ifdef __GLIBC__
+    // NOLINTBEGIN(concurrency-mt-unsafe): before the program has threads of its own
     mallopt(M_MMAP_THRESHOLD, 32 * 1024 * 1024);
     mallopt(M_TRIM_THRESHOLD, 512 * 1024 * 1024);
+    // NOLINTEND(concurrency-mt-unsafe)
 #endif
 }
 
