@@ -176,9 +176,13 @@ int main(int count, char** arguments)
                 static_cast<long long>(abandoned), static_cast<long long>(unexplained),
                 static_cast<long long>(end.Resident - warm.Resident));
 
-    // Pages come and go a few at a time; what the program holds is exact.
+    // Pages come and go a few at a time. What the program holds is exact but for the few pieces
+    // that the allocator keeps ready and counts as in use; a piece left behind every fourth round
+    // passes this bound within 150 rounds.
     constexpr int64_t kPages = int64_t{2} << 20;
-    const bool flat = unexplained <= 0 && end.Resident - warm.Resident - abandoned <= kPages;
+    constexpr int64_t kKeptReady = 1024;
+    const bool flat =
+        unexplained <= kKeptReady && end.Resident - warm.Resident - abandoned <= kPages;
     if (check && !flat)
         std::fprintf(stderr, "soak: memory grows\n");
     return check && !flat ? 1 : 0;

@@ -22,6 +22,7 @@ void* Take(size_t size)
 {
     if (countdown.load() != 0 && countdown.fetch_sub(1) == 1) {
         denied.store(true);
+        largestRefused.store(size);
         return nullptr;
     }
     if (size > kMostBytes) {

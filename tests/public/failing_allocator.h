@@ -18,7 +18,7 @@ void DenyAllocation(size_t n, Denial how = Denial::kThrow);
 bool Denied();
 // Allocations that were not given back yet.
 long Live();
-// The size that was asked for last by an allocation too large to grant.
+// The size that was asked for last by an allocation that was denied or too large to grant.
 size_t LargestRefused();
 
 } // namespace failingAllocator

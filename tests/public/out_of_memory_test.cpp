@@ -284,6 +284,18 @@ TEST(OutOfMemory, ByteCountPast32BitsAsksForTheLargestSize)
     EXPECT_EQ(target.AspectRatios, nullptr);
 }
 
+TEST(OutOfMemory, LargestByteCountOf32BitsIsAskedForAsItIs)
+{
+    VistaTrimParameters source;
+    VistaTrimParameters target;
+    source.NumAspectRatios = 268435455U; // of 16 bytes each: 16 below 2^32
+    DenyAllocation(1);                   // four gigabytes would be granted, and filled
+    EXPECT_THROW(target = source, std::bad_alloc);
+    EXPECT_EQ(failingAllocator::LargestRefused(), 4294967280U);
+    DenyAllocation(0);
+    source.NumAspectRatios = 0;
+}
+
 // Abandoned on purpose: the driver that could not be finished.
 TEST(OutOfMemory, DriverThatCannotBeBuiltIsNoDriver)
 {
