@@ -38,8 +38,10 @@ std::vector<ListedPhoto> WithoutNameClashes(const std::vector<ListedPhoto>& phot
     std::vector<ListedPhoto> checked = photos;
     for (ListedPhoto& photo : checked) {
         const std::string name = (fs::path(photo.Inside) / fs::path(photo.Path).stem()).string();
+        if (!photo.Error.empty())
+            continue; // nothing will be written for it
         const auto [owner, isFirst] = owners.emplace(name, photo.Path);
-        if (!isFirst && photo.Error.empty())
+        if (!isFirst)
             photo.Error = "its files would have the same names as those of " + owner->second;
     }
     return checked;

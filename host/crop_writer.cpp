@@ -21,11 +21,6 @@ constexpr int kDefaultQuality = 90;
 // which then stands in memory: half as much time again, and 6 bytes a pixel.
 constexpr int64_t kLargestInTwoPasses = 2'000'000; // pixels
 
-std::string CropName(const std::string& prefix, size_t rank, const std::string& format)
-{
-    return prefix + "-" + std::to_string(rank) + "." + format;
-}
-
 std::string FormatFor(const Photograph& photograph, const Options& options)
 {
     return options.CropFiles.Format.empty() ? photograph.NativeFormat() : options.CropFiles.Format;
@@ -123,6 +118,12 @@ PixelSize FittedSize(PixelSize crop, PixelSize box)
     return {std::min(scaled(crop.Width), box.Width), std::min(scaled(crop.Height), box.Height)};
 }
 
+std::string CropFile(const Photograph& photograph, const std::string& prefix, size_t rank,
+                     const Options& options)
+{
+    return prefix + "-" + std::to_string(rank) + "." + FormatFor(photograph, options);
+}
+
 std::vector<std::string> WriteCrops(const Photograph& photograph,
                                     const std::vector<SuggestedCrop>& crops,
                                     const std::string& prefix, const Options& options)
@@ -135,7 +136,7 @@ std::vector<std::string> WriteCrops(const Photograph& photograph,
     std::vector<PixelRect> rects; // of the files to write
     std::vector<std::unique_ptr<WholeFile>> files;
     for (size_t i = 0; i < crops.size(); ++i) {
-        const std::string name = CropName(prefix, i + 1, format);
+        const std::string name = CropFile(photograph, prefix, i + 1, options);
         if (options.Resume && Stands(name))
             continue;
         rects.push_back(crops[i].Rect);
@@ -168,9 +169,8 @@ std::vector<std::string> WriteCrops(const Photograph& photograph,
 
 bool HasAllCrops(const Photograph& photograph, const std::string& prefix, const Options& options)
 {
-    const std::string format = FormatFor(photograph, options);
     for (int32_t rank = 1; rank <= options.Request.Top; ++rank)
-        if (!Stands(CropName(prefix, static_cast<size_t>(rank), format)))
+        if (!Stands(CropFile(photograph, prefix, static_cast<size_t>(rank), options)))
             return false;
     return true;
 }

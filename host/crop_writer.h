@@ -14,6 +14,10 @@ namespace vistaTrim::host {
 // The largest size of the crop's own ratio that fits the box; one of its sides is the box's.
 PixelSize FittedSize(PixelSize crop, PixelSize box);
 
+// PREFIX-RANK.EXT, the best crop being of rank 1.
+std::string CropFile(const Photograph& photograph, const std::string& prefix, size_t rank,
+                     const Options& options);
+
 // Writes PREFIX-1.EXT, PREFIX-2.EXT and so on, best crop first, and returns their names. Each
 // appears whole or not at all, and the first one appears last. With options.Resume the files
 // that stand already are left as they are, and not among the names. Throws PhotoError, without

@@ -29,12 +29,14 @@ std::string WhyFewer(const Explanation& explanation, size_t given, int32_t asked
     }
     if (none)
         return "no crop of exactly the asked size meets the wishes at full resolution";
-    if (static_cast<int64_t>(given) < asked && explanation.Passing < asked)
+    const auto crops = static_cast<int64_t>(given);
+    if (crops < asked && explanation.Passing <= crops)
         return explanation.Passing == 1 ? "one candidate is left to choose from"
                                         : "only " + std::to_string(explanation.Passing) +
                                               " candidates are left to choose from";
-    if (static_cast<int64_t>(given) < asked)
-        return "the other candidates are too much like these";
+    if (crops < asked)
+        return "of " + std::to_string(explanation.Passing) +
+               " candidates, the others rank too low or are much like these";
     return "";
 }
 

@@ -30,7 +30,7 @@ std::string CropExplanationText(const SuggestedCrop& crop, const Explanation& ex
                        NameOfMeasure(measure), MeasureOf(crop.Scores, measure),
                        100.0 * crop.Explained->Ranks[static_cast<size_t>(measure)]);
     text += crop.CoversContent
-                ? "       covers the content, which ranks it before all that do not\n"
+                ? "       covers the content, which counts for more than the measures\n"
                 : "       does not cover the content\n";
     for (size_t i = 0; i < explanation.Wishes.size(); ++i)
         text += std::string("       --") + NameOf(explanation.Wishes[i].Kind) + " " +

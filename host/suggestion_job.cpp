@@ -128,10 +128,17 @@ Ratio NearestRatio(const CInt32CropRect& crop, const std::vector<Ratio>& ratios)
                              [&off](const Ratio& a, const Ratio& b) { return off(a) < off(b); });
 }
 
+// Without those that hold no pixel: of a very thin picture the library also lays out crops whose
+// sides rounded to nothing; nothing was measured on them.
 CropList CopyAndRelease(ICropRects* list)
 {
     SmartPtr<CCropRects> held(static_cast<CCropRects*>(list), false);
-    return CropList(held->Data(), held->Data() + held->Count());
+    CropList crops;
+    std::copy_if(held->Data(), held->Data() + held->Count(), std::back_inserter(crops),
+                 [](const CInt32CropRect& crop) {
+                     return crop.Left <= crop.Right && crop.Top <= crop.Bottom;
+                 });
+    return crops;
 }
 
 CropList BestOf(IVistaTrim& driver, const Request& request, int32_t wanted,
@@ -161,17 +168,24 @@ std::vector<double> WiderRatios(const std::vector<Ratio>& ratios, PixelSize phot
 CropList FreeChoice(IVistaTrim& driver, const Request& request, const std::vector<Ratio>& ratios,
                     PixelSize photo)
 {
-    // The turns pass over crops that resemble earlier ones, so more are asked for than are given.
-    const int32_t length = std::max(30, 6 * request.Top);
-    std::vector<CropList> lists = {BestOf(driver, request, length, SuggestionParameters(false))};
+    // The same length whatever --top is: the library groups like crops only as long as it finds
+    // more candidates than are asked for, and the first crops are not to depend on their number.
+    constexpr int32_t kListLength = 60;
+    std::vector<CropList> lists = {
+        BestOf(driver, request, kListLength, SuggestionParameters(false))};
     const std::vector<double> wider = WiderRatios(ratios, photo);
     for (size_t i = 0; i < wider.size() && i < 2; ++i)
-        lists.push_back(BestOf(driver, request, length, SuggestionParameters(wider[i], false)));
+        lists.push_back(
+            BestOf(driver, request, kListLength, SuggestionParameters(wider[i], false)));
     std::vector<size_t> order;
     for (size_t list = lists.size() - 1; list > 0; --list) {
         order.push_back(0);
         order.push_back(list);
     }
+    // Without turns of its own, for those who want more than the lists hold: all that rank high,
+    // ungrouped, which is what the library gives when asked for more than there is.
+    constexpr int32_t kMoreThanThereIs = 100'000'000;
+    lists.push_back(BestOf(driver, request, kMoreThanThereIs, SuggestionParameters(false)));
     return TakeTurns(lists, order, static_cast<size_t>(request.Top));
 }
 
@@ -197,10 +211,6 @@ void Ask(const WorkingPicture& picture, const Request& request, PhotoResult& res
 
     CropList used;
     for (const CInt32CropRect& crop : best) {
-        // Of a very thin picture the library also lays out crops whose sides rounded to nothing;
-        // nothing was measured on them.
-        if (crop.Right < crop.Left || crop.Bottom < crop.Top)
-            continue;
         const CropShape shape{NearestRatio(crop, ratios), request.Size};
         const std::optional<PixelRect> rect =
             ToPhotograph({crop.Left, crop.Right, crop.Top, crop.Bottom}, picture.Size,

@@ -21,7 +21,8 @@ struct CropShape {
 //
 // Its shape is the asked size; or the asked ratio exactly, if that takes no more than a
 // working pixel or 2 % of a side; else the ratio as near as whole pixels allow. A crop that
-// touches a border of the working picture touches that border of the photograph.
+// touches a border of the working picture touches that border of the photograph; one that touches
+// two opposite borders and has to give up pixels for its ratio lies in the middle.
 //
 // Every wish that the working crop meets is met by the result. If the shape and the wishes
 // cannot both be had, the wishes stand and the shape gives way by a few pixels; an asked size

@@ -299,6 +299,32 @@ TEST(Crop, RefusesNamesThatClash)
     EXPECT_TRUE(std::filesystem::exists(folder.Path("tree/y/a-1.jpg")));
 }
 
+// In the same folder the crop of p.jpg would be p-1.jpg, which is a photograph of the run.
+TEST(Crop, NeverReplacesAPhotographOfTheSameRun)
+{
+    const TempFolder folder;
+    Quarters(900, 600).write_to_file(folder.Path("p.jpg").c_str());
+    Quarters(600, 400).write_to_file(folder.Path("p-1.jpg").c_str());
+    const Outcome outcome = RunProgram(
+        {"crop", "--force", "--top", "1", "-j", "1", folder.Path("."), "-o", folder.Path(".")});
+    EXPECT_EQ(outcome.Status, 1);
+    EXPECT_NE(outcome.Err.find("p-1.jpg would replace one of the photographs"), std::string::npos)
+        << outcome.Err;
+    EXPECT_EQ(Open(folder.Path("p-1.jpg")).width(), 600);
+    EXPECT_TRUE(std::filesystem::exists(folder.Path("p-1-1.jpg")));
+}
+
+TEST(Crop, AFolderWithoutPhotographsTakesNoName)
+{
+    const TempFolder folder;
+    std::filesystem::create_directory(folder.Path("a"));
+    Quarters(900, 600).write_to_file(folder.Path("a.jpg").c_str());
+    const Outcome outcome = RunProgram(
+        {"crop", "--top", "1", folder.Path("a"), folder.Path("a.jpg"), "-o", folder.Path("out")});
+    EXPECT_EQ(outcome.Status, 1); // the empty folder
+    EXPECT_TRUE(std::filesystem::exists(folder.Path("out/a-1.jpg"))) << outcome.Err;
+}
+
 TEST(Crop, KilledLeavesWholeFilesAloneAndResumes)
 {
     const TempFolder folder;

@@ -139,15 +139,19 @@ TEST(Suggest, FreeChoiceGivesCropsThatDifferAndWiderOnesAmongThem)
     EXPECT_NEAR(crops[3]["width"].get<double>() / crops[3]["height"].get<double>(), 16.0 / 9, 0.02);
 }
 
-TEST(Suggest, FreeChoiceOfOneCropIsTheFirstOfMany)
+// The library's own list stops to group like crops when more are asked for than it has.
+TEST(Suggest, FreeChoiceOfFewCropsIsTheBeginningOfMany)
 {
     const TempFolder folder;
     Scene(1800, 1200, 0.3, 0.6).write_to_file(folder.Path("a.jpg").c_str());
-    const json one = SuggestOne(folder.Path("a.jpg"), {"--top", "1"})["crops"];
-    const json many = SuggestOne(folder.Path("a.jpg"), {"--top", "8"})["crops"];
-    ASSERT_EQ(one.size(), 1U);
-    ASSERT_EQ(many.size(), 8U);
-    EXPECT_EQ(one[0], many[0]);
+    const json many = SuggestOne(folder.Path("a.jpg"), {"--top", "300"})["crops"];
+    ASSERT_EQ(many.size(), 300U);
+    for (const size_t top : {1U, 5U, 70U, 200U}) {
+        const json few = SuggestOne(folder.Path("a.jpg"), {"--top", std::to_string(top)})["crops"];
+        ASSERT_EQ(few.size(), top);
+        for (size_t i = 0; i < top; ++i)
+            EXPECT_EQ(few[i], many[i]) << top << " " << i;
+    }
 }
 
 TEST(Suggest, GivesAskedSizesToThePixel)
@@ -241,6 +245,27 @@ TEST(Suggest, ExplainsWhyThereIsNoCrop)
     EXPECT_EQ(result["explain"]["passing"], 0);
     EXPECT_EQ(result["explain"]["note"],
               "no candidate meets --must-avoid; try more ratios or scales");
+}
+
+TEST(Suggest, TellsWhyThereAreFewerCropsThanAsked)
+{
+    const TempFolder folder;
+    Scene(1800, 1200, 0.3, 0.6).write_to_file(folder.Path("a.jpg").c_str());
+    const json thin = SuggestOne(folder.Path("a.jpg"), {"--aspect", "1:100000", "--explain"});
+    EXPECT_TRUE(thin["crops"].empty());
+    EXPECT_EQ(thin["explain"]["note"],
+              "the photograph is too small for any of the ratios and scales");
+    const json one =
+        SuggestOne(folder.Path("a.jpg"), {"--aspect", "3:2", "--scale", "1", "--explain"});
+    EXPECT_EQ(one["crops"].size(), 1U);
+    EXPECT_EQ(one["explain"]["note"], "one candidate is left to choose from");
+    // A pixel of this one is some forty of the working picture's.
+    Scene(16, 11, 0.3, 0.6).write_to_file(folder.Path("b.png").c_str());
+    const json small = SuggestOne(folder.Path("b.png"), {"--aspect", "1:1", "--explain"});
+    ASSERT_LT(small["crops"].size(), 5U);
+    EXPECT_EQ(small["explain"]["note"],
+              "of " + std::to_string(small["explain"]["passing"].get<int>()) +
+                  " candidates, the others rank too low or are much like these");
 }
 
 TEST(Suggest, RanksByWhatItIsAskedTo)
