@@ -33,6 +33,13 @@ CLI::Option* AddRead(CLI::App& app, const std::string& name, const std::string& 
     return option;
 }
 
+CLI::Validator NotEmpty()
+{
+    return CLI::Validator(
+        [](const std::string& text) { return text.empty() ? "a name is missing" : std::string(); },
+        "");
+}
+
 void AddInput(CLI::App& app, Options& values)
 {
     app.add_option("PHOTO", values.Photos,
@@ -194,6 +201,7 @@ void AddSuggest(CLI::App& app, Options& values)
         ->excludes(csv)
         ->group(kGroup);
     CLI::Option* output = app.add_option("-o,--output", values.Output, "Write to this file")
+                              ->check(NotEmpty())
                               ->type_name("FILE")
                               ->group(kGroup);
     CLI::Option* force = app.add_flag("--force", values.Force, "Replace the output file")
@@ -228,6 +236,7 @@ void AddCrop(CLI::App& app, Options& values)
     AddRequest(app, values.Request);
     constexpr const char* kGroup = "Output";
     app.add_option("-o,--output", values.Output, "Folder for the crops; made if it is not there")
+        ->check(NotEmpty())
         ->type_name("DIR")
         ->required()
         ->group(kGroup);
@@ -271,6 +280,7 @@ void AddReport(CLI::App& app, Options& values)
     AddInput(app, values);
     AddRequest(app, values.Request);
     app.add_option("-o,--output", values.Output, "The page to write")
+        ->check(NotEmpty())
         ->type_name("FILE.html")
         ->required()
         ->group("Output");
@@ -282,6 +292,7 @@ void AddMaps(CLI::App& app, Options& values)
 {
     AddInput(app, values);
     app.add_option("-o,--output", values.Output, "Folder for the maps; made if it is not there")
+        ->check(NotEmpty())
         ->type_name("DIR")
         ->required()
         ->group("Output");
@@ -318,6 +329,17 @@ CommandLine ParseCommandLine(int argc, const char* const* argv)
     AddCrop(*commands[1], values);
     AddReport(*commands[2], values);
     AddMaps(*commands[3], values);
+
+    // The parser would only say that a command is missing.
+    const std::string first = argc > 1 ? argv[1] : "";
+    if (!first.empty() && first[0] != '-' &&
+        std::none_of(commands.begin(), commands.end(),
+                     [&first](const CLI::App* command) { return command->get_name() == first; })) {
+        std::cerr << "vistatrim: no command '" << first
+                  << "'; there are suggest, crop, report and maps\n";
+        line.ExitStatus = kUsageFault;
+        return line;
+    }
 
     try {
         app.parse(argc, argv);

@@ -98,7 +98,10 @@ TEST(Options, ThatAreWrongAreNamedWithTheReason)
     EXPECT_NE(FaultOf({"suggest"}).find("PHOTO"), std::string::npos);
     EXPECT_NE(FaultOf({"crop", "a.jpg"}).find("--output"), std::string::npos);
     FaultOf({});
-    FaultOf({"paint", "a.jpg"});
+    EXPECT_EQ(FaultOf({"paint", "a.jpg"}),
+              "vistatrim: no command 'paint'; there are suggest, crop, report and maps\n");
+    for (const char* command : {"suggest", "crop", "report", "maps"})
+        EXPECT_NE(FaultOf({command, "a.jpg", "-o", ""}).find("--output"), std::string::npos);
 }
 
 TEST(Options, ThatContradictEachOtherAreRefused)
