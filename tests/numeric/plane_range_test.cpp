@@ -1,4 +1,5 @@
 #include <cmath>
+#include <cstring>
 #include <limits>
 #include <random>
 #include <vector>
@@ -86,6 +87,20 @@ TEST(NormalisePlane, OfMixedSignTakesItsExtremesByMagnitude)
     EXPECT_EQ(x[0], -5.0f * scale);
     EXPECT_EQ(x[1], 0.0f);
     EXPECT_EQ(x[2], 1.0f * scale);
+}
+
+// The scale is 0 then, and what 0 makes of infinity the linear algebra decides.
+TEST(NormalisePlane, OfInfinityIsThatOfThePlainForm)
+{
+    const float infinity = std::numeric_limits<float>::infinity();
+    for (const std::vector<float>& plane :
+         {std::vector<float>{1.0f, infinity, 3.0f, 0.5f}, std::vector<float>(20, infinity)}) {
+        std::vector<float> expected = plane;
+        std::vector<float> found = plane;
+        NormalisePlane(expected.data(), int32_t(expected.size()));
+        MeasureAndNormalise(found.data(), int32_t(found.size()));
+        EXPECT_EQ(std::memcmp(found.data(), expected.data(), found.size() * sizeof(float)), 0);
+    }
 }
 
 TEST(NormalisePlane, RoundsTheShiftBeforeTheScale)
