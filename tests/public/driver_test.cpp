@@ -167,6 +167,26 @@ TEST(Driver, AspectTableOfTheHostKeepsEverythingElseOfTheHost)
     EXPECT_EQ(host.Suggestions(SuggestionParameters(96, 48, false)).size(), 2U * 49U);
 }
 
+TEST(Driver, OneScaleRowIsATable)
+{
+    VistaTrimParameters parameters;
+    parameters.AspectRatios = new DoubleInfo[1];
+    parameters.AspectRatios[0] = DoubleInfo(1.5);
+    parameters.NumAspectRatios = 1;
+    parameters.CropRectScaleRatios = new DoubleInfo[1];
+    parameters.CropRectScaleRatios[0] = DoubleInfo(0.5);
+    parameters.NumCropRectScaleRatios = 1;
+    parameters.NumMaxCropRectsPerSide = 6;
+    HostObjects host(640, 96, parameters);
+    ASSERT_EQ(host.NumScaleRows(), 1U);
+    const std::vector<CInt32CropRect> crops = host.Suggestions(SuggestionParameters());
+    EXPECT_FALSE(crops.empty());
+    for (const CInt32CropRect& crop : crops) {
+        EXPECT_EQ(WidthOf(crop), 72);
+        EXPECT_EQ(HeightOf(crop), 48);
+    }
+}
+
 TEST(Driver, ParametersAreCopied)
 {
     VistaTrimParameters parameters = UsualParameters();
