@@ -391,6 +391,23 @@ TEST(CropEvaluation, LongLatticeRowsWithGapsGiveEveryRecordItsOwnMeasures)
     }
 }
 
+// No lattice holds such a cell: in its second column only the left side differs, in its third
+// only the right one.
+TEST(CropEvaluation, RecordsOfAnUnevenColumnAreMeasuredWithinTheirOwnSides)
+{
+    const auto analyzer = NoiseAnalyzer(60, 200, 15);
+    const CropCell cell = {CInt32CropRect(10, 99, 0, 29),  CInt32CropRect(10, 99, 20, 49),
+                           CInt32CropRect(30, 119, 0, 29), CInt32CropRect(50, 119, 20, 49),
+                           CInt32CropRect(70, 139, 0, 29), CInt32CropRect(70, 169, 20, 49)};
+    CropGridRows grid(1, CropRow(1, cell));
+    analyzer->EvaluateCropRects(grid, NoIndex, NoIndex);
+    for (size_t i = 0; i < cell.size(); ++i) {
+        CInt32CropRect alone = cell[i];
+        analyzer->EvaluateCropRect(alone);
+        EXPECT_TRUE(SameRecord(grid[0][0][i], alone)) << i;
+    }
+}
+
 // More than are measured together at once.
 TEST(CropEvaluation, AWalkOverVeryManyRecordsGivesEveryOneItsOwnMeasures)
 {
