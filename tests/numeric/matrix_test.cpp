@@ -478,5 +478,23 @@ TEST(DoubleMatrix, CopyFromKeepsStorageOfTheSameCount)
     EXPECT_EQ(target.Data, before);
 }
 
+TEST(DoubleMatrix, CopyFromTakesNewStorageForAnotherCountAndSharesNothing)
+{
+    CDoubleMatrix source;
+    source.Resize(2, 3);
+    Number(source);
+    CDoubleMatrix target;
+    target.Resize(4, 4);
+    target.CopyFrom(source);
+    EXPECT_EQ(target.Rows, 2u);
+    EXPECT_EQ(target.Count, 6u);
+    EXPECT_NE(target.Data, source.Data);
+    source.Data[5] = 0;
+    EXPECT_EQ(target.Data[5], 102.0);
+    target.CopyFrom(CDoubleMatrix());
+    EXPECT_EQ(target.Count, 0u);
+    EXPECT_EQ(target.Data, nullptr);
+}
+
 } // namespace
 } // namespace vistaTrim
