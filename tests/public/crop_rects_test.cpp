@@ -1,5 +1,7 @@
 #include "vistaTrim/crop_rects.h"
 
+#include <cstdint>
+#include <stdexcept>
 #include <type_traits>
 
 #include <gtest/gtest.h>
@@ -94,6 +96,21 @@ TEST(SmartPtrOfCropRects, TakingOverAReferenceEndsIt)
         EXPECT_FALSE(ended);
     }
     EXPECT_TRUE(ended);
+}
+
+TEST(CropRects, MoreThanAListCanHoldIsALengthErrorAndLeavesTheListAsItIs)
+{
+    CCropRects* list = new CCropRects;
+    list->Append(CInt32CropRect(1, 2, 3, 4));
+    try {
+        list->Reserve(SIZE_MAX);
+        ADD_FAILURE() << "nothing was thrown";
+    } catch (const std::length_error& error) {
+        EXPECT_STREQ(error.what(), "vector<T> too long");
+    }
+    ASSERT_EQ(list->Count(), 1U);
+    EXPECT_EQ(list->Data()[0].Right, 2);
+    list->Release();
 }
 
 TEST(SmartPtrOfCropRects, ReleaseHandsTheReferenceOn)
