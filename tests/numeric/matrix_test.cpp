@@ -14,6 +14,7 @@ namespace {
 bool denyArrays = false;
 size_t arrayRequests = 0;
 size_t lastArrayBytes = 0;
+long liveArrays = 0;
 
 } // namespace
 
@@ -24,16 +25,19 @@ void* operator new[](size_t size)
     void* block = denyArrays ? nullptr : std::malloc(size);
     if (block == nullptr)
         throw std::bad_alloc();
+    ++liveArrays;
     return block;
 }
 
 void operator delete[](void* block) noexcept
 {
+    liveArrays -= block != nullptr ? 1 : 0;
     std::free(block);
 }
 
 void operator delete[](void* block, size_t) noexcept
 {
+    liveArrays -= block != nullptr ? 1 : 0;
     std::free(block);
 }
 
@@ -324,6 +328,42 @@ TEST(FloatArray, SwapExchangesStorage)
     EXPECT_EQ(none.Count, 2u);
     EXPECT_EQ(none.Data, before);
     EXPECT_EQ(none.Data[1], 5.0f);
+}
+
+TEST(FloatMatrix, GivesItsOwnStorageBack)
+{
+    if (!ArraysAreOurs())
+        GTEST_SKIP() << "arrays come from elsewhere";
+    const long before = liveArrays;
+    {
+        CFloatMatrix matrix;
+        matrix.Resize(3, 5);
+        EXPECT_EQ(liveArrays, before + 1);
+        matrix.Resize(7, 2); // the first is given up
+        EXPECT_EQ(liveArrays, before + 1);
+        CFloatMatrix copy;
+        copy.CopyFrom(matrix);
+        EXPECT_EQ(liveArrays, before + 2);
+    }
+    EXPECT_EQ(liveArrays, before);
+}
+
+TEST(DoubleMatrix, GivesItsOwnStorageBack)
+{
+    if (!ArraysAreOurs())
+        GTEST_SKIP() << "arrays come from elsewhere";
+    const long before = liveArrays;
+    {
+        CDoubleMatrix matrix;
+        matrix.Resize(3, 5);
+        EXPECT_EQ(liveArrays, before + 1);
+        matrix.Resize(7, 2); // the first is given up
+        EXPECT_EQ(liveArrays, before + 1);
+        CDoubleMatrix copy;
+        copy.CopyFrom(matrix);
+        EXPECT_EQ(liveArrays, before + 2);
+    }
+    EXPECT_EQ(liveArrays, before);
 }
 
 TEST(FloatMatrix, BorrowedStorageIsUsedAndLeftToItsOwner)
