@@ -1,6 +1,6 @@
 #include "vistaTrim/parameters.h"
 
-#include <algorithm>
+#include <cstring>
 #include <limits>
 #include <new>
 
@@ -24,11 +24,18 @@ void RefuseOversizedArray(uint32_t count, size_t rowSize)
     }
 }
 
+// Rows are copied as bytes and not by their fields: what lies between the fields comes along.
+void CopyBytes(void* copy, const void* rows, size_t bytes)
+{
+    if (bytes != 0)
+        std::memcpy(copy, rows, bytes);
+}
+
 DoubleInfo* CopyRows(const DoubleInfo* rows, uint32_t count)
 {
     RefuseOversizedArray(count, sizeof(DoubleInfo));
     DoubleInfo* copy = new DoubleInfo[count];
-    std::copy_n(rows, count, copy);
+    CopyBytes(copy, rows, count * sizeof(DoubleInfo));
     return copy;
 }
 
@@ -36,7 +43,7 @@ CRectOfInterest* CopyRows(const CRectOfInterest* rows, uint32_t count)
 {
     RefuseOversizedArray(count, sizeof(CRectOfInterest));
     CRectOfInterest* copy = new CRectOfInterest[count];
-    std::copy_n(rows, count, copy);
+    CopyBytes(copy, rows, count * sizeof(CRectOfInterest));
     return copy;
 }
 

@@ -1,5 +1,6 @@
 #include "vistaTrim/parameters.h"
 
+#include <cstring>
 #include <memory>
 
 #include <gtest/gtest.h>
@@ -129,6 +130,33 @@ TEST(VistaTrimParameters, CopyIsDeepAndComplete)
     ExpectSomeParameters(source);
     EXPECT_TRUE(source.CropRectScaleRatios[0].Enabled);
     EXPECT_EQ(source.RectsOfInterest[0].Left, 1);
+}
+
+void ExpectSameBytes(const void* copy, const void* rows, size_t bytes)
+{
+    EXPECT_EQ(std::memcmp(copy, rows, bytes), 0);
+}
+
+// Also what lies between the fields of a row.
+TEST(VistaTrimParameters, RowsAreCopiedByteByByte)
+{
+    VistaTrimParameters source = SomeParameters();
+    const auto fill = [](void* rows, size_t bytes) {
+        std::memset(rows, 1, bytes); // 1, so that every bool stays one
+    };
+    fill(source.AspectRatios, 2 * sizeof(DoubleInfo));
+    fill(source.CropRectScaleRatios, sizeof(DoubleInfo));
+    fill(source.RectsOfInterest, sizeof(CRectOfInterest));
+
+    const VistaTrimParameters copy(source);
+    VistaTrimParameters assigned;
+    assigned = source;
+    for (const VistaTrimParameters* other :
+         {&copy, &static_cast<const VistaTrimParameters&>(assigned)}) {
+        ExpectSameBytes(other->AspectRatios, source.AspectRatios, 2 * sizeof(DoubleInfo));
+        ExpectSameBytes(other->CropRectScaleRatios, source.CropRectScaleRatios, sizeof(DoubleInfo));
+        ExpectSameBytes(other->RectsOfInterest, source.RectsOfInterest, sizeof(CRectOfInterest));
+    }
 }
 
 // The sanitizers and valgrind see a double free or a leak here.
