@@ -16,8 +16,8 @@ constexpr double kDefaultWeights[5] = {0.1, 0.7, 0.0, 0.2, 0.0};
 // what people chose. Measured with the weights.
 constexpr uint32_t kDefaultDensity = 8;
 
-// Finer steps than the library's own table and no crop of less than half a side: people rarely cut
-// deeper. Measured with the weights.
+// Finer steps than the library's own table and no crop of less than half a side: people cut
+// deeper in 8 of 972 photographs. Measured with the weights.
 constexpr double kDefaultScales[] = {0.5, 0.55, 0.6, 0.65, 0.7, 0.75, 0.8, 0.85, 0.9, 0.95, 1.0};
 
 } // namespace vistaTrim::host
