@@ -34,8 +34,17 @@
 #include "real_photographs.h"
 #endif
 
+// OpenBLAS' own; another BLAS has none.
+extern "C" char* openblas_get_corename() __attribute__((weak));
+
 namespace vistaTrim {
 namespace {
+
+// The kernels that some limits were first measured on; the others stay within wider ones.
+bool HasKernelsOfTheRecord()
+{
+    return openblas_get_corename != nullptr && openblas_get_corename() == std::string("SkylakeX");
+}
 
 using namespace testPictures;
 
@@ -366,7 +375,7 @@ TEST(AnalysisOracle, FromTheSamePlanesStatisticsHaveTheSameBits)
     // Over OpenBLAS' kernels for Prescott, Nehalem, Sandy Bridge, Haswell, Zen and Skylake-X:
     // contrasts 8.1e-7, sides 1.3e-5.
     EXPECT_LE(contrasts, 4e-6);
-    EXPECT_LE(sides, 4e-5);
+    EXPECT_LE(sides, HasKernelsOfTheRecord() ? 1e-5 : 4e-5);
 }
 
 // The seven maps from smoothed planes that both sides share, by the slow stages.
@@ -462,7 +471,7 @@ MapsApart SaliencyApart(const slowOracle::Picture& picture)
 
 // What is left is the inverse of the covariance, in single precision on both sides: 2.2e-5 over
 // the kernels named above.
-constexpr double kSamePlanes = 5e-5;
+constexpr double kSamePlanes = 4e-5;
 // A map that spans less than 1e-5 before its normalisation is multiplied by 1e5, and the last
 // bit of a distance, 6e-8, becomes 6e-3.
 constexpr double kSamePlanesFlat = 2e-2;
@@ -477,7 +486,7 @@ TEST(AnalysisOracle, FromTheSamePlanesAllSizesAgree)
             // Both rows of this one are equally far from the strips at the sides, by sums of terms
             // a thousand times as large. What the kernel at hand leaves of the difference, some
             // 1e-5, is or is not stretched to 1.
-            if (name == "vertical_gradient" && rows == 2)
+            if (name == "vertical_gradient" && rows == 2 && !HasKernelsOfTheRecord())
                 continue;
             SCOPED_TRACE(testing::Message() << name << " " << cols << " x " << rows);
             const MapsApart apart = SaliencyApart(slowOracle::MakePicture(name, cols, rows));

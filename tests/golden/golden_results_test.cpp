@@ -6,6 +6,9 @@
 
 #include <gtest/gtest.h>
 
+// OpenBLAS' own; another BLAS has none.
+extern "C" char* openblas_get_corename() __attribute__((weak));
+
 namespace goldenResults {
 namespace {
 
@@ -22,10 +25,14 @@ constexpr double kWritten = 1e-8;
 
 // Two candidates whose composition differs by less than that may change places, and then the
 // weight of the composition moves their merged rank by its share of a place: by one on the
-// gradient, with all kernels but the last. The limit is four places.
-double MergedLimit(uint32_t candidateCount)
+// gradient, with all kernels but those that recorded it. There the limit is four places with the
+// others; everywhere else ranks did not differ.
+double MergedLimit(const std::string& picture, uint32_t candidateCount)
 {
-    return kWritten + 4 * 0.31 / candidateCount;
+    const bool recordedHere =
+        openblas_get_corename != nullptr && openblas_get_corename() == std::string("SkylakeX");
+    const bool moves = picture == "gradient_640x360" && !recordedHere;
+    return moves ? kWritten + 4 * 0.31 / candidateCount : kWritten;
 }
 
 void ExpectSame(const std::vector<NamedCrop>& now, const std::vector<NamedCrop>& recorded,
@@ -64,8 +71,9 @@ TEST_P(GoldenResults, AreStillWhatWasRecorded)
     EXPECT_EQ(now.CandidateCount, recorded.CandidateCount);
     EXPECT_GT(recorded.Candidates.size(), 10u);
     ExpectSame(now.Candidates, recorded.Candidates, 0.0);
-    ExpectSame(now.Best, recorded.Best, MergedLimit(recorded.CandidateCount));
-    ExpectSame(now.BestWished, recorded.BestWished, MergedLimit(recorded.CandidateCount));
+    const double mergedLimit = MergedLimit(GetParam(), recorded.CandidateCount);
+    ExpectSame(now.Best, recorded.Best, mergedLimit);
+    ExpectSame(now.BestWished, recorded.BestWished, mergedLimit);
 }
 
 INSTANTIATE_TEST_SUITE_P(MadePictures, GoldenResults, testing::ValuesIn(PictureNames()),
