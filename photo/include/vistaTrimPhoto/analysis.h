@@ -1,0 +1,49 @@
+// The analysis of a photograph: made once, asked any number of times.
+#ifndef VISTATRIM_PHOTO_ANALYSIS_H
+#define VISTATRIM_PHOTO_ANALYSIS_H
+
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "vistaTrimPhoto/geometry.h"
+#include "vistaTrimPhoto/photograph.h"
+#include "vistaTrimPhoto/request.h"
+#include "vistaTrimPhoto/result.h"
+
+namespace vistaTrim::photo {
+
+// One map of the engine, at the size of the working picture.
+struct Map {
+    std::string Name; // "EdgeMap"
+    PixelSize Size;
+    std::vector<float> Values; // row by row, about 0 to 1
+};
+
+// As grey bytes: 255 is the map's own maximum, a map of zeros stays black. One channel.
+PixelImage GreyOf(const Map& map);
+
+// Owns all that it needs: the photograph may go. Cheap to copy; copies share one analysis. Its
+// operations may be called from several threads. They throw PhotoError.
+class Analysis {
+public:
+    explicit Analysis(const Photograph& photograph);
+    // For a caller that has something to do between reading and analysing.
+    explicit Analysis(WorkingPicture picture);
+
+    const WorkingPicture& Picture() const;
+
+    // Throws PhotoError for a request that is invalid (InvalidRequest) or that this photograph
+    // cannot meet (DoesNotFit): a size that does not fit, a region to keep that lies outside.
+    Suggestions Suggest(const Request& request) const;
+
+    std::vector<Map> Maps() const;
+
+private:
+    class State;
+    std::shared_ptr<const State> Shared;
+};
+
+} // namespace vistaTrim::photo
+
+#endif

@@ -1,0 +1,18 @@
+// The formats in which crops and pictures are written.
+#ifndef VISTATRIM_PHOTO_IMAGE_FORMAT_H
+#define VISTATRIM_PHOTO_IMAGE_FORMAT_H
+
+#include <optional>
+#include <string>
+
+namespace vistaTrim::photo {
+
+enum class ImageFormat { Jpeg, Png, Webp, Tiff, Avif, Heic };
+
+std::string EndingOf(ImageFormat format); // "jpg", "png", "webp", "tif", "avif", "heic"
+// Also "jpeg" and "tiff", whatever their case. Nothing for any other text.
+std::optional<ImageFormat> FormatOfEnding(const std::string& ending);
+
+} // namespace vistaTrim::photo
+
+#endif

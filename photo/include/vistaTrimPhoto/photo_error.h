@@ -1,0 +1,47 @@
+// The one exception of this library.
+#ifndef VISTATRIM_PHOTO_PHOTO_ERROR_H
+#define VISTATRIM_PHOTO_PHOTO_ERROR_H
+
+#include <optional>
+#include <stdexcept>
+#include <string>
+
+#include "vistaTrimPhoto/region.h"
+
+namespace vistaTrim::photo {
+
+// The text is one line and carries no file name: whoever knows the name adds it.
+class PhotoError : public std::runtime_error {
+public:
+    enum class Kind {
+        Unreadable,     // no such file, no permission, a folder, an empty file
+        Unsupported,    // not a picture, or of a format or kind of pixels that cannot be read
+        Damaged,        // a picture that is broken or cut short
+        InvalidRequest, // a value that no photograph could meet
+        DoesNotFit,     // a size or region that this photograph does not hold
+        NotWritable,    // a crop or picture could not be written
+        OutOfMemory,
+        Internal // the picture library does not start, or the engine refuses the picture
+    };
+
+    PhotoError(Kind kind, const std::string& text);
+    // About one wish. `text` is what is wrong with it, without its name; what() reads
+    // "the region of must-keep 10,20,30,40 " and then the text.
+    PhotoError(Kind kind, const Wish& wish, const std::string& text);
+
+    Kind GetKind() const;
+    const std::optional<Wish>& ConcernedWish() const;
+
+    // what(), with the prefix before the name of the wish: a program that calls its options
+    // after the wishes gives "--".
+    std::string Text(const std::string& wishPrefix) const;
+
+private:
+    Kind Why;
+    std::optional<Wish> About;
+    std::string Fault; // without the wish
+};
+
+} // namespace vistaTrim::photo
+
+#endif

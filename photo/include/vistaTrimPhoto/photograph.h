@@ -1,0 +1,64 @@
+// A photograph: a file, an encoded file in memory, or a block of pixels.
+#ifndef VISTATRIM_PHOTO_PHOTOGRAPH_H
+#define VISTATRIM_PHOTO_PHOTOGRAPH_H
+
+#include <array>
+#include <cstddef>
+#include <memory>
+#include <string>
+
+#include "vistaTrimPhoto/geometry.h"
+#include "vistaTrimPhoto/image_format.h"
+#include "vistaTrimPhoto/pixels.h"
+
+namespace vistaTrim::photo {
+
+using Colour = std::array<double, 3>; // red, green, blue, 0..255
+
+struct ReadOptions {
+    Colour Background = {255, 255, 255}; // shows through where the photograph is transparent
+};
+
+// What the engine sees of a photograph.
+struct WorkingPicture {
+    PixelSize Photo;             // the photograph as displayed
+    PixelImage Pixels;           // upright sRGB, three channels, longer side kWorkingLongSide
+    double ReadMilliseconds = 0; // that reading and scaling took
+};
+
+class PhotographSource; // internal
+
+// Cheap to copy; copies share what was read. Its operations may be called from several threads.
+// They throw PhotoError.
+class Photograph {
+public:
+    // Reads the header; pixels are decoded when they are asked for. The file must stay where it
+    // is, and unchanged, as long as photographs of it are read.
+    static Photograph FromFile(const std::string& path, const ReadOptions& options = {});
+    // An encoded file in memory. The bytes are borrowed: keep them until the last copy of the
+    // photograph is gone.
+    static Photograph FromBytes(const void* data, size_t size, const ReadOptions& options = {});
+    // Pixels, upright. Borrowed too.
+    static Photograph FromPixels(const PixelView& pixels, const ReadOptions& options = {});
+
+    PixelSize Size() const; // as displayed
+    // The format of the file if crops can be written in it, else PNG, which loses nothing.
+    ImageFormat NativeFormat() const;
+
+    // Decoded at reduced size where the format allows it.
+    WorkingPicture ReadWorkingPicture() const;
+    // Upright sRGB with a longer side of `longSide` pixels, or the photograph's own size if that
+    // is smaller. Three channels.
+    PixelImage ReadPreview(int32_t longSide) const;
+
+    const PhotographSource& Source() const; // internal
+
+private:
+    explicit Photograph(std::shared_ptr<const PhotographSource> source);
+
+    std::shared_ptr<const PhotographSource> Shared;
+};
+
+} // namespace vistaTrim::photo
+
+#endif

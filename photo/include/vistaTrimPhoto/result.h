@@ -1,0 +1,72 @@
+// The answer to a request: everything that a caller shows.
+#ifndef VISTATRIM_PHOTO_RESULT_H
+#define VISTATRIM_PHOTO_RESULT_H
+
+#include <array>
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "vistaTrimPhoto/geometry.h"
+#include "vistaTrimPhoto/measures.h"
+#include "vistaTrimPhoto/ratio.h"
+#include "vistaTrimPhoto/region.h"
+
+namespace vistaTrim::photo {
+
+struct CropExplanation {
+    // By each weighed measure: the share of the candidates that are not better.
+    std::array<double, kNumWeighed> Ranks{};
+    std::vector<bool> WishesMet; // as Explanation::Wishes
+};
+
+struct Crop {
+    PixelRect Rect;
+    Ratio Aspect; // the asked ratio that it was made for
+    bool CoversContent = false;
+    photo::Scores Scores;
+    std::optional<CropExplanation> Explained;
+};
+
+// Why there is no crop, or fewer than asked for.
+enum class Shortfall {
+    None,
+    PhotographTooSmall, // for any of the ratios and scales
+    WishMetByNone,      // Explanation::UnmetWish
+    HardWishesTogether, // each is met by some candidate, all by none
+    SizeMissesWishes,   // at full resolution
+    FewCandidates,      // all that pass the hard wishes were handed out
+    OthersRankTooLow    // or are much like the crops handed out
+};
+
+struct Explanation {
+    int64_t Candidates = 0;     // tried
+    int64_t Passing = 0;        // of these, the ones that meet every hard wish
+    std::vector<Wish> Wishes;   // clipped to the photograph
+    std::vector<int64_t> MetBy; // how many candidates meet each wish
+    Shortfall Why = Shortfall::None;
+    std::optional<WishKind> UnmetWish;
+};
+
+// Why there are fewer crops than asked for, in words; empty for Shortfall::None. The prefix goes
+// before the names of wishes, as in PhotoError::Text.
+std::string NoteOf(const Explanation& explanation, const std::string& wishPrefix = "");
+
+// Milliseconds.
+struct Timings {
+    double Read = 0;    // of the working picture
+    double Analyse = 0; // its maps
+    double Score = 0;   // the request itself
+};
+
+struct Suggestions {
+    PixelSize Size;          // of the photograph
+    std::vector<Crop> Crops; // best first
+    std::optional<Explanation> Explained;
+    Timings Times;
+};
+
+} // namespace vistaTrim::photo
+
+#endif
