@@ -27,8 +27,8 @@
 #include "analysis/strip_contrast.h"
 #include "numeric/image_kernels.h"
 #include "numeric/summed_area.h"
-#include "oracle/made_pictures.h"
 #include "oracle/slow_analysis.h"
+#include "oracle/synthetic_images.h"
 #include "test_pictures.h"
 #if VISTATRIM_HAVE_PHOTOGRAPHS
 #include "real_photographs.h"

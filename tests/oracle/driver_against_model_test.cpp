@@ -1,5 +1,5 @@
-// The driver and the generator's model go through the same random sequences of operations,
-// and must hand out the same rectangles, throw the same texts and grow the same tables.
+// Runs the driver and the generator model through the same random sequences of operations. Both
+// must return the same rectangles, throw the same messages and grow the same tables.
 #include <cstdint>
 #include <random>
 #include <string>
@@ -19,13 +19,13 @@ using vistaTrim::SuggestionParameters;
 constexpr const char* kDisabledAspect = "VistaTrim: input aspect ratio is disabled.\n";
 constexpr const char* kDisabledPair = "VistaTrim: input aspect ratio or scale ratio is disabled.\n";
 
-// What a request brings: crops, or the text that it throws.
+// The outcome of a request: crops, or the message it throws.
 struct Answer {
     std::string Text;
     CropCell Crops;
 };
 
-// One picture with its driver and its model.
+// One picture with its driver and model.
 struct Pair {
     uint32_t Width;
     uint32_t Height;
@@ -115,7 +115,7 @@ void ExpectSameTables(Pair& pair)
     EXPECT_EQ(count, pair.Model.Scales.size());
 }
 
-// Returns false if the two part.
+// Returns false if the two differ.
 bool ExpectSameAnswer(Pair& pair, const SuggestionParameters& request)
 {
     const Answer expected = AnswerOfModel(pair, request);
@@ -133,7 +133,7 @@ bool ExpectSameAnswer(Pair& pair, const SuggestionParameters& request)
     return true;
 }
 
-// A ratio of the table, a hair beside one (inside or outside the tolerance), or a new one.
+// A ratio from the table, one just off it (inside or outside the tolerance), or a new one.
 double SomeRatio(std::mt19937& random, const std::vector<Ratio>& table, double tolerance,
                  double lowest, double highest)
 {
@@ -171,7 +171,7 @@ void RunSequence(uint32_t width, uint32_t height, uint32_t maxPerSide, uint32_t 
             break;
         }
         case 1: {
-            // Rarely a scale above 1, which no cell fits from then on.
+            // Rarely, a scale above 1: its crops never fit the picture.
             const double ratio = step > 30 && random() % 4U == 0U
                                      ? 1.25
                                      : SomeRatio(random, pair.Model.Scales, tolerance, 0.2, 1.0);
@@ -188,7 +188,7 @@ void RunSequence(uint32_t width, uint32_t height, uint32_t maxPerSide, uint32_t 
             break;
         }
         case 4: {
-            // Whole and fractional sizes; some exceed the picture and count as none.
+            // Whole and fractional sizes. One larger than the picture counts as no size.
             const double side = height < width ? height : width;
             std::uniform_real_distribution<double> any(0.4 * side, 1.1 * side);
             double cropWidth = any(random);
@@ -208,7 +208,7 @@ void RunSequence(uint32_t width, uint32_t height, uint32_t maxPerSide, uint32_t 
     }
 }
 
-TEST(DriverAgainstModel, RandomSequencesStayTogether)
+TEST(DriverAgainstModel, RandomSequencesAgree)
 {
     const uint32_t sizes[][2] = {{640, 480}, {480, 640}, {640, 640}, {640, 97}};
     uint32_t seed = 1;
@@ -217,7 +217,7 @@ TEST(DriverAgainstModel, RandomSequencesStayTogether)
             RunSequence(size[0], size[1], maxPerSide, seed++);
 }
 
-TEST(DriverAgainstModel, UsualRequestHandsOutTheKnownNumber)
+TEST(DriverAgainstModel, DefaultRequestReturnsTheKnownNumber)
 {
     vistaTrim::VistaTrimParameters parameters;
     parameters.SetDefaults();

@@ -1,7 +1,7 @@
-// The best crops that the driver serves, against the slow selection from the driver's own
-// scored candidates. Both are asked through many weights, modes, counts and rectangles of
-// interest, and must agree in every record, its merged score included. Ties are common in
-// real pictures; both break them by the candidates' order.
+// Compares the driver's best crops with the slow selection from the driver's own scored
+// candidates, over many weights, modes, counts and rectangles of interest. Every record must
+// agree, including its merged score. Ties are common in real pictures; both sides break them by
+// candidate order.
 #include <cmath>
 #include <cstdint>
 #include <random>
@@ -19,7 +19,7 @@ namespace {
 
 using vistaTrim::SuggestionParameters;
 
-// A dim slope with a few bright soft discs, so that candidates differ in every measure.
+// A dim gradient with a few bright soft discs, so that candidates differ in every measure.
 std::vector<uint8_t> DiscPixels(uint32_t width, uint32_t height, uint32_t seed)
 {
     std::mt19937 random(seed);
@@ -100,8 +100,8 @@ struct Host {
     }
 };
 
-// The driver's answer must be the slow one. Candidates come to both in the same order, so
-// one cell with all of them is the same grid to the selection.
+// Expects the driver to select what the slow selection selects. Both see the candidates in the
+// same order, so to the selection one cell with all of them equals the full grid.
 void ExpectSameBest(Host& host, int32_t n, const SuggestionParameters& request, int32_t mode,
                     const vistaTrim::WeightDistribution& weights)
 {
@@ -129,7 +129,7 @@ void ExpectSameBestForAll(Host& host, const SuggestionParameters& request)
     ExpectSameBest(host, 7, request, 2, {1.0, 1.0, 1.0, 1.0, 1.0});
     ExpectSameBest(host, 7, request, 3, {1.0, 1.0, 1.0});
     ExpectSameBest(host, 12, request, 7, {-1.0, 2.0, 0.5, -4.0, 3.0});
-    ExpectSameBest(host, 200, request, 0, {0.5, 0.3, 0.2}); // some clusters are asked twice
+    ExpectSameBest(host, 200, request, 0, {0.5, 0.3, 0.2}); // some clusters serve twice
     ExpectSameBest(host, 100000, request, 0, {0.5, 0.3, 0.2});
     ExpectSameBest(host, 0, request, 0, {0.5, 0.3, 0.2});
 }
@@ -169,13 +169,13 @@ TEST(DriverAgainstSlowSelection, DisabledRowsStayOut)
     ExpectSameBestForAll(host, SuggestionParameters());
 }
 
-TEST(DriverAgainstSlowSelection, RoiScoresAreTheSlowOnesToTheBit)
+TEST(DriverAgainstSlowSelection, RoiScoresMatchTheSlowOnesToTheBit)
 {
     Host host(640, 480, 7, 5);
     host.AddRect(120, 199, 90, 169, kSoftInclude);
     host.AddRect(400, 403, 300, 330, kSoftInclude);
     host.AddRect(500, 639, 0, 100, kSoftExclude);
-    host.AddRect(0, 9, 0, 9, 4); // no kind: no effect
+    host.AddRect(0, 9, 0, 9, 4); // unknown kind: no effect
     size_t whole = 0;
     const CropCell crops = host.All(SuggestionParameters());
     for (const Crop& crop : crops) {

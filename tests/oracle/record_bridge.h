@@ -1,4 +1,4 @@
-// From the library's public records to the oracles' own, and comparisons across the two.
+// Converts the library's public records to the oracles' own, and compares oracle records.
 #ifndef VISTATRIM_TESTS_ORACLE_RECORD_BRIDGE_H
 #define VISTATRIM_TESTS_ORACLE_RECORD_BRIDGE_H
 
@@ -88,7 +88,7 @@ inline bool SameSides(const Crop& a, const Crop& b)
     return a.Left == b.Left && a.Right == b.Right && a.Top == b.Top && a.Bottom == b.Bottom;
 }
 
-// Equal in every field; two values that are not numbers count as equal.
+// Equal in every field; two NaNs count as equal.
 inline bool SameCrop(const Crop& a, const Crop& b)
 {
     const auto same = [](double x, double y) { return x == y || (x != x && y != y); };

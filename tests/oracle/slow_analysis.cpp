@@ -37,7 +37,7 @@ double Clamped(const FloatPlane& p, int cols, int rows, int x, int y)
 void DemandSize(const FloatPlane& p, int cols, int rows)
 {
     if (cols < 1 || rows < 1 || p.size() != CountOf(cols, rows))
-        throw std::invalid_argument("slow oracle: a plane has another size than told");
+        throw std::invalid_argument("slow oracle: a plane does not have the stated size");
 }
 
 } // namespace
@@ -80,7 +80,7 @@ PlaneStack StackFromBytes(const uint8_t* bytes, int planeCount, int cols, int ro
 PlaneStack PlaneView(const PlaneStack& stack, int plane)
 {
     const int n = static_cast<int>(stack.Planes.size());
-    // The pair (p, p) in the packed order (0,0) .. (0,n-1), (1,1) .. (n-1,n-1), counted out.
+    // Counts up to the pair (p, p) in the packed order (0,0) .. (0,n-1), (1,1) .. (n-1,n-1).
     int pair = 0;
     for (int i = 0; i < plane; ++i)
         pair += n - i;
@@ -225,7 +225,7 @@ FloatPlane GradientStrength(const FloatPlane& src, int cols, int rows)
 FloatPlane GaussianTaps(int maskSize, float sigma)
 {
     if (maskSize < 3 || maskSize % 2 == 0)
-        throw std::invalid_argument("slow oracle: a mask is odd and at least 3");
+        throw std::invalid_argument("slow oracle: a mask must be odd and at least 3");
     const int h = maskSize / 2;
     const double s = sigma;
     FloatPlane taps(static_cast<size_t>(maskSize));
@@ -247,7 +247,7 @@ FloatPlane GaussianSmooth(const FloatPlane& src, int cols, int rows, int maskSiz
     const FloatPlane taps = GaussianTaps(maskSize, sigma);
     const int h = maskSize / 2;
 
-    // The inner sums of all rows, kept in double.
+    // The horizontal sums of all rows, kept in double.
     DoublePlane alongRow(src.size());
     for (int y = 0; y < rows; ++y)
         for (int x = 0; x < cols; ++x) {
@@ -321,7 +321,7 @@ void ResizeStackLinear(const PlaneStack& source, PlaneStack& target, Messages& m
     else if (source.Cols == 0 || source.Rows == 0 || target.Cols == 0 || target.Rows == 0)
         messages.push_back(StatusText(1));
 
-    // Refused in silence; what is heard is each plane's kernel missing its tables.
+    // The setup fails silently; each plane's kernel then reports that its tables are missing.
     if (source.Cols < 2 || source.Rows < 2) {
         for (size_t k = 0; k < source.Planes.size(); ++k)
             messages.push_back(StatusText(-8));
@@ -433,7 +433,7 @@ double RegionMean(const DoublePlane& table, int cols, int firstRow, int firstCol
 
 namespace {
 
-// Turns running sums along the rows into sums over both directions, each step a float.
+// Turns running sums along the rows into sums over both directions, rounding each step to float.
 void SumDownColumns(FloatPlane& table, int cols, int rows)
 {
     for (int c = 1; c <= cols; ++c) {
@@ -553,13 +553,13 @@ FloatPlane ComputeMultiScaleEdges(const PlaneStack& source, bool normaliseOutput
         PlaneStack smoothed = MakeStack(1, w, h);
         SmoothStack(WrapPlane(w, h, edges), smoothed, 0.5);
 
-        // A small size of 1 is refused here: the buffer then keeps the edges just copied in
-        // and, behind them, the previous scale's full-size result.
+        // A scaled side of 1 is rejected here: the buffer then keeps the edges just copied in
+        // and, after them, the previous scale's full-size result.
         PlaneStack full = WrapPlane(cols, rows, edgeBuffer);
         ResizeStackLinear(smoothed, full, messages);
         edgeBuffer = full.Planes[0];
 
-        // The small count on the full plane: only its first n elements are rescaled.
+        // The count is that of the small plane: only the first n elements are rescaled.
         NormalisePlane(edgeBuffer.data(), n);
         AddElements(out, edgeBuffer);
     }
@@ -646,8 +646,8 @@ StripStatistics ComputeStripStatistics(const PlaneStack& stack, const std::vecto
 
 namespace {
 
-// A small square matrix whose every stored element is rounded as asked. Rounding each float
-// operation's double result is the float operation: 53 bits are more than twice 24 and 2.
+// A small square matrix that rounds every stored element as `precision` says. Rounding the double
+// result of an operation on two floats gives exactly the float result, since 53 >= 2 * 24 + 2.
 class SmallMatrix {
 public:
     SmallMatrix(int size, InversePrecision precision)
@@ -675,7 +675,7 @@ private:
 };
 
 // Turns the lower triangle of `m` into the Cholesky factor. False if `m` is not positive
-// definite: a pivot that is zero, negative or not a number.
+// definite: a pivot that is zero, negative or NaN.
 bool FactorCholesky(SmallMatrix& m, int n)
 {
     for (int j = 0; j < n; ++j) {
@@ -734,7 +734,7 @@ FloatPlane InvertRegularised(const FloatPlane& a, int n, float eps, InversePreci
 
     FloatPlane result(count, 0.0F);
     if (!FactorCholesky(m, n)) {
-        // The first diagonal element, regularised a second time, stands for all planes.
+        // The first diagonal element, regularised a second time, serves all planes.
         for (int i = 0; i < n; ++i)
             result[Index(i, i, n)] = ToFloat(1.0 / (static_cast<double>(firstDiagonal) + epsilon));
         return result;
@@ -858,7 +858,7 @@ std::vector<FloatPlane> ComputeSideContrasts(const PlaneStack& stack, float frac
 
 namespace {
 
-// The bottom-anchored value unless it is the greater one.
+// The bottom-anchored value unless it is the greater.
 FloatPlane LesserOf(const FloatPlane& bottom, const FloatPlane& top)
 {
     FloatPlane out(bottom.size());
@@ -925,7 +925,7 @@ void CentreWeightColumns(FloatPlane& map, int cols, int rows)
 {
     const double width = cols;
     for (int i = 0; i < 5; ++i) {
-        // Both go toward zero, so a last column of -0.8 is column 0.
+        // Both casts truncate toward zero, so a last column of -0.8 is column 0.
         const int first = static_cast<int>(i * width / 5.0);
         const int last = static_cast<int>((i + 1) * width / 5.0 - 1.0);
         ScaleColumns(map, cols, rows, first, last - first + 1, CentreWeight(i));
@@ -963,7 +963,7 @@ EdgeStages ComputeEdgeStages(const uint8_t* pixels, int cols, int rows)
     return e;
 }
 
-// ---- The whole -----------------------------------------------------------------------------
+// ---- The whole analysis --------------------------------------------------------------------
 
 WorkingSize ComputeWorkingSize(int sourceCols, int sourceRows)
 {
@@ -1007,7 +1007,7 @@ float BandGain(float mean)
 
 namespace {
 
-// The bottom-right element of a table as a denominator.
+// The bottom-right element of a table, with a floor so that it can be a denominator.
 float Total(const DoublePlane& table)
 {
     const float total = ToFloat(table.back());
@@ -1032,7 +1032,7 @@ Analysis AnalyseBytes(const std::vector<uint8_t>& bytes, int sourceCols, int sou
     }
     const int cols = size.WorkCols, rows = size.WorkRows;
     if (bytes.size() < 3 * CountOf(cols, rows))
-        throw std::invalid_argument("slow oracle: the picture ends before its working size does");
+        throw std::invalid_argument("slow oracle: the buffer is smaller than the working size");
     const uint8_t* pixels = bytes.data();
 
     a.Saliency = ComputeSaliencyMaps(pixels, cols, rows, precision, a.ErrorLines);

@@ -1,12 +1,12 @@
 // The whole analysis of a picture, computed the slow way: plain loops over plain vectors,
 // every index clamped where it is used, nothing shared with the library's own code.
 //
-// Arithmetic is in double, with one cast at each place where a value becomes a float: where an
-// order of additions is free, the double sum is the middle of all allowed results. Where the
-// order and the roundings are fixed (float tables, thresholds, normalisation, row sums), they
-// are done as fixed.
+// Arithmetic is in double, with one cast wherever a value becomes a float: where the order of
+// additions is free, the double sum lies in the middle of all allowed results. Where order and
+// rounding are fixed (float tables, thresholds, normalisation, row sums), the code follows them
+// exactly.
 //
-// Planes are row-major without padding; element (x, y) stands at y * cols + x.
+// Planes are row-major without padding; element (x, y) is at y * cols + x.
 #ifndef VISTATRIM_TESTS_ORACLE_SLOW_ANALYSIS_H
 #define VISTATRIM_TESTS_ORACLE_SLOW_ANALYSIS_H
 
@@ -21,7 +21,7 @@ namespace slowOracle {
 using FloatPlane = std::vector<float>;
 using DoublePlane = std::vector<double>;
 
-// Lines that go to the error stream, in order, without their line ends.
+// Lines written to the error stream, in order, without line ends.
 using Messages = std::vector<std::string>;
 
 struct PlaneStack {
@@ -38,8 +38,8 @@ PlaneStack PlaneView(const PlaneStack& stack, int plane); // a copy, with the pl
 
 // ---- Vector primitives ---------------------------------------------------------------------
 
-int IndexOfLargestMagnitude(const float* x, int count);  // the first of equals
-int IndexOfSmallestMagnitude(const float* x, int count); // the first of equals
+int IndexOfLargestMagnitude(const float* x, int count);  // the first if several are equal
+int IndexOfSmallestMagnitude(const float* x, int count); // the first if several are equal
 float LargestByMagnitude(const FloatPlane& x);           // the element itself, with its sign
 void NormalisePlane(float* x, int count);
 void NormalisePlane(FloatPlane& x);
@@ -59,7 +59,7 @@ FloatPlane GaussianSmooth(const FloatPlane& src, int cols, int rows, int maskSiz
 void SmoothStack(const PlaneStack& source, PlaneStack& target, double sigma);
 std::vector<FloatPlane> BlurInterleavedPixels(const uint8_t* pixels, int cols, int rows,
                                               float sigma);
-// A refused source leaves the planes of `target` alone and adds a message for each.
+// A rejected source leaves `target` unchanged and adds one message per plane.
 void ResizeStackLinear(const PlaneStack& source, PlaneStack& target, Messages& messages);
 void ThresholdBelow(FloatPlane& map, float level, float value);
 void ScaleColumns(FloatPlane& map, int cols, int rows, int firstCol, int width, float factor);
@@ -81,16 +81,16 @@ void BuildTables(PlaneStack& stack);
 
 void NormaliseRowBySum(float* row, int length, float offset, float threshold);
 void NormaliseRowsBySum(FloatPlane& plane, int cols, int rows);
-// A picture's side at one scale: the product is truncated as it stands, not rounded to float.
+// A picture's side at one scale. The product is truncated without rounding it to float first.
 int ScaledSide(int side, float scale);
-// Both scratch buffers start as zeros, so a scaled side of 1 at the first scale is defined too.
+// Both scratch buffers start as zeros, so a scaled side of 1 is defined even at the first scale.
 FloatPlane ComputeMultiScaleEdges(const PlaneStack& source, bool normaliseOutput,
                                   bool normaliseRows, const std::vector<float>& scales,
                                   Messages& messages);
 
 // ---- Border strips -------------------------------------------------------------------------
 
-enum Side { SideTop = 0, SideBottom = 1, SideLeft = 2, SideRight = 3 }; // the order of all fours
+enum Side { SideTop = 0, SideBottom = 1, SideLeft = 2, SideRight = 3 }; // every array of 4 sides
 
 struct StripRect {
     int Left, Top, Right, Bottom; // inclusive
@@ -107,10 +107,10 @@ StripStatistics ComputeStripStatistics(const PlaneStack& stack,
 
 // ---- Distance maps -------------------------------------------------------------------------
 
-// How the inverse of the covariance is computed. The library's comes from a single-precision
-// routine whose order of operations is its own affair: kSingle rounds each step of the textbook
-// order to float, kDouble rounds only the results. Comparing a map under both shows how much
-// of a difference to the library is this step's.
+// How to invert the covariance. The library uses a single-precision routine whose order of
+// operations is unspecified: kSingle rounds each step of the textbook order to float, kDouble
+// rounds only the results. Comparing a map under both shows how much of a difference from the
+// library comes from this step.
 enum class InversePrecision { kSingle, kDouble };
 
 FloatPlane InvertRegularised(const FloatPlane& a, int n, float eps, InversePrecision precision);
@@ -160,7 +160,7 @@ float CentreWeight(int strip); // 0..4
 void CentreWeightColumns(FloatPlane& map, int cols, int rows);
 EdgeStages ComputeEdgeStages(const uint8_t* pixels, int cols, int rows);
 
-// ---- The whole -----------------------------------------------------------------------------
+// ---- The whole analysis --------------------------------------------------------------------
 
 struct WorkingSize {
     float ScaleFactor;
@@ -172,7 +172,7 @@ float BandMean(Side side, const DoublePlane& table, int cols, int rows, int band
 float BandGain(float mean);
 
 struct Analysis {
-    bool Built = false; // false: the picture is too narrow and all below WorkRows is empty
+    bool Built = false; // false: picture too narrow, all fields below WorkRows empty
     int SourceCols = 0;
     int SourceRows = 0;
     float ScaleFactor = 0.0F;
@@ -201,8 +201,8 @@ struct Analysis {
     DoublePlane EdgeTable;
     DoublePlane SideTables[4];
 
-    // What stood before each threshold, and its level: near a level, a last-bit difference
-    // decides whether a value stays, and a comparison has to know where that can happen.
+    // The maps before each threshold, and its level. Near a level, a last-bit difference decides
+    // whether a value survives, and a comparison has to know where that can happen.
     SaliencyStages Saliency;
     EdgeStages Edge;
     float ColorContrastLevel = 0.0F;
@@ -213,12 +213,12 @@ struct Analysis {
     Messages ErrorLines;
 };
 
-// `picture` is at working size and is its own source.
+// `picture` is at working size already; its size is also the source size.
 Analysis AnalysePicture(const Picture& picture,
                         InversePrecision precision = InversePrecision::kSingle);
 
-// The source's size is given apart from the bytes, of which the first WorkCols x WorkRows
-// pixels are read. Throws std::invalid_argument if there are fewer.
+// Takes the source size separately from the bytes. Reads the first WorkCols x WorkRows pixels;
+// throws std::invalid_argument if there are fewer.
 Analysis AnalyseBytes(const std::vector<uint8_t>& bytes, int sourceCols, int sourceRows,
                       InversePrecision precision = InversePrecision::kSingle);
 

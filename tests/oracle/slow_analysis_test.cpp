@@ -1,4 +1,4 @@
-// The slow analysis held against numbers worked out by hand.
+// Checks the slow analysis against numbers worked out by hand.
 #include "oracle/slow_analysis.h"
 
 #include <algorithm>
@@ -9,7 +9,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "oracle/made_pictures.h"
+#include "oracle/synthetic_images.h"
 
 namespace slowOracle {
 namespace {
@@ -181,7 +181,7 @@ TEST(SlowGaussian, PicturesSmallerThanTheMaskAreLegal)
 {
     EXPECT_THAT(GaussianSmooth({200.0F}, 1, 1, 15, 2.0F), ElementsAre(FloatEq(200.0F)));
 
-    // One column: each row's taps see the same value, so it is the smoothing of a line.
+    // One column: each row's taps see the same value, so this smooths a single line.
     const FloatPlane line = GaussianSmooth({0, 0, 0, 0, 1, 0, 0, 0, 0}, 1, 9, 7, 0.5F);
     EXPECT_THAT(line[4], FloatEq(0.78657067F));
     EXPECT_THAT(line[3], FloatEq(0.10645077F));
@@ -189,7 +189,7 @@ TEST(SlowGaussian, PicturesSmallerThanTheMaskAreLegal)
     EXPECT_EQ(row, line);
 }
 
-TEST(SlowGaussian, BlurTakesTheThreePlanesApart)
+TEST(SlowGaussian, BlurSeparatesTheThreePlanes)
 {
     const Picture picture = FlatPicture(6, 5, 10, 20, 30);
     const std::vector<FloatPlane> planes = BlurInterleavedPixels(picture.Bytes.data(), 6, 5, 2.0F);
@@ -214,21 +214,21 @@ TEST(SlowResize, SameSizeReproducesThePlane)
     EXPECT_EQ(Resized(src, 7, 5, 7, 5), src);
 }
 
-TEST(SlowResize, HalvingMeansTwoNeighbours)
+TEST(SlowResize, HalvingAveragesTwoNeighbours)
 {
     const FloatPlane src = {0, 1, 2, 3, 4, 5, 6, 7, 8, 9, 0, 1, 2, 3, 4, 5, 6, 7, 8, 9};
     EXPECT_THAT(Resized(src, 10, 2, 5, 1), ElementsAre(0.5F, 2.5F, 4.5F, 6.5F, 8.5F));
     EXPECT_THAT(Resized({1, 2, 3, 4}, 2, 2, 1, 1), ElementsAre(2.5F));
 }
 
-TEST(SlowResize, EnlargingRepeatsTheRim)
+TEST(SlowResize, EnlargingRepeatsTheEdgePixels)
 {
     // positions -0.25, 0.25, 0.75, 1.25
     EXPECT_THAT(Resized({0, 4, 0, 4}, 2, 2, 4, 1), ElementsAre(0.0F, 1.0F, 3.0F, 4.0F));
     EXPECT_THAT(Resized({0, 0, 4, 4}, 2, 2, 1, 4), ElementsAre(0.0F, 1.0F, 3.0F, 4.0F));
 }
 
-TEST(SlowResize, StrongReductionLooksAtFourPixelsOnly)
+TEST(SlowResize, StrongReductionReadsOnlyFourPixels)
 {
     FloatPlane src = Constant(9, 9, 0.0F);
     src[4 * 9 + 4] = 5.0F; // position 4 exactly
@@ -275,7 +275,7 @@ TEST(SlowBoxes, ErosionOf5RemovesALineOf3)
     EXPECT_THAT(map, Each(0.0F));
 }
 
-TEST(SlowBoxes, ErosionLooksInsideTheMapOnly)
+TEST(SlowBoxes, ErosionIgnoresEverythingOutsideTheMap)
 {
     // A bright block of three columns at the left border keeps its first column.
     FloatPlane map = {1, 1, 1, 0, 0, 0, 1, 1, 1, 0, 0, 0};
@@ -311,7 +311,7 @@ TEST(SlowTables, SumsByHand)
     EXPECT_THAT(BuildSummedAreaTable({7}, 1, 1), ElementsAre(7));
 }
 
-TEST(SlowTables, MeanOfNothingOverNextToNothingIs0)
+TEST(SlowTables, MeanOfAnEmptyRegionOverATinyAreaIs0)
 {
     const DoublePlane t = BuildSummedAreaTable(Constant(4, 4, 0.0F), 4, 4);
     EXPECT_EQ(RegionMean(t, 4, 1, 1, 2, 2, 1e-10), 0.0);
@@ -325,15 +325,15 @@ TEST(SlowTables, PlaneTableOfOnesCountsPixels)
             EXPECT_EQ(At(t, 6, c, r), static_cast<float>(r * c));
 }
 
-// 2^24 + 1 is 2^24 in a float, but 2^24 + 2 is exact: the second row's own sum of 2 arrives,
-// where adding its pixels one by one would lose both.
+// 2^24 + 1 is 2^24 in a float, but 2^24 + 2 is exact: the second row's own sum of 2 survives,
+// while adding its pixels one by one would lose both.
 TEST(SlowTables, PlaneTableSumsRowsFirst)
 {
     const FloatPlane t = BuildPlaneTable({16777216.0F, 1.0F, 1.0F, 1.0F}, 2, 2);
     EXPECT_THAT(t, ElementsAre(0, 0, 0, 0, 16777216.0F, 16777216.0F, 0, 16777216.0F, 16777218.0F));
 }
 
-// 4097 squared is 16785409, odd above 2^24 and so no float; one more is.
+// 4097 squared is 16785409: odd and above 2^24, so no float holds it, but one more is a float.
 TEST(SlowTables, PairTableRoundsTheSumAndNotTheProduct)
 {
     const FloatPlane t = BuildPairTable({1.0F, 4097.0F}, {1.0F, 4097.0F}, 2, 1);
@@ -360,7 +360,7 @@ TEST(SlowTables, PairsArePackedRowByRow)
 
 // ---- Multi-scale edges ---------------------------------------------------------------------
 
-TEST(SlowEdges, ScaledSidesAreCutOff)
+TEST(SlowEdges, ScaledSidesAreTruncated)
 {
     EXPECT_EQ(ScaledSide(640, 0.04F), 25);
     EXPECT_EQ(ScaledSide(480, 0.04F), 19);
@@ -374,7 +374,7 @@ TEST(SlowEdges, ScaledSidesAreCutOff)
     EXPECT_EQ(ScaledSide(5, 0.2F), 1);
 }
 
-TEST(SlowEdges, RowSumCountsOnlyWhatIsAboveTheThreshold)
+TEST(SlowEdges, RowSumCountsOnlyValuesAboveTheThreshold)
 {
     FloatPlane row = Constant(100, 1, 0.0F);
     row[10] = 1.0F;
@@ -392,7 +392,7 @@ TEST(SlowEdges, RowSumCountsOnlyWhatIsAboveTheThreshold)
     EXPECT_THAT(zeros, Each(0.0F));
 }
 
-TEST(SlowEdges, RowsAreNormalisedApart)
+TEST(SlowEdges, RowsAreNormalisedSeparately)
 {
     // Offset 0.02: 1 / 1.02, and 2 / 4.02 twice.
     FloatPlane plane = {1.0F, 0.0F, 2.0F, 2.0F};
@@ -410,7 +410,7 @@ TEST(SlowEdges, ScalesWithoutPixelsAreSkipped)
     EXPECT_TRUE(messages.empty());
 }
 
-// 76 x 26 becomes 3 x 1: the columns 12.2, 37.5 and 62.8, which lie well inside their bands.
+// 76 x 26 becomes 3 x 1: columns 12.2, 37.5 and 62.8, each well inside its band.
 PlaneStack ThreeBands()
 {
     FloatPlane plane(76 * 26);
@@ -419,7 +419,7 @@ PlaneStack ThreeBands()
     return WrapPlane(76, 26, plane);
 }
 
-// Gradients 40, 160, 120 of the values 0, 10, 40; the way back to full size is refused.
+// The values 0, 10, 40 have gradients 40, 160, 120. Resizing them to full size is rejected.
 TEST(SlowEdges, OneScaledRowStaysUnsmoothedInFront)
 {
     Messages messages;
@@ -431,7 +431,7 @@ TEST(SlowEdges, OneScaledRowStaysUnsmoothedInFront)
     EXPECT_THAT(FloatPlane(out.begin() + 3, out.end()), Each(0.0F));
 }
 
-TEST(SlowEdges, OneScaledRowKeepsThePreviousScaleBehindIt)
+TEST(SlowEdges, OneScaledRowKeepsThePreviousScaleAfterIt)
 {
     Messages messages;
     const FloatPlane once = ComputeMultiScaleEdges(ThreeBands(), false, false, {0.2F}, messages);
@@ -447,7 +447,7 @@ TEST(SlowEdges, OneScaledRowKeepsThePreviousScaleBehindIt)
         EXPECT_EQ(both[i], once[i] + once[i]);
 }
 
-// 30 x 30 becomes 6 x 6: the first 36 elements span 0..1, the others what resizing gave them.
+// 30 x 30 becomes 6 x 6: the first 36 elements span 0..1, the others keep their resized values.
 TEST(SlowEdges, OnlyTheFirstElementsAreNormalisedAgain)
 {
     Messages messages;
@@ -456,7 +456,7 @@ TEST(SlowEdges, OnlyTheFirstElementsAreNormalisedAgain)
     const FloatPlane front(out.begin(), out.begin() + 36), rest(out.begin() + 36, out.end());
     EXPECT_EQ(Smallest(front), 0.0F);
     EXPECT_THAT(Largest(front), FloatEq(1.0F));
-    EXPECT_GT(Smallest(rest), 0.0F); // smoothing has lifted the small plane's 0
+    EXPECT_GT(Smallest(rest), 0.0F); // smoothing has raised the small plane's 0
     EXPECT_LT(Largest(rest), 1.0F);  // and lowered its 1
 
     const FloatPlane whole = ComputeMultiScaleEdges(source, true, false, {0.2F}, messages);
@@ -716,7 +716,7 @@ TEST(SlowSaliency, FollowsItsFormula)
     for (size_t i = 0; i < top.size(); ++i)
         contrast[i] = std::min(top[i], bottom[i]);
     NormalisePlane(contrast);
-    // The thirds are rounded otherwise here: a few roundings of values up to 2.
+    // The thirds are rounded differently here; the difference is a few roundings of values up to 2.
     EXPECT_LT(LargestDifference(s.ContrastMap, contrast), 1e-6F);
 
     FloatPlane saliency = ComputeMultiScaleEdges(sharp, false, false, {0.04F, 0.2F}, messages);
@@ -730,8 +730,8 @@ TEST(SlowSaliency, FollowsItsFormula)
         EXPECT_EQ(s.SideMaps[side], sides[side]);
 }
 
-// At 640 x 26 the smaller scale is one row and leaves the other scale's result behind it, but
-// only if it comes second; the system runs it first, so nothing stands behind.
+// At 640 x 26 the smaller scale is one row. Run second, it would leave the other scale's result
+// after its own; the analysis runs it first, so only zeros follow.
 TEST(SlowSaliency, SmallerScaleComesFirst)
 {
     const Picture picture = PseudoPhotograph(640, 26, 8);
@@ -744,9 +744,9 @@ TEST(SlowSaliency, SmallerScaleComesFirst)
         ASSERT_EQ(s.Edges[i], larger[i]);
 }
 
-// 60 x 60 becomes 12 x 12, and behind the first 144 elements stands the plain way back: the
-// gradients of the small plane, normalised, smoothed with sigma 0.5 and 7 taps, enlarged.
-TEST(SlowSaliency, EdgesBehindTheFrontAreTheSmoothedGradients)
+// 60 x 60 becomes 12 x 12. After the first 144 elements the result is simply the gradients of the
+// small plane, normalised, smoothed with sigma 0.5 and 7 taps, and enlarged.
+TEST(SlowSaliency, EdgesAfterTheFirstElementsAreTheSmoothedGradients)
 {
     const FloatPlane plane = NoisePlane(60, 60);
     Messages messages;
@@ -792,7 +792,7 @@ TEST(SlowCentreWeights, StripsOfUnevenWidths)
 }
 
 // With 3 columns, strips 0 and 1 are both column 0 and strip 2 is empty. With 1 column all
-// five strips are column 0, because -0.8 and -0.4 are cut to 0.
+// five strips are column 0, because -0.8 and -0.4 truncate to 0.
 TEST(SlowCentreWeights, NarrowMapsAreWeightedMoreThanOnce)
 {
     const float w0 = CentreWeight(0), w1 = CentreWeight(1);
@@ -834,7 +834,7 @@ TEST(SlowEdgeMap, StagesFollowEachOther)
         EXPECT_EQ(e.EdgeMap[i] > 0.0F, e.Cleaned[i] > 0.0F);
 }
 
-// ---- The whole -----------------------------------------------------------------------------
+// ---- The whole analysis --------------------------------------------------------------------
 
 TEST(SlowWorkingSize, FollowsTheLongerSide)
 {
@@ -860,7 +860,7 @@ TEST(SlowBorderBand, IsAFractionOfTheShorterSide)
     EXPECT_EQ(ComputeBorderBand(1, 1), 1);
 }
 
-TEST(SlowBandGain, QuietSideGainsAHundred)
+TEST(SlowBandGain, QuietSideHasAGainOf100)
 {
     EXPECT_THAT(BandGain(0.0F), FloatEq(100.0F));
     EXPECT_THAT(BandGain(0.99F), FloatEq(1.0F));
@@ -888,7 +888,7 @@ TEST(SlowBandMean, OneRowOrColumnIsTheWholeBand)
     EXPECT_EQ(BandMean(SideRight, t, 1, 3, 1), 3.0F);
 }
 
-TEST(SlowAnalysis, TooNarrowPicturesEndInAMessage)
+TEST(SlowAnalysis, TooNarrowPicturesGiveAMessage)
 {
     const Analysis a = AnalyseBytes({}, 1, 1281);
     EXPECT_FALSE(a.Built);
@@ -904,7 +904,7 @@ TEST(SlowAnalysis, ShortBuffersAreRefused)
     EXPECT_THROW(AnalysePicture(picture), std::invalid_argument);
 }
 
-// Only the first 640 of the 1280 pixels are looked at.
+// Only the first 640 of the 1280 pixels are read.
 TEST(SlowAnalysis, LargerSourcesAreReadAtWorkingSize)
 {
     const Picture source = NoisePicture(1, 1280, 3);
@@ -939,7 +939,7 @@ TEST(SlowAnalysis, FlatPicturesHaveEmptyMaps)
     }
 }
 
-TEST(SlowAnalysis, LinesAndColumnsAreWrittenInFull)
+TEST(SlowAnalysis, ThinPicturesFillEveryMap)
 {
     const int sizes[][2] = {{640, 1}, {1, 640}, {640, 2}, {4, 640}, {640, 26}};
     for (const auto& size : sizes)
@@ -958,7 +958,7 @@ TEST(SlowAnalysis, LinesAndColumnsAreWrittenInFull)
 
 // A side under 5 has no edges at either scale; 5 to 9 give one scaled row, and so does a side
 // of 26 to 50 at the smaller scale.
-TEST(SlowAnalysis, LowPicturesLoseTheirEdges)
+TEST(SlowAnalysis, ThinPicturesLoseTheirEdges)
 {
     const Analysis four = AnalysePicture(PseudoPhotograph(640, 4, 1));
     EXPECT_TRUE(four.ErrorLines.empty());
@@ -976,7 +976,7 @@ TEST(SlowAnalysis, LowPicturesLoseTheirEdges)
     EXPECT_TRUE(AnalysePicture(PseudoPhotograph(640, 51, 1)).ErrorLines.empty());
 }
 
-TEST(SlowAnalysis, PhotographMapsHangTogether)
+TEST(SlowAnalysis, PhotographMapsAreConsistent)
 {
     const Analysis a = AnalysePicture(PseudoPhotograph(640, 300, 2));
     const size_t count = 640 * 300;
@@ -1014,7 +1014,7 @@ TEST(SlowAnalysis, PhotographMapsHangTogether)
         EXPECT_NEAR(static_cast<double>(total.first) / sum, 1.0, 1e-6);
     }
 
-    double bandSum = 0.0; // the lowest 45 rows of the bottom's own map
+    double bandSum = 0.0; // the lowest 45 rows of the bottom side's map
     for (size_t i = 640 * 255; i < count; ++i)
         bandSum += static_cast<double>(a.SideMaps[SideBottom][i]);
     EXPECT_NEAR(static_cast<double>(a.SideGain[SideBottom]), 1.0 / (bandSum / (640 * 45) + 0.01),

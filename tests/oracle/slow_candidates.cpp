@@ -7,8 +7,8 @@ namespace slowOracle {
 
 namespace {
 
-// A crop side as an unsigned number. The largest one stands for every side that no picture has,
-// negative or beyond 32 bits; a NaN exceeds nothing and counts as 0.
+// A crop side as an unsigned number. The largest one stands for every impossible side, negative
+// or beyond 32 bits; NaN compares false with both limits and counts as 0.
 uint32_t CropSide(double floored)
 {
     constexpr uint32_t kLargest = 0xFFFFFFFFU;
@@ -17,8 +17,9 @@ uint32_t CropSide(double floored)
     return std::isnan(floored) ? 0U : static_cast<uint32_t>(floored);
 }
 
-// The gaps between `positions` wanted positions, at least 1. The count is exact, however large,
-// so a density of 0, which wraps, asks for every position along the axis with less free room.
+// The number of gaps between `positions` wanted positions, at least 1. A double keeps any count
+// exact, so a density of 0, which wraps, asks for every position along the axis with less free
+// room.
 double Gaps(double positions)
 {
     return std::max(positions - 1.0, 1.0);
@@ -151,8 +152,8 @@ CropGrid GeneratorModel::GenerateAll()
     return Grid;
 }
 
-// The row of `ratio`, added if there is none. Rows of the grid come into being as the scan
-// passes them, and only as far as it gets.
+// The row of `ratio`, added if there is none. The scan creates grid rows as it passes them, and
+// none beyond the row where it stops.
 uint32_t GeneratorModel::FindAspect(double ratio)
 {
     for (uint32_t i = 0; i < Aspects.size(); ++i) {

@@ -1,5 +1,5 @@
 // The candidates of one picture size, computed the slow way, and a model of the generator's
-// tables and grid that a test can drive beside the real one through any sequence of calls.
+// tables and grid that a test can drive alongside the real one through any sequence of calls.
 #ifndef VISTATRIM_TESTS_ORACLE_SLOW_CANDIDATES_H
 #define VISTATRIM_TESTS_ORACLE_SLOW_CANDIDATES_H
 
@@ -15,14 +15,14 @@ struct CellResult {
     CropCell Crops;     // unscored, in the order of enumeration
 };
 
-// All crops of one aspect ratio (width over height) and one scale. The bound `maxPerSide` is
-// that of the axis with more free room. Any value of the ratios gives a defined result.
+// All crops of one aspect ratio (width over height) and one scale. `maxPerSide` limits the axis
+// with more free room. Every ratio, even NaN, gives a defined result.
 CellResult EnumerateCell(uint32_t width, uint32_t height, double aspect, double scale,
                          uint32_t maxPerSide);
 
-// What the generator must look like after any sequence of its operations. An operation that
-// meets a cell which does not fit throws the generator's own text as a const char*, and leaves
-// the tables and the grid as the generator must leave them.
+// The state the generator must have after any sequence of its operations. An operation that
+// reaches a cell whose crop does not fit throws the generator's own message as a const char* and
+// leaves the tables and the grid as the generator must leave them.
 class GeneratorModel {
 public:
     GeneratorModel(uint32_t width, uint32_t height, const std::vector<Ratio>& aspectRows,
@@ -38,11 +38,11 @@ public:
     CropCell GenerateForCropSize(double width, double height, uint32_t& aspectIndex,
                                  uint32_t& scaleIndex);
 
-    // NoIndex: all rows. A row that does not exist yet throws std::out_of_range.
+    // kNoIndex: all rows. A row that does not exist yet throws std::out_of_range.
     CropCell GetEnabledCropRects(uint32_t aspectIndex) const;
     CropGrid GetEnabledGrid(uint32_t aspectIndex) const;
 
-    // Public, so that a test compares them and a scorer writes into the grid.
+    // Public, so that a test can compare them and a scorer can write into the grid.
     std::vector<Ratio> Aspects;
     std::vector<Ratio> Scales;
     CropGrid Grid;

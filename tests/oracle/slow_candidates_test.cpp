@@ -42,7 +42,7 @@ size_t CountAll(const CropGrid& grid)
     return count;
 }
 
-// The text that `model` throws when it fills everything; empty if it throws none.
+// The message `model` throws when it fills the whole grid; empty if it throws none.
 std::string TextOfGenerateAll(GeneratorModel& model)
 {
     try {
@@ -98,7 +98,7 @@ TEST(SlowCandidates, CellRunsDownEachColumnOfPositions)
     ExpectSides(cell.Crops[474], 320, 639, 240, 479);
 }
 
-TEST(SlowCandidates, LesserFreeRoomGetsFewerPositions)
+TEST(SlowCandidates, AxisWithLessRoomGetsFewerPositions)
 {
     const CellResult cell = EnumerateCell(640, 480, 64.0 / 27.0, 0.4, 25);
     ASSERT_EQ(cell.Crops.size(), 600U); // 25 columns of 24
@@ -108,7 +108,7 @@ TEST(SlowCandidates, LesserFreeRoomGetsFewerPositions)
 }
 
 // By height: floor(192.4 + 0.5) = 192, 256 wide. By width it would be floor(256.53 + 0.5) = 257.
-TEST(SlowCandidates, RatioOfThePictureItselfIsAnchoredOnTheHeight)
+TEST(SlowCandidates, ThePicturesOwnRatioIsAnchoredOnTheHeight)
 {
     const CellResult cell = EnumerateCell(640, 480, 640.0 / 480.0, 192.4 / 480.0, 25);
     ExpectSides(cell.Crops.at(0), 0, 255, 0, 191);
@@ -122,7 +122,7 @@ TEST(SlowCandidates, StepIsNeverBelowOnePixel)
         ExpectSides(cell.Crops[static_cast<size_t>(i)], i, i + 9, 0, 9);
 }
 
-// One wanted position leaves the step at the whole free room, and both its ends are taken.
+// With one wanted position the step is the whole free room, and both its ends are taken.
 TEST(SlowCandidates, BoundOfOneGivesBothEndsOfEachAxis)
 {
     const CellResult cell = EnumerateCell(640, 480, 4.0 / 3.0, 0.5, 1);
@@ -155,14 +155,14 @@ TEST(SlowCandidates, NegativeCropSideIsAHugeUnsignedOne)
     EXPECT_TRUE(EnumerateCell(640, 480, 4.0 / 3.0, -0.5, 25).Error);
 }
 
-TEST(SlowCandidates, CropSideBeyondAllNumbersIsAnError)
+TEST(SlowCandidates, CropSideBeyondThirtyTwoBitsIsAnError)
 {
     EXPECT_TRUE(EnumerateCell(640, 480, 4.0 / 3.0, 1e300, 2).Error);
     EXPECT_TRUE(EnumerateCell(640, 480, 4.0 / 3.0, 4294967296.0 / 480.0, 2).Error); // 2^32 rows
 }
 
 // 0 - 1 wraps: one gap across the axis with more room, a position on every pixel of the other.
-TEST(SlowCandidates, DensityOfZeroFillsTheLesserAxis)
+TEST(SlowCandidates, DensityOfZeroFillsTheAxisWithLessRoom)
 {
     const CellResult cell = EnumerateCell(640, 480, 4.0 / 3.0, 0.5, 0);
     ASSERT_EQ(cell.Crops.size(), 2U * 241U);
@@ -185,7 +185,7 @@ TEST(SlowGeneratorModel, CropSizeOffTheTableAddsAScaleAndFillsOneCell)
     EXPECT_TRUE(model.Scales[7].Enabled);
     ExpectSides(cell.at(0), 0, 299, 0, 199);
 
-    // The scan brought rows 0 and 1 into being, and the cells before the new one.
+    // The scan created rows 0 and 1, and the cells before the new one.
     ASSERT_EQ(model.Grid.size(), 3U);
     EXPECT_TRUE(model.Grid[0].empty());
     EXPECT_TRUE(model.Grid[1].empty());
@@ -286,7 +286,7 @@ TEST(SlowGeneratorModel, RowWithAllScalesDisabledIsHandedOutWithoutCells)
     EXPECT_TRUE(enabled[0].empty());
 }
 
-TEST(SlowGeneratorModel, ScaleAboveOneThrowsAgainAndAgain)
+TEST(SlowGeneratorModel, ScaleAboveOneThrowsEveryTime)
 {
     GeneratorModel model = UsualModel(640, 480);
     model.SetCropRectScaleRatioEnabled(1.5, false);

@@ -1,5 +1,5 @@
-// The oracles' own records, so that they need nothing of the library, not even its
-// constructors. Names and defaults are those of the public records; record_bridge.h converts.
+// The oracles' own records, so that they need nothing from the library, not even its
+// constructors. Names and defaults match the public records; record_bridge.h converts.
 #ifndef VISTATRIM_TESTS_ORACLE_SLOW_RECORDS_H
 #define VISTATRIM_TESTS_ORACLE_SLOW_RECORDS_H
 
@@ -17,7 +17,7 @@ constexpr int32_t kHardInclude = 1;
 constexpr int32_t kSoftExclude = 2;
 constexpr int32_t kHardExclude = 3;
 
-// All four sides are inside the rectangle.
+// All four sides are inclusive.
 struct Rect {
     int32_t Left = 0, Right = 0, Top = 0, Bottom = 0;
 };

@@ -70,7 +70,7 @@ bool operator==(const WorkRect& a, const WorkRect& b)
 
 WorkRect ToWorkingRect(const ScoringInput& in, const Crop& crop)
 {
-    // Low ends are mended below only and high ends above only.
+    // Low ends are clamped from below only, high ends from above only.
     const float firstRow = std::max(0.0F, Scaled(in, crop.Top));
     const float firstCol = std::max(0.0F, Scaled(in, crop.Left));
     const float lastRow = std::min(static_cast<float>(in.WorkRows - 1), Scaled(in, crop.Bottom));
@@ -152,7 +152,7 @@ float SideValue(const ScoringInput& in, const WorkRect& rect, int side)
     if (side == kRight)
         band.FirstCol = rect.LastCol - h + 1;
 
-    // Only the limits across the band are tested, and only against the picture.
+    // Checks only the limits across the band, and only against the picture.
     const bool alongRows = side == kTop || side == kBottom;
     const int32_t first = alongRows ? band.FirstRow : band.FirstCol;
     const int32_t last = alongRows ? band.LastRow : band.LastCol;
@@ -278,7 +278,7 @@ float RectCoverage(const Rect& crop, const Rect& rect)
                            common(crop.Top, crop.Bottom, rect.Top, rect.Bottom);
     const int64_t area = (static_cast<int64_t>(rect.Right) - rect.Left + 1) *
                          (static_cast<int64_t>(rect.Bottom) - rect.Top + 1);
-    // No pixels at all: 0 / 0, not a number, which meets no test.
+    // No pixels: 0 / 0 is NaN, which fails every comparison.
     return static_cast<float>(static_cast<double>(inside) / static_cast<double>(area));
 }
 
@@ -318,7 +318,7 @@ float RoiScore(const std::vector<Roi>& softRects, const Rect& crop)
             if (e > nearness)
                 nearness = e;
         } else if (rect.Kind == kSoftExclude) {
-            // 1 - f is not rounded by itself; the accumulator is.
+            // 1 - f is not rounded on its own; the accumulator is.
             covered =
                 static_cast<float>(static_cast<double>(covered) + (1.0 - static_cast<double>(f)));
             if (f == 0.0F)

@@ -1,8 +1,8 @@
 // The measures of one crop, computed the slow way: plain loops over plain vectors, one cast
 // at each place where a value becomes a float, nothing shared with the library's own code.
 //
-// Whatever reads outside a table throws std::out_of_range, and a coordinate that no int32
-// holds throws std::domain_error: such a crop has no defined measures.
+// A read outside a table throws std::out_of_range, and a coordinate beyond int32 throws
+// std::domain_error: such a crop has no defined measures.
 #ifndef VISTATRIM_TESTS_ORACLE_SLOW_SCORING_H
 #define VISTATRIM_TESTS_ORACLE_SLOW_SCORING_H
 
@@ -19,7 +19,7 @@ struct WorkRect {
 };
 bool operator==(const WorkRect& a, const WorkRect& b);
 
-// All that scoring reads of an analysed picture. Tables are row-major, WorkRows x WorkCols,
+// Everything scoring reads from an analysed picture. Tables are row-major, WorkRows x WorkCols,
 // inclusive running sums with no zero row. Sides: top, bottom, left, right.
 struct ScoringInput {
     int32_t WorkCols = 0;
@@ -58,12 +58,12 @@ struct CellLimits {
     int32_t First, Last;
 };
 
-// The composition model on one rectangle. BLAS may sum a dot product in any order, so both a
-// double sum and a float sum from left to right are given, and the sum of the magnitudes of
-// the products, from which a test can bound the error of any order.
+// The composition model on one rectangle. BLAS may sum a dot product in any order. This holds a
+// double sum, a float sum from left to right, and the sum of the products' magnitudes, from
+// which a test can bound the error of any order.
 struct Composition {
     std::vector<float> Descriptor;   // 304 cell means
-    std::vector<float> Standardised; // less mean, times scale
+    std::vector<float> Standardised; // minus mean, times scale
     double Dot;                      // in double
     float DotLeftToRight;            // each product and each sum rounded to float
     double DotMagnitude;             // sum of |product|, in double
@@ -102,9 +102,9 @@ float RoiScore(const std::vector<Roi>& softRects, const Rect& crop);
 bool PassesHardRects(const std::vector<Roi>& hardRects, const Rect& crop);
 
 // Fills the five measures and CoversContent, unless the record is already Scored.
-// CompositionScore is the one of the double dot product.
+// CompositionScore comes from the double dot product.
 void EvaluateCropRect(const ScoringInput& in, Crop& crop);
-// The same for the chosen cells (NoIndex: all), and RoiScore for every record of them. A row
+// The same for the chosen cells (kNoIndex: all), and RoiScore for every record in them. A row
 // without cells holds no candidates.
 void EvaluateCropRects(const ScoringInput& in, const std::vector<Roi>& rects, CropGrid& grid,
                        uint32_t aspectIndex, uint32_t scaleIndex);

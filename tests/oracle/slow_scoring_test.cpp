@@ -29,8 +29,8 @@ Roi MakeRoi(int left, int right, int top, int bottom, int32_t kind)
     return rect;
 }
 
-// Running sums of the whole-numbered map 'rowStep' * row + 'colStep' * col + base, each sum
-// taken anew from its definition. Whole numbers keep them exact.
+// Running sums of the map `rowStep` * row + `colStep` * col + `base`, each computed from scratch.
+// Whole numbers keep them exact.
 std::vector<double> TableOf(const ScoringInput& in, double base, double rowStep, double colStep)
 {
     std::vector<double> table;
@@ -56,7 +56,7 @@ ScoringInput Picture(int cols, int rows)
     return in;
 }
 
-// Every map is 1 everywhere and every total the picture's area.
+// Every map is 1 everywhere and every total is the picture's area.
 ScoringInput FullPicture(int cols, int rows)
 {
     ScoringInput in = Picture(cols, rows);
@@ -199,7 +199,7 @@ TEST(SlowScoring, BorderCostAddsPerDirectionAndPerimeterMeans)
     EXPECT_EQ(BorderCost(in, rect), 3.25F + static_cast<float>(30.0 / 18.0));
 }
 
-// Every map grows downwards and to the right, so each band tells where it was read.
+// Every map grows downwards and to the right, so a band's value shows where it was read.
 TEST(SlowScoring, BandsRunInsideTheCrop)
 {
     ScoringInput in = SidedPicture();
@@ -259,9 +259,9 @@ TEST(SlowScoring, TenRowsFallIntoFourCells)
     ExpectCells(100, 109, 4, {0, 1, 2, 4, 5, 6, 7, 9});
 }
 
-TEST(SlowScoring, TwoRowsAreSharedByTwelveCells)
+TEST(SlowScoring, TwelveCellsShareTwoRows)
 {
-    // Starts i / 6, floored; ends (i + 1) / 6 - 1, floored and raised to the start.
+    // Starts are i / 6, floored; ends are (i + 1) / 6 - 1, floored, but at least the start.
     ExpectCells(0, 1, 12, {0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 1, 1, 1, 1, 1, 1, 1, 1, 1, 1, 1, 1});
     ExpectCells(7, 7, 4, {0, 0, 0, 0, 0, 0, 0, 0});
 }
@@ -402,8 +402,8 @@ TEST(SlowScoring, MetWishesScoreOne)
     EXPECT_EQ(RoiScore({MakeRoi(100, 109, 0, 9, kSoftExclude)}, crop), 1.0F);
 }
 
-// Centres apart by |99 - 9| + |99 - 199| = 190 in doubled pixels, sides 20: exp(-9.5).
-TEST(SlowScoring, HalfAWishScoresItsShareAndAPullOfTheCentre)
+// In half pixels the centres are |99 - 9| + |99 - 199| = 190 apart; sides 20: exp(-9.5).
+TEST(SlowScoring, HalfAWishScoresItsShareAndACentreDistanceTerm)
 {
     const Rect crop = {0, 99, 0, 99};
     const float score = RoiScore({MakeRoi(95, 104, 0, 9, kSoftInclude)}, crop);
@@ -413,10 +413,10 @@ TEST(SlowScoring, HalfAWishScoresItsShareAndAPullOfTheCentre)
     EXPECT_GT(score, 0.05F);
 }
 
-// The quotient of distance and sides is a real one: 10 / 20 does not become 0.
-TEST(SlowScoring, CentreDistanceIsNotDividedAsWholeNumbers)
+// Distance over sides is a floating-point quotient: 10 / 20 does not become 0.
+TEST(SlowScoring, CentreDistanceIsNotAnIntegerDivision)
 {
-    // Crop 0..9, rectangle 5..14: half inside, doubled distance |9 - 19| = 10, sides 20.
+    // Crop 0..9, rectangle 5..14: half inside, distance |9 - 19| = 10 half pixels, sides 20.
     const float score = RoiScore({MakeRoi(5, 14, 0, 9, kSoftInclude)}, {0, 9, 0, 9});
     const double near = static_cast<float>(std::exp(-0.5));
     EXPECT_EQ(score, static_cast<float>(0.5 + near * static_cast<double>(0.01F)) * 0.1F);
@@ -432,7 +432,7 @@ TEST(SlowScoring, FullWishesWeighMoreThanParts)
 {
     const Rect crop = {0, 99, 0, 99};
     // Include met, exclude half inside: met 1, covered 1.5, x = (1 + 0.75) / 2 = 0.875.
-    // Doubled distance |99 - 9| twice, sides 20: exp(-9).
+    // Distance |99 - 9| half pixels each way, sides 20: exp(-9).
     const float score =
         RoiScore({MakeRoi(0, 9, 0, 9, kSoftInclude), MakeRoi(95, 104, 0, 9, kSoftExclude)}, crop);
     const double near = static_cast<float>(std::exp(-9.0));
@@ -495,7 +495,7 @@ TEST(SlowScoring, WalkTakesTheChosenRowsAndCells)
     EXPECT_EQ(scored(1, 2), 0b100000);
 }
 
-TEST(SlowScoring, WalkWritesRoiScoreAfreshEveryTime)
+TEST(SlowScoring, WalkRewritesRoiScoreEveryTime)
 {
     const ScoringInput in = SidedPicture();
     CropGrid grid(1, CropRow(1, CropCell(1, MakeCrop(10, 19, 5, 12))));

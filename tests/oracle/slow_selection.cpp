@@ -7,7 +7,7 @@ namespace slowOracle {
 
 namespace {
 
-// True if value a at index i stands before value b at index j in ascending order.
+// True if value a at index i sorts before value b at index j in ascending order.
 bool Below(double a, size_t i, double b, size_t j)
 {
     const bool aIsNumber = !std::isnan(a);
@@ -125,7 +125,7 @@ void OrderByKey(Selection& selection)
     for (size_t i = 0; i < keys.size(); ++i) {
         size_t before = 0;
         for (size_t j = 0; j < keys.size(); ++j) {
-            // Descending, and what is not a number behind everything.
+            // Descending, with NaN last.
             const bool iIsNumber = !std::isnan(keys[i]);
             const bool jIsNumber = !std::isnan(keys[j]);
             if (iIsNumber != jIsNumber)
@@ -165,7 +165,7 @@ void ServeClusters(int32_t n, Selection& selection)
     while (k < n && misses < clusters.size()) {
         std::vector<size_t>& cluster = clusters[static_cast<size_t>(k) % clusters.size()];
         if (cluster.empty()) {
-            // k stays, so every later turn falls on this same cluster and the serving ends.
+            // k stays, so every later turn hits this same cluster and serving ends.
             ++misses;
             continue;
         }

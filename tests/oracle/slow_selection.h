@@ -1,6 +1,5 @@
-// The choice of the best crops, computed the slow way: positions are found by counting, not
-// by sorting, and every step keeps what it made so that a failing test can say where two
-// selections part.
+// Selects the best crops the slow way: positions come from counting, not sorting, and every step
+// keeps its result so that a failing test can show where two selections diverge.
 #ifndef VISTATRIM_TESTS_ORACLE_SLOW_SELECTION_H
 #define VISTATRIM_TESTS_ORACLE_SLOW_SELECTION_H
 
@@ -13,8 +12,8 @@
 namespace slowOracle {
 
 struct Selection {
-    CropCell Survivors;                        // past the hard filter, MergedScore written
-    std::vector<float> Ranks[5];               // in the order of Score; empty if not wanted
+    CropCell Survivors;                        // passed the hard filter, MergedScore written
+    std::vector<float> Ranks[5];               // in the order of Score; empty if not needed
     std::vector<double> Keys;                  // by survivor
     std::vector<size_t> Order;                 // survivors by key, best first, before the cut
     size_t PoolSize = 0;                       // survivors that go on to clustering
@@ -23,14 +22,13 @@ struct Selection {
     std::vector<size_t> Served;                // survivor indices of Result
     CropCell Result;
 
-    // Equal or not comparable values of a measure that carries weight, or equal keys: then
-    // the order is a matter of the sort, and another order can be as right as this one.
+    // A measure with weight has equal values or NaNs, or keys are equal: then the order depends
+    // on the sort, and another order can be as right as this one.
     bool DependsOnTies = false;
 };
 
-// Ascending positions as ranks (k + 1) / m; with higherIsBetter false 1 - k / m. Of equal
-// values the one with the lower index gets the lower position. A value that is not a number
-// stands below all others.
+// Ascending positions as ranks (k + 1) / m, or 1 - k / m if higherIsBetter is false. Of equal
+// values the one with the lower index gets the lower position. NaN sorts below everything.
 std::vector<float> PercentileRanks(const std::vector<float>& values, bool higherIsBetter);
 
 // Intersection over union.
@@ -39,8 +37,8 @@ float CropOverlap(const Crop& a, const Crop& b);
 // The pool's size for m ranked candidates.
 size_t PoolSizeOf(size_t m);
 
-// Of equal keys the lower survivor index comes first; a key that is not a number comes after
-// all others. Rows without cells hold no candidates.
+// Of equal keys the lower survivor index comes first; a NaN key comes after all others. Rows
+// without cells hold no candidates.
 Selection SelectTopCrops(int32_t n, const CropGrid& grid, int32_t rankingMode, uint32_t aspectIndex,
                          uint32_t scaleIndex, Weights weights,
                          const std::vector<Roi>& rectsOfInterest);

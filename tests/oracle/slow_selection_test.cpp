@@ -8,7 +8,7 @@
 namespace slowOracle {
 namespace {
 
-// A crop of 10 x 10 pixels at (x, y) whose first three measures all are `value`.
+// A crop of 10 x 10 pixels at (x, y) whose first three measures are all `value`.
 Crop CropAt(int x, int y, double value)
 {
     Crop crop;
@@ -23,7 +23,7 @@ Crop CropAt(int x, int y, double value)
     return crop;
 }
 
-// m crops far apart, the later the better.
+// m crops far apart, each better than the one before.
 CropGrid Apart(int m)
 {
     CropGrid grid(1, CropRow(1));
@@ -59,7 +59,7 @@ TEST(SlowSelection, EqualValuesTakeAdjacentRanksByIndex)
     EXPECT_EQ(ranks, (std::vector<float>{0.5F, 0.25F, 0.75F, 1.0F}));
 }
 
-TEST(SlowSelection, NotANumberRanksLowest)
+TEST(SlowSelection, NaNRanksLowest)
 {
     const float nan = std::numeric_limits<float>::quiet_NaN();
     const std::vector<float> ranks = PercentileRanks({0.5F, nan, -1.0F, nan}, true);
@@ -106,7 +106,7 @@ TEST(SlowSelection, EarliestMemberWinsAnEqualBorderScore)
     EXPECT_EQ(Select(3, grid, {1, 0, 0, 0, 0}).Served, (std::vector<size_t>{0, 1, 2}));
 }
 
-TEST(SlowSelection, ServingEndsWhereATurnFallsOnAnEmptyCluster)
+TEST(SlowSelection, ServingEndsAtAnEmptyCluster)
 {
     CropGrid grid(1, CropRow(1));
     double value = 0.9;
@@ -120,7 +120,7 @@ TEST(SlowSelection, ServingEndsWhereATurnFallsOnAnEmptyCluster)
     EXPECT_EQ(selection.Served, (std::vector<size_t>{0, 5, 6, 1}));
 }
 
-TEST(SlowSelection, OnlyTheLeaderIsComparedWith)
+TEST(SlowSelection, CropsAreComparedWithTheLeaderOnly)
 {
     // Crops 20 wide: one pixel apart they overlap by 19 / 21 = 0.905, two apart by
     // 18 / 22 = 0.818.
@@ -205,7 +205,7 @@ TEST(SlowSelection, ZeroWeightLeavesTheOrderToTheTiers)
     EXPECT_EQ(selection.Keys[0], 1000000.0 * static_cast<double>(0.1F));
 }
 
-TEST(SlowSelection, NegativeWeightTurnsTheFirstThreeAndDropsTheLastTwo)
+TEST(SlowSelection, NegativeWeightReversesTheFirstThreeAndDropsTheLastTwo)
 {
     CropGrid grid = Apart(3);
     grid[0][0][0].PeakScore = 1.0;
@@ -231,7 +231,7 @@ TEST(SlowSelection, PoolIsCutToAFifthFromAThousandOn)
     EXPECT_EQ(Select(999, Apart(999)).Result.size(), 999U);
 }
 
-TEST(SlowSelection, KeysOfAMillionStillTellRanksApart)
+TEST(SlowSelection, KeysOfAMillionStillSeparateRanks)
 {
     const Selection selection = Select(9, Apart(900));
     EXPECT_FALSE(selection.DependsOnTies);
@@ -281,13 +281,13 @@ TEST(SlowSelection, TiesAreReported)
 {
     CropGrid grid = Apart(3);
     EXPECT_FALSE(Select(3, grid).DependsOnTies);
-    grid[0][0][1].PeakScore = 0.0; // equal to the others, but without weight
+    grid[0][0][1].PeakScore = 0.0; // equal to the others, but it carries no weight
     EXPECT_FALSE(Select(3, grid).DependsOnTies);
     EXPECT_TRUE(Select(3, grid, {1, 1, 1, 1, 0}).DependsOnTies);
     grid[0][0][1].RoiScore = std::numeric_limits<double>::quiet_NaN();
     const Selection selection = Select(4, grid);
     EXPECT_TRUE(selection.DependsOnTies);
-    EXPECT_EQ(selection.Served, (std::vector<size_t>{2, 0, 1})); // not a number comes last
+    EXPECT_EQ(selection.Served, (std::vector<size_t>{2, 0, 1})); // NaN comes last
 }
 
 } // namespace

@@ -1,4 +1,4 @@
-#include "oracle/made_pictures.h"
+#include "oracle/synthetic_images.h"
 
 #include <algorithm>
 #include <array>
@@ -15,7 +15,7 @@ using Colour = std::array<int, 3>;
 Picture EmptyPicture(int cols, int rows)
 {
     if (cols < 1 || rows < 1)
-        throw std::invalid_argument("a made picture has at least one pixel");
+        throw std::invalid_argument("a synthetic image needs at least one pixel");
     Picture picture;
     picture.Cols = cols;
     picture.Rows = rows;
@@ -49,7 +49,7 @@ public:
         State = State * 6364136223846793005ULL + 1442695040888963407ULL;
         return static_cast<uint32_t>(State >> 32);
     }
-    // From `least` to `most`, both possible.
+    // From `least` to `most`, both inclusive.
     int Between(int least, int most)
     {
         const uint64_t span = static_cast<uint64_t>(most - least) + 1;
@@ -60,7 +60,7 @@ private:
     uint64_t State;
 };
 
-// 0..255 at a lattice point, unrelated to its neighbours.
+// 0..255 at a lattice point, independent of its neighbours.
 int LatticeValue(int x, int y, uint32_t seed)
 {
     uint32_t h = static_cast<uint32_t>(x) * 0x9E3779B1U ^ static_cast<uint32_t>(y) * 0x85EBCA77U ^
@@ -99,7 +99,7 @@ int Ramp(int position, int count)
     return count < 2 ? 0 : position * 255 / (count - 1);
 }
 
-// Not one line through the colour cube: the three planes of a ramp rise, fall and bend.
+// One channel rises, one falls and one curves, so the colours do not lie on a straight line.
 Colour RampColour(int v)
 {
     return {v, 255 - v, v * v / 255};
@@ -222,7 +222,7 @@ Picture UpperAndLowerHalf(int cols, int rows)
 Picture Checkerboard(int cols, int rows, int period)
 {
     if (period < 1)
-        throw std::invalid_argument("a checkerboard's period is at least 1");
+        throw std::invalid_argument("a checkerboard's period must be at least 1");
     Picture picture = EmptyPicture(cols, rows);
     for (int y = 0; y < rows; ++y)
         for (int x = 0; x < cols; ++x)
@@ -282,7 +282,7 @@ Picture PseudoPhotograph(int cols, int rows, uint32_t seed)
                 for (size_t c = 0; c < 3; ++c)
                     colour[c] = thing.Base[c] * (128 + height / 2) / 256 + grain;
             }
-            // The grain of a sensor, drawn afresh for every byte.
+            // Sensor noise, drawn anew for every byte.
             for (int& value : colour)
                 value += numbers.Between(-4, 4);
             SetPixel(picture, x, y, colour);
@@ -310,7 +310,7 @@ Picture MakePicture(const std::string& name, int cols, int rows)
         return BlobsOnGradient(cols, rows, seed);
     if (kind == "flat") {
         if (number < 0 || number > 255)
-            throw std::invalid_argument("a flat picture's value is a byte");
+            throw std::invalid_argument("a flat picture's value must be 0 to 255");
         const uint8_t value = static_cast<uint8_t>(hasNumber ? number : 128);
         return FlatPicture(cols, rows, value, value, value);
     }
@@ -326,7 +326,7 @@ Picture MakePicture(const std::string& name, int cols, int rows)
         return OneBrightPixel(cols, rows);
     if (kind == "photograph")
         return PseudoPhotograph(cols, rows, seed);
-    throw std::invalid_argument("no made picture is called " + name);
+    throw std::invalid_argument("no such synthetic image: " + name);
 }
 
 std::vector<std::string> PictureNames()

@@ -1,7 +1,7 @@
-// Pictures made by integer arithmetic alone, so that every compiler and machine makes the same
-// bytes.
-#ifndef VISTATRIM_TESTS_ORACLE_MADE_PICTURES_H
-#define VISTATRIM_TESTS_ORACLE_MADE_PICTURES_H
+// Synthetic images computed in integer arithmetic only, so that every compiler and machine
+// produces the same bytes.
+#ifndef VISTATRIM_TESTS_ORACLE_SYNTHETIC_IMAGES_H
+#define VISTATRIM_TESTS_ORACLE_SYNTHETIC_IMAGES_H
 
 #include <cstdint>
 #include <string>
@@ -22,7 +22,7 @@ Picture UpperAndLowerHalf(int cols, int rows);
 Picture Checkerboard(int cols, int rows, int period); // squares of `period` pixels, top left dark
 Picture OneBrightPixel(int cols, int rows);           // white in the middle of black
 
-// Textured sky over textured ground with several textured, shaded ellipses before them.
+// Textured sky over textured ground with several textured, shaded ellipses in front.
 Picture PseudoPhotograph(int cols, int rows, uint32_t seed);
 
 // By name: "noise", "horizontal_gradient", "vertical_gradient", "diagonal_gradient", "blobs",
@@ -32,10 +32,10 @@ Picture PseudoPhotograph(int cols, int rows, uint32_t seed);
 // Any other name throws std::invalid_argument.
 Picture MakePicture(const std::string& name, int cols, int rows);
 
-// Every name above once, those with a number with a usual one.
+// Every name above once, with a typical number where it takes one.
 std::vector<std::string> PictureNames();
 
-// The same picture turned: left and right, or top and bottom, exchanged.
+// The same picture with left and right, or top and bottom, swapped.
 Picture MirrorLeftRight(const Picture& picture);
 Picture MirrorTopBottom(const Picture& picture);
 

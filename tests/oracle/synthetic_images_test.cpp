@@ -1,4 +1,4 @@
-#include "oracle/made_pictures.h"
+#include "oracle/synthetic_images.h"
 
 #include <array>
 #include <set>
@@ -18,7 +18,7 @@ Bytes3 PixelAt(const Picture& picture, int x, int y)
     return {picture.Bytes.at(i), picture.Bytes.at(i + 1), picture.Bytes.at(i + 2)};
 }
 
-TEST(MadePictures, EveryNameGivesAPictureOfAnySize)
+TEST(SyntheticImages, EveryNameGivesAPictureOfAnySize)
 {
     for (const std::string& name : PictureNames())
         for (const int cols : {1, 2, 17, 64})
@@ -32,21 +32,21 @@ TEST(MadePictures, EveryNameGivesAPictureOfAnySize)
             }
 }
 
-TEST(MadePictures, NamesGiveDifferentPictures)
+TEST(SyntheticImages, NamesGiveDifferentPictures)
 {
     std::set<std::vector<uint8_t>> seen;
     for (const std::string& name : PictureNames())
         EXPECT_TRUE(seen.insert(MakePicture(name, 40, 30).Bytes).second) << name;
 }
 
-TEST(MadePictures, SeedsGiveDifferentPictures)
+TEST(SyntheticImages, SeedsGiveDifferentPictures)
 {
     for (const std::string kind : {"noise", "blobs", "photograph"})
         EXPECT_NE(MakePicture(kind + ":1", 40, 30).Bytes, MakePicture(kind + ":2", 40, 30).Bytes)
             << kind;
 }
 
-TEST(MadePictures, UnknownNamesAreRefused)
+TEST(SyntheticImages, UnknownNamesAreRefused)
 {
     EXPECT_THROW(MakePicture("no_such_picture", 4, 4), std::invalid_argument);
     EXPECT_THROW(MakePicture("flat:256", 4, 4), std::invalid_argument);
@@ -54,7 +54,7 @@ TEST(MadePictures, UnknownNamesAreRefused)
     EXPECT_THROW(MakePicture("black", 0, 4), std::invalid_argument);
 }
 
-TEST(MadePictures, FlatAndBlackHoldOneValue)
+TEST(SyntheticImages, FlatAndBlackHoldOneValue)
 {
     for (const uint8_t byte : MakePicture("flat:77", 5, 4).Bytes)
         EXPECT_EQ(byte, 77);
@@ -62,7 +62,7 @@ TEST(MadePictures, FlatAndBlackHoldOneValue)
         EXPECT_EQ(byte, 0);
 }
 
-TEST(MadePictures, GradientsRunAlongTheirAxisOnly)
+TEST(SyntheticImages, GradientsRunAlongTheirAxisOnly)
 {
     const Picture across = HorizontalGradient(52, 4);
     const Picture down = VerticalGradient(4, 52);
@@ -77,7 +77,7 @@ TEST(MadePictures, GradientsRunAlongTheirAxisOnly)
     }
 }
 
-TEST(MadePictures, CheckerboardChangesEveryPeriod)
+TEST(SyntheticImages, CheckerboardChangesEveryPeriod)
 {
     const Picture board = Checkerboard(12, 12, 3);
     const Bytes3 dark = PixelAt(board, 0, 0);
@@ -89,7 +89,7 @@ TEST(MadePictures, CheckerboardChangesEveryPeriod)
     EXPECT_EQ(PixelAt(board, 6, 0), dark);
 }
 
-TEST(MadePictures, HalvesMeetInTheMiddle)
+TEST(SyntheticImages, HalvesMeetInTheMiddle)
 {
     const Picture sides = LeftAndRightHalf(10, 3);
     EXPECT_EQ(PixelAt(sides, 4, 1), PixelAt(sides, 0, 0));
@@ -101,7 +101,7 @@ TEST(MadePictures, HalvesMeetInTheMiddle)
     EXPECT_NE(PixelAt(stacked, 1, 4), PixelAt(stacked, 1, 5));
 }
 
-TEST(MadePictures, OneBrightPixelStandsAlone)
+TEST(SyntheticImages, OneBrightPixelStandsAlone)
 {
     const Picture picture = OneBrightPixel(9, 6);
     int sum = 0;
@@ -111,14 +111,14 @@ TEST(MadePictures, OneBrightPixelStandsAlone)
     EXPECT_EQ(PixelAt(picture, 4, 3), (Bytes3{255, 255, 255}));
 }
 
-TEST(MadePictures, PhotographUsesAWideRangeOfValues)
+TEST(SyntheticImages, PhotographUsesAWideRangeOfValues)
 {
     const Picture picture = PseudoPhotograph(320, 240, 1);
     const std::set<uint8_t> values(picture.Bytes.begin(), picture.Bytes.end());
     EXPECT_GT(values.size(), 150U);
 }
 
-TEST(MadePictures, MirroringTwiceGivesThePictureBack)
+TEST(SyntheticImages, MirroringTwiceGivesThePictureBack)
 {
     const Picture picture = NoisePicture(7, 5, 3);
     const Picture sideways = MirrorLeftRight(picture);
