@@ -1,5 +1,5 @@
-// The generator against a slow model of it: same rectangles in the same order, same tables,
-// same texts, over random sizes, tables, densities and sequences of operations.
+// Compares the generator with a slow model of it: same rectangles in the same order, same tables,
+// same messages, over random sizes, tables, densities and sequences of operations.
 #include <cmath>
 #include <cstdint>
 #include <limits>
@@ -158,7 +158,7 @@ CropCell FromCell(const vistaTrim::CropCell& cell)
     return FromRecords(cell.data(), cell.size());
 }
 
-// Everything that can be asked without changing the grid.
+// Makes every query that leaves the grid unchanged.
 void ExpectSameState(Pair& pair)
 {
     ASSERT_TRUE(SameGrid(FromRecords(pair.Generator.CropGrid), pair.Model.Grid)) << Show(pair);
@@ -210,7 +210,7 @@ TEST(GeneratorAgainstModel, RandomSizesTablesAndDensities)
     }
 }
 
-// Every size up to 12 x 12 with coarse tables: this is where crops without pixels live.
+// Every size up to 12 x 12 with coarse tables: crops without pixels occur here.
 TEST(GeneratorAgainstModel, EverySmallPicture)
 {
     for (uint32_t width = 1; width <= 12; ++width)
@@ -254,7 +254,7 @@ TEST(GeneratorAgainstModel, WildTableValues)
             }
 }
 
-// A ratio of the table, a hair beside one (inside or outside the tolerance), or a new one.
+// A ratio from the table, one just off it (inside or outside the tolerance), or a new one.
 double NearRatio(std::mt19937& random, const std::vector<Ratio>& table, double tolerance,
                  double fresh)
 {
@@ -268,7 +268,7 @@ double NearRatio(std::mt19937& random, const std::vector<Ratio>& table, double t
     }
 }
 
-// One operation on both. The results must agree, or the texts.
+// Applies one operation to both. The results, or the messages thrown, must agree.
 void Step(std::mt19937& random, Pair& pair)
 {
     const double tolerance = 0.001 / std::max(pair.Width, pair.Height);
@@ -277,7 +277,7 @@ void Step(std::mt19937& random, Pair& pair)
                                     SomeAspect(random, pair.Width, pair.Height));
     const double scale = NearRatio(random, pair.Model.Scales, tolerance, SomeScale(random));
     const uint32_t operation = Below(random, 7);
-    // GenerateCell and GenerateAspectRow take what exists or the index just past the end.
+    // GenerateCell and GenerateAspectRow accept an existing index or the one just past the end.
     const uint32_t gridRows = static_cast<uint32_t>(pair.Model.Grid.size());
     const uint32_t rows =
         std::min<uint32_t>(static_cast<uint32_t>(pair.Model.Aspects.size()), gridRows + 1);

@@ -1,4 +1,4 @@
-// The tables that most tests of the candidates start from.
+// The tables that most candidate tests start from.
 #ifndef VISTATRIM_TESTS_CANDIDATES_GENERATOR_TABLES_H
 #define VISTATRIM_TESTS_CANDIDATES_GENERATOR_TABLES_H
 
@@ -19,7 +19,7 @@ inline std::vector<DoubleInfo> UsualScales()
     return {0.4, 0.5, 0.6, 0.7, 0.8, 0.9, 1.0};
 }
 
-// A generator of one cell; the cell comes with GenerateAspectRow(0).
+// A generator with one cell, which GenerateAspectRow(0) fills.
 inline RandomCropGenerator OneCellGenerator(uint32_t width, uint32_t height, double aspect,
                                             double scale, uint32_t density)
 {

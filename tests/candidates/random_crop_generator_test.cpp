@@ -57,7 +57,7 @@ CropCell OneCell(uint32_t width, uint32_t height, double aspect, double scale, u
     return OneCellGenerator(width, height, aspect, scale, density).GenerateAspectRow(0).at(0);
 }
 
-// The different left edges of a cell, in order.
+// The distinct left edges of a cell, in order.
 std::vector<int32_t> Columns(const CropCell& cell)
 {
     std::vector<int32_t> columns;
@@ -67,7 +67,7 @@ std::vector<int32_t> Columns(const CropCell& cell)
     return columns;
 }
 
-// The text that filling the whole grid throws, empty if it throws none.
+// The message thrown by filling the whole grid; empty if it throws none.
 std::string TextOfGenerateAll(RandomCropGenerator& generator)
 {
     try {
@@ -78,7 +78,7 @@ std::string TextOfGenerateAll(RandomCropGenerator& generator)
     return std::string();
 }
 
-// What std::length_error says, or the name of what else came.
+// The message of the std::length_error, or a word for any other outcome.
 std::string OutcomeOfGenerateAll(RandomCropGenerator& generator)
 {
     try {
@@ -94,7 +94,7 @@ std::string OutcomeOfGenerateAll(RandomCropGenerator& generator)
 TEST(RandomCropGenerator, UsualTablesGiveTheKnownTotals)
 {
     EXPECT_EQ(CountAll(UsualGenerator(640, 480).GenerateAll()), 14501U);
-    // Portrait is no mirror of landscape: the table has no twins of 64/27 and 16/9.
+    // Portrait does not mirror landscape: the table lacks the inverses of 64/27 and 16/9.
     EXPECT_EQ(CountAll(UsualGenerator(480, 640).GenerateAll()), 11501U);
     EXPECT_EQ(CountAll(UsualGenerator(640, 640).GenerateAll()), 12975U);
 }
@@ -107,7 +107,7 @@ TEST(RandomCropGenerator, FullWidthCropMovesDownOnly)
         ExpectSides(cell[static_cast<size_t>(j)], 0, 639, 5 * j, 5 * j + 359);
 }
 
-// No free room on either axis: the share of the lesser axis must not divide by 0.
+// No free room on either axis: the ratio of the two rooms must not divide by 0.
 TEST(RandomCropGenerator, WholePictureIsOneCandidate)
 {
     const CropCell cell = UsualGenerator(640, 480).GenerateAll()[kRow4By3][kScale10];
@@ -144,7 +144,7 @@ TEST(RandomCropGenerator, FullHeightCropMovesSidewaysOnly)
     ExpectSides(cell[24], 320, 639, 0, 479);
 }
 
-TEST(RandomCropGenerator, CandidatesAreBornWithDefaultScores)
+TEST(RandomCropGenerator, CandidatesStartWithDefaultScores)
 {
     const CInt32CropRect crop = OneCell(640, 480, 4.0 / 3.0, 1.0, 25).at(0);
     EXPECT_FALSE(crop.CoversContent);
@@ -173,9 +173,9 @@ TEST(RandomCropGenerator, RoundedStepCanLoseTheLastColumn)
     EXPECT_EQ(cell.size(), 27U); // one row: no room downwards
 }
 
-// 22 * (15 / 22) comes out a hair below 15, so 15 columns are wanted where (22 * 15) / 22 would
+// 22 * (15 / 22) rounds to just below 15, so 15 columns are wanted where (22 * 15) / 22 would
 // want 16: the quotient of the rooms is rounded first.
-TEST(RandomCropGenerator, ShareOfTheLesserAxisIsRoundedAtTheQuotient)
+TEST(RandomCropGenerator, QuotientOfTheRoomsIsRoundedFirst)
 {
     const CropCell cell = OneCell(25, 32, 1.0, 0.4, 23); // 10 x 10
     EXPECT_EQ(Columns(cell).size(), 15U);
@@ -200,12 +200,12 @@ TEST(RandomCropGenerator, OneWantedPositionTakesBothEndsOfEachAxis)
 }
 
 // By height: floor(192.4 + 0.5) = 192, 256 wide. By width it would be floor(256.53 + 0.5) = 257.
-TEST(RandomCropGenerator, RatioOfThePictureItselfIsAnchoredOnTheHeight)
+TEST(RandomCropGenerator, ThePicturesOwnRatioIsAnchoredOnTheHeight)
 {
     ExpectSides(OneCell(640, 480, 640.0 / 480.0, 192.4 / 480.0, 25).at(0), 0, 255, 0, 191);
 }
 
-// A side of 0 ends at -1 in the first row or column: a huge unsigned number, passed over.
+// A side of 0 ends at -1 in the first row or column: a huge unsigned number, so it is skipped.
 TEST(RandomCropGenerator, CropWithoutRowsSurvivesBelowTheFirstRow)
 {
     const CropCell cell = OneCell(640, 2, 4.0, 0.2, 3); // 0 x 0: floor(2 * 0.2 + 0.5)
@@ -235,14 +235,14 @@ TEST(RandomCropGenerator, CropOfOneRowOnAPictureOfOneRowKeepsItsColumns)
 
 TEST(RandomCropGenerator, CellWithoutCandidatesIsTriedAgain)
 {
-    // A picture without columns: nothing fits, and nothing is an error.
+    // A picture without columns: the cell gets no candidates and nothing is thrown.
     RandomCropGenerator generator = OneCellGenerator(0, 1, 0.1, 1.0, 25);
     EXPECT_TRUE(generator.GenerateAspectRow(0).at(0).empty());
     EXPECT_TRUE(generator.GenerateAspectRow(0).at(0).empty());
     EXPECT_EQ(generator.CropGrid.at(0).size(), 1U);
 }
 
-TEST(RandomCropGenerator, ScoresStayInACellThatIsAskedForAgain)
+TEST(RandomCropGenerator, ScoresStayInACellThatIsRequestedAgain)
 {
     RandomCropGenerator generator = UsualGenerator(640, 480);
     generator.GenerateAll();
@@ -292,7 +292,7 @@ TEST(RandomCropGenerator, RatioWithinTheToleranceCountsAsTheTablesRow)
 
 TEST(RandomCropGenerator, DifferenceOfExactlyTheToleranceIsAnotherRow)
 {
-    // 0.001 / 1 is the tolerance itself; 0.5 and 0.001 apart from 0 are exact in this table.
+    // 0.001 / 1 is exactly the tolerance, and exactly the distance of 0.001 from the table's 0.
     RandomCropGenerator generator;
     generator.Initialize(1, 1, {0.0}, {1.0}, 1);
     generator.SetAspectRatioEnabled(0.001, false);
@@ -369,7 +369,7 @@ TEST(RandomCropGenerator, NewScaleReachesEveryRowOfALaterRequest)
     generator.GenerateForCropSize(300, 200, aspectIndex, scaleIndex);
     generator.GenerateForAspectRatio(16.0 / 9.0, aspectIndex);
     EXPECT_EQ(generator.CropGrid[kRow3By2].size(), 8U);
-    EXPECT_TRUE(generator.CropGrid[kRow64By27].empty()); // no cell until it is asked for
+    EXPECT_TRUE(generator.CropGrid[kRow64By27].empty()); // no cell until one is requested
     for (const CropRow& row : generator.GenerateAll()) {
         ASSERT_EQ(row.size(), 8U);
         EXPECT_FALSE(row[7].empty());
@@ -439,8 +439,8 @@ TEST(RandomCropGenerator, ScaleAboveOneThrowsEachTimeAndLeavesAnEmptyCell)
     EXPECT_EQ(generator.GenerateForCropSize(320, 240, aspectIndex, scaleIndex).size(), 475U);
 }
 
-// Whole multiples of 2^32 pixels would come back as crops of no pixels if their upper bits were
-// lost, and a few pixels more as crops of a few.
+// If the upper bits were lost, multiples of 2^32 pixels would come back as crops of no pixels, and
+// sides a few pixels longer as crops of a few.
 TEST(RandomCropGenerator, CropSideBeyondThirtyTwoBitsDoesNotFit)
 {
     const double rows = 4294967296.0;
@@ -453,7 +453,7 @@ TEST(RandomCropGenerator, CropSideBeyondThirtyTwoBitsDoesNotFit)
     }
 }
 
-TEST(RandomCropGenerator, TextIsCaughtByTheThreePointerHandlers)
+TEST(RandomCropGenerator, MessageIsCaughtByTheThreePointerHandlers)
 {
     RandomCropGenerator generator = OneCellGenerator(640, 480, 1.0, 2.0, 25);
     std::string caught;
@@ -479,7 +479,7 @@ TEST(RandomCropGenerator, TextIsCaughtByTheThreePointerHandlers)
     EXPECT_EQ(caught, "RandomCropGenerator: error\n");
 }
 
-TEST(RandomCropGenerator, RatioThatMatchesNothingGetsARowEachTime)
+TEST(RandomCropGenerator, RatioThatNeverMatchesGetsARowEachTime)
 {
     RandomCropGenerator generator = UsualGenerator(640, 480);
     uint32_t aspectIndex = 0;
@@ -491,7 +491,7 @@ TEST(RandomCropGenerator, RatioThatMatchesNothingGetsARowEachTime)
 
 // N - 1 wraps to 4294967295: one step across the axis with more room, and a position on every
 // pixel of the other, whose share is larger than its room.
-TEST(RandomCropGenerator, DensityOfZeroWrapsAndEnds)
+TEST(RandomCropGenerator, DensityOfZeroWrapsAndTerminates)
 {
     EXPECT_EQ(OneCell(640, 480, 4.0 / 3.0, 0.5, 0).size(), 2U * 241U);
     EXPECT_EQ(OneCell(5000, 4999, 1.0, 0.4, 0).size(), 2U * 3000U);
@@ -508,7 +508,7 @@ TEST(RandomCropGenerator, DensityBeyondTheLongestListIsALengthError)
     RandomCropGenerator generator =
         OneCellGenerator(640, 480, 4.0 / 3.0, 0.5, std::numeric_limits<uint32_t>::max());
     EXPECT_EQ(OutcomeOfGenerateAll(generator), "vector<T> too long");
-    // The cell stands, empty, and is tried again.
+    // The cell stays, empty, and is tried again.
     ASSERT_EQ(generator.CropGrid.size(), 1U);
     ASSERT_EQ(generator.CropGrid[0].size(), 1U);
     EXPECT_TRUE(generator.CropGrid[0][0].empty());
@@ -517,8 +517,8 @@ TEST(RandomCropGenerator, DensityBeyondTheLongestListIsALengthError)
 
 TEST(RandomCropGenerator, FlatListBeyondTheLongestIsALengthError)
 {
-    // No room: the cell itself asks for N places only when it is enumerated, so it is filled by
-    // hand; the flat list asks for N * N.
+    // Enumerating this cell would already ask for N places, so the test fills it by hand; the flat
+    // list asks for N * N.
     RandomCropGenerator generator =
         OneCellGenerator(640, 480, 4.0 / 3.0, 1.0, std::numeric_limits<uint32_t>::max());
     generator.CropGrid = {{{CInt32CropRect(0, 639, 0, 479)}}};
@@ -533,7 +533,7 @@ TEST(RandomCropGenerator, FlatListBeyondTheLongestIsALengthError)
 TEST(RandomCropGenerator, DensityBeyondMemoryIsABadAlloc)
 {
     if (kSanitizedAllocator)
-        GTEST_SKIP() << "the sanitizer ends the process instead of throwing";
+        GTEST_SKIP() << "the sanitizer aborts instead of throwing";
     // 3e8 * 2.25e8 records of 88 bytes: below the longest list, above any address space.
     RandomCropGenerator generator = OneCellGenerator(640, 480, 4.0 / 3.0, 0.5, 300000000U);
     EXPECT_EQ(OutcomeOfGenerateAll(generator), "bad_alloc");

@@ -16,11 +16,11 @@ namespace goldenResults {
 
 namespace {
 
-// Every candidate of this stride is recorded; a prime, so that it runs across the lattice.
+// One candidate in this many is recorded; a prime, so that they spread over the lattice.
 constexpr uint32_t kStride = 151;
 
-// Crops of a plain picture differ by nothing but roundings of BLAS, and so would its ranking:
-// of such a one only candidates are recorded.
+// On a plain picture crops differ only by BLAS rounding, and a ranking would depend on that: for
+// such a picture only candidates are recorded.
 struct NamedPicture {
     const char* Name;
     Picture (*Make)();
@@ -63,7 +63,7 @@ void WriteCrops(const char* title, const std::vector<NamedCrop>& crops, std::ost
 void Expect(bool right)
 {
     if (!right)
-        throw std::runtime_error("not a golden result");
+        throw std::runtime_error("not a golden results file");
 }
 
 std::vector<NamedCrop> ReadCrops(const std::string& title, std::istream& in)

@@ -1,32 +1,31 @@
-// What the library answers for made pictures against what it answered when the results were
-// recorded.
+// Compares the library's results for synthetic images with the recorded ones.
 #include "golden/golden_results.h"
 
 #include <fstream>
 
 #include <gtest/gtest.h>
 
-// OpenBLAS' own; another BLAS has none.
+// Only OpenBLAS has this function.
 extern "C" char* openblas_get_corename() __attribute__((weak));
 
 namespace goldenResults {
 namespace {
 
-// The maps and the composition score pass through BLAS, whose kernels sum in orders of their
-// own. Over OpenBLAS' kernels for Prescott, Nehalem, Sandy Bridge, Haswell, Zen and Skylake-X
-// the measures of these pictures differed by 2.2e-6 in composition and by 6e-8, a unit in the
-// last place, in the others; the limits are four times that. Rectangles and wishes pass through
-// nothing of the kind and did not differ.
+// The maps and the composition score pass through BLAS, and each BLAS kernel sums in its own
+// order. Across OpenBLAS's kernels for Prescott, Nehalem, Sandy Bridge, Haswell, Zen and
+// Skylake-X the measures of these images differed by 2.2e-6 in composition and by 6e-8, a unit
+// in the last place, in the others; the limits are four times that. Rectangles and RoiScore
+// never pass through BLAS and did not differ.
 constexpr double kCompositionLimit = 9e-6;
 constexpr double kMeasureLimit = 2.4e-7;
 
-// Nine digits are written, which name a float; MergedScore is a double.
+// Nine digits are written, enough to round-trip a float; MergedScore is a double.
 constexpr double kWritten = 1e-8;
 
-// Two candidates whose composition differs by less than that may change places, and then the
-// weight of the composition moves their merged rank by its share of a place: by one on the
-// gradient, with all kernels but those that recorded it. There the limit is four places with the
-// others; everywhere else ranks did not differ.
+// Two candidates whose composition differs by less than that may swap places. Each place moves
+// the merged score by the weight of composition over the candidate count. The gradient moved one
+// place with every kernel except those that recorded it, so with the other kernels its limit is
+// four places. No other ranks differed.
 double MergedLimit(const std::string& picture, uint32_t candidateCount)
 {
     const bool recordedHere =
@@ -62,10 +61,10 @@ void ExpectSame(const std::vector<NamedCrop>& now, const std::vector<NamedCrop>&
 
 class GoldenResults : public testing::TestWithParam<std::string> {};
 
-TEST_P(GoldenResults, AreStillWhatWasRecorded)
+TEST_P(GoldenResults, MatchTheRecordedOnes)
 {
     std::ifstream file(std::string(GOLDEN_FOLDER) + "/" + GetParam() + ".txt");
-    ASSERT_TRUE(file) << "record them: scripts/record_goldens.sh";
+    ASSERT_TRUE(file) << "no recorded results; run scripts/record_goldens.sh";
     const Results recorded = Read(file);
     const Results now = ResultsOf(GetParam());
     EXPECT_EQ(now.CandidateCount, recorded.CandidateCount);
@@ -76,7 +75,7 @@ TEST_P(GoldenResults, AreStillWhatWasRecorded)
     ExpectSame(now.BestWished, recorded.BestWished, mergedLimit);
 }
 
-INSTANTIATE_TEST_SUITE_P(MadePictures, GoldenResults, testing::ValuesIn(PictureNames()),
+INSTANTIATE_TEST_SUITE_P(SyntheticImages, GoldenResults, testing::ValuesIn(PictureNames()),
                          [](const testing::TestParamInfo<std::string>& picture) {
                              return picture.param;
                          });

@@ -1,4 +1,4 @@
-// Writes the golden results into the folder that it is given: scripts/record_goldens.sh.
+// Writes the golden results to the given folder. Run by scripts/record_goldens.sh.
 #include <fstream>
 #include <iostream>
 

@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
-# Installs the built library into a temporary prefix and builds and runs a host against it,
-# once through find_package and once through pkg-config. Then moves the prefix and does it
-# again: an installed package must not remember where it was built.
+# Installs the built library into a temporary prefix, then builds and runs a host against it,
+# once through find_package and once through pkg-config. Then moves the prefix and repeats: an
+# installed package must not depend on where it was built.
 #
 # usage: install_test.sh BUILD_DIR SOURCE_DIR COMPILER
 set -euo pipefail
@@ -35,6 +35,6 @@ use_prefix "$work/first" "$work/a"
 mv "$work/first" "$work/second"
 use_prefix "$work/second" "$work/b"
 if grep -rn -e "$work/first" -e "$build" "$work/second" --include='*.cmake' --include='*.pc'; then
-    echo "an installed file remembers a path of the build" >&2
+    echo "an installed file contains a path from the build" >&2
     exit 1
 fi

@@ -1,4 +1,4 @@
-// Uses the installed library as a host does: the umbrella header and nothing else.
+// Uses the installed library as a host does: through the umbrella header alone.
 #include <cstdint>
 #include <cstdio>
 #include <vector>
