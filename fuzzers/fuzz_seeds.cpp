@@ -1,8 +1,8 @@
-// Writes the inputs that the fuzzers start from: fuzz_seeds DIRECTORY makes one directory for
-// each fuzzer in there.
+// Writes the seed inputs of the fuzzers: fuzz_seeds DIRECTORY creates one subdirectory per
+// fuzzer.
 //
-// An input is spelt in the order in which its fuzzer reads it. Should a fuzzer come to read
-// differently, its seeds still are inputs, only poorer ones.
+// Each seed is written in the order its fuzzer reads it. If a fuzzer's reading order changes, its
+// seeds remain valid inputs, only less useful ones.
 #include <cstdint>
 #include <cstdio>
 #include <filesystem>
@@ -12,8 +12,8 @@
 
 namespace {
 
-// What FuzzedDataProvider takes apart: bytes from the front; numbers from the end, the most
-// significant byte read first, in as many bytes as their range needs.
+// Writes the format FuzzedDataProvider reads: bytes from the front, numbers from the end, most
+// significant byte first, in as many bytes as their range needs.
 class CSeed {
 public:
     CSeed& Whole(int64_t value, int64_t lowest, int64_t highest)
@@ -32,12 +32,12 @@ public:
         Front += bytes;
         return *this;
     }
-    // A number of a host, in 64ths.
+    // A number as a host would give it, in 64ths.
     CSeed& Number(int32_t sixtyFourths)
     {
         return Whole(4, 0, 7).Whole(sixtyFourths, 1, 255);
     }
-    // One of the special numbers, by its place in the list.
+    // One of the special numbers, by its index in the list.
     CSeed& Special(int32_t place)
     {
         return Whole(0, 0, 7).Whole(place, 0, 19);
@@ -51,7 +51,7 @@ public:
     {
         return Whole(a, 0, 255).Whole(b, 0, 255).Whole(c, 0, 255);
     }
-    // A shape over the whole of cols x rows, less a share of eighths at each border.
+    // A shape that covers cols x rows except for `eighths` eighths at each border.
     CSeed& Shape(int32_t cols, int32_t rows, int32_t eighths, int32_t kind)
     {
         const int32_t left = cols * eighths / 8;
@@ -73,7 +73,7 @@ private:
     std::string Numbers;
 };
 
-// A flat picture, a picture with a bright middle, a slope, noise, a pattern.
+// A flat picture, a bright centre, a gradient, noise or a pattern.
 CSeed& Picture(CSeed& seed, int32_t cols, int32_t rows, int32_t which)
 {
     switch (which) {
@@ -91,7 +91,7 @@ CSeed& Picture(CSeed& seed, int32_t cols, int32_t rows, int32_t which)
 
 void WritePixelSeeds(const std::filesystem::path& directory)
 {
-    // Sides at which something changes: bands, strips, shrunken copies of 1 or no pixel.
+    // Sides where something changes: bands, strips, downscaled copies with 1 or 0 pixels.
     for (const int32_t side : {1, 2, 3, 4, 5, 7, 9, 10, 14, 24, 25, 26, 31, 32, 49, 50, 160, 640})
         for (const bool upright : {false, true})
             for (int32_t which = side > 32 ? side % 5 : 0; which<5; which += side> 32 ? 5 : 1) {

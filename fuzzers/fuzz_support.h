@@ -1,8 +1,8 @@
-// What the fuzzers share: numbers and pictures out of the fuzzer's bytes, and a check that
-// stops the run.
+// Shared by the fuzzers: turns the fuzzer's bytes into numbers and pictures, and provides a check
+// that stops the run.
 //
-// Every number is read through ConsumeIntegralInRange, so that the seeds, which are written
-// without the fuzzer, can spell any input (see fuzz_seeds.cpp).
+// Every number is read through ConsumeIntegralInRange, so that seeds, which are written without
+// the fuzzer, can express any input (see fuzz_seeds.cpp).
 #ifndef VISTATRIM_FUZZERS_FUZZ_SUPPORT_H
 #define VISTATRIM_FUZZERS_FUZZ_SUPPORT_H
 
@@ -18,17 +18,17 @@
 
 namespace fuzzing {
 
-// Stops the process, and with it the fuzzer, which then keeps the input.
+// If `holds` is false, stops the process; the fuzzer then keeps the input.
 inline void Demand(bool holds, const char* what)
 {
     if (holds)
         return;
-    std::fprintf(stderr, "broken: %s\n", what);
+    std::fprintf(stderr, "check failed: %s\n", what);
     std::abort();
 }
 
-// Very thin pictures make the kernels write to the error stream, as they should; a fuzzer's
-// log is for what should not be.
+// Very thin pictures make the kernels write to the error stream, as they should; a fuzzer's log
+// is for unexpected output.
 inline void SilenceKernelMessages()
 {
     std::cerr.rdbuf(nullptr);
@@ -39,7 +39,7 @@ inline int32_t Whole(FuzzedDataProvider& data, int32_t lowest, int32_t highest)
     return data.ConsumeIntegralInRange<int32_t>(lowest, highest);
 }
 
-// Any bits at all: denormal and huge numbers, infinities, several NaNs.
+// Any bit pattern: denormals, huge numbers, infinities, various NaNs.
 inline double AnyBits(FuzzedDataProvider& data)
 {
     const uint64_t bits = data.ConsumeIntegralInRange<uint64_t>(0, UINT64_MAX);
@@ -48,7 +48,7 @@ inline double AnyBits(FuzzedDataProvider& data)
     return value;
 }
 
-// A ratio, size or weight of a host: mostly plausible, and everything else that a double holds.
+// A ratio, size or weight from a host: mostly plausible, sometimes any value a double can hold.
 inline double Number(FuzzedDataProvider& data)
 {
     using Limits = std::numeric_limits<double>;
@@ -82,8 +82,8 @@ inline double Number(FuzzedDataProvider& data)
     }
 }
 
-// Long side 640, as the library wants its pictures. Mostly thin ones: the analysis is linear
-// in the area, and thin pictures have all the borders there are.
+// Longer side 640, as the library requires. Mostly thin pictures: the analysis takes time
+// proportional to the area, and thin pictures exercise every border case.
 struct Size {
     int32_t Cols, Rows;
 };
@@ -94,8 +94,8 @@ inline Size PictureSize(FuzzedDataProvider& data)
     return upright ? Size{side, 640} : Size{640, side};
 }
 
-// Three bytes a pixel. A background, then rectangles of flat colour, repeated patterns, slopes
-// and noise; what the input has no bytes for is the background.
+// Three bytes a pixel: a background, then rectangles of flat colour, repeated patterns, gradients
+// and noise. Where the input runs out of bytes, the background shows.
 inline std::vector<uint8_t> Pixels(FuzzedDataProvider& data, const Size& size)
 {
     const auto byte = [&data] { return static_cast<uint8_t>(Whole(data, 0, 255)); };

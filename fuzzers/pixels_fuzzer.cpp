@@ -1,5 +1,5 @@
-// Pictures of any content and any legal size: every map and table finite, every map within
-// 0..1, and the measures of crops of that picture in their ranges.
+// Analyses pictures of any content and any legal size. Every map and table must be finite, every
+// map within 0..1, and the measures of the picture's crops within their ranges.
 #include <cmath>
 #include <memory>
 #include <vector>
@@ -13,11 +13,12 @@ using namespace vistaTrim;
 
 namespace {
 
-// Shares of a total come from four corners of a table, whose sums round: a share of everything
-// can pass 1 and a share of nothing fall below 0 by that much.
+// Shares of a total come from four corners of a table, whose sums round: the share of everything
+// can exceed 1, and the share of nothing fall below 0, by this much.
 constexpr double kShareSlack = 1e-6;
 
-// A map brought to 0..1 is divided by a sum of its extremes, in floats.
+// Normalising a map to 0..1 divides by its range in float, so the maximum can exceed 1 by this
+// much.
 constexpr float kMapSlack = 1e-5f;
 
 bool InRange(double value, double slack)

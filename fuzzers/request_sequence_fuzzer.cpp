@@ -1,10 +1,10 @@
-// Sequences of calls through the exported functions and the driver's operations, with
-// arbitrary tables, densities, rectangles and requests. The generator's slow model goes through
-// the same sequence: lists, thrown texts and table sizes must be the same, and the best crops
+// Runs sequences of calls through the exported functions and the driver's operations, with
+// arbitrary tables, densities, rectangles and requests. The slow model of the generator runs the
+// same sequence: lists, messages thrown and table sizes must match, and the best crops must be
 // those of the slow selection from the driver's own scored candidates.
 //
-// What a host is trusted with stays out: both face flags at once, an aspect table without a
-// scale table, null pointers.
+// Misuse by the host is left out: both face flags at once, an aspect table without a scale table,
+// null pointers.
 #include <cmath>
 #include <cstdint>
 #include <string>
@@ -31,10 +31,10 @@ constexpr const char* kDisabledPair = "VistaTrim: input aspect ratio or scale ra
 constexpr int32_t kMostSteps = 16;
 constexpr size_t kMostRects = 6;
 constexpr size_t kMostRows = 10;
-// The slow selection's time goes with the square.
+// The slow selection takes quadratic time.
 constexpr size_t kMostForSlowSelection = 400;
 
-// Text or crops, and the list that holds the crops.
+// The message thrown, or the crops and the list that holds them.
 struct Answer {
     std::string Text;
     CropCell Crops;
@@ -46,7 +46,7 @@ std::vector<DoubleInfo> Table(FuzzedDataProvider& data, int32_t fewest, bool sca
     std::vector<DoubleInfo> rows;
     const int32_t count = Whole(data, fewest, 5);
     for (int32_t i = 0; i < count; ++i) {
-        // Scales above 1 end most requests with a text, so they are rarer than chance has them.
+        // Scales above 1 make most requests throw, so they are rarer than chance would make them.
         const double value =
             scales && Whole(data, 0, 7) != 0 ? Whole(data, 0, 64) / 64.0 : Number(data);
         rows.emplace_back(value, Whole(data, 0, 3) != 0);
@@ -64,7 +64,7 @@ DoubleInfo* CopyOf(const std::vector<DoubleInfo>& rows)
 
 int32_t Coordinate(FuzzedDataProvider& data)
 {
-    // Extents stay below 2^31, past which the sides of a rectangle have no value.
+    // Extents stay below 2^31, beyond which the width and height of a rectangle overflow.
     constexpr int32_t kFar = (1 << 30) - 1;
     return Whole(data, 0, 7) == 0 ? Whole(data, -kFar, kFar) : Whole(data, -20, 660);
 }
@@ -80,14 +80,14 @@ CRectOfInterest Rectangle(FuzzedDataProvider& data)
     return rect;
 }
 
-// Free of the driver's own limits, and small enough for the memory of a fuzzer. At 0 the count
-// less one wraps; at 1 there is a single position each way.
+// The driver sets no limit; these are small enough for a fuzzer's memory. At 0 the count minus
+// one wraps; at 1 there is a single position each way.
 uint32_t Density(FuzzedDataProvider& data)
 {
     return static_cast<uint32_t>(Whole(data, 0, 15) == 0 ? Whole(data, 0, 32) : Whole(data, 0, 6));
 }
 
-// One picture, its driver and what is known of it.
+// One picture, its driver and the expected state.
 class Session {
 public:
     explicit Session(FuzzedDataProvider& data);
@@ -101,7 +101,7 @@ private:
     SuggestionParameters Request(FuzzedDataProvider& data) const;
     Answer FromDriver(const SuggestionParameters& request);
     Answer FromModel(const SuggestionParameters& request);
-    // Both; the list is kept until the end if keepList.
+    // Asks both and compares.
     Answer Ask(const SuggestionParameters& request);
     void AskForBest(FuzzedDataProvider& data);
     void EvaluateOne(FuzzedDataProvider& data);
@@ -122,8 +122,8 @@ private:
 
 Session::Session(FuzzedDataProvider& data) : PictureOf(PictureSize(data)), Model(1, 1, {}, {}, 1)
 {
-    // The default tables come through SetDefaults: an empty aspect table gives the same and
-    // abandons three small arrays, which the leak check would report at every run.
+    // The default tables come from SetDefaults. An empty aspect table would give the same tables
+    // but abandon three small arrays, which the leak checker would report on every run.
     if (Whole(data, 0, 31) == 0) {
         Parameters.SetDefaults();
     } else {
@@ -163,9 +163,9 @@ Session::~Session()
     DestroyImageObj(Image);
     for (Answer& answer : Kept) {
         const CropCell now = FromRecords(answer.List->Data(), answer.List->Count());
-        Demand(now.size() == answer.Crops.size(), "a kept list has its length");
+        Demand(now.size() == answer.Crops.size(), "a kept list keeps its length");
         for (size_t i = 0; i < now.size(); ++i)
-            Demand(slowOracle::SameCrop(now[i], answer.Crops[i]), "a kept list has its records");
+            Demand(slowOracle::SameCrop(now[i], answer.Crops[i]), "a kept list keeps its records");
         answer.List->Release();
     }
 }
@@ -218,7 +218,7 @@ Answer Session::FromModel(const SuggestionParameters& request)
             Model.GenerateForAspectRatio(request.AspectRatio, aspectIndex);
             if (!Model.Aspects[aspectIndex].Enabled)
                 throw kDisabledAspect;
-            // A ratio that does not match itself, infinity, gets a second row here.
+            // Infinity does not match itself and gets a second row here.
             Model.GenerateForAspectRatio(request.AspectRatio, aspectIndex);
             answer.Crops = Model.GetEnabledCropRects(aspectIndex);
         } else if (request.CropWidth > 0.0 && request.CropHeight > 0.0 &&
@@ -239,7 +239,7 @@ Answer Session::FromModel(const SuggestionParameters& request)
     return answer;
 }
 
-// A soft rectangle without area makes the score no number.
+// A soft rectangle without area makes the score NaN.
 bool Session::SoftRectsHaveArea() const
 {
     for (const CRectOfInterest& rect : Rects)
@@ -252,7 +252,7 @@ void Session::CheckRecord(const CInt32CropRect& record) const
 {
     const Score& score = record.Score;
     const auto share = [](double value) { return value >= -1e-6 && value <= 1.0 + 1e-6; };
-    Demand(score.Scored, "a record that is handed out is scored");
+    Demand(score.Scored, "a returned record is scored");
     Demand(share(score.CompositionScore) && share(score.CoverageScore) &&
                share(score.BorderScore) && share(score.PeakScore) && share(score.CentrePeakScore),
            "measures are in 0..1");
@@ -264,7 +264,7 @@ Answer Session::Ask(const SuggestionParameters& request)
 {
     const Answer expected = FromModel(request);
     Answer found = FromDriver(request);
-    Demand(found.Text == expected.Text, "the text of the model");
+    Demand(found.Text == expected.Text, "the message of the model");
     Demand(found.Crops.size() == expected.Crops.size(), "as many candidates as the model");
     for (size_t i = 0; i < found.Crops.size(); ++i) {
         Demand(slowOracle::SameSides(found.Crops[i], expected.Crops[i]),
@@ -288,7 +288,7 @@ void Session::AskForBest(FuzzedDataProvider& data)
                                      Number(data));
     const Answer all = Ask(request);
     Answer best;
-    FromModel(request); // the second request grows the tables again where one does
+    FromModel(request); // the second request may grow the tables again
     try {
         GetNTopCropSuggestions(Driver, n, &best.List, &request, mode, weights);
     } catch (const char* text) {
@@ -296,7 +296,7 @@ void Session::AskForBest(FuzzedDataProvider& data)
         Demand(best.List == nullptr, "the result is untouched when a request throws");
     }
     CheckTables();
-    Demand(best.Text == all.Text, "both requests throw the same text");
+    Demand(best.Text == all.Text, "both requests throw the same message");
     if (all.List != nullptr)
         all.List->Release();
     if (best.List == nullptr)
@@ -326,7 +326,7 @@ void Session::EvaluateOne(FuzzedDataProvider& data)
         rect.Top = Whole(data, 0, PictureOf.Rows - 1);
         rect.Bottom = Whole(data, rect.Top, PictureOf.Rows - 1);
     } else {
-        // No defined measures, but no harm either.
+        // The measures are undefined, but the call must do no harm.
         for (int32_t* const side : {&rect.Left, &rect.Right, &rect.Top, &rect.Bottom})
             *side =
                 Whole(data, 0, 1) != 0 ? Whole(data, INT32_MIN, INT32_MAX) : Whole(data, -5, 645);
@@ -336,10 +336,12 @@ void Session::EvaluateOne(FuzzedDataProvider& data)
     rect.Score.MergedScore = 0.75;
     const CInt32CropRect before = rect;
     EvaluateScores(Driver, &rect);
-    Demand(rect.Score.Scored, "a measured record is marked");
-    Demand(rect.Score.RoiScore == 0.25 && rect.Score.MergedScore == 0.75, "the rest stays");
+    Demand(rect.Score.Scored, "a measured record is marked as scored");
+    Demand(rect.Score.RoiScore == 0.25 && rect.Score.MergedScore == 0.75,
+           "the other scores are unchanged");
     if (before.Score.Scored)
-        Demand(slowOracle::SameCrop(FromRecord(rect), FromRecord(before)), "scored once only");
+        Demand(slowOracle::SameCrop(FromRecord(rect), FromRecord(before)),
+               "a scored record is not scored again");
     else if (inside)
         CheckRecord(rect);
 }
@@ -349,9 +351,9 @@ void Session::CheckTables() const
     DoubleInfo* table = nullptr;
     uint32_t count = 0;
     Driver->GetAspectRatios(&table, &count);
-    Demand(count == Model.Aspects.size(), "aspect rows of the model");
+    Demand(count == Model.Aspects.size(), "as many aspect rows as the model");
     Driver->GetCropRectScaleRatios(&table, &count);
-    Demand(count == Model.Scales.size(), "scale rows of the model");
+    Demand(count == Model.Scales.size(), "as many scale rows as the model");
 }
 
 void Session::CheckRects() const
@@ -359,19 +361,19 @@ void Session::CheckRects() const
     CRectOfInterest* rects = nullptr;
     uint32_t count = 0;
     Driver->GetRectsOfInterest(&rects, &count);
-    Demand(rects != nullptr && count == Rects.size(), "rectangles of interest");
+    Demand(rects != nullptr && count == Rects.size(), "number of rectangles of interest");
     for (uint32_t i = 0; i < count; ++i)
         Demand(rects[i].Left == Rects[i].Left && rects[i].Right == Rects[i].Right &&
                    rects[i].Top == Rects[i].Top && rects[i].Bottom == Rects[i].Bottom &&
                    rects[i].Kind == Rects[i].Kind && rects[i].Enabled == Rects[i].Enabled &&
                    rects[i].Marked == Rects[i].Marked,
-               "a rectangle of interest");
-    // The library abandons this one record; here it would look like a leak.
+               "the fields of a rectangle of interest");
+    // The library abandons this one record on purpose; the leak checker would report it.
     if (count == 0)
         ::operator delete(rects);
 }
 
-// The bits of two numbers: a NaN of a table comes back as it went in.
+// Compares bits, because a NaN in a table must come back unchanged.
 bool SameBits(double a, double b)
 {
     // NOLINTNEXTLINE(bugprone-suspicious-memory-comparison)
@@ -386,11 +388,11 @@ void Session::CheckParameters() const
                now.NumRectsOfInterest == Parameters.NumRectsOfInterest &&
                now.NumMaxCropRectsPerSide == Parameters.NumMaxCropRectsPerSide &&
                now.UseBuiltInFaceDetector == Parameters.UseBuiltInFaceDetector,
-           "the parameters as they were given");
+           "the parameters are unchanged");
     for (uint32_t i = 0; i < now.NumAspectRatios; ++i)
         Demand(SameBits(now.AspectRatios[i].Value, Parameters.AspectRatios[i].Value) &&
                    now.AspectRatios[i].Enabled == Parameters.AspectRatios[i].Enabled,
-               "an aspect row as it was given");
+               "an aspect row is unchanged");
 }
 
 void Session::Step(FuzzedDataProvider& data)

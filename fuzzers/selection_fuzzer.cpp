@@ -1,5 +1,5 @@
-// The best of arbitrary sets of scored records, ties and values that are no numbers included,
-// against the slow selection.
+// Compares the selection with the slow one on arbitrary sets of scored records, including ties
+// and NaN.
 #include <cstdint>
 #include <memory>
 #include <vector>
@@ -15,7 +15,7 @@ using namespace vistaTrim;
 
 namespace {
 
-// Selection reads no map: one analyzer of the smallest picture serves all inputs.
+// Selection reads no map, so one analyzer of the smallest picture serves all inputs.
 CCropAnalyzer& AnyAnalyzer()
 {
     static const int32_t offsets[4] = {0, 1, 2, 3};
@@ -25,13 +25,14 @@ CCropAnalyzer& AnyAnalyzer()
     return analyzer;
 }
 
-// A measure as scoring leaves it, or whatever a host may have written into a record.
+// A measure as scoring writes it, or anything a host may have written into a record.
 double Measure(FuzzedDataProvider& data)
 {
     return Whole(data, 0, 3) == 0 ? Number(data) : static_cast<float>(Whole(data, 0, 255)) / 255.0f;
 }
 
-// Far outside any picture, but with areas that a double holds: crops come from the generator.
+// May lie far outside any picture, but areas stay exact in a double, as do those of the
+// generator's crops.
 int32_t Coordinate(FuzzedDataProvider& data)
 {
     constexpr int32_t kFar = 1 << 25;
@@ -43,7 +44,7 @@ CInt32CropRect Record(FuzzedDataProvider& data)
     CInt32CropRect record;
     record.Left = Coordinate(data);
     record.Top = Coordinate(data);
-    // Rarely crossed or empty.
+    // Rarely, with sides swapped or empty.
     const bool crossed = Whole(data, 0, 15) == 0;
     record.Right = crossed ? Coordinate(data) : record.Left + Whole(data, 0, 60);
     record.Bottom = crossed ? Coordinate(data) : record.Top + Whole(data, 0, 60);
@@ -67,9 +68,9 @@ CRectOfInterest Rectangle(FuzzedDataProvider& data)
     return rect;
 }
 
-// Up to 1300 records out of a few: enough for the cut of the pool, few enough for the slow
-// selection, whose time goes with the square. Later ones are earlier ones with a measure or a
-// place moved a little, so that there are many ties, near-ties and near-duplicates.
+// Up to 1300 records derived from a few: enough to cut the pool, few enough for the slow
+// selection, which takes quadratic time. Each is a copy with a measure or position moved a
+// little, which makes many ties, near-ties and near-duplicates.
 CropGridRows Grid(FuzzedDataProvider& data)
 {
     std::vector<CInt32CropRect> kinds;
@@ -96,7 +97,7 @@ CropGridRows Grid(FuzzedDataProvider& data)
             record.Left += shift;
             record.Right += shift;
         }
-        // Rows come to differ in length; some cells and some rows stay empty.
+        // Rows end up with different lengths; some cells and some rows stay empty.
         CropRow& row = grid[(state >> 26) % grid.size()];
         if (row.empty() || (state >> 28) == 0)
             row.emplace_back();
