@@ -1,15 +1,15 @@
-// Does memory stay flat? Creates, asks and destroys drivers by the thousand in one process, as
-// an album does, and tells how much memory the process holds on the way.
+// Does memory stay flat? Creates, queries and destroys thousands of drivers in one process, as a
+// host with a large album does, and prints how much memory the process holds along the way.
 //
 // usage: soak [ROUNDS] [COLSxROWS] [--tidy] [--check]
 //   ROUNDS     10000 by default
-//   COLSxROWS  all pictures of this size; a mix of sizes by default. The longer side is 640
-//   --tidy     no round leaves anything behind
-//   --check    ends with status 1 if memory grew by more than what is abandoned on purpose
+//   COLSxROWS  size of every picture; the longer side must be 640. Mixed sizes by default
+//   --tidy     use only calls that leave nothing behind
+//   --check    exit with status 1 if memory grew by more than the library abandons on purpose
 //
-// Abandoned on purpose: parameters without aspect ratios leave three empty arrays behind with
-// each driver, and asking for the rectangles of interest of a driver that has none leaves one
-// record. Every second round does both, unless all are tidy; the others leave nothing.
+// The library abandons on purpose: three empty arrays per driver whose parameters have no aspect
+// ratios, and one record each time a driver without rectangles of interest is asked for them.
+// Every second round does both, unless --tidy is given; the others leave nothing behind.
 #include <cmath>
 #include <cstdint>
 #include <cstdio>
@@ -27,9 +27,10 @@ using namespace vistaTrim;
 
 namespace {
 
-constexpr int kWarm = 100; // rounds until the allocator and the libraries have what they keep
+constexpr int kWarm =
+    100; // rounds until the allocator and the libraries have allocated what they keep
 
-// The smallest piece of the C library's allocator.
+// The smallest allocation of the C library's allocator.
 constexpr int64_t kPiece = 32;
 constexpr int64_t kAbandonedPieces = 3 + 1;
 
@@ -38,7 +39,7 @@ struct Picture {
     std::vector<uint8_t> Pixels;
 };
 
-// A slope with a bright disc and some grain; `seed` moves the disc.
+// A gradient with a bright disc and some noise; `seed` moves the disc.
 Picture MakePicture(uint32_t cols, uint32_t rows, uint32_t seed)
 {
     Picture picture = {cols, rows, {}};
@@ -59,8 +60,8 @@ Picture MakePicture(uint32_t cols, uint32_t rows, uint32_t seed)
 }
 
 struct Memory {
-    int64_t Resident; // bytes of the process in memory
-    int64_t InUse;    // bytes that the program has and did not give back
+    int64_t Resident; // resident bytes of the process
+    int64_t InUse;    // heap bytes allocated and not freed
 };
 
 Memory MemoryNow()
@@ -74,7 +75,7 @@ Memory MemoryNow()
     return {resident * sysconf(_SC_PAGESIZE), static_cast<int64_t>(inUse)};
 }
 
-// All that a host does with one photograph.
+// Everything a host does with one photograph.
 size_t WorkOn(const Picture& picture, bool abandon)
 {
     const int32_t offsets[4] = {0, 1, 2, 3};
@@ -104,7 +105,7 @@ size_t WorkOn(const Picture& picture, bool abandon)
     ComputeCropSuggestions(driver, &list, &size);
     DestroyVistaTrimObj(driver);
     DestroyImageObj(image);
-    crops += list->Count(); // it outlives them
+    crops += list->Count(); // the list outlives both
     list->Destroy();
     return crops;
 }
@@ -137,7 +138,8 @@ int main(int count, char** arguments)
             rounds = 0;
     }
     if (rounds <= kWarm) {
-        std::fprintf(stderr, "soak: more than %d rounds are needed\n", kWarm);
+        std::fprintf(stderr, "soak: ROUNDS must be greater than %d, and COLSxROWS two numbers\n",
+                     kWarm);
         return 2;
     }
 
@@ -149,9 +151,8 @@ int main(int count, char** arguments)
         pictures = {MakePicture(640, 480, 0), MakePicture(427, 640, 1), MakePicture(640, 360, 2),
                     MakePicture(640, 100, 3), MakePicture(640, 640, 4)};
 
-    // The stream takes its buffer now, and not between two measurements.
-    std::printf(
-        "resident is what the process has of the machine, in use what it has of the heap\n");
+    // Prints now so that the stream allocates its buffer before the first measurement.
+    std::printf("resident: physical memory of the process; in use: heap memory not freed\n");
     std::fflush(stdout);
     Memory warm = {};
     size_t crops = 0;
@@ -170,15 +171,16 @@ int main(int count, char** arguments)
 
     const int64_t abandoned = tidy ? 0 : (rounds / 2 - kWarm / 2) * kAbandonedPieces * kPiece;
     const int64_t unexplained = end.InUse - warm.InUse - abandoned;
-    std::printf("%zu crops; in use since the first %d: %+lld bytes, of which abandoned on purpose "
-                "%lld, unexplained %+lld; resident %+lld bytes\n",
-                crops, kWarm, static_cast<long long>(end.InUse - warm.InUse),
-                static_cast<long long>(abandoned), static_cast<long long>(unexplained),
-                static_cast<long long>(end.Resident - warm.Resident));
+    std::printf(
+        "%zu crops; growth after %d rounds: in use %+lld bytes, of which abandoned on purpose "
+        "%lld, unexplained %+lld; resident %+lld bytes\n",
+        crops, kWarm, static_cast<long long>(end.InUse - warm.InUse),
+        static_cast<long long>(abandoned), static_cast<long long>(unexplained),
+        static_cast<long long>(end.Resident - warm.Resident));
 
-    // Pages come and go a few at a time. What the program holds is exact but for the few pieces
-    // that the allocator keeps ready and counts as in use; a piece left behind every fourth round
-    // passes this bound within 150 rounds.
+    // Pages come and go a few at a time. The heap count is exact except for a few allocations that
+    // the allocator caches and counts as in use; leaking one allocation every fourth round exceeds
+    // this bound within 150 rounds.
     constexpr int64_t kPages = int64_t{2} << 20;
     constexpr int64_t kKeptReady = 1024;
     const bool flat =

@@ -1,4 +1,4 @@
-# How every target of the project is compiled.
+# Compiler settings for every target of the project.
 
 set(CMAKE_CXX_STANDARD 17)
 set(CMAKE_CXX_STANDARD_REQUIRED ON)
@@ -12,7 +12,7 @@ if(NOT CMAKE_BUILD_TYPE AND NOT CMAKE_CONFIGURATION_TYPES)
     set(CMAKE_BUILD_TYPE Release CACHE STRING "Build type" FORCE)
 endif()
 
-# Vectorised loops at every optimised build type.
+# Loops are vectorised in every optimised build type.
 set(CMAKE_CXX_FLAGS_RELEASE "-O3 -DNDEBUG")
 set(CMAKE_CXX_FLAGS_RELWITHDEBINFO "-O3 -g")
 
@@ -29,10 +29,10 @@ endif()
 if(VISTATRIM_SANITIZE)
     add_compile_options(-fsanitize=${VISTATRIM_SANITIZE} -fno-omit-frame-pointer -fno-sanitize-recover=all)
     add_link_options(-fsanitize=${VISTATRIM_SANITIZE})
-    # Instrumented loops need not vectorise; clang would warn where a loop asks for it.
+    # Instrumented loops may not vectorise, and clang warns where a pragma asks for it.
     add_compile_options($<$<CXX_COMPILER_ID:Clang>:-Wno-pass-failed>)
 endif()
 if(VISTATRIM_COVERAGE)
-    # src/ alone is compiled for counting; whatever holds its objects needs the counters' library.
+    # Only src/ is instrumented, but every target that links its objects needs the coverage runtime.
     add_link_options(--coverage)
 endif()

@@ -1,5 +1,5 @@
 # Installs the library, its public headers, the CMake package and the pkg-config file.
-# Everything is relocatable: both packages find the library from where they stand.
+# Everything is relocatable: both packages find the library relative to their own location.
 
 include(CMakePackageConfigHelpers)
 

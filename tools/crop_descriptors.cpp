@@ -1,6 +1,6 @@
-// Writes the raw composition descriptors of the crops that people judged, and of crops to
-// compare them with, for the fit. Size must not leak into the fit, so a chosen crop is compared
-// with crops of the same photograph of about equal area.
+// Writes the raw composition descriptors of crops that people judged, and of crops to compare them
+// with, for the fit. Size must not leak into the fit, so a chosen crop is compared with crops of
+// about equal area from the same photograph.
 #include <cmath>
 #include <cstdio>
 #include <exception>
@@ -29,27 +29,27 @@ struct Options {
     std::string Split = "fit";
     std::string Output;
     uint32_t Seed = 1;
-    int Rivals = 24;     // crops of about equal area for each chosen one
-    int Candidates = 24; // crops of the default lattice for each photograph
+    int Rivals = 24;     // crops of about equal area per chosen crop
+    int Candidates = 24; // crops from the default lattice per photograph
     int Workers = 1;
 };
 
 struct DescriptorRow {
     std::string Kind; // chosen, rival, pair or candidate
-    int Group;        // number of the judgement inside the photograph
+    int Group;        // number of the judgement within the photograph
     int Side;         // 0 or 1 of a pair
     double Votes;     // of a pair's crop
-    bool EqualArea;   // whether a pair's crops have it
+    bool EqualArea;   // whether a pair's crops have equal areas
     vistaTrim::CInt32CropRect Crop;
     std::vector<float> Values;
 };
 
-// Crops of about the chosen one's area (within a tenth) that clearly differ from it. Half keep
-// its shape and move it; half change the shape too.
+// Crops with about the chosen one's area (within a tenth) that clearly differ from it. Half keep
+// its shape and only move; half change shape too.
 std::vector<CropBox> DrawRivals(const CropBox& chosen, const WorkingPhoto& photo, int count,
                                 std::mt19937& random)
 {
-    // Not std::uniform_real_distribution: its values differ from one library to another.
+    // Not std::uniform_real_distribution: its values differ between standard libraries.
     const auto draw = [&random](double low, double high) {
         return low + (high - low) * (static_cast<double>(random()) / 4294967296.0);
     };
@@ -103,7 +103,7 @@ std::vector<DescriptorRow> DescribePhoto(const JudgedPhoto& judged, const Option
                          int side, double votes, bool equalArea) {
         DescriptorRow row{
             kind, group, side, votes, equalArea, crop, std::vector<float>(kDescriptorSize)};
-        // The lattice of a very thin photograph has crops without pixels: nothing to fit on.
+        // The lattice of a very thin photograph contains crops without pixels; nothing to fit.
         if (reader.ReadDescriptor(crop, row.Values.data()))
             rows.push_back(std::move(row));
     };
@@ -143,7 +143,7 @@ void WriteRows(const std::vector<std::vector<DescriptorRow>>& all,
     values.flush();
     table.flush();
     if (!values || !table)
-        throw std::runtime_error(output + ": cannot be written");
+        throw std::runtime_error(output + ": cannot write");
 }
 
 int Run(const Options& options)
@@ -163,19 +163,20 @@ int Run(const Options& options)
 int main(int argc, char** argv)
 {
     CLI::App app{"Writes raw composition descriptors of judged crops, for fit_composition.\n"
-                 "OUTPUT.tsv holds a line a crop, OUTPUT.f32 its 304 floats."};
+                 "OUTPUT.tsv has one line per crop, OUTPUT.f32 its 304 floats."};
     app.footer(kCropTableHelp);
     Options options;
     app.add_option("--photos", options.Photos, "folder of the photographs")->required();
     app.add_option("--boxes", options.Boxes, "table of chosen crops");
     app.add_option("--pairs", options.Pairs, "table of voted pairs");
     app.add_option("--split", options.Split, "split to read")->capture_default_str();
-    app.add_option("--output", options.Output, "path of the two files, without ending")->required();
-    app.add_option("--seed", options.Seed, "seed of the drawn crops")->capture_default_str();
-    app.add_option("--rivals", options.Rivals, "crops of equal area for each chosen one")
+    app.add_option("--output", options.Output, "path of the two files, without extension")
+        ->required();
+    app.add_option("--seed", options.Seed, "seed for drawing crops")->capture_default_str();
+    app.add_option("--rivals", options.Rivals, "crops of about equal area per chosen crop")
         ->capture_default_str()
         ->check(CLI::Range(0, 1000));
-    app.add_option("--candidates", options.Candidates, "default candidates for each photograph")
+    app.add_option("--candidates", options.Candidates, "default candidates per photograph")
         ->capture_default_str()
         ->check(CLI::Range(0, 1000));
     app.add_option("-j,--jobs", options.Workers, "threads")

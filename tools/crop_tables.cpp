@@ -8,11 +8,11 @@
 #include <stdexcept>
 
 const char* const kCropTableHelp =
-    "Tables are tab-separated text with a line of column names.\n"
-    "  boxes:  split file width height x y w h            the crop that a person chose\n"
+    "Tables are tab-separated text with a header line of column names.\n"
+    "  boxes:  split file width height x y w h            the crop a person chose\n"
     "  pairs:  split file x0 y0 w0 h0 votes0 x1 y1 w1 h1 votes1   two crops and their votes\n"
-    "Coordinates are pixels of the photograph at 640 on its longer side, origin top left; a box\n"
-    "covers x..x+w, y..y+h.";
+    "Coordinates are pixels of the photograph scaled to 640 on its longer side, origin top\n"
+    "left; a box covers x..x+w, y..y+h.";
 
 namespace {
 
@@ -35,14 +35,14 @@ public:
         : FileName(fileName), Stream(fileName)
     {
         if (!Stream)
-            throw std::runtime_error(fileName + ": cannot be opened");
+            throw std::runtime_error(fileName + ": cannot open");
         std::string line;
         std::getline(Stream, line);
         const std::vector<std::string> names = SplitLine(line);
         for (const std::string& column : columns) {
             const auto found = std::find(names.begin(), names.end(), column);
             if (found == names.end())
-                throw std::runtime_error(fileName + ": has no column '" + column + "'");
+                throw std::runtime_error(fileName + ": no column '" + column + "'");
             Positions[column] = static_cast<size_t>(found - names.begin());
         }
         NumColumns = names.size();
@@ -91,7 +91,7 @@ public:
         box.Width = Number("w" + suffix);
         box.Height = Number("h" + suffix);
         if (!(box.Width > 0) || !(box.Height > 0))
-            throw std::runtime_error(Where() + "a crop has no area");
+            throw std::runtime_error(Where() + "crop without area");
         return box;
     }
 
@@ -141,7 +141,7 @@ std::vector<JudgedPhoto> ReadCropTables(const std::string& boxesFile, const std:
         }
     }
     if (photos.empty())
-        throw std::runtime_error("no photograph of split '" + split + "' in " + boxesFile + " " +
+        throw std::runtime_error("no photograph in split '" + split + "' in " + boxesFile + " " +
                                  pairsFile);
 
     std::vector<JudgedPhoto> result;

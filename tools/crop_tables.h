@@ -1,4 +1,4 @@
-// The two tables of human judgements that the fitting and the measuring tools read.
+// Reads the two tables of human judgements that the fitting and evaluation tools use.
 #ifndef VISTATRIM_TOOLS_CROP_TABLES_H
 #define VISTATRIM_TOOLS_CROP_TABLES_H
 
@@ -21,13 +21,13 @@ struct CropBox {
     }
 };
 
-// Two crops of one photograph and the votes that each got.
+// Two crops of one photograph and the votes for each.
 struct VotedPair {
     CropBox Crops[2];
     double Votes[2] = {0, 0};
 
-    // Whether size can have had no part in the votes: the areas as the table has them, to the
-    // last digit. All that fits or measures on "equal-area pairs" means these.
+    // Whether size cannot have influenced the votes: the areas in the table are equal to the last
+    // digit. "Equal-area pairs" always means this.
     bool EqualArea() const
     {
         return Crops[0].Area() == Crops[1].Area();
@@ -36,22 +36,22 @@ struct VotedPair {
 
 // What people said about one photograph.
 struct JudgedPhoto {
-    std::string File; // name inside the folder of photographs
+    std::string File; // name within the folder of photographs
     double Width = 0;
     double Height = 0;
     std::vector<CropBox> Chosen;
     std::vector<VotedPair> Pairs;
 };
 
-// The photographs of one split, in order of their names. Either file name may be empty.
+// The photographs of one split, sorted by name. Either file name may be empty.
 // Throws std::runtime_error naming the file and the line.
 std::vector<JudgedPhoto> ReadCropTables(const std::string& boxesFile, const std::string& pairsFile,
                                         const std::string& split);
 
-// How the tables look, for the help texts.
+// The format of the tables, for help texts.
 extern const char* const kCropTableHelp;
 
-// The whole pixels that a box covers: at least one, and inside a photograph of that size.
+// The whole pixels a box covers: at least one, clipped to a photograph of the given size.
 vistaTrim::CInt32CropRect ToCrop(const CropBox& box, int32_t photoWidth, int32_t photoHeight);
 
 double IntersectionOverUnion(const CropBox& a, const CropBox& b);

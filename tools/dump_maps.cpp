@@ -1,10 +1,10 @@
-// dump_maps: writes every map of the analysis of a picture as a grey PNG, to be looked at.
+// dump_maps: writes every map of a picture's analysis as a grey PNG for inspection.
 //
 //     dump_maps photo.jpg folder
 //
-// The picture is turned upright, brought to 640 pixels on its longer side and written beside
-// the maps as input.png. Maps of 0 to 1 become 0 to 255; --stretch divides each map by its
-// maximum first, which shows the faint ones.
+// The picture is turned upright, scaled to 640 pixels on its longer side and written beside the
+// maps as input.png. Map values 0 to 1 become 0 to 255; --stretch first divides each map by its
+// maximum, which makes faint maps visible.
 
 #include <algorithm>
 #include <cstdint>
@@ -41,13 +41,13 @@ struct PixelEnd {
     }
 };
 
-// What went wrong, with the file that it went wrong with.
+// Throws an error that names the file.
 [[noreturn]] void Fail(const std::string& file, const std::string& what)
 {
     throw std::runtime_error(file + ": " + what);
 }
 
-// The library's own words end in line feeds and may run over several lines.
+// libvips's messages end in line feeds and may span several lines.
 std::string OneLine(std::string text)
 {
     while (!text.empty() && text.back() == '\n')
@@ -62,16 +62,16 @@ vips::VImage ReadPicture(const std::string& path)
     if (!fs::exists(path))
         Fail(path, "no such file");
     try {
-        // Shrinks and enlarges alike; a short side never rounds to nothing.
+        // Scales down or up; a short side never rounds to 0.
         vips::VImage picture = vips::VImage::thumbnail(
             path.c_str(), kLongSide, vips::VImage::option()->set("height", kLongSide));
         if (picture.has_alpha())
             picture = picture.flatten();
         picture = picture.colourspace(VIPS_INTERPRETATION_sRGB).cast(VIPS_FORMAT_UCHAR);
         if (picture.bands() != 3)
-            Fail(path, "has " + std::to_string(picture.bands()) + " bands, not 3");
+            Fail(path, "has " + std::to_string(picture.bands()) + " bands instead of 3");
         if (std::max(picture.width(), picture.height()) != kLongSide)
-            Fail(path, "came out at " + std::to_string(picture.width()) + " x " +
+            Fail(path, "was scaled to " + std::to_string(picture.width()) + " x " +
                            std::to_string(picture.height()));
         return picture.copy_memory();
     } catch (const vips::VError& error) {
@@ -132,17 +132,17 @@ void DumpMaps(const std::string& picturePath, const fs::path& folder, bool stret
 
 int main(int argc, char** argv)
 {
-    CLI::App app("Writes every map of the analysis of a picture as a grey PNG.", "dump_maps");
+    CLI::App app("Writes every map of a picture's analysis as a grey PNG.", "dump_maps");
     std::string picture;
     std::string folder;
     bool stretch = false;
     app.add_option("picture", picture, "the picture, in any format that libvips reads")->required();
-    app.add_option("folder", folder, "where the PNGs go; made if it is missing")->required();
+    app.add_option("folder", folder, "folder for the PNGs; created if missing")->required();
     app.add_flag("--stretch", stretch, "divide each map by its maximum");
     CLI11_PARSE(app, argc, argv);
 
     if (VIPS_INIT(argv[0]) != 0) {
-        std::fprintf(stderr, "dump_maps: the picture library does not start: %s\n",
+        std::fprintf(stderr, "dump_maps: cannot start libvips: %s\n",
                      OneLine(vips_error_buffer()).c_str());
         return 1;
     }

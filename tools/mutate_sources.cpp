@@ -1,9 +1,9 @@
-// Makes small faults in sources, one a patch, so that a script can see which of them the tests
-// notice.
+// Generates small faults in source files, one per patch, so that a script can check which of them
+// the tests notice.
 //
 // usage: mutate_sources SEED COUNT OUT_DIR FILE...
-//   Writes OUT_DIR/0001.patch and so on, at most COUNT, for `patch -p1` in the directory where
-//   this runs. The same seed, count and files give the same patches. A patch need not compile.
+//   Writes OUT_DIR/0001.patch and so on, at most COUNT, for `patch -p1` in the current directory.
+//   The same seed, count and files give the same patches. A patched file may not compile.
 #include <algorithm>
 #include <cctype>
 #include <cstdint>
@@ -22,7 +22,7 @@
 
 namespace {
 
-// Files of fitted numbers would take most of the faults and show one thing over and over.
+// Files of fitted coefficients would get most of the faults and test the same thing repeatedly.
 constexpr size_t kMostFaultsOfATable = 6;
 constexpr size_t kSitesOfATable = 600;
 
@@ -38,7 +38,7 @@ struct Fault {
 struct Source {
     std::string File;
     std::vector<std::string> Lines;
-    std::vector<std::string> Code; // the same, with blanks for all that is no code
+    std::vector<std::string> Code; // the same, with blanks for everything but code
 };
 
 bool IsWord(char c)
@@ -59,12 +59,12 @@ std::string Stripped(const std::string& text)
     return text.substr(first, text.find_last_not_of(' ') - first + 1);
 }
 
-// Comments, texts, characters and the preprocessor's lines become blanks.
+// Replaces comments, string and character literals, and preprocessor lines with blanks.
 std::vector<std::string> CodeOf(const std::vector<std::string>& lines)
 {
     std::vector<std::string> code = lines;
     bool inBlock = false;
-    bool continued = false; // a directive that goes on
+    bool continued = false; // a directive that continues on the next line
     bool asserting = false; // static_assert: a fault in it never compiles
     for (std::string& line : code) {
         const std::string whole = line;
@@ -113,7 +113,7 @@ std::vector<std::string> CodeOf(const std::vector<std::string>& lines)
     return code;
 }
 
-// True if `text` stands at `column` as a whole token between blanks (or at the line's end).
+// True if `text` is at `column` as a whole token between blanks (or at the end of the line).
 bool StandsApart(const std::string& code, size_t column, const std::string& text)
 {
     if (code.compare(column, text.size(), text) != 0 || column == 0 || code[column - 1] != ' ')
@@ -130,8 +130,8 @@ bool IsWordAt(const std::string& code, size_t column, const std::string& text)
     return (column == 0 || !IsWord(code[column - 1])) && (end == code.size() || !IsWord(code[end]));
 }
 
-// Where the product ends that starts at `column`: a chain of names, calls, members and indices
-// with * and / between. npos if the line ends first.
+// The end of the product that starts at `column`: names, calls, members and indices joined by *
+// and /. npos if the line ends first.
 size_t EndOfTerm(const std::string& code, size_t column)
 {
     int depth = 0;
@@ -214,7 +214,7 @@ private:
                     Add(column, swap.first.size(), swap.second, kind);
         };
         addAll(comparisons, "comparison");
-        // At a loop's head it only ends the loop at once, which anything would notice.
+        // In a for statement this only ends the loop at once, which any test would notice.
         if (Stripped(code).compare(0, 5, "for (") != 0)
             addAll(reversals, "comparison reversed");
         addAll(sums, "arithmetic");
@@ -328,8 +328,8 @@ void Shuffle(std::vector<Fault>& faults, std::mt19937_64& random)
         std::swap(faults[i - 1], faults[random() % i]);
 }
 
-// The kinds in turn, since some have many more places than others. One fault of a kind on a line
-// is enough.
+// Takes the kinds in turn, since some occur far more often than others, and at most one fault of
+// a kind per line.
 std::vector<Fault> Choose(const std::vector<Fault>& shuffled, size_t count)
 {
     std::map<std::string, std::vector<Fault>> byKind;
@@ -384,7 +384,7 @@ int main(int argc, char** argv)
     Shuffle(faults, random);
 
     std::vector<Fault> chosen = Choose(faults, count);
-    // By file, so that what is built for one fault serves the next.
+    // Sorted by file, so that consecutive faults rebuild as little as possible.
     std::sort(chosen.begin(), chosen.end(), [](const Fault& a, const Fault& b) {
         return a.File != b.File   ? a.File < b.File
                : a.Line != b.Line ? a.Line < b.Line
@@ -399,6 +399,6 @@ int main(int argc, char** argv)
                                          [&](const Source& s) { return s.File == chosen[i].File; });
         WritePatch(chosen[i], *source, (outDir / name).string());
     }
-    std::cout << chosen.size() << " faults of " << faults.size() << " places\n";
+    std::cout << chosen.size() << " faults chosen from " << faults.size() << " places\n";
     return 0;
 }

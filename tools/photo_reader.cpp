@@ -8,7 +8,7 @@
 
 #include <cblas.h>
 
-// The image library's own headers convert more freely than we do.
+// libvips's headers trigger our warnings.
 #pragma GCC diagnostic push
 #pragma GCC diagnostic ignored "-Wconversion"
 #pragma GCC diagnostic ignored "-Wshadow"
@@ -25,7 +25,8 @@ void StartPhotoReader(const char* programName)
 {
     if (VIPS_INIT(programName) != 0)
         throw std::runtime_error("cannot start libvips: " + std::string(vips_error_buffer()));
-    // A tool runs a driver on each of its threads: libraries that start more would fight them.
+    // A tool runs a driver on each of its threads; libraries that start more would compete with
+    // them.
     openblas_set_num_threads(1);
     vips_concurrency_set(1);
     vips_cache_set_max(0);
@@ -34,7 +35,7 @@ void StartPhotoReader(const char* programName)
 WorkingPhoto ReadWorkingPhoto(const std::string& file)
 {
     try {
-        // A thumbnail into a square box brings the longer side to the box's side, up or down.
+        // A thumbnail in a square box scales the longer side to the box's side, up or down.
         vips::VImage image = vips::VImage::thumbnail(file.c_str(), kLongerSide,
                                                      vips::VImage::option()
                                                          ->set("height", kLongerSide)

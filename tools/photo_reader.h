@@ -1,4 +1,4 @@
-// Photographs for the developer tools: read, upright, sRGB, longer side 640.
+// Reads photographs for the developer tools: upright, sRGB, longer side 640.
 #ifndef VISTATRIM_TOOLS_PHOTO_READER_H
 #define VISTATRIM_TOOLS_PHOTO_READER_H
 
@@ -6,14 +6,14 @@
 #include <string>
 #include <vector>
 
-// Packed three-byte pixels, row after row.
+// Packed three-byte pixels, rows without padding.
 struct WorkingPhoto {
     int32_t Width = 0;
     int32_t Height = 0;
     std::vector<uint8_t> Pixels;
 };
 
-// Starts the image library; once, before any thread reads.
+// Starts libvips. Call once, before any thread reads.
 void StartPhotoReader(const char* programName);
 
 // Throws std::runtime_error naming the file and the reason.
