@@ -1,5 +1,5 @@
 #!/usr/bin/env bash
-# Fails if clang-format would change any C++ file that git tracks. With --fix it changes them.
+# Fails if clang-format would change any C++ file tracked by git. --fix formats them instead.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 

@@ -1,10 +1,9 @@
 #!/usr/bin/env bash
-# How far does the answer depend on the linear algebra underneath? Crops the photographs with
-# each set of OpenBLAS' kernels that the processor can run, and compares with the first answer:
-# which crops, and how far their scores.
+# How much do results depend on the BLAS kernels? Crops the photographs with each OpenBLAS kernel
+# set that the processor can run, and compares crops and scores with those of the default set.
 #
 # usage: scripts/compare_blas_kernels.sh [PHOTO...]
-#   PHOTO  those of the Debian package lomiri-wallpapers-16.04 by default
+#   PHOTO  default: the photographs of the Debian package lomiri-wallpapers-16.04
 #
 # Builds the release preset.
 set -euo pipefail
@@ -23,8 +22,8 @@ run() { # name setting...
     env "${@:2}" build/release/host/vistatrim suggest --json --top 10 \
         "${photos[@]}" >"$work/$1"
 }
-run "as it comes"
-run "again"
+run default
+run "default again"
 for core in SkylakeX Haswell Zen Sandybridge Nehalem Prescott; do
     case $core in
         SkylakeX) needs=avx512f ;;
@@ -47,8 +46,8 @@ def sides(crop):
     return tuple(crop[side] for side in ("x", "y", "width", "height"))
 
 measures = ("composition", "coverage", "border", "peak", "centrePeak", "merged")
-first = read("as it comes")
-print("%-14s %-15s %-15s" % ("", "crops alike", "order alike"), *("%11s" % m for m in measures))
+first = read("default")
+print("%-14s %-15s %-15s" % ("", "same crops", "same order"), *("%11s" % m for m in measures))
 for name in sorted(os.listdir(sys.argv[1])):
     found = read(name)
     alike = total = order = 0

@@ -1,10 +1,10 @@
 #!/usr/bin/env bash
-# From nothing to crops: installs what is missing, builds the host program and runs it on
-# photographs. Writes into out/ the crops, a contact sheet of photographs and crops, and a report
-# page. A photograph that cannot be read does not stop it, but gives exit status 1.
+# From a fresh checkout to crops: installs missing packages, builds the program and runs it on
+# photographs. Writes the crops, a contact sheet and a report page to out/. An unreadable
+# photograph does not stop it, but makes the exit status 1.
 #
 # usage: scripts/demo.sh [PHOTO...]
-#   Without photographs it takes those of the Debian package lomiri-wallpapers-16.04.
+#   PHOTO  default: the photographs of the Debian package lomiri-wallpapers-16.04
 set -euo pipefail
 
 photos=()

@@ -1,15 +1,15 @@
 #!/usr/bin/env python3
-"""Time and memory of vistatrim on 12-megapixel JPEGs, whole processes, in pairs.
+"""Measures time and memory of vistatrim on 12-megapixel JPEGs, as whole processes.
 
-Each run of vistatrim is followed by one of vipsthumbnail that writes one crop of the same
-photograph, and the ratios are taken pair by pair, so that a machine whose speed drifts does not
-spoil them. Then a folder of photographs with one worker and with two. Give it a machine that does
-nothing else.
+Each run of vistatrim is paired with a run of vipsthumbnail that writes one crop of the same
+photograph. Ratios are taken pair by pair, so a machine whose speed drifts does not distort them.
+Then it runs on a folder of photographs with one worker and with two. Use an otherwise idle
+machine.
 
 usage: scripts/host_timing.py VISTATRIM [PAIRS]
   With 0 pairs only the folder is measured.
-  The photographs are made of those of the Debian package lomiri-wallpapers-16.04
-  (scripts/install_dependencies.sh sheet demo).
+  The photographs come from the Debian package lomiri-wallpapers-16.04
+  (scripts/install_dependencies.sh sheet demo), scaled to 12 megapixels.
 """
 import glob
 import os
@@ -26,7 +26,7 @@ SIZE = ["4000", "--height", "3000", "--size", "force"]
 
 
 def run(command):
-    """Wall time and processor time in ms, peak of resident memory in MiB."""
+    """Wall time and processor time in ms, peak resident memory in MiB."""
     start = time.monotonic()
     process = subprocess.Popen(command, stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
     _, status, usage = os.wait4(process.pid, 0)
@@ -42,7 +42,7 @@ def median(values):
 
 
 def pairs(title, ours, theirs, count):
-    run(ours)  # the first run of each only warms the caches
+    run(ours)  # an unmeasured run of each warms the caches
     run(theirs)
     a, b = [], []
     for _ in range(count):
@@ -57,7 +57,7 @@ def pairs(title, ours, theirs, count):
 
 
 def stages(program, photograph, count, command):
-    """Medians of what --timings says."""
+    """Medians of the stages that --timings prints."""
     found = []
     for _ in range(count):
         text = subprocess.run([program] + command + ["--timings", photograph], check=True,
@@ -67,7 +67,7 @@ def stages(program, photograph, count, command):
 
 
 def together(commands):
-    """Wall time in ms of commands that run at the same time."""
+    """Wall time in ms of commands run at the same time."""
     start = time.monotonic()
     processes = [subprocess.Popen(command, stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
                  for command in commands]
@@ -77,7 +77,7 @@ def together(commands):
 
 
 def folder(title, count, command, whole, halves):
-    """One worker, two, and two programs with a half each, in turn."""
+    """In turn: one worker, two workers, and two programs with half the photographs each."""
     run(command + ["-j", "2", whole])
     one, two, apart = [], [], []
     for _ in range(count):
@@ -127,7 +127,7 @@ def main():
         subprocess.run(["vips", "thumbnail", ONE, base + "[Q=90]"] + SIZE, check=True)
         subprocess.run(["vips", "copy", base, progressive + "[Q=90,interlace]"], check=True)
         os.makedirs(place + "/in/a")
-        os.mkdir(place + "/in/b")  # each twice, so that two workers have equal shares
+        os.mkdir(place + "/in/b")  # each photograph twice, so that two workers get equal shares
         for i, source in enumerate(SOURCES):
             subprocess.run(["vips", "thumbnail", source, f"{place}/in/a/{i}.jpg[Q=90]"] + SIZE,
                            check=True)

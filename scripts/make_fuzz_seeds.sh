@@ -1,8 +1,8 @@
 #!/usr/bin/env bash
-# Makes the inputs that the fuzzers start from.
+# Generates the seed inputs of the fuzzers.
 #
 # usage: scripts/make_fuzz_seeds.sh [DIRECTORY]
-#   DIRECTORY  build/fuzz/seeds by default; gets one directory for each fuzzer
+#   DIRECTORY  default: build/fuzz/seeds; gets one subdirectory per fuzzer
 set -euo pipefail
 cd "$(dirname "$0")/.."
 
@@ -10,7 +10,7 @@ seeds=${1:-build/fuzz/seeds}
 cmake --preset fuzz -DVISTATRIM_WARNINGS_AS_ERRORS=ON >/dev/null
 cmake --build --preset fuzz --target fuzz_seeds >/dev/null
 build/fuzz/fuzzers/fuzz_seeds "$seeds"
-# The host is there if libvips is; its libraries leave things behind at the end.
+# The host is built only if libvips is installed, whose libraries leak at exit.
 if cmake --build --preset fuzz --target host_fuzz_seeds >/dev/null 2>&1; then
     ASAN_OPTIONS=detect_leaks=0 build/fuzz/fuzzers/host_fuzz_seeds "$seeds"
 fi

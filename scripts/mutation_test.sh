@@ -1,20 +1,20 @@
 #!/usr/bin/env bash
-# Do the tests bite? Makes small faults in a copy of src/, one at a time, and reports those that
-# no test program notices.
+# Do the tests notice faults? Plants small faults in a copy of src/, one at a time, and reports
+# those that no test program notices.
 #
 # usage: scripts/mutation_test.sh [SEED [COUNT [FIRST-LAST]]]
-#   SEED COUNT   which faults (1, 320); the same two give the same faults for the same sources
-#   FIRST-LAST   only these of them, for instance to try survivors again: 17-17
+#   SEED COUNT   select the faults (default 1 320); the same values and sources give the same faults
+#   FIRST-LAST   only this range of them, for example 17-17 to retry a survivor
 #
-# Everything lies in build/mutation: patches/NNNN.patch, results.tsv (number, outcome, program,
-# fault) and the tree that is changed. Outcomes: noticed, SURVIVED, does not compile. Faults that
-# results.tsv tells of already are passed over, so that a run that was stopped goes on; delete the
-# file to begin anew. Programs that take more than MUTATION_SLOWEST seconds (20) are left out.
-# Two runs beside one another, with a range each, need two folders: MUTATION_FOLDER=build/second.
+# Everything is in build/mutation: patches/NNNN.patch, results.tsv (number, outcome, program,
+# fault) and the modified tree. Outcomes: noticed, SURVIVED, does not compile. Faults already in
+# results.tsv are skipped, so an interrupted run continues; delete the file to start over. Programs
+# that take more than MUTATION_SLOWEST seconds (20) are skipped. Two concurrent runs, each with its
+# own range, need two folders: MUTATION_FOLDER=build/second.
 #
-# All bounds are of processor time, which neighbours on the machine do not lengthen: a program
-# that a fault keeps running is ended after ten times what it took without a fault, and some
-# seconds. A bound of real time ends only what waits for something that never comes.
+# Limits are in processor time, which other load on the machine does not affect: a program that a
+# fault keeps running is killed after ten times its normal time plus a few seconds. A limit in wall
+# time only catches programs that wait forever.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 
@@ -33,8 +33,8 @@ results=$work/results.tsv
 durations=$work/durations.tsv
 mkdir -p "$work"
 
-# A copy, so that nothing of the working tree is ever changed. Only what differs is written, and
-# so built again; that also mends the file that a killed run left with a fault in it.
+# Works on a copy, so the working tree never changes. Only files that differ are written and thus
+# rebuilt; this also restores a file that a killed run left with a fault in it.
 git ls-files -z | while IFS= read -r -d '' file; do
     [ -f "$file" ] || continue
     cmp -s "$file" "$tree/$file" || install -D -m "$(stat -c %a "$file")" "$file" "$tree/$file"
@@ -44,8 +44,8 @@ rm -rf "$patches"
 mapfile -t sources < <(cd "$tree" && find src -name '*.cpp' -o -name '*.h' | LC_ALL=C sort)
 (cd "$tree" && "$work/mutate_sources" "$seed" "$count" "$patches" "${sources[@]}")
 
-# One shared library of everything: a fault costs one object, one link and a few tests that need
-# the objects themselves.
+# Links everything into one shared library: a fault costs one object, one link and a few tests
+# that need the objects themselves.
 launcher=()
 command -v ccache >/dev/null && launcher=(-DCMAKE_CXX_COMPILER_LAUNCHER=ccache)
 cmake -S "$tree" -B "$build" -G Ninja "${launcher[@]}" -DVISTATRIM_TESTS_SHARED=ON \
@@ -54,10 +54,10 @@ cmake -S "$tree" -B "$build" -G Ninja "${launcher[@]}" -DVISTATRIM_TESTS_SHARED=
     -DCMAKE_LINK_DEPENDS_NO_SHARED=ON -DCMAKE_GTEST_DISCOVER_TESTS_DISCOVERY_MODE=PRE_TEST >"$work/configure.log"
 nice -n "$niceness" ninja -C "$build" -j"$jobs" >"$work/build.log"
 
-export OPENBLAS_NUM_THREADS=1 # the faults are ours; the machine's cores are for others
+export OPENBLAS_NUM_THREADS=1 # the faults are in our code; leave the other cores free
 export GTEST_FAIL_FAST=1
 waits=3600 # seconds
-run_program() { # seconds program; in a directory of its own, within bounds of time and memory
+run_program() { # seconds program; runs it in $work, with limits on time and memory
     (
         cd "$work"
         ulimit -c 0
@@ -73,7 +73,7 @@ build_targets() {
     )
 }
 
-# Without a fault every program must pass; the slow ones are told apart here.
+# Without a fault every program must pass. Records how long each takes, to skip the slow ones.
 if [ ! -s "$durations" ]; then
     : >"$durations.new"
     for program in $(cd "$build" && find tests -type f -name '*_test' -perm -u+x | LC_ALL=C sort); do
@@ -90,15 +90,15 @@ declare -A took
 programs=()
 while IFS=$'\t' read -r milliseconds program; do
     if [ "$milliseconds" -gt $((slowest * 1000)) ]; then
-        echo "left out, $milliseconds ms: $program"
+        echo "skipped, takes $milliseconds ms: $program"
         continue
     fi
     took[$program]=$milliseconds
     programs+=("$program")
 done <"$durations"
 
-# The first program of the list that fails, on standard output. Each is linked when its turn
-# comes, since most turns never come.
+# Prints the first program of the list that fails. Links each one only when it is about to run,
+# since most never are.
 first_failure() {
     local program seconds
     for program in "$@"; do
@@ -108,7 +108,7 @@ first_failure() {
     done
 }
 
-# Numbers mean faults of these sources only.
+# Fault numbers are valid only for these sources.
 stamp="$seed $count $(cat "$patches"/*.patch | sha256sum | cut -c1-16)"
 if [ "$(cat "$work/stamp" 2>/dev/null)" != "$stamp" ]; then
     [ ! -s "$results" ] || mv "$results" "$results.old"
@@ -123,7 +123,7 @@ for patch in "$patches"/*.patch; do
     file=$(sed -n 's,^+++ b/,,p' "$patch")
     module=$(echo "$file" | cut -d/ -f2)
 
-    # The program of the source's own name comes first, then the others of its folder.
+    # The program named after the source runs first, then the others of its folder.
     own=()
     near=()
     far=()

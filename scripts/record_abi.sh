@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
-# Writes the binary interface of the shared library, as its debug information tells it, to
+# Records the binary interface of the shared library, taken from its debug information, in
 # abi/libVistaTrimEngine.abi. Run it after an intended change of the interface and commit the
-# file; docs/releasing.md says what an intended change is.
+# file; docs/releasing.md explains which changes are allowed.
 #
 # usage: scripts/record_abi.sh [OUTPUT]
 set -euo pipefail
@@ -9,7 +9,7 @@ cd "$(dirname "$0")/.."
 
 output=${1:-abi/libVistaTrimEngine.abi}
 
-# Paths of this machine stay out of the debug information, and so out of the file.
+# Keeps paths of this machine out of the debug information, and so out of the file.
 launcher=()
 command -v ccache >/dev/null && launcher=(-DCMAKE_CXX_COMPILER_LAUNCHER=ccache)
 cmake -S . -B build/abi -G Ninja "${launcher[@]}" -DCMAKE_BUILD_TYPE=RelWithDebInfo \
@@ -22,6 +22,6 @@ abidw --exported-interfaces-only --headers-dir include/vistaTrim --drop-private-
     --no-corpus-path --no-comp-dir-path --no-show-locs --no-elf-needed \
     build/abi/src/libVistaTrimEngine.so --out-file "$output"
 if grep -qF "$PWD" "$output"; then
-    echo "record_abi.sh: $output names a place on this machine" >&2
+    echo "record_abi.sh: $output contains a path of this machine" >&2
     exit 1
 fi

@@ -1,8 +1,8 @@
 #!/usr/bin/env bash
-# Records the end-to-end results of the made pictures anew: tests/golden/*.txt.
+# Records the end-to-end results for the synthetic images again: tests/golden/*.txt.
 #
-# Run it when results are meant to change, look at the difference, and say in the commit why
-# they changed. BLAS runs on one thread, as in the tests.
+# Run it when results are meant to change, review the difference, and explain it in the commit.
+# BLAS runs on one thread, as in the tests.
 #
 # usage: scripts/record_goldens.sh [BUILD_FOLDER]
 set -euo pipefail

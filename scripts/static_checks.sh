@@ -1,13 +1,13 @@
 #!/usr/bin/env bash
 # Runs clang-tidy (.clang-tidy) and cppcheck (scripts/cppcheck_suppressions.txt) over the library,
-# the host, the tools, the benchmarks and the fuzzers, one file for each processor at a time.
-# Prints what they find and fails if that is anything.
+# the host, the tools, the benchmarks and the fuzzers, in parallel on all processors. Prints the
+# findings and fails if there are any.
 #
 # usage: scripts/static_checks.sh [FILE.cpp...]
-#   FILE.cpp  check these only; without it, all that git tracks
+#   FILE.cpp  check only these; default: all files tracked by git
 #
-# The tests are left out: they are as much code again, they hand wrong things over on purpose, and
-# the macros of their assertions bring findings of their own.
+# Tests are excluded: they would double the work, they pass invalid values on purpose, and their
+# assertion macros cause findings of their own.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 
@@ -18,12 +18,12 @@ sources=("$@")
 places=("$@")
 if [ ${#sources[@]} -eq 0 ]; then
     places=("${folders[@]}")
-    # The longest first: the last ones to finish are short.
+    # Longest first, so that the last to finish are short.
     mapfile -t sources < <(git ls-files -- "${folders[@]/%//*.cpp}" | xargs ls -S)
 fi
 
-# Only configured: clang-tidy wants to know how each file would be compiled. Files that no target
-# here compiles are taken for neighbours of those that are.
+# Configures without building: clang-tidy needs the compile commands. For a file that no target
+# compiles it uses those of a similar file.
 database=build/static
 cmake --preset release -B "$database" -DCMAKE_CXX_COMPILER=clang++ \
     -DVISTATRIM_BUILD_FUZZERS=ON -DVISTATRIM_BUILD_TESTS=OFF >/dev/null
@@ -36,7 +36,7 @@ trap 'rm -f "$findings"' EXIT
 printf '%s\0' "${sources[@]}" |
     xargs -0 -n 1 -P "$(nproc)" clang-tidy -p "$database" --quiet \
         >"$findings" 2>/dev/null || failed=1
-# A header's finding is told once for every file that includes it.
+# A finding in a header is reported once per file that includes it; sort -u removes the repeats.
 grep -E '(warning|error): ' "$findings" | sed "s|^$PWD/||" | sort -u || true
 
 echo "cppcheck"
@@ -50,4 +50,4 @@ if [ "$failed" -ne 0 ]; then
     echo "static_checks.sh: see the findings above" >&2
     exit 1
 fi
-echo "No finding."
+echo "No findings."

@@ -1,5 +1,5 @@
 #!/usr/bin/env bash
-# Installs what is missing, builds everything with warnings as errors and runs every test.
+# Installs missing packages, builds everything with warnings as errors and runs every test.
 #
 # usage: scripts/test.sh [PRESET] [CTEST_ARGUMENT...]
 #   PRESET  release (default), debug, asan-ubsan, tsan or coverage
