@@ -13,7 +13,6 @@
 #include <random>
 #include <vector>
 
-#include "analysis/crop_analyzer.h"
 #include "analysis/multi_scale_edges.h"
 #include "analysis/owned_stack.h"
 #include "analysis/saliency_driver.h"
@@ -22,6 +21,7 @@
 #include "numeric/image_kernels.h"
 #include "numeric/summed_area.h"
 #include "numeric/vector_ops.h"
+#include "scoring/crop_analyzer.h"
 #include "vistaTrim/functions.h"
 
 namespace vistaTrim {

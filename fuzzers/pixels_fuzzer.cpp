@@ -4,8 +4,8 @@
 #include <memory>
 #include <vector>
 
-#include "analysis/crop_analyzer.h"
 #include "fuzz_support.h"
+#include "scoring/crop_analyzer.h"
 #include "vistaTrim/functions.h"
 
 using namespace fuzzing;

@@ -4,10 +4,10 @@
 #include <memory>
 #include <vector>
 
-#include "analysis/crop_analyzer.h"
 #include "fuzz_support.h"
 #include "oracle/record_bridge.h"
 #include "oracle/slow_selection.h"
+#include "scoring/crop_analyzer.h"
 #include "vistaTrim/functions.h"
 
 using namespace fuzzing;

@@ -12,15 +12,13 @@
 
 #include <CLI/CLI.hpp>
 
-#include "analysis/map_access.h"
 #include "crop_tables.h"
 #include "photo_loop.h"
 #include "photo_reader.h"
+#include "public/analysed_picture.h"
 #include "vistaTrim/vistaTrim.h"
 
 namespace {
-
-constexpr int kDescriptorSize = 304;
 
 struct Options {
     std::string Photos;
@@ -73,10 +71,11 @@ std::vector<CropBox> DrawRivals(const CropBox& chosen, const WorkingPhoto& photo
     return rivals;
 }
 
-std::vector<vistaTrim::CInt32CropRect> DefaultCandidates(vistaTrim::IImage* image)
+std::vector<vistaTrim::CInt32CropRect>
+DefaultCandidates(const vistaTrim::CAnalysedPicture& analysed)
 {
     const vistaTrim::VistaTrimParameters defaults;
-    vistaTrim::IVistaTrim* driver = CreateVistaTrimObj(image, &defaults);
+    vistaTrim::IVistaTrim* driver = analysed.MakeDriver(defaults);
     vistaTrim::ICropRects* list = nullptr;
     const vistaTrim::SuggestionParameters everything;
     ComputeCropSuggestions(driver, &list, &everything);
@@ -94,17 +93,22 @@ std::vector<DescriptorRow> DescribePhoto(const JudgedPhoto& judged, const Option
     vistaTrim::IImage* image =
         CreateImageObj(static_cast<uint32_t>(photo.Height), static_cast<uint32_t>(photo.Width), 3,
                        offsets, photo.Pixels.data());
-    const std::vector<vistaTrim::CInt32CropRect> lattice = DefaultCandidates(image);
-    const vistaTrim::CMapReader reader(image);
+    const vistaTrim::CAnalysedPicture analysed(*image);
     DestroyImageObj(image);
+    const std::vector<vistaTrim::CInt32CropRect> lattice = DefaultCandidates(analysed);
 
     std::vector<DescriptorRow> rows;
     const auto add = [&](const char* kind, int group, const vistaTrim::CInt32CropRect& crop,
                          int side, double votes, bool equalArea) {
-        DescriptorRow row{
-            kind, group, side, votes, equalArea, crop, std::vector<float>(kDescriptorSize)};
+        DescriptorRow row{kind,
+                          group,
+                          side,
+                          votes,
+                          equalArea,
+                          crop,
+                          std::vector<float>(vistaTrim::kPictureDescriptorSize)};
         // The lattice of a very thin photograph contains crops without pixels; nothing to fit.
-        if (reader.ReadDescriptor(crop, row.Values.data()))
+        if (analysed.ReadDescriptor(crop, row.Values.data()))
             rows.push_back(std::move(row));
     };
 

@@ -18,7 +18,7 @@
 #include <CLI/CLI.hpp>
 #include <vips/vips8>
 
-#include "analysis/map_access.h"
+#include "public/analysed_picture.h"
 #include "vistaTrim/functions.h"
 
 namespace {
@@ -88,7 +88,7 @@ void WritePng(const vips::VImage& image, const fs::path& path)
     }
 }
 
-void WriteMap(const vistaTrim::NamedMap& map, bool stretch, const fs::path& path)
+void WriteMap(const vistaTrim::NamedPictureMap& map, bool stretch, const fs::path& path)
 {
     const size_t count = size_t(map.Cols) * size_t(map.Rows);
     const float maximum = *std::max_element(map.Data, map.Data + count);
@@ -118,10 +118,10 @@ void DumpMaps(const std::string& picturePath, const fs::path& folder, bool stret
     const std::unique_ptr<vistaTrim::IImage, ImageEnd> image(
         CreateImageObj(uint32_t(picture.height()), uint32_t(picture.width()), 3, offsets,
                        static_cast<const uint8_t*>(pixels.get())));
-    const vistaTrim::CMapReader reader(image.get());
+    const vistaTrim::CAnalysedPicture analysed(*image);
 
     WritePng(picture, folder / "input.png");
-    for (const vistaTrim::NamedMap& map : reader.Maps()) {
+    for (const vistaTrim::NamedPictureMap& map : analysed.Maps()) {
         if (map.Data == nullptr)
             Fail(picturePath, "is too narrow to be analysed");
         WriteMap(map, stretch, folder / (std::string(map.Name) + ".png"));

@@ -1,25 +1,17 @@
 #include "analysis/map_access.h"
 
-#include "analysis/crop_analyzer.h"
+#include "analysis/picture_analysis.h"
 
 namespace vistaTrim {
 
-CMapReader::CMapReader(IImage* image) : Analyzer(std::make_unique<CCropAnalyzer>(image))
+CMapReader::CMapReader(IImage* image) : Analysis(AnalysePicture(*image))
 {
-    const auto add = [this](const char* name, const CFloatMatrix& map) {
-        NamedMaps.push_back(
-            {name, static_cast<int32_t>(map.Cols), static_cast<int32_t>(map.Rows), map.Data});
-    };
-    add("ContrastMap", Analyzer->ContrastMap);
-    add("SaliencyMap", Analyzer->SaliencyMap);
-    add("ContrastMask", Analyzer->ContrastMask);
-    add("ColorContrastMap", Analyzer->ColorContrastMap);
-    add("PeakMap", Analyzer->PeakMap);
-    add("EdgeMap", Analyzer->EdgeMap);
-    add("SideMapTop", Analyzer->SideMaps[0]);
-    add("SideMapBottom", Analyzer->SideMaps[1]);
-    add("SideMapLeft", Analyzer->SideMaps[2]);
-    add("SideMapRight", Analyzer->SideMaps[3]);
+    for (int32_t k = 0; k < PictureMapCount; ++k) {
+        const CFloatMatrix& map = Analysis->Maps[k];
+        NamedMaps.push_back({PictureMapName(static_cast<PictureMap>(k)),
+                             static_cast<int32_t>(map.Cols), static_cast<int32_t>(map.Rows),
+                             map.Data});
+    }
 }
 
 CMapReader::~CMapReader() = default;

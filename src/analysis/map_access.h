@@ -9,11 +9,10 @@
 #include <vector>
 
 #include "vistaTrim/image.h"
-#include "vistaTrim/records.h"
 
 namespace vistaTrim {
 
-class CCropAnalyzer;
+class CPictureAnalysis;
 
 // One map: Rows x Cols floats, row-major, no row padding, about 0 to 1.
 struct NamedMap {
@@ -39,13 +38,8 @@ public:
     // Null for a name that is none of the above.
     const NamedMap* Find(const std::string& name) const;
 
-    // The 304 cell means of a crop, before they are standardised: what the model of composition
-    // is fitted on. False, and nothing written, for a crop that holds no pixel of the picture, as
-    // no crop does of a picture that the analysis refuses.
-    bool ReadDescriptor(const CInt32CropRect& crop, float* descriptor) const;
-
 private:
-    std::unique_ptr<const CCropAnalyzer> Analyzer;
+    std::shared_ptr<const CPictureAnalysis> Analysis;
     std::vector<NamedMap> NamedMaps;
 };
 

@@ -3,10 +3,12 @@
 #include <memory>
 #include <new>
 #include <string>
+#include <utility>
 
-#include "analysis/crop_analyzer.h"
+#include "analysis/picture_analysis.h"
 #include "candidates/random_crop_generator.h"
 #include "candidates/throw_text.h"
+#include "scoring/crop_analyzer.h"
 
 namespace vistaTrim {
 
@@ -49,6 +51,43 @@ CellList EnabledCells(const RandomCropGenerator& generator, uint32_t aspectIndex
     return cells;
 }
 
+// What a driver stores of the parameters that it is given. Without aspect ratios the whole set is
+// replaced, the host's scales and rectangles too; the arrays of the copy are then abandoned.
+VistaTrimParameters StoredParameters(const VistaTrimParameters& given)
+{
+    VistaTrimParameters stored(given);
+    if (stored.NumAspectRatios == 0)
+        stored.SetDefaults();
+    return stored;
+}
+
+std::unique_ptr<RandomCropGenerator> MakeGenerator(uint32_t width, uint32_t height,
+                                                   const VistaTrimParameters& parameters)
+{
+    const std::vector<DoubleInfo> aspectRows(parameters.AspectRatios,
+                                             parameters.AspectRatios + parameters.NumAspectRatios);
+    std::vector<DoubleInfo> scaleRows;
+    if (parameters.NumCropRectScaleRatios > 0)
+        scaleRows.assign(parameters.CropRectScaleRatios,
+                         parameters.CropRectScaleRatios + parameters.NumCropRectScaleRatios);
+    auto generator = std::make_unique<RandomCropGenerator>();
+    generator->Initialize(width, height, aspectRows, scaleRows, parameters.NumMaxCropRectsPerSide);
+    return generator;
+}
+
+// Moves no row and cannot throw.
+void SwapParameters(VistaTrimParameters& a, VistaTrimParameters& b)
+{
+    std::swap(a.AspectRatios, b.AspectRatios);
+    std::swap(a.NumAspectRatios, b.NumAspectRatios);
+    std::swap(a.CropRectScaleRatios, b.CropRectScaleRatios);
+    std::swap(a.NumCropRectScaleRatios, b.NumCropRectScaleRatios);
+    std::swap(a.RectsOfInterest, b.RectsOfInterest);
+    std::swap(a.NumRectsOfInterest, b.NumRectsOfInterest);
+    std::swap(a.NumMaxCropRectsPerSide, b.NumMaxCropRectsPerSide);
+    std::swap(a.UseBuiltInFaceDetector, b.UseBuiltInFaceDetector);
+}
+
 // *table is the address of a copy that is gone when the operation returns: hosts may use the count
 // only.
 void ReportTable(const std::vector<DoubleInfo> copy, DoubleInfo** table, uint32_t* count)
@@ -89,30 +128,35 @@ void VistaTrim::Destroy()
 
 void VistaTrim::Initialize(IImage* image, const VistaTrimParameters& parameters)
 {
+    VistaTrimParameters stored = StoredParameters(parameters);
+    std::unique_ptr<RandomCropGenerator> generator =
+        MakeGenerator(image->GetWidth(), image->GetHeight(), stored);
+    TakeOver(image, std::move(generator), std::make_unique<CCropAnalyzer>(image), stored);
+}
+
+void VistaTrim::InitializeOn(std::shared_ptr<const CPictureAnalysis> analysis,
+                             const VistaTrimParameters& parameters)
+{
+    VistaTrimParameters stored = StoredParameters(parameters);
+    std::unique_ptr<RandomCropGenerator> generator =
+        MakeGenerator(static_cast<uint32_t>(analysis->SourceCols),
+                      static_cast<uint32_t>(analysis->SourceRows), stored);
+    TakeOver(nullptr, std::move(generator), std::make_unique<CCropAnalyzer>(std::move(analysis)),
+             stored);
+}
+
+// The last step that can throw comes first: a driver that was ready stays as it was. What an
+// earlier call built is abandoned, not destroyed.
+void VistaTrim::TakeOver(IImage* image, std::unique_ptr<RandomCropGenerator> generator,
+                         std::unique_ptr<CCropAnalyzer> analyzer, VistaTrimParameters& parameters)
+{
+    if (parameters.NumRectsOfInterest > 0)
+        analyzer->RectsOfInterest.assign(
+            parameters.RectsOfInterest, parameters.RectsOfInterest + parameters.NumRectsOfInterest);
     Image = image;
-    Parameters = parameters;
-    // Without aspect ratios the whole set is replaced, the host's scales and rectangles too. The
-    // arrays that the line above made are abandoned with it.
-    if (Parameters.NumAspectRatios == 0)
-        Parameters.SetDefaults();
-
-    const std::vector<DoubleInfo> aspectRows(Parameters.AspectRatios,
-                                             Parameters.AspectRatios + Parameters.NumAspectRatios);
-    std::vector<DoubleInfo> scaleRows;
-    if (Parameters.NumCropRectScaleRatios > 0)
-        scaleRows.assign(Parameters.CropRectScaleRatios,
-                         Parameters.CropRectScaleRatios + Parameters.NumCropRectScaleRatios);
-
-    std::unique_ptr<RandomCropGenerator> generator(new RandomCropGenerator);
-    generator->Initialize(Image->GetWidth(), Image->GetHeight(), aspectRows, scaleRows,
-                          Parameters.NumMaxCropRectsPerSide);
-    // A second call abandons the generator and the analyzer of the first.
+    SwapParameters(Parameters, parameters);
     Generator = generator.release();
-
-    Analyzer = new CCropAnalyzer(Image);
-    if (Parameters.NumRectsOfInterest > 0)
-        Analyzer->RectsOfInterest.assign(
-            Parameters.RectsOfInterest, Parameters.RectsOfInterest + Parameters.NumRectsOfInterest);
+    Analyzer = analyzer.release();
 }
 
 void VistaTrim::InitializeWithDefaults(IImage* image)
@@ -174,11 +218,21 @@ void VistaTrim::ReservedB(uint32_t)
 {
 }
 
+uint32_t VistaTrim::ImageWidth() const
+{
+    return Image != nullptr ? Image->GetWidth() : static_cast<uint32_t>(Analyzer->SourceCols);
+}
+
+uint32_t VistaTrim::ImageHeight() const
+{
+    return Image != nullptr ? Image->GetHeight() : static_cast<uint32_t>(Analyzer->SourceRows);
+}
+
 // Above 0 and within the image. A NaN counts as not given; a crop larger than the image too.
 bool VistaTrim::AsksForCropSize(const SuggestionParameters& request) const
 {
-    return request.CropWidth > 0 && request.CropHeight > 0 &&
-           !(Image->GetWidth() < request.CropWidth) && !(Image->GetHeight() < request.CropHeight);
+    return request.CropWidth > 0 && request.CropHeight > 0 && !(ImageWidth() < request.CropWidth) &&
+           !(ImageHeight() < request.CropHeight);
 }
 
 void VistaTrim::PrepareRequest(const SuggestionParameters& request, uint32_t& aspectIndex,

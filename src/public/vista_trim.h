@@ -2,6 +2,7 @@
 #ifndef VISTATRIM_PUBLIC_VISTA_TRIM_H
 #define VISTATRIM_PUBLIC_VISTA_TRIM_H
 
+#include <memory>
 #include <vector>
 
 #include "candidates/crop_grid.h"
@@ -10,12 +11,17 @@
 namespace vistaTrim {
 
 class CCropAnalyzer;
+class CPictureAnalysis;
 class RandomCropGenerator;
 
 class VistaTrim : public IVistaTrim, public CRefCount {
 public:
     VistaTrim();
     ~VistaTrim() override;
+
+    // As Initialize, on an analysis that stands; no image is borrowed.
+    void InitializeOn(std::shared_ptr<const CPictureAnalysis> analysis,
+                      const VistaTrimParameters& parameters);
 
     void Release() override;
     void AddRef() override;
@@ -37,6 +43,10 @@ public:
     void EvaluateScores(CInt32CropRect& rect) override;
 
 private:
+    void TakeOver(IImage* image, std::unique_ptr<RandomCropGenerator> generator,
+                  std::unique_ptr<CCropAnalyzer> analyzer, VistaTrimParameters& parameters);
+    uint32_t ImageWidth() const;
+    uint32_t ImageHeight() const;
     bool AsksForCropSize(const SuggestionParameters& request) const;
     void PrepareRequest(const SuggestionParameters& request, uint32_t& aspectIndex,
                         uint32_t& scaleIndex);
@@ -45,7 +55,7 @@ private:
                                              uint32_t aspectIndex, uint32_t scaleIndex) const;
 
     RandomCropGenerator* Generator; // owned
-    IImage* Image;                  // borrowed: outlives the driver, asked for its size
+    IImage* Image;                  // borrowed: outlives the driver, asked for its size; or null
     CCropAnalyzer* Analyzer;        // owned
     VistaTrimParameters Parameters; // what Initialize stored: the host's, or the defaults
 };

@@ -5,7 +5,6 @@
 #include <cmath>
 #include <iterator>
 
-#include "analysis/crop_analyzer.h"
 #include "numeric/cpu_forms.h"
 #include "numeric/summed_area.h"
 #include "numeric/vector_ops.h"
@@ -291,6 +290,15 @@ float ScoreDescriptor(float* descriptor)
     VectorSub(kDescriptorSize, descriptor, DescriptorMean, descriptor);
     VectorMul(kDescriptorSize, descriptor, DescriptorScale, descriptor);
     return MapModelOutput(cblas_sdot(kDescriptorSize, descriptor, 1, DescriptorWeights, 1));
+}
+
+bool CCropAnalyzer::ReadDescriptor(const CInt32CropRect& crop, float* descriptor) const
+{
+    const WorkingRect rect = ToWorkingRect(crop);
+    if (HoldsNoPixel(rect))
+        return false;
+    ComputeCompositionDescriptor(ContrastTable, SaliencyTable, descriptor, rect);
+    return true;
 }
 
 float CCropAnalyzer::ComputeCompositionScore(const WorkingRect& rect)

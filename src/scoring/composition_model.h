@@ -4,9 +4,9 @@
 
 #include <cstdint>
 
-#include "analysis/crop_analyzer.h"
 #include "analysis/working_rect.h"
 #include "numeric/matrix.h"
+#include "scoring/crop_analyzer.h"
 
 namespace vistaTrim {
 

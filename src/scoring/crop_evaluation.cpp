@@ -4,9 +4,9 @@
 #include <cstdint>
 #include <vector>
 
-#include "analysis/crop_analyzer.h"
 #include "numeric/summed_area.h"
 #include "scoring/composition_model.h"
+#include "scoring/crop_analyzer.h"
 #include "scoring/descriptor_grids.h"
 #include "scoring/rects_of_interest.h"
 

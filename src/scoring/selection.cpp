@@ -5,8 +5,8 @@
 #include <cstring>
 #include <utility>
 
-#include "analysis/crop_analyzer.h"
 #include "numeric/cpu_forms.h"
+#include "scoring/crop_analyzer.h"
 #include "scoring/rects_of_interest.h"
 
 namespace vistaTrim {

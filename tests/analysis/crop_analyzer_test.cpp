@@ -1,4 +1,4 @@
-#include "analysis/crop_analyzer.h"
+#include "scoring/crop_analyzer.h"
 
 #include <algorithm>
 #include <cmath>
@@ -65,7 +65,6 @@ TEST(CropAnalyzer, Of640By480WorksAtItsOwnSize)
     EXPECT_EQ(analyzer->BorderBand, 72);
     EXPECT_TRUE(analyzer->RectsOfInterest.empty());
     EXPECT_TRUE(analyzer->SelectedCrops.empty());
-    EXPECT_NE(analyzer->DescriptorBuffer, nullptr);
 }
 
 TEST(CropAnalyzer, GivesEveryMapAndTableTheWorkingSize)
@@ -224,8 +223,8 @@ TEST(CropAnalyzer, ClearsTheWeakValuesOfEachMapAtItsFraction)
     ExpectThresholded(analyzer->ContrastMask, 0.1f);
     ExpectThresholded(analyzer->ColorContrastMap, 0.2f);
     ExpectThresholded(analyzer->PeakMap, std::pow(double(0.5f), 3.0) * (1 - 1e-6));
-    for (const CFloatMatrix& side : analyzer->SideMaps)
-        ExpectThresholded(side, 0.01f);
+    for (int side = 0; side < 4; ++side)
+        ExpectThresholded(analyzer->SideMaps[side], 0.01f);
 
     // The contrast and the saliency keep theirs.
     const CFloatMatrix& contrast = analyzer->ContrastMap;

@@ -11,7 +11,7 @@
 #include <string>
 #include <vector>
 
-#include "analysis/crop_analyzer.h"
+#include "scoring/crop_analyzer.h"
 #include "vistaTrim/functions.h"
 
 namespace vistaTrim {

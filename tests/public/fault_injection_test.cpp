@@ -108,10 +108,9 @@ VistaTrimParameters FewCandidates()
     return parameters;
 }
 
-// The half-built driver that nobody gets: the object, three arrays of parameters, the generator
-// and its two tables. The analysis, which is large, is given back.
-constexpr long kAbandonedPieces = 7;
-constexpr long kAbandonedBytes = 2048;
+// The empty driver that nobody gets. All that it was to hold is given back.
+constexpr long kAbandonedPieces = 1;
+constexpr long kAbandonedBytes = 512;
 
 class FaultInjection : public testing::Test {
 protected:
@@ -269,9 +268,9 @@ TEST_F(FaultInjection, FromAShorterSideOf17NoPlaneComesFromTheHeap)
     EXPECT_GT(fromTheHeap(640, 16), 0U);
 }
 
-// The list of rectangles of interest is the last thing that a driver is given: the abandoned
-// driver has its analysis by then.
-TEST_F(FaultInjection, DriverWithoutRoomForItsRectanglesIsAbandonedWhole)
+// The list of rectangles of interest is the last thing that is made for a driver: parameters,
+// candidates and analysis stand by then.
+TEST_F(FaultInjection, DriverWithoutRoomForItsRectanglesIsAbandonedEmpty)
 {
     IImage* image = MakeTestImage(640, 64);
     VistaTrimParameters withRects = parameters;
@@ -292,7 +291,7 @@ TEST_F(FaultInjection, DriverWithoutRoomForItsRectanglesIsAbandonedWhole)
             threw = true;
         }
         const Counts counts = StopCounting();
-        return threw && counts.LivePieces == whole.LivePieces - 1 ? ThrewBadAlloc : Leaked;
+        return threw && counts.LivePieces == kAbandonedPieces ? ThrewBadAlloc : Leaked;
     });
     EXPECT_EQ(outcome.Ended, ThrewBadAlloc);
     DestroyImageObj(image);

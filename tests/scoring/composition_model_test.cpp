@@ -131,8 +131,8 @@ TEST(CompositionModel, OnePixelFillsAllSlotsOfATableWithItsValue)
 TEST(CompositionModel, AConstantMapFillsEveryGridWithItsValue)
 {
     const auto analyzer = ZeroAnalyzer(64, 96);
-    FillMap(analyzer->ContrastMap, analyzer->ContrastTable, 0.25f);
-    FillMap(analyzer->SaliencyMap, analyzer->SaliencyTable, 0.5f);
+    FillMap(analyzer->Made, MapContrast, 0.25f);
+    FillMap(analyzer->Made, MapSaliency, 0.5f);
     std::mt19937 random(3);
     for (int trial = 0; trial < 500; ++trial) {
         const std::vector<float> descriptor = Descriptor(*analyzer, RandomRect(random, 64, 96));
@@ -149,8 +149,8 @@ TEST(CompositionModel, SlotsGoRowByRowWhateverTheAspectRatio)
         const int32_t height = rect.LastRow + 1;
         const int32_t width = rect.LastCol + 1;
         const WorkingRect lit{0, width / 4, height / 4 - 1, width / 2 - 1};
-        FillMap(analyzer->ContrastMap, analyzer->ContrastTable, lit, 1.0f);
-        FillMap(analyzer->SaliencyMap, analyzer->SaliencyTable, lit, 0.5f);
+        FillMap(analyzer->Made, MapContrast, lit, 1.0f);
+        FillMap(analyzer->Made, MapSaliency, lit, 0.5f);
         const std::vector<float> descriptor = Descriptor(*analyzer, rect);
         for (size_t slot = 0; slot < 16; ++slot) {
             EXPECT_EQ(descriptor[slot], slot == 1 ? 1.0f : 0.0f);

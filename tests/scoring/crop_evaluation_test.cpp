@@ -3,7 +3,7 @@
 
 #include <gtest/gtest.h>
 
-#include "analysis/crop_analyzer.h"
+#include "scoring/crop_analyzer.h"
 #include "scoring/scoring_test_support.h"
 
 using namespace vistaTrim;
@@ -83,14 +83,14 @@ TEST(CropEvaluation, MapsOfZerosAreCoveredByNobody)
 bool HalfCovers(int maskInside, int maskAll, int colorInside, int colorAll)
 {
     const auto analyzer = ZeroAnalyzer(1, 200);
-    FillMap(analyzer->ContrastMask, analyzer->ContrastMaskTable,
+    FillMap(analyzer->Made, MapContrastMask,
             WorkingRect{0, 100 - maskInside, 0, 100 - maskInside + maskAll - 1}, 1.0f);
-    FillMap(analyzer->ColorContrastMap, analyzer->ColorContrastTable,
+    FillMap(analyzer->Made, MapColorContrast,
             WorkingRect{0, 100 - colorInside, 0, 100 - colorInside + colorAll - 1}, 1.0f);
-    analyzer->ContrastMaskTotal = static_cast<float>(maskAll);
-    analyzer->ColorContrastTotal = static_cast<float>(colorAll);
-    FillMap(analyzer->EdgeMap, analyzer->EdgeTable, 1.0f);
-    analyzer->EdgeTotal = 1.0f; // all the coverage that can be
+    analyzer->Made.Totals[MapContrastMask] = static_cast<float>(maskAll);
+    analyzer->Made.Totals[MapColorContrast] = static_cast<float>(colorAll);
+    FillMap(analyzer->Made, MapEdge, 1.0f);
+    analyzer->Made.Totals[MapEdge] = 1.0f; // all the coverage that can be
     return Evaluated(*analyzer, 0, 99, 0, 0).CoversContent;
 }
 
@@ -111,12 +111,10 @@ TEST(CropEvaluation, AShareOfExactlyTheThresholdCovers)
 
     const auto analyzer = ZeroAnalyzer(1, 2);
     for (const float value : {0.4f, std::nextafter(0.4f, 0.0f)}) {
-        FillMap(analyzer->ContrastMask, analyzer->ContrastMaskTable, WorkingRect{0, 0, 0, 0},
-                value);
-        FillMap(analyzer->ColorContrastMap, analyzer->ColorContrastTable, WorkingRect{0, 0, 0, 0},
-                0.4f);
-        analyzer->ContrastMaskTotal = 1.0f;
-        analyzer->ColorContrastTotal = 1.0f;
+        FillMap(analyzer->Made, MapContrastMask, WorkingRect{0, 0, 0, 0}, value);
+        FillMap(analyzer->Made, MapColorContrast, WorkingRect{0, 0, 0, 0}, 0.4f);
+        analyzer->Made.Totals[MapContrastMask] = 1.0f;
+        analyzer->Made.Totals[MapColorContrast] = 1.0f;
         EXPECT_EQ(Evaluated(*analyzer, 0, 0, 0, 0).CoversContent, value == 0.4f);
     }
 }
@@ -157,7 +155,7 @@ TEST(CropEvaluation, SidesOutsideAreMendedBelowForFirstsAndAboveForLasts)
     EXPECT_EQ(rect.FirstRow, 70);
     EXPECT_EQ(rect.FirstCol, 90);
 
-    analyzer->ScaleFactor = 0.3f;
+    analyzer->Made.ScaleFactor = 0.3f;
     rect = analyzer->ToWorkingRect(CInt32CropRect(10, 19, 7, 23));
     EXPECT_EQ(rect.FirstCol, 3); // 10 x 0.3f rounds to 3 as a float, where the product is below
     EXPECT_EQ(rect.LastCol, 5);
@@ -170,7 +168,7 @@ TEST(CropEvaluation, WorkingRectanglesMatchTheSlowForm)
     const auto analyzer = NoiseAnalyzer(60, 80, 4);
     std::mt19937 random(31);
     for (int trial = 0; trial < 100000; ++trial) {
-        analyzer->ScaleFactor = 640.0f / static_cast<float>(1 + random() % 9000);
+        analyzer->Made.ScaleFactor = 640.0f / static_cast<float>(1 + random() % 9000);
         const auto coordinate = [&random] { return static_cast<int>(random() % 10000) - 500; };
         const CInt32CropRect crop(coordinate(), coordinate(), coordinate(), coordinate());
         slowOracle::ScoringInput in;
@@ -205,7 +203,7 @@ TEST(CropEvaluation, TheCentralPartIsAThirdOfTheCrop)
 TEST(CropEvaluation, ABandThatLeavesThePictureRulesTheBorderOut)
 {
     const auto analyzer = ZeroAnalyzer(40, 60);
-    analyzer->BorderBand = 12; // bands six pixels deep
+    analyzer->Made.BorderBand = 12; // bands six pixels deep
     EXPECT_EQ(Evaluated(*analyzer, 10, 39, 10, 29).Score.BorderScore, 1.0);
     // Up to the last place where all four bands fit.
     EXPECT_EQ(Evaluated(*analyzer, 10, 39, 0, 5).Score.BorderScore, 1.0);
@@ -221,16 +219,16 @@ TEST(CropEvaluation, ABandThatLeavesThePictureRulesTheBorderOut)
 TEST(CropEvaluation, BandsAreNeverThinnerThanAPixel)
 {
     const auto analyzer = ZeroAnalyzer(40, 60);
-    FillMap(analyzer->SideMaps[0], analyzer->SideTables[0], WorkingRect{10, 0, 10, 59}, 1.0f);
-    for (float& gain : analyzer->SideGain)
+    FillMap(analyzer->Made, MapSideTop, WorkingRect{10, 0, 10, 59}, 1.0f);
+    for (float& gain : analyzer->Made.SideGain)
         gain = 1.0f;
     const WorkingRect rect{10, 20, 19, 39};
     for (const int32_t band : {0, 1, 2, 3}) {
-        analyzer->BorderBand = band;
+        analyzer->Made.BorderBand = band;
         // Row 10 of the top side alone: 20 over the width of 20, and 20 over 20 + 10.
         EXPECT_EQ(analyzer->BorderCost(rect), 1.0f + static_cast<float>(20.0 / 30.0));
     }
-    analyzer->BorderBand = 4; // two rows, one of them 0
+    analyzer->Made.BorderBand = 4; // two rows, one of them 0
     EXPECT_EQ(analyzer->BorderCost(rect), 0.5f + static_cast<float>(10.0 / 30.0));
 }
 
@@ -238,10 +236,10 @@ TEST(CropEvaluation, EachSideReadsItsOwnMapAndGain)
 {
     for (int side = 0; side < 4; ++side) {
         const auto analyzer = ZeroAnalyzer(40, 60);
-        analyzer->BorderBand = 2;
-        FillMap(analyzer->SideMaps[side], analyzer->SideTables[side], 1.0f);
+        analyzer->Made.BorderBand = 2;
+        FillMap(analyzer->Made, static_cast<PictureMap>(MapSideTop + side), 1.0f);
         for (int other = 0; other < 4; ++other)
-            analyzer->SideGain[other] = other == side ? 3.0f : 1000.0f;
+            analyzer->Made.SideGain[other] = other == side ? 3.0f : 1000.0f;
         const WorkingRect rect{10, 20, 19, 39}; // 10 rows, 20 columns
         const double sum = side < 2 ? 60.0 : 30.0;
         EXPECT_EQ(analyzer->BorderCost(rect), 3.0f + static_cast<float>(sum / 30.0));
@@ -277,7 +275,7 @@ TEST(CropEvaluation, RandomRectanglesMatchTheSlowForm)
 TEST(CropEvaluation, ScaledCoordinatesMatchTheSlowForm)
 {
     const auto analyzer = NoiseAnalyzer(427, 640, 42);
-    analyzer->ScaleFactor = 640.0f / 4272.0f;
+    analyzer->Made.ScaleFactor = 640.0f / 4272.0f;
     const slowOracle::ScoringInput in = OracleInput(*analyzer);
     std::mt19937 random(43);
     for (int trial = 0; trial < 1000; ++trial) {

@@ -5,23 +5,12 @@
 
 #include "numeric/summed_area.h"
 #include "scoring/composition_coefficients.h"
-#include "vistaTrim/functions.h"
 
 using namespace vistaTrim;
 
 namespace scoringTests {
 
 namespace {
-
-// Every field but DescriptorBuffer is written anew by the tests, so the smallest picture does.
-std::unique_ptr<CCropAnalyzer> SmallestAnalyzer()
-{
-    const int32_t offsets[4] = {0, 1, 2, 3};
-    IImage* image = CreateImageObj(1, 640, 3, offsets, nullptr);
-    auto analyzer = std::make_unique<CCropAnalyzer>(image);
-    DestroyImageObj(image);
-    return analyzer;
-}
 
 void FillNoise(CFloatMatrix& map, CDoubleMatrix& table, std::mt19937& random)
 {
@@ -44,87 +33,65 @@ std::vector<double> ListOf(const CDoubleMatrix& table)
     return std::vector<double>(table.Data, table.Data + table.Count);
 }
 
-struct MapAndTable {
-    CFloatMatrix* Map;
-    CDoubleMatrix* Table;
-};
-
-std::vector<MapAndTable> MapsOf(CCropAnalyzer& analyzer)
+std::shared_ptr<CPictureAnalysis> SizedAnalysis(int32_t rows, int32_t cols)
 {
-    return {{&analyzer.ContrastMap, &analyzer.ContrastTable},
-            {&analyzer.SaliencyMap, &analyzer.SaliencyTable},
-            {&analyzer.ContrastMask, &analyzer.ContrastMaskTable},
-            {&analyzer.ColorContrastMap, &analyzer.ColorContrastTable},
-            {&analyzer.PeakMap, &analyzer.PeakTable},
-            {&analyzer.EdgeMap, &analyzer.EdgeTable},
-            {&analyzer.SideMaps[0], &analyzer.SideTables[0]},
-            {&analyzer.SideMaps[1], &analyzer.SideTables[1]},
-            {&analyzer.SideMaps[2], &analyzer.SideTables[2]},
-            {&analyzer.SideMaps[3], &analyzer.SideTables[3]}};
-}
-
-std::unique_ptr<CCropAnalyzer> SizedAnalyzer(int32_t rows, int32_t cols)
-{
-    std::unique_ptr<CCropAnalyzer> analyzer = SmallestAnalyzer();
-    analyzer->WorkRows = rows;
-    analyzer->WorkCols = cols;
-    analyzer->SourceRows = rows;
-    analyzer->SourceCols = cols;
-    analyzer->ScaleFactor = 1.0f;
-    analyzer->BorderBand =
+    auto made = std::make_shared<CPictureAnalysis>();
+    made->WorkRows = rows;
+    made->WorkCols = cols;
+    made->SourceRows = rows;
+    made->SourceCols = cols;
+    made->ScaleFactor = 1.0f;
+    made->BorderBand =
         std::max(1, static_cast<int32_t>(static_cast<float>(std::min(rows, cols)) * 0.15f));
-    for (const MapAndTable& pair : MapsOf(*analyzer)) {
-        pair.Map->Resize(static_cast<uint32_t>(rows), static_cast<uint32_t>(cols));
-        pair.Table->Resize(static_cast<uint32_t>(rows), static_cast<uint32_t>(cols));
-    }
-    return analyzer;
+    for (CFloatMatrix& map : made->Maps)
+        map.Resize(static_cast<uint32_t>(rows), static_cast<uint32_t>(cols));
+    for (CDoubleMatrix& table : made->Tables)
+        table.Resize(static_cast<uint32_t>(rows), static_cast<uint32_t>(cols));
+    return made;
 }
 
-void TakeTotals(CCropAnalyzer& analyzer)
+void TakeTotals(CPictureAnalysis& made)
 {
-    analyzer.ContrastMaskTotal = TotalOf(analyzer.ContrastMaskTable);
-    analyzer.ColorContrastTotal = TotalOf(analyzer.ColorContrastTable);
-    analyzer.EdgeTotal = TotalOf(analyzer.EdgeTable);
-    analyzer.PeakTotal = TotalOf(analyzer.PeakTable);
+    for (int32_t k = 0; k < PictureMapCount; ++k)
+        made.Totals[k] = TotalOf(made.Tables[k]);
 }
 
 } // namespace
 
-std::unique_ptr<CCropAnalyzer> NoiseAnalyzer(int32_t rows, int32_t cols, uint32_t seed)
+std::unique_ptr<MadeAnalyzer> NoiseAnalyzer(int32_t rows, int32_t cols, uint32_t seed)
 {
-    std::unique_ptr<CCropAnalyzer> analyzer = SizedAnalyzer(rows, cols);
+    const std::shared_ptr<CPictureAnalysis> made = SizedAnalysis(rows, cols);
     std::mt19937 random(seed);
-    for (const MapAndTable& pair : MapsOf(*analyzer))
-        FillNoise(*pair.Map, *pair.Table, random);
-    TakeTotals(*analyzer);
+    for (int32_t k = 0; k < PictureMapCount; ++k)
+        FillNoise(made->Maps[k], made->Tables[k], random);
+    TakeTotals(*made);
     for (int side = 0; side < 4; ++side)
-        analyzer->SideGain[side] = 0.25f + 0.5f * static_cast<float>(side);
-    return analyzer;
+        made->SideGain[side] = 0.25f + 0.5f * static_cast<float>(side);
+    return std::make_unique<MadeAnalyzer>(made);
 }
 
-std::unique_ptr<CCropAnalyzer> ZeroAnalyzer(int32_t rows, int32_t cols)
+std::unique_ptr<MadeAnalyzer> ZeroAnalyzer(int32_t rows, int32_t cols)
 {
-    std::unique_ptr<CCropAnalyzer> analyzer = SizedAnalyzer(rows, cols);
-    for (const MapAndTable& pair : MapsOf(*analyzer))
-        FillMap(*pair.Map, *pair.Table, 0.0f);
-    TakeTotals(*analyzer);
-    for (float& gain : analyzer->SideGain)
+    const std::shared_ptr<CPictureAnalysis> made = SizedAnalysis(rows, cols);
+    for (int32_t k = 0; k < PictureMapCount; ++k)
+        FillMap(*made, static_cast<PictureMap>(k), 0.0f);
+    TakeTotals(*made);
+    for (float& gain : made->SideGain)
         gain = static_cast<float>(1.0 / static_cast<double>(0.01f));
-    return analyzer;
+    return std::make_unique<MadeAnalyzer>(made);
 }
 
-void FillMap(CFloatMatrix& map, CDoubleMatrix& table, float value)
+void FillMap(CPictureAnalysis& made, PictureMap map, float value)
 {
-    std::fill_n(map.Data, map.Count, value);
-    BuildSummedAreaTable(map, table);
+    FillMap(made, map, WorkingRect{0, 0, made.WorkRows - 1, made.WorkCols - 1}, value);
 }
 
-void FillMap(CFloatMatrix& map, CDoubleMatrix& table, const WorkingRect& where, float value)
+void FillMap(CPictureAnalysis& made, PictureMap map, const WorkingRect& where, float value)
 {
     for (int32_t row = where.FirstRow; row <= where.LastRow; ++row)
         for (int32_t col = where.FirstCol; col <= where.LastCol; ++col)
-            map.Data[row * static_cast<int32_t>(map.Cols) + col] = value;
-    BuildSummedAreaTable(map, table);
+            made.Maps[map].Data[row * made.WorkCols + col] = value;
+    BuildSummedAreaTable(made.Maps[map], made.Tables[map]);
 }
 
 slowOracle::ScoringInput OracleInput(const CCropAnalyzer& analyzer)

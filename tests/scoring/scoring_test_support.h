@@ -8,21 +8,32 @@
 #include <random>
 #include <vector>
 
-#include "analysis/crop_analyzer.h"
 #include "numeric/cpu_forms.h"
 #include "oracle/slow_scoring.h"
+#include "scoring/crop_analyzer.h"
 
 namespace scoringTests {
 
-// An analyzer of rows x cols working pixels whose maps are noise and whose ScaleFactor is 1.
-std::unique_ptr<vistaTrim::CCropAnalyzer> NoiseAnalyzer(int32_t rows, int32_t cols, uint32_t seed);
+// An analyzer on an analysis that a test may write.
+class MadeAnalyzer : public vistaTrim::CCropAnalyzer {
+public:
+    explicit MadeAnalyzer(const std::shared_ptr<vistaTrim::CPictureAnalysis>& made)
+        : vistaTrim::CCropAnalyzer(made), Made(*made)
+    {
+    }
+
+    vistaTrim::CPictureAnalysis& Made;
+};
+
+// Of rows x cols working pixels; the maps are noise and ScaleFactor is 1.
+std::unique_ptr<MadeAnalyzer> NoiseAnalyzer(int32_t rows, int32_t cols, uint32_t seed);
 
 // The same with every map 0 and every total at its floor.
-std::unique_ptr<vistaTrim::CCropAnalyzer> ZeroAnalyzer(int32_t rows, int32_t cols);
+std::unique_ptr<MadeAnalyzer> ZeroAnalyzer(int32_t rows, int32_t cols);
 
 // Sets a map to value everywhere or inside a rectangle, and builds its table.
-void FillMap(vistaTrim::CFloatMatrix& map, vistaTrim::CDoubleMatrix& table, float value);
-void FillMap(vistaTrim::CFloatMatrix& map, vistaTrim::CDoubleMatrix& table,
+void FillMap(vistaTrim::CPictureAnalysis& made, vistaTrim::PictureMap map, float value);
+void FillMap(vistaTrim::CPictureAnalysis& made, vistaTrim::PictureMap map,
              const vistaTrim::WorkingRect& where, float value);
 
 slowOracle::ScoringInput OracleInput(const vistaTrim::CCropAnalyzer& analyzer);

@@ -7,8 +7,8 @@
 
 #include <gtest/gtest.h>
 
-#include "analysis/crop_analyzer.h"
 #include "oracle/slow_selection.h"
+#include "scoring/crop_analyzer.h"
 #include "scoring/scoring_test_support.h"
 
 using namespace vistaTrim;
@@ -35,7 +35,7 @@ protected:
         return WeightDistribution(0.5, 0.25, 0.25);
     }
 
-    std::unique_ptr<CCropAnalyzer> Analyzer;
+    std::unique_ptr<MadeAnalyzer> Analyzer;
 };
 
 CInt32CropRect Candidate(int left, int right, int top, int bottom, double value)

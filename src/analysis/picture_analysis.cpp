@@ -1,4 +1,4 @@
-#include "analysis/crop_analyzer.h"
+#include "analysis/picture_analysis.h"
 
 #include <algorithm>
 #include <cmath>
@@ -22,7 +22,6 @@ constexpr double kWorkingLongSide = 640.0;
 constexpr float kEdgeBlurSigma = 2.0f;
 constexpr int32_t kErodeSize = 5;
 constexpr int32_t kDilateSize = 7;
-constexpr float kPeakExponent = 3.0f;
 constexpr float kTotalFloor = 1e-10f; // keeps an empty map from dividing by zero later
 constexpr float kBandFraction = 0.15f;
 constexpr float kGainOffset = 0.01f;
@@ -40,7 +39,7 @@ int32_t WorkLength(int32_t sourceLength, float scaleFactor)
 // the maximum always does, and a map of zeros is left as it is.
 void ThresholdAtFraction(CFloatMatrix& map, float fraction)
 {
-    const float largest = LargestElement(map.Data, int32_t(map.Count));
+    const float largest = LargestElement(map.Data, static_cast<int32_t>(map.Count));
     const float level = static_cast<float>(double(largest) * double(fraction));
     ThresholdBelow(map, level, 0.0f);
 }
@@ -128,63 +127,54 @@ float GainOfMean(double mean)
     return static_cast<float>(1.0 / (double(static_cast<float>(mean)) + double(kGainOffset)));
 }
 
+// How a map is finished once the stages have filled what they fill.
+struct MapRule {
+    const char* Name;
+    PictureMap Source; // the finished map that it is copied from; itself if a stage fills it
+    float Threshold;   // share of its own maximum below which it is cleared; 0 keeps everything
+    float Exponent;    // raises what is left; 1 keeps it
+};
+
+// Everything that goes through all maps goes by this list: memory, finishing, tables, names. A
+// source comes before its copies, and the peaks are taken from the colour contrast after its
+// threshold. Contrast and saliency keep their weak values; the edges are cleaned before.
+constexpr MapRule kMapRules[PictureMapCount] = {
+    {"ContrastMap", MapContrast, 0.0f, 1.0f},  {"SaliencyMap", MapSaliency, 0.0f, 1.0f},
+    {"ContrastMask", MapContrast, 0.1f, 1.0f}, {"ColorContrastMap", MapColorContrast, 0.2f, 1.0f},
+    {"PeakMap", MapColorContrast, 0.5f, 3.0f}, {"EdgeMap", MapEdge, 0.0f, 1.0f},
+    {"SideMapTop", MapSideTop, 0.01f, 1.0f},   {"SideMapBottom", MapSideBottom, 0.01f, 1.0f},
+    {"SideMapLeft", MapSideLeft, 0.01f, 1.0f}, {"SideMapRight", MapSideRight, 0.01f, 1.0f},
+};
+
 } // namespace
 
-CCropAnalyzer::CCropAnalyzer(IImage* image)
-    : Unused(false), WorkCols(0), WorkRows(0), SourceCols(0), SourceRows(0),
-      DescriptorBuffer(nullptr), BorderBand(0), ScaleFactor(0.0f), ContrastMaskTotal(0.0f),
-      ColorContrastTotal(0.0f), EdgeTotal(0.0f), PeakTotal(0.0f), SideGain{}
+const char* PictureMapName(PictureMap map)
 {
-    // Held here until nothing can throw any more: no destructor runs for a half-made analyzer.
-    std::unique_ptr<float[]> descriptor(new float[kDescriptorSize]());
-    DescriptorBuffer = descriptor.get();
-
-    CImageView view;
-    view.Cols = static_cast<int32_t>(image->GetWidth());
-    view.Rows = static_cast<int32_t>(image->GetHeight());
-    view.Pixels = image->GetPixels();
-    view.Height = view.Rows;
-    BuildMaps(view);
-    descriptor.release();
-}
-
-CCropAnalyzer::~CCropAnalyzer()
-{
-    delete[] DescriptorBuffer;
+    return kMapRules[map].Name;
 }
 
 // Two blocks instead of twenty. A large block that is given back is kept whole for the next
 // picture by the common allocators; twenty of middling size go back to the system and come
 // again page by page, which takes longer than the arithmetic on them.
-void CCropAnalyzer::GiveMatricesTheirSize()
+void CPictureAnalysis::AllocateMaps()
 {
-    CFloatMatrix* const maps[] = {&ContrastMap, &SaliencyMap, &ContrastMask, &ColorContrastMap,
-                                  &PeakMap,     &EdgeMap,     &SideMaps[0],  &SideMaps[1],
-                                  &SideMaps[2], &SideMaps[3]};
-    CDoubleMatrix* const tables[] = {
-        &ContrastTable, &SaliencyTable, &ContrastMaskTable, &ColorContrastTable, &PeakTable,
-        &EdgeTable,     &SideTables[0], &SideTables[1],     &SideTables[2],      &SideTables[3]};
-    const uint32_t rows = uint32_t(WorkRows);
-    const uint32_t cols = uint32_t(WorkCols);
-    const size_t count = size_t(rows) * cols;
+    const uint32_t rows = static_cast<uint32_t>(WorkRows);
+    const uint32_t cols = static_cast<uint32_t>(WorkCols);
+    const size_t count = size_t{rows} * cols;
 
     // new, not make_unique: nothing is to be cleared. The first map and table start on a cache
     // line, and with the usual widths of a picture all others do.
-    MapStorage.reset(new float[std::size(maps) * count + kCacheLine / sizeof(float)]);
-    TableStorage.reset(new double[std::size(tables) * count + kCacheLine / sizeof(double)]);
+    MapStorage.reset(new float[PictureMapCount * count + kCacheLine / sizeof(float)]);
+    TableStorage.reset(new double[PictureMapCount * count + kCacheLine / sizeof(double)]);
     float* map = static_cast<float*>(StartOfCacheLine(MapStorage.get()));
-    for (CFloatMatrix* const matrix : maps) {
-        matrix->Borrow(rows, cols, map);
-        map += count;
-    }
     double* table = static_cast<double*>(StartOfCacheLine(TableStorage.get()));
-    for (CDoubleMatrix* const matrix : tables) {
-        matrix->Borrow(rows, cols, table);
-        table += count;
+    for (int32_t k = 0; k < PictureMapCount; ++k, map += count, table += count) {
+        Maps[k].Borrow(rows, cols, map);
+        Tables[k].Borrow(rows, cols, table);
     }
 }
 
-void CCropAnalyzer::BuildMaps(const CImageView& view)
+void CPictureAnalysis::BuildMaps(const CImageView& view)
 {
     SourceCols = view.Cols;
     SourceRows = view.Rows;
@@ -203,60 +193,70 @@ void CCropAnalyzer::BuildMaps(const CImageView& view)
     // picture whose longer side is 640. A larger one is read with the wrong row length and
     // gives the maps of a sheared piece of it. The buffer's size is not known here and not
     // guarded: a smaller picture would be read past its end.
-    GiveMatricesTheirSize();
+    AllocateMaps();
     {
         // The tables come last. Until then their storage is the stages' scratch.
-        const size_t tableBytes = 10 * size_t(ContrastTable.Count) * sizeof(double);
-        const CScratchScope scratch(ContrastTable.Data, tableBytes);
-        SaliencyMapBuffers buffers = {
-            ContrastMap.Data,
-            SaliencyMap.Data,
-            ColorContrastMap.Data,
-            {SideMaps[0].Data, SideMaps[1].Data, SideMaps[2].Data, SideMaps[3].Data}};
+        const size_t tableBytes = PictureMapCount * size_t{Tables[0].Count} * sizeof(double);
+        const CScratchScope scratch(Tables[0].Data, tableBytes);
+        SaliencyMapBuffers buffers = {Maps[MapContrast].Data,
+                                      Maps[MapSaliency].Data,
+                                      Maps[MapColorContrast].Data,
+                                      {Maps[MapSideTop].Data, Maps[MapSideBottom].Data,
+                                       Maps[MapSideLeft].Data, Maps[MapSideRight].Data}};
         ComputeSaliencyMaps(view.Pixels, WorkCols, WorkRows, buffers);
 
-        SumColourEdges(view, WorkCols, WorkRows, EdgeMap);
-        CleanEdgeMap(EdgeMap);
+        SumColourEdges(view, WorkCols, WorkRows, Maps[MapEdge]);
+        CleanEdgeMap(Maps[MapEdge]);
     }
+    FinishMaps();
+    MeasureSides();
+}
 
-    // The order matters: the peaks are taken from the colour contrast after its own threshold,
-    // and ContrastMap and SaliencyMap keep their weak values.
-    ThresholdAtFraction(ColorContrastMap, 0.2f);
-    ContrastMask.CopyFrom(ContrastMap);
-    ThresholdAtFraction(ContrastMask, 0.1f);
-    PeakMap.CopyFrom(ColorContrastMap);
-    ThresholdAtFraction(PeakMap, 0.5f);
-    VectorPowScalar(WorkRows * WorkCols, PeakMap.Data, kPeakExponent, PeakMap.Data);
-
-    BuildSummedAreaTable(ContrastMap, ContrastTable);
-    BuildSummedAreaTable(SaliencyMap, SaliencyTable);
-    BuildSummedAreaTable(ContrastMask, ContrastMaskTable);
-    BuildSummedAreaTable(ColorContrastMap, ColorContrastTable);
-    BuildSummedAreaTable(PeakMap, PeakTable);
-    BuildSummedAreaTable(EdgeMap, EdgeTable);
-    ContrastMaskTotal = MapTotal(ContrastMaskTable);
-    ColorContrastTotal = MapTotal(ColorContrastTable);
-    EdgeTotal = MapTotal(EdgeTable);
-    PeakTotal = MapTotal(PeakTable);
-
-    for (int side = 0; side < 4; ++side) {
-        ThresholdAtFraction(SideMaps[side], 0.01f);
-        BuildSummedAreaTable(SideMaps[side], SideTables[side]);
+void CPictureAnalysis::FinishMaps()
+{
+    for (int32_t k = 0; k < PictureMapCount; ++k) {
+        const MapRule& rule = kMapRules[k];
+        CFloatMatrix& map = Maps[k];
+        if (rule.Source != k)
+            map.CopyFrom(Maps[rule.Source]);
+        if (rule.Threshold > 0.0f)
+            ThresholdAtFraction(map, rule.Threshold);
+        if (rule.Exponent != 1.0f)
+            VectorPowScalar(static_cast<int32_t>(map.Count), map.Data, rule.Exponent, map.Data);
+        BuildSummedAreaTable(map, Tables[k]);
+        Totals[k] = MapTotal(Tables[k]);
     }
+}
 
-    // How far each side's band differs from the strip along that same side: little, if the
-    // border is uniform.
+// How far each side's band differs from the strip along that same side: little, if the border
+// is uniform.
+void CPictureAnalysis::MeasureSides()
+{
     BorderBand = BandWidth(WorkCols, WorkRows);
-    const int32_t lastRow = WorkRows - 1;
-    const int32_t lastCol = WorkCols - 1;
-    const double rowBandArea = double(BorderBand) * WorkCols;
-    const double colBandArea = double(WorkRows) * BorderBand;
-    SideGain[0] = GainOfMean(RegionMean(SideTables[0], 0, 0, BorderBand - 1, lastCol, rowBandArea));
-    SideGain[1] = GainOfMean(
-        RegionMean(SideTables[1], WorkRows - BorderBand, 0, lastRow, lastCol, rowBandArea));
-    SideGain[2] = GainOfMean(RegionMean(SideTables[2], 0, 0, lastRow, BorderBand - 1, colBandArea));
-    SideGain[3] = GainOfMean(
-        RegionMean(SideTables[3], 0, WorkCols - BorderBand, lastRow, lastCol, colBandArea));
+    const struct {
+        int32_t FirstRow, FirstCol, LastRow, LastCol;
+    } bands[kPictureSides] = {{0, 0, BorderBand - 1, WorkCols - 1},
+                              {WorkRows - BorderBand, 0, WorkRows - 1, WorkCols - 1},
+                              {0, 0, WorkRows - 1, BorderBand - 1},
+                              {0, WorkCols - BorderBand, WorkRows - 1, WorkCols - 1}};
+    for (int32_t side = 0; side < kPictureSides; ++side) {
+        const auto& band = bands[side];
+        const double area = static_cast<double>(band.LastRow - band.FirstRow + 1) *
+                            (band.LastCol - band.FirstCol + 1);
+        SideGain[side] = GainOfMean(RegionMean(Tables[MapSideTop + side], band.FirstRow,
+                                               band.FirstCol, band.LastRow, band.LastCol, area));
+    }
+}
+
+std::shared_ptr<const CPictureAnalysis> AnalysePicture(const IImage& image)
+{
+    CImageView view;
+    view.Cols = static_cast<int32_t>(image.GetWidth());
+    view.Rows = static_cast<int32_t>(image.GetHeight());
+    view.Pixels = image.GetPixels();
+    const auto analysis = std::make_shared<CPictureAnalysis>();
+    analysis->BuildMaps(view);
+    return analysis;
 }
 
 } // namespace vistaTrim

@@ -1,0 +1,79 @@
+// The analysis of one picture: its maps and their tables, built once, then only read.
+#ifndef VISTATRIM_ANALYSIS_PICTURE_ANALYSIS_H
+#define VISTATRIM_ANALYSIS_PICTURE_ANALYSIS_H
+
+#include <cstdint>
+#include <memory>
+
+#include "numeric/matrix.h"
+#include "vistaTrim/image.h"
+
+namespace vistaTrim {
+
+// The maps, in the order in which they are finished. The sides are top, bottom, left, right.
+// kMapRules in the source file holds the name and the making of each.
+enum PictureMap : int32_t {
+    MapContrast,
+    MapSaliency,
+    MapContrastMask,
+    MapColorContrast,
+    MapPeak,
+    MapEdge,
+    MapSideTop,
+    MapSideBottom,
+    MapSideLeft,
+    MapSideRight,
+    PictureMapCount
+};
+constexpr int32_t kPictureSides = 4;
+
+// The name of a map: a literal such as "ContrastMap".
+const char* PictureMapName(PictureMap map);
+
+// What BuildMaps sees of an image.
+struct CImageView {
+    int32_t Cols;
+    int32_t Rows;
+    const uint8_t* Pixels; // three bytes each, packed
+};
+
+// Whoever shares an analysis holds it as const: nothing changes after it is built, so any number
+// of threads may read it. Default-constructed, and for a picture so thin that one side rounds to
+// nothing, it is empty: no map holds an element, and the totals and gains are 0.
+class CPictureAnalysis {
+public:
+    CPictureAnalysis() = default;
+    CPictureAnalysis(const CPictureAnalysis&) = delete;
+    CPictureAnalysis& operator=(const CPictureAnalysis&) = delete;
+
+    // Runs the whole analysis. Once per object.
+    void BuildMaps(const CImageView& view);
+
+    int32_t WorkCols = 0; // size of every map and table
+    int32_t WorkRows = 0;
+    int32_t SourceCols = 0; // size of the image
+    int32_t SourceRows = 0;
+    int32_t BorderBand = 0;   // working pixels, width of the band along each side
+    float ScaleFactor = 0.0f; // source coordinates times this are working coordinates
+    CFloatMatrix Maps[PictureMapCount];
+    CDoubleMatrix Tables[PictureMapCount]; // summed-area tables of the maps
+    float Totals[PictureMapCount] = {};    // sums of the maps, at least 1e-10
+    // Top, bottom, left, right: 1 / (mean of that side's map in its band + 0.01).
+    float SideGain[kPictureSides] = {};
+
+private:
+    void AllocateMaps();
+    void FinishMaps();
+    void MeasureSides();
+
+    // The matrices above borrow from these, one after the other.
+    std::unique_ptr<float[]> MapStorage;
+    std::unique_ptr<double[]> TableStorage;
+};
+
+// Analyses an image and keeps no reference to it.
+std::shared_ptr<const CPictureAnalysis> AnalysePicture(const IImage& image);
+
+} // namespace vistaTrim
+
+#endif

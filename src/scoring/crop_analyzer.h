@@ -1,0 +1,93 @@
+// Scoring and selection on the analysis of a picture.
+#ifndef VISTATRIM_SCORING_CROP_ANALYZER_H
+#define VISTATRIM_SCORING_CROP_ANALYZER_H
+
+#include <cstdint>
+#include <memory>
+#include <vector>
+
+#include "analysis/picture_analysis.h"
+#include "analysis/working_rect.h"
+#include "candidates/crop_grid.h"
+#include "numeric/matrix.h"
+#include "vistaTrim/records.h"
+
+namespace vistaTrim {
+
+// Slots of the composition descriptor, which is formed in the analyzer's scratch.
+constexpr int32_t kDescriptorSize = 304;
+
+// Judges the crops of one picture. Its maps, tables, totals and gains are those of the analysis
+// that it holds, read-only here; several analyzers may share one. Scoring one record writes into
+// DescriptorBuffer, a selection into SelectedCrops: one thread at a time.
+class CCropAnalyzer {
+public:
+    // Runs the whole analysis. Keeps no reference to the image.
+    explicit CCropAnalyzer(IImage* image);
+    // Works on a finished one.
+    explicit CCropAnalyzer(std::shared_ptr<const CPictureAnalysis> analysis);
+    CCropAnalyzer(const CCropAnalyzer&) = delete;
+    CCropAnalyzer& operator=(const CCropAnalyzer&) = delete;
+
+    // Fills the measures of the records of a stretch of the grid; NoIndex means all.
+    void EvaluateCropRects(CropGridRows& grid, uint32_t aspectIndex, uint32_t scaleIndex);
+    // Fills the measures of one record inside the image, unless it is Scored.
+    void EvaluateCropRect(CInt32CropRect& crop);
+    // At most n crops: one of each cluster in turn, or all in key order when fewer are there. The
+    // list is the analyzer's and is overwritten by the next call.
+    const std::vector<CInt32CropRect>& SelectTopCrops(int32_t n, const CropGridRows& grid,
+                                                      int32_t rankingMode, uint32_t aspectIndex,
+                                                      uint32_t scaleIndex,
+                                                      WeightDistribution weights);
+
+    // The same from a list of cells, so that a request needs no grid of its own.
+    const std::vector<CInt32CropRect>&
+    SelectTopCropsOfCells(int32_t n, const std::vector<const CropCell*>& cells, int32_t rankingMode,
+                          const WeightDistribution& weights);
+
+    WorkingRect ToWorkingRect(const CInt32CropRect& crop) const;
+    WorkingRect ShrinkAboutCentre(const WorkingRect& rect, float fraction) const;
+    float BorderCost(const WorkingRect& rect) const;
+    // The raw descriptor of a crop: kDescriptorSize cell means. False, and nothing written, for a
+    // crop that holds no pixel.
+    bool ReadDescriptor(const CInt32CropRect& crop, float* descriptor) const;
+    // 0..1; leaves the standardised descriptor in DescriptorBuffer.
+    float ComputeCompositionScore(const WorkingRect& rect);
+
+private:
+    const std::shared_ptr<const CPictureAnalysis> Analysis; // holds what the fields below name
+
+public:
+    const int32_t& WorkCols; // size of every working map
+    const int32_t& WorkRows;
+    const int32_t& SourceCols; // size of the image
+    const int32_t& SourceRows;
+    float DescriptorBuffer[kDescriptorSize] = {}; // scratch of ComputeCompositionScore
+    const int32_t& BorderBand;      // working pixels, width of the band along each side
+    const float& ScaleFactor;       // source coordinates times this are working coordinates
+    const float& ContrastMaskTotal; // sums of the maps, at least 1e-10; 0 for a refused picture
+    const float& ColorContrastTotal;
+    const float& EdgeTotal;
+    const float& PeakTotal;
+    const float (&SideGain)[kPictureSides]; // of the sides in the order top, bottom, left, right
+    const CFloatMatrix& ContrastMap;
+    const CFloatMatrix& SaliencyMap;
+    const CFloatMatrix& ContrastMask;
+    const CFloatMatrix& ColorContrastMap;
+    const CFloatMatrix& PeakMap;
+    const CDoubleMatrix& ContrastTable;
+    const CDoubleMatrix& SaliencyTable;
+    const CDoubleMatrix& ContrastMaskTable;
+    const CDoubleMatrix& ColorContrastTable;
+    const CDoubleMatrix& PeakTable;
+    const CFloatMatrix& EdgeMap;
+    const CDoubleMatrix& EdgeTable;
+    const CFloatMatrix* const SideMaps; // four
+    const CDoubleMatrix* const SideTables;
+    std::vector<CRectOfInterest> RectsOfInterest;
+    std::vector<CInt32CropRect> SelectedCrops;
+};
+
+} // namespace vistaTrim
+
+#endif
