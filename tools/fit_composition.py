@@ -1,29 +1,29 @@
 #!/usr/bin/env python3
-"""Fits the composition model to what people chose and writes its source file.
+"""Fits the composition model to crops people chose and writes its source file.
 
     tools/fit_composition.py --photos DIR --boxes boxes.tsv --pairs pairs.tsv \
         --descriptors build/release/tools/crop_descriptors \
         --output src/scoring/composition_coefficients.cpp
 
-The descriptors come from the C++ library itself, through the program crop_descriptors. Three
-tables of 304 values and a bias come out:
+The program crop_descriptors computes the descriptors with the C++ library itself. The output is
+three tables of 304 values and a bias:
 
   DescriptorMean, DescriptorScale
-                the mean and the reciprocal spread of each slot over the fitting crops, brought
-                onto the published anchors by a smooth correction (see fit_profile)
+                the mean and reciprocal standard deviation of each slot over the fitting crops,
+                moved onto the published anchors by a smooth correction (see fit_profile)
   DescriptorWeights
                 pairwise logistic regression with ridge (R. A. Bradley, M. E. Terry, Rank analysis
                 of incomplete block designs, 1952), a convex problem solved by L-BFGS-B
                 (R. H. Byrd, P. Lu, J. Nocedal, C. Zhu, 1995)
   DescriptorBias
-                the published one
+                the published value
 
-A chosen crop is compared with crops of the same photograph of about equal area. Voted pairs are
-weighted by their margin; what an unequal area alone explains goes to a term of its own that is
-thrown away, so that the model does not learn that larger is better.
+A chosen crop is compared with crops of about equal area from the same photograph. Voted pairs are
+weighted by their margin. A separate term absorbs what a difference in area alone explains and is
+discarded, so that the model does not learn that larger is better.
 
-The published rows hold by default: the model's first release fixed its anchors, and hosts have
-been tuned against them. --free drops them, save the bias and the mirrored rows.
+By default the published values hold: the model's first release fixed its anchors, and hosts have
+been tuned against them. --free drops them, except the bias and the mirrored rows.
 """
 
 import argparse
@@ -32,8 +32,8 @@ import subprocess
 import sys
 import tempfile
 
-# Sums of a threaded BLAS depend on the number of threads, and the result is to depend on the
-# seed alone.
+# Sums of a threaded BLAS depend on the number of threads, but the result must depend only on the
+# seed.
 os.environ.setdefault("OPENBLAS_NUM_THREADS", "1")
 
 import numpy as np  # noqa: E402
@@ -58,7 +58,7 @@ WEIGHT_FIRST = {0: -0.13435628, 16: 0.20006749, 80: 1.1977082, 96: -0.51537943, 
 WEIGHT_RANGE = {0: (-0.89931, 1.2309), 16: (-0.3568, 0.36523), 80: (-2.5609, 1.4146),
                 96: (-0.51564, 0.56573), 160: (-0.36554, 0.35922)}
 LAST = {"mean": 0.06395882, "scale": 11.113572, "weight": 0.09241009}
-# Slots 80 to 95. The first is known to one digit more (WEIGHT_FIRST).
+# Slots 80 to 95. WEIGHT_FIRST gives the first with one more digit.
 WEIGHT_BLOCK_80 = [1.197708, -0.02140538, 1.113734, -0.03390493,
                    1.413938, -2.560412, 1.222332, -1.543203,
                    1.414617, -2.560871, 1.224022, -1.540826,
@@ -70,7 +70,7 @@ def say(text):
 
 
 def block_of(slot):
-    """The (first, size) of the block that holds a slot."""
+    """The (first slot, grid size) of the block that contains a slot."""
     return max((b for b in BLOCKS if b[0] <= slot), key=lambda b: b[0])[:2]
 
 
@@ -100,7 +100,7 @@ def mirrored(values):
 
 
 class Descriptors:
-    """What crop_descriptors wrote: a line a crop, 304 floats each."""
+    """The output of crop_descriptors: one line and 304 floats per crop."""
 
     def __init__(self, stem):
         table = np.genfromtxt(stem + ".tsv", delimiter="\t", names=True, dtype=None,
@@ -134,7 +134,7 @@ def read_descriptors(args):
 
 
 class Comparisons:
-    """Rows (better, worse, weight, photograph) of the fit, with the difference of log areas."""
+    """The comparisons to fit: (better, worse, weight, photograph) and the difference of log areas."""
 
     def __init__(self, data, pair_share):
         better, worse, weight = [], [], []
@@ -166,7 +166,7 @@ class Comparisons:
         self.worse = np.array(worse)
         self.weight = np.array(weight, dtype=float)
         is_pair = np.arange(len(self.weight)) >= self.num_rivals
-        # Each of the two kinds of judgement gets a fixed share of the whole.
+        # Each of the two kinds of judgement gets a fixed share of the total weight.
         self.weight[is_pair] *= pair_share / max(1e-12, self.weight[is_pair].sum())
         self.weight[~is_pair] *= (1 - pair_share) / max(1e-12, self.weight[~is_pair].sum())
         self.is_pair = is_pair
@@ -189,7 +189,7 @@ def legendre_cell_averages(n, degree):
 
 
 def correction_basis(n, degree):
-    """Smooth fields on an n x n grid, even from top to bottom: one column a field."""
+    """Smooth fields on an n x n grid, symmetric from top to bottom: one column per field."""
     averages = legendre_cell_averages(n, degree)
     fields = [np.outer(averages[:, v], averages[:, u]).ravel()
               for v in range(0, degree + 1, 2) for u in range(degree + 1)]
@@ -197,21 +197,21 @@ def correction_basis(n, degree):
 
 
 def fit_profile(measured, basis, equalities, low, high, attain_low, attain_high):
-    """measured * c + basis @ k with the smallest correction k that meets the anchors.
+    """Returns measured * c + basis @ k with the smallest correction k that meets the anchors.
 
-    measured    values of one or several blocks, one after the other
-    basis       the smooth fields there
+    measured    values of one or more blocks, concatenated
+    basis       the smooth fields at the same slots
     equalities  (weights over the slots, value) pairs: anchors and block means
-    low, high   bounds; with attain_* the extreme slot is put on its bound
+    low, high   bounds; with attain_* the extreme slot is placed on its bound
 
-    The extreme slot is the measured one among those that have no anchor.
+    The extreme slot is the one with the most extreme measured value and no anchor.
     """
-    # In units of the range, so that the solver meets well-scaled numbers.
+    # In units of the range, so that the solver gets well-scaled numbers.
     centre, unit_size = (low + high) / 2, (high - low) / 2
     profile = (measured - measured.mean()) / measured.std()
     design = np.concatenate([profile[:, None], basis], axis=1)
-    # The constant field and the size of the measured profile move freely: only departures from
-    # its shape cost, the more the finer they are.
+    # The constant field and the scale of the measured profile move almost freely: only departures
+    # from its shape cost, and finer ones cost more.
     cost = np.arange(design.shape[1], dtype=float)
     cost[:2] = 1e-6
     rows = [weights @ design for weights, _ in equalities]
@@ -221,7 +221,7 @@ def fit_profile(measured, basis, equalities, low, high, attain_low, attain_high)
     def solve(extra):
         a = np.array(rows + [design[slot] for slot, _ in extra])
         b = np.array(values + [(value - centre) / unit_size for _, value in extra])
-        # Least sum of cost * |x|, as a linear program in the positive and negative parts of x.
+        # Minimises the sum of cost * |x|, as a linear program in the positive and negative parts of x.
         parts = np.concatenate([design, -design], axis=1)
         result = linprog(np.concatenate([cost, cost]),
                          A_ub=np.concatenate([parts, -parts]), b_ub=np.ones(2 * len(design)),
@@ -232,7 +232,7 @@ def fit_profile(measured, basis, equalities, low, high, attain_low, attain_high)
         half = len(result.x) // 2
         return design @ (result.x[:half] - result.x[half:])
 
-    # An anchored slot (and its mirror image) has its value already.
+    # An anchored slot (and its mirror image) already has its value.
     anchored = np.zeros(len(measured), dtype=bool)
     for weights, _ in equalities:
         if np.count_nonzero(weights) == 1:
@@ -256,8 +256,8 @@ def fit_means(measured):
     for table in ("contrast", "saliency"):
         blocks = [(first, n) for first, n, t in BLOCKS if t == table]
         slots = np.concatenate([np.arange(f, f + n * n) for f, n in blocks])
-        # One field over the frame, averaged over the cells of each grid: so the grids of a table
-        # agree with one another as grids that tile the same crop must.
+        # One field over the frame, averaged over the cells of each grid: grids that tile the same
+        # crop must agree with each other.
         basis = np.concatenate([correction_basis(n, 4) for _, n in blocks])
         equalities = []
         for first, n in blocks:
@@ -265,26 +265,26 @@ def fit_means(measured):
             equalities.append((here, MEAN_BLOCK[first]))
             equalities.append((unit(len(slots), np.argmax(slots == first)), MEAN_FIRST[first]))
         if table == "saliency":
-            # The cell means of one table agree for every grid; the printed 0.07920 and 0.07919
-            # all but meet at 0.079195.
+            # The cell means of one table agree for every grid; the published 0.07920 and 0.07919
+            # are rounded and almost meet at 0.079195.
             equalities = [(w, 0.0791949 if v in (0.07920, 0.07919) else v) for w, v in equalities]
             equalities.append((unit(len(slots), np.argmax(slots == LAST_SLOT)), LAST["mean"]))
-        # Means of the blocks of one table are one and the same constraint up to rounding.
+        # The block means of one table are the same constraint up to rounding.
         equalities = drop_dependent(equalities)
-        # The measured values as one field over the frame too.
+        # The measured values, also as one field over the frame.
         fine = np.concatenate([correction_basis(n, 10) for _, n in blocks])
         field = fine @ np.linalg.lstsq(fine, measured[slots], rcond=None)[0]
         means[slots] = fit_profile(field, basis, equalities,
                                    MEAN_FIRST[160] if table == "saliency" else MEAN_RANGE[0],
                                    MEAN_RANGE[1], None,
                                    MEAN_RANGE[1] if table == "contrast" else None)
-    # ... and this takes the 4 x 4 grid's mean just above it.
+    # Moves the mean of the 4 x 4 grid just above 0.079195, so that it rounds as published.
     means[[s for s in range(80, 96) if s not in (80, MIRROR[80])]] += 4e-7
     return means
 
 
 def drop_dependent(equalities):
-    """Keeps one of the block means: the fields average alike over every grid."""
+    """Keeps only one block mean: the fields have the same average over every grid."""
     kept, seen_mean = [], False
     for weights, value in equalities:
         is_mean = np.count_nonzero(weights) > 1
@@ -324,14 +324,14 @@ def published_weights():
 
 
 class WeightFit:
-    """The convex problem: weights of the slots and one of the difference in log area."""
+    """The convex problem: a weight per slot and one for the difference in log area."""
 
     def __init__(self, z, data, comparisons, rows, ridge, temperature, spread):
         c = comparisons
         candidates = np.flatnonzero(data.kind == "candidate")
         candidates = candidates[np.isin(data.photo[candidates], np.unique(c.photo[rows]))]
-        # Every judgement counts for the photograph flipped left to right too: people showed no
-        # preference between the sides, and the fit is steadier for being told so.
+        # Every judgement also counts for the photograph flipped left to right: people showed no
+        # preference between the sides, and knowing that makes the fit more stable.
         self.difference = np.concatenate([v[c.better[rows]] - v[c.worse[rows]] for v in z])
         self.typical = np.concatenate([v[candidates] for v in z])
         self.area = np.tile(c.area[rows], len(z))
@@ -363,11 +363,11 @@ class WeightFit:
             slope = -self.weight / (1 + np.exp(np.clip(margin, -500, 500)))
             gradient = self.temperature * (slope.astype(np.float32) @ difference).astype(float)
 
-            # Ridge keeps the weights small; a variable stands for two slots.
+            # Ridge keeps the weights small; each variable covers two slots.
             loss += 2 * self.ridge * (w @ w)
             gradient += 4 * self.ridge * w
 
-            # Typical crops are to stay well inside [-3, 3], the range that is mapped to 0..1.
+            # Typical crops should stay well inside [-3, 3], the range mapped to 0..1.
             raw = base_typical + typical @ single
             beyond = np.sign(raw) * np.maximum(0, np.abs(raw) - 2.0)
             loss += self.spread * np.mean(beyond ** 2)
@@ -380,7 +380,7 @@ class WeightFit:
                           bounds=bounds + [(None, None)],
                           options={"maxiter": 5000, "maxfun": 10000, "ftol": 1e-8, "gtol": 1e-6})
         if not result.success:
-            raise SystemExit(f"fit_composition: the weights do not converge: {result.message}")
+            raise SystemExit(f"fit_composition: the fit did not converge: {result.message}")
         weights = base.copy()
         weights[leaders] = result.x[:-1]
         weights[MIRROR[leaders]] = result.x[:-1]
@@ -392,8 +392,8 @@ def fit_weights(fit, free):
         return fit.solve({}, False)
     fixed = published_weights()
     weights = fit.solve(fixed, True)
-    # Each block's published range is attained: the slots that the fit likes most and least take
-    # the ends, and the rest is fitted again.
+    # Each block must attain its published range: the slots with the largest and smallest fitted
+    # weights take the ends, and the rest is fitted again.
     for first, n, _ in BLOCKS:
         if first == 80:
             continue
@@ -415,7 +415,7 @@ def accuracy(z, weights, comparisons, rows):
 
 
 def cross_validate(z, data, comparisons, args, settings, folds=5):
-    """Mean accuracy on equal-area pairs and on rivals of photographs that were left out."""
+    """Mean accuracy on equal-area pairs and on rivals, over left-out photographs."""
     order = np.random.default_rng(args.seed).permutation(data.photos)
     fold_of = np.empty(data.photos, dtype=int)
     fold_of[order] = np.arange(data.photos) % folds
@@ -491,9 +491,9 @@ def report(z, weights, bias, data, comparisons):
 def main():
     parser = argparse.ArgumentParser(
         description=__doc__, formatter_class=argparse.RawDescriptionHelpFormatter,
-        epilog="Tables are tab-separated with a line of column names. boxes: split file width "
+        epilog="Tables are tab-separated with a header line of column names. boxes: split file width "
                "height x y w h. pairs: split file x0 y0 w0 h0 votes0 x1 y1 w1 h1 votes1. "
-               "Coordinates are pixels of the photograph at 640 on its longer side.")
+               "Coordinates are pixels of the photograph scaled to 640 on its longer side.")
     parser.add_argument("--photos", help="folder of the photographs")
     parser.add_argument("--boxes", help="table of chosen crops")
     parser.add_argument("--pairs", help="table of voted pairs")
@@ -502,21 +502,21 @@ def main():
     parser.add_argument("--descriptors", default="build/release/tools/crop_descriptors",
                         help="the program crop_descriptors (default: %(default)s)")
     parser.add_argument("--read-descriptors", metavar="STEM",
-                        help="read STEM.tsv and STEM.f32 instead of running it")
-    parser.add_argument("--seed", type=int, default=1, help="of drawn crops and folds")
+                        help="read STEM.tsv and STEM.f32 instead of running crop_descriptors")
+    parser.add_argument("--seed", type=int, default=1, help="seed for drawing crops and folds (default: %(default)s)")
     parser.add_argument("--jobs", "-j", type=int, default=os.cpu_count() or 1)
     parser.add_argument("--pair-share", type=float, default=0.7,
-                        help="share of the voted pairs in the loss (default: %(default)s)")
-    parser.add_argument("--ridge", type=float, default=1e-3, help="default: %(default)s")
+                        help="share of voted pairs in the loss (default: %(default)s)")
+    parser.add_argument("--ridge", type=float, default=1e-3, help="ridge penalty (default: %(default)s)")
     parser.add_argument("--temperature", type=float, default=0.7,
                         help="log odds for a raw difference of 1 (default: %(default)s)")
     parser.add_argument("--spread", type=float, default=0.05,
-                        help="weight of typical crops that leave [-2, 2] (default: %(default)s)")
+                        help="penalty for typical crops that leave [-2, 2] (default: %(default)s)")
     parser.add_argument("--free", action="store_true",
-                        help="no published means, scales, weights or ranges; the bias and the "
-                             "mirrored grid rows stay (composition_coefficients_test then fails)")
+                        help="drop the published means, scales, weights and ranges, but keep the bias "
+                             "and the mirrored grid rows (composition_coefficients_test then fails)")
     parser.add_argument("--cross-validate", action="store_true",
-                        help="try a grid of settings on left-out photographs and print it")
+                        help="print the accuracy of a grid of settings on left-out photographs")
     args = parser.parse_args()
     if not args.cross_validate and not args.output:
         parser.error("--output is required")
@@ -527,7 +527,7 @@ def main():
             if not os.path.exists(getattr(args, name)):
                 parser.error(f"--{name}: {getattr(args, name)}: no such file or folder")
         if not os.access(args.descriptors, os.X_OK):
-            parser.error(f"--descriptors: {args.descriptors}: no such program; build it first")
+            parser.error(f"--descriptors: {args.descriptors}: not an executable; build it first")
 
     data = read_descriptors(args)
     say(f"{len(data.values)} crops of {data.photos} photographs")
@@ -550,7 +550,7 @@ def main():
                 f"{was[part].max():.5g}, written {got[part].min():.6g} .. {got[part].max():.6g}, "
                 f"mean {got[part].mean(dtype=np.float64):.6g}")
 
-    # Standardised as the library does it: as the photographs are, and flipped.
+    # Standardised as in the library: the photographs unchanged, and flipped.
     z = [(data.values - mean) * scale, (data.values[:, FLIP] - mean) * scale]
     settings = (args.ridge, args.temperature, args.spread)
     if args.cross_validate:
