@@ -1,7 +1,9 @@
-// The root of the public interfaces, and the count that their implementations share.
+// The root of the public interfaces, and the count that the library's own classes share.
 //
-// Virtual operations are published: hosts call them by slot, so their order never changes
-// and new ones go at the end.
+// Virtual operations are published: hosts call them by slot, so none ever moves. A new one can
+// only go at the end of IVistaTrim and ICropRects, which hosts call and do not implement. One
+// more here would move the slots of every derived interface; one more in IImage would be missing
+// from images that hosts implement.
 #ifndef VISTATRIM_BASE_CLASS_H
 #define VISTATRIM_BASE_CLASS_H
 
@@ -35,7 +37,8 @@ public:
     CPolicyNoCopy& operator=(const CPolicyNoCopy&) = delete;
 };
 
-// The reference count of an implementation. Unchecked: a Release too many is the caller's fault.
+// The reference count of the library's own objects, declared here because CCropRects has it. It is
+// not exported: a host's own image counts by itself. Unchecked: one Release too many is undefined.
 class CRefCount : public CPolicyNoCopy {
 public:
     CRefCount();

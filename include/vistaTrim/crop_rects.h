@@ -2,7 +2,6 @@
 #ifndef VISTATRIM_CROP_RECTS_H
 #define VISTATRIM_CROP_RECTS_H
 
-#include <cstddef>
 #include <cstdint>
 #include <vector>
 
@@ -30,25 +29,24 @@ public:
     virtual void Destroy() = 0;         // ends the object whatever its count
 };
 
-// The implementation. Only the driver makes and fills one; hosts meet it as the T of
-// SmartPtr<CCropRects>, by static_cast from the ICropRects* of a request.
+// What a request's ICropRects* points at: cast it with static_cast to hold it in a
+// SmartPtr<CCropRects>. Only the driver makes one. Its members are not exported; call them
+// through the interface or the SmartPtr.
 class CCropRects : public ICropRects, public CRefCount {
 public:
-    CCropRects();
-    ~CCropRects() override;
-
     void Release() override;
     void AddRef() override;
     uint32_t Count() const override;
     CInt32CropRect* Data() override;
     void Destroy() override;
 
-    // Makes room for count records, so that appending them moves none.
-    void Reserve(size_t count);
-    // Copies the record to the end of the list. Throws what growing the list throws.
-    void Append(const CInt32CropRect& record);
+protected:
+    CCropRects();
+    ~CCropRects() override;
 
 private:
+    friend class CCropListBuilder;
+
     std::vector<CInt32CropRect> Records;
 };
 

@@ -25,7 +25,8 @@ VISTATRIM_API vistaTrim::IImage* CreateImageObj(uint32_t height, uint32_t width,
 VISTATRIM_API void DestroyImageObj(vistaTrim::IImage* image);
 
 // Makes a driver and analyses the image: the expensive step. The image is borrowed, the
-// parameters are copied; parameters without aspect ratios mean the defaults.
+// parameters are copied; parameters without aspect ratios mean the defaults. image.h says which
+// images are refused.
 VISTATRIM_API vistaTrim::IVistaTrim*
 CreateVistaTrimObj(vistaTrim::IImage* image, const vistaTrim::VistaTrimParameters* parameters);
 

@@ -10,8 +10,19 @@
 namespace vistaTrim {
 
 // A picture of packed 8-bit pixels, row after row from the top, with no gap between rows.
-// The driver borrows it: keep it until the driver is gone. For useful results it has three
-// bytes a pixel and a longer side of exactly 640 pixels; resampling is the host's work.
+// The driver borrows it: keep it until the driver is gone.
+//
+// Give it three bytes a pixel and a longer side of exactly 640 pixels; resampling is the host's
+// work. The analysis never resamples. It works at W x H, the image's size times 640 / longer side,
+// each rounded to the nearest, and reads the first W x H x 3 bytes of GetPixels(), packed, whatever
+// GetNumChannels() and GetRowStride() say. Hence, for an image of any other form:
+// - Its buffer, GetRowStride() x GetHeight() bytes counted in 32 bits, has fewer than W x H x 3
+//   bytes (320 x 240 x 3, 640 x 480 x 1): making a driver throws the char pointer
+//   "VistaTrim: the image holds fewer pixels than the analysis reads.\n".
+// - Its longer side is above 640, or its pixels have more than three bytes: the bytes are read
+//   with the wrong row length. There is no error, and the crops mean nothing.
+// - W or H rounds to 0 (a ratio above about 1:1280): a line on the error stream, and a driver
+//   that scores every crop 0.
 class VISTATRIM_API IImage : public IBaseClass {
 public:
     IImage();

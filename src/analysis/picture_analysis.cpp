@@ -12,6 +12,7 @@
 #include "numeric/image_kernels.h"
 #include "numeric/plane_stack.h"
 #include "numeric/summed_area.h"
+#include "numeric/throw_text.h"
 #include "numeric/vector_ops.h"
 
 namespace vistaTrim {
@@ -191,8 +192,10 @@ void CPictureAnalysis::BuildMaps(const CImageView& view)
     // Nothing here resamples. The factor above serves coordinates only: the stages read the
     // first WorkCols x WorkRows pixels of the buffer, packed, so a host must hand over a
     // picture whose longer side is 640. A larger one is read with the wrong row length and
-    // gives the maps of a sheared piece of it. The buffer's size is not known here and not
-    // guarded: a smaller picture would be read past its end.
+    // gives the maps of a sheared piece of it. A smaller one would be read past its end.
+    if (uint64_t{3} * static_cast<uint32_t>(WorkCols) * static_cast<uint32_t>(WorkRows) >
+        view.ByteSize)
+        ThrowText("VistaTrim: the image holds fewer pixels than the analysis reads.\n");
     AllocateMaps();
     {
         // The tables come last. Until then their storage is the stages' scratch.
@@ -254,6 +257,8 @@ std::shared_ptr<const CPictureAnalysis> AnalysePicture(const IImage& image)
     view.Cols = static_cast<int32_t>(image.GetWidth());
     view.Rows = static_cast<int32_t>(image.GetHeight());
     view.Pixels = image.GetPixels();
+    // In 32 bits, as images count their bytes: a product that wraps leaves a small buffer.
+    view.ByteSize = image.GetRowStride() * image.GetHeight();
     const auto analysis = std::make_shared<CPictureAnalysis>();
     analysis->BuildMaps(view);
     return analysis;

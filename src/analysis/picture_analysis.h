@@ -35,6 +35,7 @@ struct CImageView {
     int32_t Cols;
     int32_t Rows;
     const uint8_t* Pixels; // three bytes each, packed
+    uint32_t ByteSize;     // of the buffer
 };
 
 // Whoever shares an analysis holds it as const: nothing changes after it is built, so any number
@@ -46,7 +47,8 @@ public:
     CPictureAnalysis(const CPictureAnalysis&) = delete;
     CPictureAnalysis& operator=(const CPictureAnalysis&) = delete;
 
-    // Runs the whole analysis. Once per object.
+    // Runs the whole analysis. Once per object. Throws a text if the buffer holds fewer pixels
+    // than the working size has.
     void BuildMaps(const CImageView& view);
 
     int32_t WorkCols = 0; // size of every map and table
@@ -71,7 +73,7 @@ private:
     std::unique_ptr<double[]> TableStorage;
 };
 
-// Analyses an image and keeps no reference to it.
+// Analyses an image and keeps no reference to it. Throws as BuildMaps does.
 std::shared_ptr<const CPictureAnalysis> AnalysePicture(const IImage& image);
 
 } // namespace vistaTrim

@@ -6,18 +6,18 @@
 
 namespace vistaTrim {
 
-// Rows before columns, both ends inclusive.
+// Rows before columns; all four are inside.
 struct WorkingRect {
     int32_t FirstRow, FirstCol, LastRow, LastCol;
 };
 
-// A stretch of nothing, or one that starts beyond the map. Of a crop's rectangle the first
-// coordinates are never below 0 and the last ones never beyond the map, so one that passes this
-// test lies wholly on the map.
+// True for a rectangle without rows or columns, or one that starts beyond the map. A crop's
+// rectangle never starts below 0 and never ends beyond the map, so where this is false the whole
+// rectangle lies on the map.
 //
-// Such rectangles come from very thin pictures, where a crop side can round to nothing, from
-// records that a host places beside the picture, and from pictures whose analysis was refused and
-// whose maps are empty.
+// It is true in very thin pictures, where a crop side can round to nothing, for records that a
+// host places beside the picture, and for every record of a picture whose analysis was refused:
+// its maps are empty.
 inline bool HoldsNoPixel(const WorkingRect& rect)
 {
     return rect.FirstRow > rect.LastRow || rect.FirstCol > rect.LastCol;

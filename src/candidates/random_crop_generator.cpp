@@ -4,7 +4,7 @@
 #include <cmath>
 #include <stdexcept>
 
-#include "candidates/throw_text.h"
+#include "numeric/throw_text.h"
 
 namespace vistaTrim {
 

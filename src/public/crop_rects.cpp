@@ -1,6 +1,9 @@
 #include "vistaTrim/crop_rects.h"
 
 #include <stdexcept>
+#include <vector>
+
+#include "public/crop_list_builder.h"
 
 namespace vistaTrim {
 
@@ -35,18 +38,29 @@ void CCropRects::Destroy()
     delete self;
 }
 
-void CCropRects::Reserve(size_t count)
+CCropListBuilder::CCropListBuilder() : List(new CCropRects, false)
 {
-    if (count > Records.max_size())
-        throw std::length_error("vector<T> too long");
-    Records.reserve(count);
 }
 
-void CCropRects::Append(const CInt32CropRect& record)
+void CCropListBuilder::Reserve(size_t count)
 {
-    if (Records.size() == Records.max_size())
+    std::vector<CInt32CropRect>& records = List->Records;
+    if (count > records.max_size())
         throw std::length_error("vector<T> too long");
-    Records.push_back(record);
+    records.reserve(count);
+}
+
+void CCropListBuilder::Append(const CInt32CropRect& record)
+{
+    std::vector<CInt32CropRect>& records = List->Records;
+    if (records.size() == records.max_size())
+        throw std::length_error("vector<T> too long");
+    records.push_back(record);
+}
+
+CCropRects* CCropListBuilder::Take()
+{
+    return List.release();
 }
 
 } // namespace vistaTrim

@@ -7,7 +7,8 @@
 
 #include "analysis/picture_analysis.h"
 #include "candidates/random_crop_generator.h"
-#include "candidates/throw_text.h"
+#include "numeric/throw_text.h"
+#include "public/crop_list_builder.h"
 #include "scoring/crop_analyzer.h"
 
 namespace vistaTrim {
@@ -24,15 +25,15 @@ using CellList = std::vector<const CropCell*>;
 // touched only when it is whole.
 void HandOut(const CellList& cells, ICropRects** result)
 {
-    SmartPtr<CCropRects> list(new CCropRects, false);
+    CCropListBuilder list;
     size_t count = 0;
     for (const CropCell* cell : cells)
         count += cell->size();
-    list->Reserve(count);
+    list.Reserve(count);
     for (const CropCell* cell : cells)
         for (const CInt32CropRect& crop : *cell)
-            list->Append(crop);
-    *result = list.release();
+            list.Append(crop);
+    *result = list.Take();
 }
 
 // The cells that GetEnabledGrid would copy, where they stand: a request reads the candidates

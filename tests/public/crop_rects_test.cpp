@@ -6,6 +6,8 @@
 
 #include <gtest/gtest.h>
 
+#include "public/crop_list_builder.h"
+
 namespace vistaTrim {
 namespace {
 
@@ -29,23 +31,24 @@ private:
 
 TEST(CropRects, ListThatNeverHeldARecordHasNoData)
 {
-    CCropRects* list = new CCropRects;
+    CCropListBuilder builder;
+    builder.Reserve(0);
+    CCropRects* list = builder.Take();
     EXPECT_EQ(list->Count(), 0U);
-    EXPECT_EQ(list->Data(), nullptr);
-    list->Reserve(0);
     EXPECT_EQ(list->Data(), nullptr);
     list->Release();
 }
 
 TEST(CropRects, RecordsAreContiguousCopiesInOrder)
 {
-    CCropRects* list = new CCropRects;
+    CCropListBuilder builder;
     for (int i = 0; i < 100; ++i) {
         CInt32CropRect record(i, i + 1, i + 2, i + 3);
         record.Score.MergedScore = i;
-        list->Append(record);
+        builder.Append(record);
         record.Left = -1;
     }
+    CCropRects* list = builder.Take();
     ASSERT_EQ(list->Count(), 100U);
     for (int i = 0; i < 100; ++i) {
         EXPECT_EQ(list->Data()[i].Left, i);
@@ -100,14 +103,15 @@ TEST(SmartPtrOfCropRects, TakingOverAReferenceEndsIt)
 
 TEST(CropRects, MoreThanAListCanHoldIsALengthErrorAndLeavesTheListAsItIs)
 {
-    CCropRects* list = new CCropRects;
-    list->Append(CInt32CropRect(1, 2, 3, 4));
+    CCropListBuilder builder;
+    builder.Append(CInt32CropRect(1, 2, 3, 4));
     try {
-        list->Reserve(SIZE_MAX);
+        builder.Reserve(SIZE_MAX);
         ADD_FAILURE() << "nothing was thrown";
     } catch (const std::length_error& error) {
         EXPECT_STREQ(error.what(), "vector<T> too long");
     }
+    CCropRects* list = builder.Take();
     ASSERT_EQ(list->Count(), 1U);
     EXPECT_EQ(list->Data()[0].Right, 2);
     list->Release();

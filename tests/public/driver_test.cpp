@@ -614,6 +614,69 @@ TEST(Driver, InitializeWithDefaultsStoresTheDefaults)
     DestroyImageObj(image);
 }
 
+const char* const kSmallImageText =
+    "VistaTrim: the image holds fewer pixels than the analysis reads.\n";
+
+// What creating a driver on a black image of this form throws; empty if it throws nothing.
+std::string ThrownByCreation(uint32_t width, uint32_t height, uint32_t channels)
+{
+    const int32_t offsets[4] = {0, 1, 2, 3};
+    IImage* image = CreateImageObj(height, width, channels, offsets, nullptr);
+    const VistaTrimParameters parameters = UsualParameters();
+    std::string text;
+    try {
+        DestroyVistaTrimObj(CreateVistaTrimObj(image, &parameters));
+    } catch (char* thrown) {
+        text = thrown;
+    }
+    DestroyImageObj(image);
+    return text;
+}
+
+TEST(ImageSize, FewerPixelsThanAreReadIsAnError)
+{
+    EXPECT_EQ(ThrownByCreation(320, 240, 3), kSmallImageText);
+    EXPECT_EQ(ThrownByCreation(640, 480, 1), kSmallImageText);
+    EXPECT_EQ(ThrownByCreation(100, 64, 3), kSmallImageText);
+    EXPECT_EQ(ThrownByCreation(1, 1, 3), kSmallImageText);
+    EXPECT_EQ(ThrownByCreation(639, 480, 3), kSmallImageText);
+    EXPECT_EQ(ThrownByCreation(640, 480, 2), kSmallImageText);
+    EXPECT_EQ(ThrownByCreation(640, 480, 0), kSmallImageText);
+    // 2^32 bytes wrap to none.
+    EXPECT_EQ(ThrownByCreation(65536, 65536, 1), kSmallImageText);
+}
+
+TEST(ImageSize, ExactlyThePixelsThatAreReadAreEnough)
+{
+    EXPECT_EQ(ThrownByCreation(640, 48, 3), "");
+    EXPECT_EQ(ThrownByCreation(48, 640, 3), "");
+    EXPECT_EQ(ThrownByCreation(1280, 48, 3), "");
+    // Both are read as 640 x 7 pixels of three bytes, 13,440 in all.
+    EXPECT_EQ(ThrownByCreation(1120, 12, 1), "");              // holds 13,440
+    EXPECT_EQ(ThrownByCreation(1100, 12, 1), kSmallImageText); // holds 13,200
+    EXPECT_EQ(ThrownByCreation(640, 480, 4), "");
+}
+
+// Initialize is the one that may be called on a driver that is ready.
+TEST(Driver, InitializeThatThrowsLeavesTheDriverAsItWas)
+{
+    HostObjects host(640, 96);
+    host.Driver->SetAspectRatioEnabled(1.0, true);
+    host.Driver->AddRectOfInterest(CRectOfInterest(300, 309, 30, 39, true));
+    const std::vector<CInt32CropRect> before = host.Suggestions(SuggestionParameters());
+    VistaTrimParameters parameters = UsualParameters();
+    parameters.NumMaxCropRectsPerSide = 3;
+    IImage* small = MakeTestImage(320, 240);
+    EXPECT_THROW(host.Driver->Initialize(small, parameters), char*);
+    DestroyImageObj(small);
+
+    EXPECT_EQ(host.NumAspectRows(), 7U);
+    EXPECT_EQ(host.Driver->GetParameters().NumMaxCropRectsPerSide, 25U);
+    EXPECT_TRUE(SameRecords(host.Suggestions(SuggestionParameters()), before));
+    // Higher than the first image, which makes it a request for everything.
+    EXPECT_EQ(host.Suggestions(SuggestionParameters(100.0, 97.0, false)).size(), before.size());
+}
+
 // What these leave behind is listed with the leak suppressions.
 
 TEST(DriverAbandonments, ListWithoutRectanglesOffersADefaultRecord)

@@ -1,6 +1,6 @@
 // How the library throws its texts.
-#ifndef VISTATRIM_CANDIDATES_THROW_TEXT_H
-#define VISTATRIM_CANDIDATES_THROW_TEXT_H
+#ifndef VISTATRIM_NUMERIC_THROW_TEXT_H
+#define VISTATRIM_NUMERIC_THROW_TEXT_H
 
 namespace vistaTrim {
 

@@ -1,0 +1,30 @@
+// How the driver makes the lists that it hands out.
+#ifndef VISTATRIM_PUBLIC_CROP_LIST_BUILDER_H
+#define VISTATRIM_PUBLIC_CROP_LIST_BUILDER_H
+
+#include <cstddef>
+
+#include "vistaTrim/crop_rects.h"
+
+namespace vistaTrim {
+
+// Holds the only reference to the list until it is taken.
+class CCropListBuilder {
+public:
+    CCropListBuilder();
+
+    // Makes room for count records, so that appending them moves none. Throws std::length_error
+    // "vector<T> too long" and std::bad_alloc; the list is then as before.
+    void Reserve(size_t count);
+    // Copies the record to the end of the list. Throws as Reserve does.
+    void Append(const CInt32CropRect& record);
+    // The list, with its reference. Once.
+    CCropRects* Take();
+
+private:
+    SmartPtr<CCropRects> List;
+};
+
+} // namespace vistaTrim
+
+#endif
