@@ -39,14 +39,14 @@ static_assert(sizeof(CInt32Rect) == 16 && offsetof(CInt32Rect, Right) == 4 &&
 // The measures of one candidate. Each holds a single-precision value, widened, save
 // MergedScore, which is a double.
 struct VISTATRIM_API Score {
-    bool Scored; // the five measures below are filled; such a record is not scored again
-    double CompositionScore; // 0..1, the fitted composition model
-    double CoverageScore;    // 0..1, share of the picture's content inside
-    double BorderScore;      // 0..1, near 1 when the crop's edges pass through background
-    double PeakScore;        // 0..1, share of the strongest content inside
-    double CentrePeakScore;  // 0..1, the same for the central third of the crop
-    double RoiScore;         // 1 when all soft rectangles of interest are met (or none is given)
-    double MergedScore;      // weighted merge of the rank positions, written by a selection
+    bool Scored = false; // the five measures below are filled; such a record is not scored again
+    double CompositionScore = 0; // 0..1, the fitted composition model
+    double CoverageScore = 0;    // 0..1, share of the picture's content inside
+    double BorderScore = 0;      // 0..1, near 1 when the crop's edges pass through background
+    double PeakScore = 0;        // 0..1, share of the strongest content inside
+    double CentrePeakScore = 0;  // 0..1, the same for the central third of the crop
+    double RoiScore = 1;    // 1 when all soft rectangles of interest are met (or none is given)
+    double MergedScore = 0; // weighted merge of the rank positions, written by a selection
 
     // RoiScore 1, everything else 0 or false.
     Score();

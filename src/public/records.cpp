@@ -11,14 +11,7 @@ CInt32Rect::CInt32Rect(int left, int right, int top, int bottom)
 {
 }
 
-CInt32Rect& CInt32Rect::operator=(const CInt32Rect& other)
-{
-    Left = other.Left;
-    Right = other.Right;
-    Top = other.Top;
-    Bottom = other.Bottom;
-    return *this;
-}
+CInt32Rect& CInt32Rect::operator=(const CInt32Rect& other) = default;
 
 namespace {
 
@@ -40,24 +33,9 @@ bool CInt32Rect::Empty() const
     return Left > Right || Top > Bottom;
 }
 
-Score::Score()
-    : Scored(false), CompositionScore(0), CoverageScore(0), BorderScore(0), PeakScore(0),
-      CentrePeakScore(0), RoiScore(1), MergedScore(0)
-{
-}
+Score::Score() = default;
 
-Score& Score::operator=(const Score& other)
-{
-    Scored = other.Scored;
-    CompositionScore = other.CompositionScore;
-    CoverageScore = other.CoverageScore;
-    BorderScore = other.BorderScore;
-    PeakScore = other.PeakScore;
-    CentrePeakScore = other.CentrePeakScore;
-    RoiScore = other.RoiScore;
-    MergedScore = other.MergedScore;
-    return *this;
-}
+Score& Score::operator=(const Score& other) = default;
 
 CInt32CropRect::CInt32CropRect() : Left(0), Right(0), Top(0), Bottom(0), CoversContent(false)
 {
@@ -68,16 +46,7 @@ CInt32CropRect::CInt32CropRect(int left, int right, int top, int bottom)
 {
 }
 
-CInt32CropRect& CInt32CropRect::operator=(const CInt32CropRect& other)
-{
-    Left = other.Left;
-    Right = other.Right;
-    Top = other.Top;
-    Bottom = other.Bottom;
-    CoversContent = other.CoversContent;
-    Score = other.Score;
-    return *this;
-}
+CInt32CropRect& CInt32CropRect::operator=(const CInt32CropRect& other) = default;
 
 CRectOfInterest::CRectOfInterest() : CRectOfInterest(false)
 {
@@ -98,17 +67,7 @@ CRectOfInterest::CRectOfInterest(const CInt32Rect& rect, bool marked)
 {
 }
 
-CRectOfInterest& CRectOfInterest::operator=(const CRectOfInterest& other)
-{
-    Left = other.Left;
-    Right = other.Right;
-    Top = other.Top;
-    Bottom = other.Bottom;
-    Marked = other.Marked;
-    Enabled = other.Enabled;
-    Kind = other.Kind;
-    return *this;
-}
+CRectOfInterest& CRectOfInterest::operator=(const CRectOfInterest& other) = default;
 
 DoubleInfo::DoubleInfo() : DoubleInfo(0.0, true)
 {
@@ -122,12 +81,7 @@ DoubleInfo::DoubleInfo(double value, bool enabled) : Value(value), Enabled(enabl
 {
 }
 
-DoubleInfo& DoubleInfo::operator=(const DoubleInfo& other)
-{
-    Value = other.Value;
-    Enabled = other.Enabled;
-    return *this;
-}
+DoubleInfo& DoubleInfo::operator=(const DoubleInfo& other) = default;
 
 WeightDistribution::WeightDistribution(double weight1, double weight2, double weight3)
     : WeightDistribution(weight1, weight2, weight3, 0.0, 0.0)
@@ -172,13 +126,6 @@ SuggestionParameters::SuggestionParameters(double cropWidth, double cropHeight, 
 {
 }
 
-SuggestionParameters& SuggestionParameters::operator=(const SuggestionParameters& other)
-{
-    CropWidth = other.CropWidth;
-    CropHeight = other.CropHeight;
-    AspectRatio = other.AspectRatio;
-    DetectFaces = other.DetectFaces;
-    return *this;
-}
+SuggestionParameters& SuggestionParameters::operator=(const SuggestionParameters& other) = default;
 
 } // namespace vistaTrim

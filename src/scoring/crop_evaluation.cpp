@@ -2,17 +2,27 @@
 #include <algorithm>
 #include <cmath>
 #include <cstdint>
+#include <iterator>
 #include <vector>
 
 #include "numeric/summed_area.h"
 #include "scoring/composition_model.h"
 #include "scoring/crop_analyzer.h"
 #include "scoring/descriptor_grids.h"
+#include "scoring/measures.h"
 #include "scoring/rects_of_interest.h"
 
 namespace vistaTrim {
 
 namespace {
+
+constexpr Measure kMeasures[] = {
+    {&Score::CompositionScore, &WeightDistribution::Weight1, 1},
+    {&Score::CoverageScore, &WeightDistribution::Weight2, 2},
+    {&Score::BorderScore, &WeightDistribution::Weight3, 3},
+    {&Score::PeakScore, &WeightDistribution::Weight4, 0},
+    {&Score::CentrePeakScore, &WeightDistribution::Weight5, 0},
+};
 
 constexpr double kMaskWeight = 0.3f;
 constexpr double kColorWeight = 0.3f;
@@ -141,11 +151,8 @@ void MeasureBorders(const CCropAnalyzer& analyzer, const Item* items, size_t cou
 // Nothing can be measured where there is no pixel.
 void LeaveUnmeasured(CInt32CropRect& crop)
 {
-    crop.Score.CompositionScore = 0.0;
-    crop.Score.CoverageScore = 0.0;
-    crop.Score.BorderScore = 0.0;
-    crop.Score.PeakScore = 0.0;
-    crop.Score.CentrePeakScore = 0.0;
+    for (const Measure& measure : kMeasures)
+        crop.Score.*measure.Value = 0.0;
     crop.Score.Scored = true;
 }
 
@@ -253,6 +260,11 @@ void CandidateWalk::MeasureComposition()
 }
 
 } // namespace
+
+MeasureTable Measures()
+{
+    return {std::begin(kMeasures), std::end(kMeasures)};
+}
 
 WorkingRect CCropAnalyzer::ToWorkingRect(const CInt32CropRect& crop) const
 {

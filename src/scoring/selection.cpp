@@ -7,18 +7,19 @@
 
 #include "numeric/cpu_forms.h"
 #include "scoring/crop_analyzer.h"
+#include "scoring/measures.h"
 #include "scoring/rects_of_interest.h"
 
 namespace vistaTrim {
 
 namespace {
 
-constexpr float ClusterOverlap = 0.83f; // crops that overlap more are the same crop
-constexpr float PoolFraction = 0.2f;    // share of the candidates kept once there are many
-constexpr float ClusterShare = 1.0f;    // share of the pool that a cluster may reach into
-constexpr double PoolLimit = 200.0;     // the pool is only cut to more than this
-constexpr double RoiTierFactor = 1000000.0;
-constexpr double CoverTierBonus = 1.0;
+constexpr float kClusterOverlap = 0.83f; // crops that overlap more are the same crop
+constexpr float kPoolFraction = 0.2f;    // share of the candidates kept once there are many
+constexpr float kClusterShare = 1.0f;    // share of the pool that a cluster may reach into
+constexpr double kPoolLimit = 200.0;     // the pool is only cut to more than this
+constexpr double kRoiTierFactor = 1000000.0;
+constexpr double kCoverTierBonus = 1.0;
 
 // Below this many entries a comparison sort is faster.
 constexpr size_t kRadixMinimum = 512;
@@ -110,36 +111,30 @@ std::vector<float> RanksOf(const Survivors& survivors, double Score::*measure)
     return PercentileRanks(std::move(entries), true);
 }
 
-void AddWeighted(std::vector<double>& sums, double weight, const std::vector<float>& ranks)
-{
-    for (size_t i = 0; i < sums.size(); ++i)
-        sums[i] += weight * static_cast<double>(ranks[i]);
-}
-
+// Weighted ranks added up, in the order of the measures.
 void MergeRanks(Survivors& survivors, const WeightDistribution& weights)
 {
-    const std::vector<float> composition = RanksOf(survivors, &Score::CompositionScore);
-    survivors.MergedScores.resize(composition.size());
-    for (size_t i = 0; i < composition.size(); ++i)
-        survivors.MergedScores[i] = weights.Weight1 * static_cast<double>(composition[i]);
-    AddWeighted(survivors.MergedScores, weights.Weight2, RanksOf(survivors, &Score::CoverageScore));
-    AddWeighted(survivors.MergedScores, weights.Weight3, RanksOf(survivors, &Score::BorderScore));
-    // The first three count with any sign; these two only when they are wanted.
-    if (weights.Weight4 > 0)
-        AddWeighted(survivors.MergedScores, weights.Weight4, RanksOf(survivors, &Score::PeakScore));
-    if (weights.Weight5 > 0)
-        AddWeighted(survivors.MergedScores, weights.Weight5,
-                    RanksOf(survivors, &Score::CentrePeakScore));
+    // -0.0, to which a product adds without a change of its sign.
+    survivors.MergedScores.assign(survivors.Records.size(), -0.0);
+    for (const Measure& measure : Measures()) {
+        const double weight = weights.*measure.Weight;
+        if (measure.RankingMode == 0 && !(weight > 0))
+            continue;
+        const std::vector<float> ranks = RanksOf(survivors, measure.Value);
+        for (size_t i = 0; i < ranks.size(); ++i)
+            survivors.MergedScores[i] += weight * static_cast<double>(ranks[i]);
+    }
 }
 
 WeightDistribution WeightsOfMode(const WeightDistribution& weights, int32_t rankingMode)
 {
-    switch (rankingMode) {
-    case 1: return WeightDistribution(weights.Weight1, 0.0, 0.0);
-    case 2: return WeightDistribution(0.0, weights.Weight2, 0.0);
-    case 3: return WeightDistribution(0.0, 0.0, weights.Weight3);
-    default: return weights;
-    }
+    WeightDistribution kept(0.0, 0.0, 0.0);
+    for (const Measure& measure : Measures())
+        if (rankingMode != 0 && measure.RankingMode == rankingMode) {
+            kept.*measure.Weight = weights.*measure.Weight;
+            return kept;
+        }
+    return weights;
 }
 
 // The best of the survivors, best first. Equal keys stand in index order.
@@ -157,14 +152,14 @@ std::vector<int32_t> PoolOf(const Survivors& survivors)
         const CInt32CropRect& crop = *survivors.Records[i];
         double key = survivors.MergedScores[i];
         if (crop.CoversContent)
-            key += CoverTierBonus;
-        key += RoiTierFactor * static_cast<double>(static_cast<float>(crop.Score.RoiScore));
+            key += kCoverTierBonus;
+        key += kRoiTierFactor * static_cast<double>(static_cast<float>(crop.Score.RoiScore));
         entries[i] = {OrderedBits(key), static_cast<int32_t>(i)};
     }
 
     // 0.2f is a little above 0.2: 1000 candidates give just over the limit and fall to 200.
-    const double share = count * static_cast<double>(PoolFraction);
-    const int32_t poolSize = share > PoolLimit ? static_cast<int32_t>(share) : count;
+    const double share = count * static_cast<double>(kPoolFraction);
+    const int32_t poolSize = share > kPoolLimit ? static_cast<int32_t>(share) : count;
     const auto before = [](const SortEntry& a, const SortEntry& b) {
         return a.Key != b.Key ? a.Key > b.Key : a.Index < b.Index;
     };
@@ -217,7 +212,7 @@ VISTATRIM_FORM_BODY void FindMembersBody(const OverlapSide& leader, const double
 {
     for (size_t j = 0; j < count; ++j)
         joins[j] =
-            OverlapOf(leader, left[j], right[j], top[j], bottom[j], area[j]) > ClusterOverlap;
+            OverlapOf(leader, left[j], right[j], top[j], bottom[j], area[j]) > kClusterOverlap;
 }
 
 VISTATRIM_FORMS(FindMembers,
@@ -358,7 +353,7 @@ CCropAnalyzer::SelectTopCropsOfCells(int32_t n, const std::vector<const CropCell
     // Serving goes once through the clusters before it returns to the first, and every cluster
     // has a member for its first turn: with n of them at hand no later one is ever looked at.
     const size_t wanted = n > 0 ? static_cast<size_t>(n) : 0;
-    const float clusterLimit = std::max(1.0f, static_cast<float>(order.size()) * ClusterShare);
+    const float clusterLimit = std::max(1.0f, static_cast<float>(order.size()) * kClusterShare);
     std::vector<std::vector<int32_t>> clusters;
     if (wanted > 0)
         for (Pool pool = MakePool(survivors, order); pool.Count > 0 && clusters.size() < wanted;)
