@@ -4,6 +4,7 @@
 #include <memory>
 #include <vector>
 
+#include "candidates/cells_of_grid.h"
 #include "fuzz_support.h"
 #include "oracle/record_bridge.h"
 #include "oracle/slow_selection.h"
@@ -129,7 +130,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* bytes, size_t count)
         n, slowOracle::FromRecords(grid), mode, index, index, slowOracle::FromRecord(weights),
         slowOracle::FromRecords(analyzer.RectsOfInterest));
     const std::vector<CInt32CropRect>& found =
-        analyzer.SelectTopCrops(n, grid, mode, index, index, weights);
+        analyzer.SelectTopCrops(n, CellsOf(grid, index, index), mode, weights);
 
     Demand(found.size() == expected.Result.size(), "as many crops as the slow selection");
     for (size_t i = 0; i < found.size(); ++i)

@@ -107,13 +107,13 @@ bool RandomCropGenerator::CropRectScaleRatioEnabled(uint32_t scaleIndex) const
     return ScaleTable[scaleIndex].Enabled;
 }
 
-void RandomCropGenerator::FillCell(uint32_t aspectIndex, uint32_t scaleIndex)
+const CropCell& RandomCropGenerator::GenerateCell(uint32_t aspectIndex, uint32_t scaleIndex)
 {
     CropRow& row = CropGrid[aspectIndex];
     if (scaleIndex == row.size())
         row.emplace_back();
     if (!row[scaleIndex].empty())
-        return;
+        return row[scaleIndex];
 
     const double imageWidth = ImageWidth;
     const double imageHeight = ImageHeight;
@@ -174,22 +174,25 @@ void RandomCropGenerator::FillCell(uint32_t aspectIndex, uint32_t scaleIndex)
         }
     }
     row[scaleIndex].swap(cell);
+    return row[scaleIndex];
 }
 
-void RandomCropGenerator::FillAspectRow(uint32_t aspectIndex)
+const CropRow& RandomCropGenerator::GenerateAspectRow(uint32_t aspectIndex)
 {
     if (aspectIndex == CropGrid.size())
         CropGrid.emplace_back();
     CropGrid[aspectIndex].reserve(ScaleTable.size());
     for (uint32_t scaleIndex = 0; scaleIndex < ScaleTable.size(); ++scaleIndex)
-        FillCell(aspectIndex, scaleIndex);
+        GenerateCell(aspectIndex, scaleIndex);
+    return CropGrid[aspectIndex];
 }
 
-void RandomCropGenerator::FillAll()
+const CropGridRows& RandomCropGenerator::GenerateAll()
 {
     CropGrid.reserve(AspectTable.size());
     for (uint32_t aspectIndex = 0; aspectIndex < AspectTable.size(); ++aspectIndex)
-        FillAspectRow(aspectIndex);
+        GenerateAspectRow(aspectIndex);
+    return CropGrid;
 }
 
 void RandomCropGenerator::FindAspectRow(double ratio, uint32_t& aspectIndex)
@@ -207,14 +210,15 @@ void RandomCropGenerator::FindAspectRow(double ratio, uint32_t& aspectIndex)
     AspectTable.emplace_back(ratio, true);
 }
 
-void RandomCropGenerator::FillForAspectRatio(double ratio, uint32_t& aspectIndex)
+const CropRow& RandomCropGenerator::GenerateForAspectRatio(double ratio, uint32_t& aspectIndex)
 {
     FindAspectRow(ratio, aspectIndex);
-    FillAspectRow(aspectIndex);
+    return GenerateAspectRow(aspectIndex);
 }
 
-void RandomCropGenerator::FillForCropSize(double width, double height, uint32_t& aspectIndex,
-                                          uint32_t& scaleIndex)
+const CropCell& RandomCropGenerator::GenerateForCropSize(double width, double height,
+                                                         uint32_t& aspectIndex,
+                                                         uint32_t& scaleIndex)
 {
     const double imageWidth = ImageWidth;
     const double imageHeight = ImageHeight;
@@ -241,83 +245,21 @@ void RandomCropGenerator::FillForCropSize(double width, double height, uint32_t&
         ScaleTable.emplace_back(scale, true);
         row.emplace_back();
     }
-    FillCell(aspectIndex, scaleIndex);
+    return GenerateCell(aspectIndex, scaleIndex);
 }
 
-CropCell RandomCropGenerator::GenerateCell(uint32_t aspectIndex, uint32_t scaleIndex)
+CropCells RandomCropGenerator::GetEnabledCropRects(uint32_t aspectIndex) const
 {
-    FillCell(aspectIndex, scaleIndex);
-    return CropGrid[aspectIndex][scaleIndex];
-}
-
-CropRow RandomCropGenerator::GenerateAspectRow(uint32_t aspectIndex)
-{
-    FillAspectRow(aspectIndex);
-    return CropGrid[aspectIndex];
-}
-
-CropGridRows RandomCropGenerator::GenerateAll()
-{
-    FillAll();
-    return CropGrid;
-}
-
-CropRow RandomCropGenerator::GenerateForAspectRatio(double ratio, uint32_t& aspectIndex)
-{
-    FillForAspectRatio(ratio, aspectIndex);
-    return CropGrid[aspectIndex];
-}
-
-CropCell RandomCropGenerator::GenerateForCropSize(double width, double height,
-                                                  uint32_t& aspectIndex, uint32_t& scaleIndex)
-{
-    FillForCropSize(width, height, aspectIndex, scaleIndex);
-    return CropGrid[aspectIndex][scaleIndex];
-}
-
-const std::vector<CInt32CropRect>& RandomCropGenerator::GetEnabledCropRects(uint32_t aspectIndex)
-{
-    FlatCropRects.clear();
-    Reserve(FlatCropRects, FlatCapacity());
-    const size_t first = aspectIndex == NoIndex ? 0 : aspectIndex;
-    const size_t end = aspectIndex == NoIndex ? CropGrid.size() : first + 1;
-    for (size_t a = first; a < end; ++a) {
-        if (!AspectTable[a].Enabled)
+    CropCells cells;
+    for (size_t a = 0; a < CropGrid.size(); ++a) {
+        if ((aspectIndex != NoIndex && aspectIndex != a) || !AspectTable[a].Enabled)
             continue;
         const CropRow& row = CropGrid[a];
         for (size_t s = 0; s < row.size(); ++s)
             if (ScaleTable[s].Enabled)
-                FlatCropRects.insert(FlatCropRects.end(), row[s].begin(), row[s].end());
+                cells.push_back(&row[s]);
     }
-    return FlatCropRects;
-}
-
-// Room for the most that the density allows. Saturates instead of wrapping: a product past 64
-// bits is past the longest list too.
-uint64_t RandomCropGenerator::FlatCapacity() const
-{
-    const uint64_t cells = static_cast<uint64_t>(ScaleTable.size()) * CropGrid.size();
-    const uint64_t perCell = static_cast<uint64_t>(NumMaxCropRectsPerSide) * NumMaxCropRectsPerSide;
-    if (perCell != 0 && cells > UINT64_MAX / perCell)
-        return UINT64_MAX;
-    return cells * perCell;
-}
-
-CropGridRows RandomCropGenerator::GetEnabledGrid(uint32_t aspectIndex) const
-{
-    CropGridRows grid;
-    const size_t first = aspectIndex == NoIndex ? 0 : aspectIndex;
-    const size_t end = aspectIndex == NoIndex ? CropGrid.size() : first + 1;
-    for (size_t a = first; a < end; ++a) {
-        if (!AspectTable[a].Enabled)
-            continue;
-        grid.emplace_back();
-        const CropRow& row = CropGrid[a];
-        for (size_t s = 0; s < row.size(); ++s)
-            if (ScaleTable[s].Enabled)
-                grid.back().push_back(row[s]);
-    }
-    return grid;
+    return cells;
 }
 
 } // namespace vistaTrim

@@ -28,24 +28,18 @@ public:
     void SetAspectRatioEnabled(double value, bool enabled);
     void SetCropRectScaleRatioEnabled(double value, bool enabled);
 
-    // Each fills what it names and returns a copy of it. The Fill forms below do the same
-    // without the copy, for the driver, which reads the grid instead.
-    CropCell GenerateCell(uint32_t aspectIndex, uint32_t scaleIndex);
-    CropRow GenerateAspectRow(uint32_t aspectIndex);
-    CropGridRows GenerateAll();
-    CropRow GenerateForAspectRatio(double ratio, uint32_t& aspectIndex);
-    CropCell GenerateForCropSize(double width, double height, uint32_t& aspectIndex,
-                                 uint32_t& scaleIndex);
+    // Each fills what it names and returns it where it stands in CropGrid, until the next call that
+    // fills. The last two find the row of a ratio, or append one, and write its index.
+    const CropCell& GenerateCell(uint32_t aspectIndex, uint32_t scaleIndex);
+    const CropRow& GenerateAspectRow(uint32_t aspectIndex);
+    const CropGridRows& GenerateAll();
+    const CropRow& GenerateForAspectRatio(double ratio, uint32_t& aspectIndex);
+    const CropCell& GenerateForCropSize(double width, double height, uint32_t& aspectIndex,
+                                        uint32_t& scaleIndex);
 
-    void FillAll();
-    void FillForAspectRatio(double ratio, uint32_t& aspectIndex);
-    void FillForCropSize(double width, double height, uint32_t& aspectIndex, uint32_t& scaleIndex);
-
-    // Enabled candidates in grid order, of one aspect row or of all (NoIndex). The list is the
-    // generator's and is overwritten by the next call.
-    const std::vector<CInt32CropRect>& GetEnabledCropRects(uint32_t aspectIndex);
-    // The same as a grid of its own; its indices do not correspond to the tables'.
-    CropGridRows GetEnabledGrid(uint32_t aspectIndex) const;
+    // The cells whose aspect row and scale row are both enabled, in grid order, of one aspect row
+    // or of all (NoIndex).
+    CropCells GetEnabledCropRects(uint32_t aspectIndex) const;
 
     bool AspectRatioEnabled(uint32_t aspectIndex) const;
     bool CropRectScaleRatioEnabled(uint32_t scaleIndex) const;
@@ -53,16 +47,12 @@ public:
     CropGridRows CropGrid; // scored in place by the analyzer
 
 private:
-    void FillCell(uint32_t aspectIndex, uint32_t scaleIndex);
-    void FillAspectRow(uint32_t aspectIndex);
     void FindAspectRow(double ratio, uint32_t& aspectIndex);
-    uint64_t FlatCapacity() const;
 
     uint32_t ImageWidth = 0;
     uint32_t ImageHeight = 0;
     std::vector<DoubleInfo> AspectTable;
     std::vector<DoubleInfo> ScaleTable;
-    std::vector<CInt32CropRect> FlatCropRects;
     double RatioTolerance = 0.0; // ratios closer than this are the same row
     uint32_t NumMaxCropRectsPerSide = 0;
 };

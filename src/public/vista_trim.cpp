@@ -19,11 +19,9 @@ namespace {
 [[maybe_unused]] const std::string kResourceFolder = "./data/resource";
 [[maybe_unused]] const std::string kDetectorFolder = "./data/detector";
 
-using CellList = std::vector<const CropCell*>;
-
 // The one way in which a list comes into being: released if an exception passes, and *result is
 // touched only when it is whole.
-void HandOut(const CellList& cells, ICropRects** result)
+void HandOut(const CropCells& cells, ICropRects** result)
 {
     CCropListBuilder list;
     size_t count = 0;
@@ -34,22 +32,6 @@ void HandOut(const CellList& cells, ICropRects** result)
         for (const CInt32CropRect& crop : *cell)
             list.Append(crop);
     *result = list.Take();
-}
-
-// The cells that GetEnabledGrid would copy, where they stand: a request reads the candidates
-// once and needs no copy of its own.
-CellList EnabledCells(const RandomCropGenerator& generator, uint32_t aspectIndex)
-{
-    CellList cells;
-    for (uint32_t a = 0; a < generator.CropGrid.size(); ++a) {
-        if ((aspectIndex != NoIndex && aspectIndex != a) || !generator.AspectRatioEnabled(a))
-            continue;
-        const CropRow& row = generator.CropGrid[a];
-        for (uint32_t s = 0; s < row.size(); ++s)
-            if (generator.CropRectScaleRatioEnabled(s))
-                cells.push_back(&row[s]);
-    }
-    return cells;
 }
 
 // What a driver stores of the parameters that it is given. Without aspect ratios the whole set is
@@ -244,21 +226,22 @@ void VistaTrim::PrepareRequest(const SuggestionParameters& request, uint32_t& as
         throw;
 
     if (request.AspectRatio > 0) {
-        Generator->FillForAspectRatio(request.AspectRatio, aspectIndex);
+        Generator->GenerateForAspectRatio(request.AspectRatio, aspectIndex);
         if (!Generator->AspectRatioEnabled(aspectIndex))
             ThrowText("VistaTrim: input aspect ratio is disabled.\n");
         // Once more: it finds all cells filled, save for a ratio that matches nothing, not even
         // itself (infinity), which gets its own row again.
-        Generator->FillForAspectRatio(request.AspectRatio, aspectIndex);
+        Generator->GenerateForAspectRatio(request.AspectRatio, aspectIndex);
         Analyzer->EvaluateCropRects(Generator->CropGrid, aspectIndex, NoIndex);
     } else if (AsksForCropSize(request)) {
-        Generator->FillForCropSize(request.CropWidth, request.CropHeight, aspectIndex, scaleIndex);
+        Generator->GenerateForCropSize(request.CropWidth, request.CropHeight, aspectIndex,
+                                       scaleIndex);
         if (!Generator->AspectRatioEnabled(aspectIndex) ||
             !Generator->CropRectScaleRatioEnabled(scaleIndex))
             ThrowText("VistaTrim: input aspect ratio or scale ratio is disabled.\n");
         Analyzer->EvaluateCropRects(Generator->CropGrid, aspectIndex, scaleIndex);
     } else {
-        Generator->FillAll();
+        Generator->GenerateAll();
         aspectIndex = 0;
         scaleIndex = 0;
         // Disabled rows too: the flags only decide what is handed out.
@@ -266,14 +249,14 @@ void VistaTrim::PrepareRequest(const SuggestionParameters& request, uint32_t& as
     }
 }
 
-CellList VistaTrim::ChosenCells(const SuggestionParameters& request, uint32_t aspectIndex,
-                                uint32_t scaleIndex) const
+CropCells VistaTrim::ChosenCells(const SuggestionParameters& request, uint32_t aspectIndex,
+                                 uint32_t scaleIndex) const
 {
     if (request.AspectRatio > 0)
-        return EnabledCells(*Generator, aspectIndex);
+        return Generator->GetEnabledCropRects(aspectIndex);
     if (AsksForCropSize(request))
-        return CellList(1, &Generator->CropGrid[aspectIndex][scaleIndex]);
-    return EnabledCells(*Generator, NoIndex);
+        return CropCells(1, &Generator->CropGrid[aspectIndex][scaleIndex]);
+    return Generator->GetEnabledCropRects(NoIndex);
 }
 
 void VistaTrim::ComputeCropSuggestions(ICropRects** result, const SuggestionParameters& request)
@@ -292,10 +275,9 @@ void VistaTrim::GetNTopCropSuggestions(int32_t n, ICropRects** result,
     uint32_t scaleIndex = NoIndex;
     PrepareRequest(request, aspectIndex, scaleIndex);
     // The analyzer keeps its list and overwrites it in the next selection; the host's is a copy.
-    HandOut(
-        CellList(1, &Analyzer->SelectTopCropsOfCells(
-                        n, ChosenCells(request, aspectIndex, scaleIndex), rankingMode, weights)),
-        result);
+    HandOut(CropCells(1, &Analyzer->SelectTopCrops(n, ChosenCells(request, aspectIndex, scaleIndex),
+                                                   rankingMode, weights)),
+            result);
 }
 
 void VistaTrim::EvaluateScores(CInt32CropRect& rect)

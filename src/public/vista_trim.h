@@ -3,7 +3,6 @@
 #define VISTATRIM_PUBLIC_VISTA_TRIM_H
 
 #include <memory>
-#include <vector>
 
 #include "candidates/crop_grid.h"
 #include "vistaTrim/driver.h"
@@ -51,8 +50,8 @@ private:
     void PrepareRequest(const SuggestionParameters& request, uint32_t& aspectIndex,
                         uint32_t& scaleIndex);
     // The cells whose candidates answer a prepared request.
-    std::vector<const CropCell*> ChosenCells(const SuggestionParameters& request,
-                                             uint32_t aspectIndex, uint32_t scaleIndex) const;
+    CropCells ChosenCells(const SuggestionParameters& request, uint32_t aspectIndex,
+                          uint32_t scaleIndex) const;
 
     RandomCropGenerator* Generator; // owned
     IImage* Image;                  // borrowed: outlives the driver, asked for its size; or null

@@ -33,17 +33,11 @@ public:
     void EvaluateCropRects(CropGridRows& grid, uint32_t aspectIndex, uint32_t scaleIndex);
     // Fills the measures of one record inside the image, unless it is Scored.
     void EvaluateCropRect(CInt32CropRect& crop);
-    // At most n crops: one of each cluster in turn, or all in key order when fewer are there. The
-    // list is the analyzer's and is overwritten by the next call.
-    const std::vector<CInt32CropRect>& SelectTopCrops(int32_t n, const CropGridRows& grid,
-                                                      int32_t rankingMode, uint32_t aspectIndex,
-                                                      uint32_t scaleIndex,
-                                                      WeightDistribution weights);
-
-    // The same from a list of cells, so that a request needs no grid of its own.
-    const std::vector<CInt32CropRect>&
-    SelectTopCropsOfCells(int32_t n, const std::vector<const CropCell*>& cells, int32_t rankingMode,
-                          const WeightDistribution& weights);
+    // At most n of the candidates of the cells: one of each cluster in turn, or all that are kept
+    // when those are fewer. The list is the analyzer's and is overwritten by the next call.
+    const std::vector<CInt32CropRect>& SelectTopCrops(int32_t n, const CropCells& cells,
+                                                      int32_t rankingMode,
+                                                      const WeightDistribution& weights);
 
     WorkingRect ToWorkingRect(const CInt32CropRect& crop) const;
     WorkingRect ShrinkAboutCentre(const WorkingRect& rect, float fraction) const;

@@ -86,8 +86,7 @@ struct Survivors {
     }
 };
 
-Survivors CollectSurvivors(const std::vector<const CropCell*>& cells,
-                           const std::vector<CRectOfInterest>& hardRects)
+Survivors CollectSurvivors(const CropCells& cells, const std::vector<CRectOfInterest>& hardRects)
 {
     size_t count = 0;
     for (const CropCell* cell : cells)
@@ -319,24 +318,9 @@ float CropOverlap(const CInt32CropRect& a, const CInt32CropRect& b)
     return OverlapOf(SideOf(a), side.Left, side.Right, side.Top, side.Bottom, side.Area);
 }
 
-const std::vector<CInt32CropRect>&
-CCropAnalyzer::SelectTopCrops(int32_t n, const CropGridRows& grid, int32_t rankingMode,
-                              uint32_t aspectIndex, uint32_t scaleIndex, WeightDistribution weights)
-{
-    // A row without cells, which a grid has when all its scales are disabled, holds no
-    // candidates.
-    std::vector<const CropCell*> cells;
-    for (size_t a = 0; a < grid.size(); ++a)
-        for (size_t s = 0; s < grid[a].size(); ++s)
-            if ((aspectIndex == NoIndex || aspectIndex == a) &&
-                (scaleIndex == NoIndex || scaleIndex == s))
-                cells.push_back(&grid[a][s]);
-    return SelectTopCropsOfCells(n, cells, rankingMode, weights);
-}
-
-const std::vector<CInt32CropRect>&
-CCropAnalyzer::SelectTopCropsOfCells(int32_t n, const std::vector<const CropCell*>& cells,
-                                     int32_t rankingMode, const WeightDistribution& weights)
+const std::vector<CInt32CropRect>& CCropAnalyzer::SelectTopCrops(int32_t n, const CropCells& cells,
+                                                                 int32_t rankingMode,
+                                                                 const WeightDistribution& weights)
 {
     Survivors survivors = CollectSurvivors(cells, HardRects(RectsOfInterest));
     MergeRanks(survivors, WeightsOfMode(weights, rankingMode));

@@ -8,6 +8,7 @@
 
 #include <gtest/gtest.h>
 
+#include "cells_of_grid.h"
 #include "generator_tables.h"
 
 namespace vistaTrim {
@@ -400,26 +401,14 @@ TEST(RandomCropGenerator, DisabledRowsAreEnumeratedButNotHandedOut)
     generator.SetCropRectScaleRatioEnabled(0.4, false);
     EXPECT_EQ(CountAll(generator.GenerateAll()), 14501U);
 
-    const CropGridRows enabled = generator.GetEnabledGrid(NoIndex);
-    ASSERT_EQ(enabled.size(), 5U);
-    for (const CropRow& row : enabled)
-        EXPECT_EQ(row.size(), 6U);
-    ExpectSides(enabled[2].back().at(0), 0, 639, 0, 479); // 4/3 moved up one row
+    const CropCells enabled = generator.GetEnabledCropRects(NoIndex);
+    ASSERT_EQ(enabled.size(), 5U * 6U);
+    // They stand where they are scored.
+    EXPECT_EQ(enabled[0], &generator.CropGrid[kRow64By27][kScale05]);
+    EXPECT_EQ(enabled[2 * 6 + 5], &generator.CropGrid[kRow4By3][kScale10]);
 
-    EXPECT_EQ(generator.GetEnabledCropRects(NoIndex).size(), CountAll(enabled));
     EXPECT_TRUE(generator.GetEnabledCropRects(kRow3By2).empty());
-    EXPECT_TRUE(generator.GetEnabledGrid(kRow3By2).empty());
-    EXPECT_EQ(generator.GetEnabledGrid(kRow4By3).size(), 1U);
-}
-
-TEST(RandomCropGenerator, FlatListIsOverwrittenByTheNextCall)
-{
-    RandomCropGenerator generator = UsualGenerator(640, 480);
-    generator.GenerateAll();
-    const std::vector<CInt32CropRect>& flat = generator.GetEnabledCropRects(NoIndex);
-    EXPECT_EQ(flat.size(), 14501U);
-    EXPECT_EQ(&generator.GetEnabledCropRects(kRow2By3), &flat);
-    EXPECT_LT(flat.size(), 14501U);
+    EXPECT_EQ(generator.GetEnabledCropRects(kRow4By3).size(), 6U);
 }
 
 TEST(RandomCropGenerator, ScaleAboveOneThrowsEachTimeAndLeavesAnEmptyCell)
@@ -500,7 +489,7 @@ TEST(RandomCropGenerator, DensityOfZeroWrapsAndTerminates)
     generator.Initialize(640, 480, UsualAspects(), UsualScales(), 0);
     const size_t count = CountAll(generator.GenerateAll());
     EXPECT_GT(count, 0U);
-    EXPECT_EQ(generator.GetEnabledCropRects(NoIndex).size(), count);
+    EXPECT_EQ(CandidatesOf(generator.GetEnabledCropRects(NoIndex)).size(), count);
 }
 
 TEST(RandomCropGenerator, DensityBeyondTheLongestListIsALengthError)
@@ -513,21 +502,6 @@ TEST(RandomCropGenerator, DensityBeyondTheLongestListIsALengthError)
     ASSERT_EQ(generator.CropGrid[0].size(), 1U);
     EXPECT_TRUE(generator.CropGrid[0][0].empty());
     EXPECT_EQ(OutcomeOfGenerateAll(generator), "vector<T> too long");
-}
-
-TEST(RandomCropGenerator, FlatListBeyondTheLongestIsALengthError)
-{
-    // Enumerating this cell would already ask for N places, so the test fills it by hand; the flat
-    // list asks for N * N.
-    RandomCropGenerator generator =
-        OneCellGenerator(640, 480, 4.0 / 3.0, 1.0, std::numeric_limits<uint32_t>::max());
-    generator.CropGrid = {{{CInt32CropRect(0, 639, 0, 479)}}};
-    try {
-        generator.GetEnabledCropRects(NoIndex);
-        ADD_FAILURE() << "no exception";
-    } catch (const std::length_error& error) {
-        EXPECT_STREQ(error.what(), "vector<T> too long");
-    }
 }
 
 TEST(RandomCropGenerator, DensityBeyondMemoryIsABadAlloc)

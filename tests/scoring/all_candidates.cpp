@@ -22,7 +22,7 @@ void ExpectAllCandidatesAsSlow(const testPictures::Picture& picture)
         std::vector<DoubleInfo>(defaults.AspectRatios, defaults.AspectRatios + 6),
         std::vector<DoubleInfo>(defaults.CropRectScaleRatios, defaults.CropRectScaleRatios + 7),
         defaults.NumMaxCropRectsPerSide);
-    generator.FillAll();
+    generator.GenerateAll();
     const auto analyzer = testPictures::Analyse(picture);
     const slowOracle::ScoringInput in = OracleInput(*analyzer);
 

@@ -176,7 +176,7 @@ TEST(ScoredRequests, ScoresThatStandInTheGridStay)
     RandomCropGenerator generator;
     generator.Initialize(640, 96, {DoubleInfo(1.5), DoubleInfo(3.0)},
                          {DoubleInfo(0.5), DoubleInfo(0.8)}, 9);
-    generator.FillAll();
+    generator.GenerateAll();
     analyzer->EvaluateCropRects(generator.CropGrid, NoIndex, NoIndex);
     for (CropRow& row : generator.CropGrid)
         for (CropCell& cell : row)
@@ -191,10 +191,10 @@ TEST(ScoredRequests, ScoresThatStandInTheGridStay)
     generator.CropGrid[1][0][7].Score.Scored = false; // one that is new among old ones
     const CropGridRows nonsense = generator.CropGrid;
 
-    generator.FillAll();
+    generator.GenerateAll();
     analyzer->EvaluateCropRects(generator.CropGrid, NoIndex, NoIndex);
     uint32_t aspect = NoIndex;
-    generator.FillForAspectRatio(1.5, aspect);
+    generator.GenerateForAspectRatio(1.5, aspect);
     analyzer->EvaluateCropRects(generator.CropGrid, aspect, NoIndex);
 
     for (size_t a = 0; a < 2; ++a)
@@ -229,9 +229,7 @@ TEST(ScoredRequests, ListsOutliveTheDriver)
     EXPECT_TRUE(list->Data()[2].Score.Scored);
 }
 
-// The driver reads the candidates where they stand; the named operations copy a grid of the
-// enabled ones. Both ways must choose alike.
-TEST(ScoredRequests, TheBestAreThoseOfASelectionFromTheEnabledGrid)
+TEST(ScoredRequests, TheBestAreThoseOfASelectionFromTheEnabledCandidates)
 {
     const Picture picture = testPictures::Blobs(640, 320, 5);
     Session session(picture);
@@ -254,27 +252,27 @@ TEST(ScoredRequests, TheBestAreThoseOfASelectionFromTheEnabledGrid)
             EXPECT_TRUE(SameRecord(list.Data()[i], expected[i]));
     };
 
-    generator.FillAll();
+    generator.GenerateAll();
     analyzer->EvaluateCropRects(generator.CropGrid, NoIndex, NoIndex);
     for (const int32_t mode : {0, 1, 2, 3, 4}) {
         const List best = session.Best(10, SuggestionParameters(), mode);
         EXPECT_EQ(best->Count(), 10u);
-        expectSame(*best, analyzer->SelectTopCrops(10, generator.GetEnabledGrid(NoIndex), mode,
-                                                   NoIndex, NoIndex, weights));
+        expectSame(*best, analyzer->SelectTopCrops(10, generator.GetEnabledCropRects(NoIndex), mode,
+                                                   weights));
     }
 
     uint32_t aspect = NoIndex;
     uint32_t scale = NoIndex;
-    generator.FillForAspectRatio(1.25, aspect);
+    generator.GenerateForAspectRatio(1.25, aspect);
     analyzer->EvaluateCropRects(generator.CropGrid, aspect, NoIndex);
     expectSame(*session.Best(7, SuggestionParameters(1.25, false)),
-               analyzer->SelectTopCrops(7, generator.GetEnabledGrid(aspect), 0, NoIndex, NoIndex,
-                                        weights));
+               analyzer->SelectTopCrops(7, generator.GetEnabledCropRects(aspect), 0, weights));
 
-    generator.FillForCropSize(200, 100, aspect, scale);
+    generator.GenerateForCropSize(200, 100, aspect, scale);
     analyzer->EvaluateCropRects(generator.CropGrid, aspect, scale);
-    expectSame(*session.Best(4, SuggestionParameters(200, 100, false)),
-               analyzer->SelectTopCrops(4, generator.CropGrid, 0, aspect, scale, weights));
+    expectSame(
+        *session.Best(4, SuggestionParameters(200, 100, false)),
+        analyzer->SelectTopCrops(4, CropCells(1, &generator.CropGrid[aspect][scale]), 0, weights));
 }
 
 TEST(ScoredRequests, DisabledRatiosAreScoredButNotServed)

@@ -7,6 +7,7 @@
 
 #include <gtest/gtest.h>
 
+#include "candidates/cells_of_grid.h"
 #include "oracle/slow_selection.h"
 #include "scoring/crop_analyzer.h"
 #include "scoring/scoring_test_support.h"
@@ -27,7 +28,7 @@ protected:
                                               int32_t rankingMode = 0,
                                               const WeightDistribution& weights = Even())
     {
-        return Analyzer->SelectTopCrops(n, grid, rankingMode, NoIndex, NoIndex, weights);
+        return Analyzer->SelectTopCrops(n, CellsOf(grid), rankingMode, weights);
     }
 
     static WeightDistribution Even()
@@ -376,7 +377,7 @@ TEST_F(Selecting, TheGridsRecordsAreLeftAlone)
         EXPECT_TRUE(SameRecord(grid[0][0][i], before[0][0][i]));
 }
 
-TEST_F(Selecting, IndicesChooseTheStretchOfTheGrid)
+TEST_F(Selecting, OnlyTheGivenCellsTakePart)
 {
     CropGridRows grid(2, CropRow(2));
     int left = 0;
@@ -386,7 +387,7 @@ TEST_F(Selecting, IndicesChooseTheStretchOfTheGrid)
             left += 20;
         }
     const auto lefts = [&](uint32_t aspect, uint32_t scale) {
-        return Lefts(Analyzer->SelectTopCrops(9, grid, 0, aspect, scale, Even()));
+        return Lefts(Analyzer->SelectTopCrops(9, CellsOf(grid, aspect, scale), 0, Even()));
     };
     EXPECT_EQ(lefts(1, NoIndex).size(), 2u);
     EXPECT_EQ(lefts(1, 0), (std::vector<int>{40}));
@@ -538,7 +539,7 @@ TEST_P(SelectionAgainstSlow, ListsAgreeRecordByRecord)
                 slowOracle::SelectTopCrops(n, slowGrid, mode, slowOracle::kNoIndex,
                                            slowOracle::kNoIndex, slowWeights, slowRects);
             slow.DependsOnTies ? ++tied : ++clear;
-            const auto& fast = analyzer->SelectTopCrops(n, grid, mode, NoIndex, NoIndex, weights);
+            const auto& fast = analyzer->SelectTopCrops(n, CellsOf(grid), mode, weights);
             ASSERT_EQ(fast.size(), slow.Result.size()) << "n " << n << " mode " << mode;
             for (size_t i = 0; i < fast.size(); ++i)
                 ASSERT_TRUE(SameAsSlow(fast[i], slow.Result[i])) << "n " << n << " at " << i;
