@@ -26,6 +26,10 @@ install(FILES
 file(RELATIVE_PATH PC_PREFIX_FROM_PCDIR
     ${CMAKE_INSTALL_FULL_LIBDIR}/pkgconfig ${CMAKE_INSTALL_PREFIX})
 string(REGEX REPLACE "/$" "" PC_PREFIX_FROM_PCDIR "${PC_PREFIX_FROM_PCDIR}")
+set(linearAlgebraPackages "")
+if(VISTATRIM_LINEAR_ALGEBRA STREQUAL "blas")
+    set(linearAlgebraPackages "openblas, lapacke")
+endif()
 configure_file(${PROJECT_SOURCE_DIR}/cmake/VistaTrimEngine.pc.in
     ${PROJECT_BINARY_DIR}/VistaTrimEngine.pc @ONLY)
 install(FILES ${PROJECT_BINARY_DIR}/VistaTrimEngine.pc DESTINATION ${pkgConfigDir})

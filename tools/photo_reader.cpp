@@ -6,14 +6,15 @@
 #include <cstring>
 #include <stdexcept>
 
-#include <cblas.h>
-
 // libvips's headers trigger our warnings.
 #pragma GCC diagnostic push
 #pragma GCC diagnostic ignored "-Wconversion"
 #pragma GCC diagnostic ignored "-Wshadow"
 #include <vips/vips8>
 #pragma GCC diagnostic pop
+
+// OpenBLAS' own call: null without it.
+extern "C" void openblas_set_num_threads(int count) __attribute__((weak));
 
 namespace {
 
@@ -27,7 +28,8 @@ void StartPhotoReader(const char* programName)
         throw std::runtime_error("cannot start libvips: " + std::string(vips_error_buffer()));
     // A tool runs a driver on each of its threads; libraries that start more would compete with
     // them.
-    openblas_set_num_threads(1);
+    if (openblas_set_num_threads != nullptr)
+        openblas_set_num_threads(1);
     vips_concurrency_set(1);
     vips_cache_set_max(0);
 }

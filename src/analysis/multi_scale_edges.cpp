@@ -97,7 +97,7 @@ void ComputeMultiScaleEdges(const CPlaneStack& source, CPlaneStack& out, bool no
         fullEdges.WrapPlaneOnly(source.Cols, source.Rows, edgeBuffer);
 
         SumGradients(scaled, edgeBuffer, planeEdgeBuffer);
-        MeasureAndNormalise(edgeBuffer, count);
+        NormalisePlane(edgeBuffer, count);
         if (normaliseRows)
             NormaliseRowsBySum(smallEdges);
         SmoothStack(smallEdges, smallSmoothed, 0.5);
@@ -108,12 +108,12 @@ void ComputeMultiScaleEdges(const CPlaneStack& source, CPlaneStack& out, bool no
         // keep the lower strength that smoothing and resizing left them, so edges at the very
         // top of a picture weigh more, with a seam in the middle of a row. The fitted model of
         // composition has learnt from maps of this kind.
-        MeasureAndNormalise(edgeBuffer, count);
+        NormalisePlane(edgeBuffer, count);
         VectorAdd(out.ElementCount, sum, edgeBuffer, sum);
     }
 
     if (normaliseOutput)
-        MeasureAndNormalise(sum, out.ElementCount);
+        NormalisePlane(sum, out.ElementCount);
 }
 
 void NormaliseRowsBySum(CPlaneStack& stack)

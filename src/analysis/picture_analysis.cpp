@@ -86,7 +86,7 @@ void CleanEdgeMap(CFloatMatrix& edgeMap)
     ThresholdAtFraction(edgeMap, 0.1f);
     CPlaneStack edgeStack; // the same storage, seen as a stack
     edgeStack.WrapPlane(int32_t(edgeMap.Cols), int32_t(edgeMap.Rows), edgeMap.Data);
-    MeasureAndNormalise(edgeMap.Data, int32_t(edgeMap.Count));
+    NormalisePlane(edgeMap.Data, int32_t(edgeMap.Count));
 
     // Each row is divided by its own sum of edges: a row of foliage or brickwork is damped, and
     // the lone outline in a quiet row comes forward.
@@ -98,7 +98,7 @@ void CleanEdgeMap(CFloatMatrix& edgeMap)
     ErodeBox(edgeMap, kErodeSize);
     DilateBox(edgeMap, kDilateSize);
     CentreWeightColumns(edgeMap);
-    MeasureAndNormalise(edgeMap.Data, int32_t(edgeMap.Count));
+    NormalisePlane(edgeMap.Data, int32_t(edgeMap.Count));
 }
 
 // The first cache line that begins in the storage.

@@ -29,70 +29,48 @@ float StripSum(const float* table, int64_t stride, const CStripRect& strip)
     return static_cast<float>(lastLast + firstFirst - firstLast - lastFirst);
 }
 
-struct GroupTotal {
-    float Sum;
-    float Area;
-};
-
 // Both running totals are floats, rounded at every strip.
-GroupTotal SumGroup(const float* table, int64_t stride, const StripGroup& group)
+float SumGroup(const float* table, int64_t stride, const StripGroup& group)
 {
-    GroupTotal total = {0.0f, 0.0f};
-    for (const CStripRect& strip : group) {
-        total.Sum += StripSum(table, stride, strip);
-        total.Area += static_cast<float>(strip.Area);
-    }
-    return total;
+    float sum = 0.0f;
+    for (const CStripRect& strip : group)
+        sum += StripSum(table, stride, strip);
+    return sum;
 }
 
-// Pixels measured against both models before the next ones: a few rows, which stay in the cache.
-constexpr int32_t kBlock = 2048;
+float AreaOfGroup(const StripGroup& group)
+{
+    float area = 0.0f;
+    for (const CStripRect& strip : group)
+        area += static_cast<float>(strip.Area);
+    return area;
+}
 
-// The model of one group, ready to measure pixels by.
-CDistanceModel ModelOfGroup(const CPlaneStack& stack, const StripGroup& group)
+// The distance of every pixel from the model of one group.
+void MeasureGroup(const CPlaneStack& stack, CPlaneStack& out, const StripGroup& group,
+                  bool normalise)
 {
     COwnedStack mean;
     COwnedStack covariance;
     mean.Create(1, stack.PlaneCount, 1);
     covariance.Create(1, stack.PlaneCount, stack.PlaneCount);
     ComputeStripStatistics(stack, mean, covariance, group);
-    return CDistanceModel(mean, covariance, stack.PlaneCount == 1);
+    if (stack.PlaneCount == 1)
+        ComputeScalarDistanceMap(stack, out, mean, covariance, normalise);
+    else
+        ComputeMahalanobisMap(stack, out, mean, covariance, normalise);
 }
 
-// The distance maps of both models and their sum as the plain form has it (ComputeMahalanobisMap
-// or ComputeScalarDistanceMap twice, AddPlanes, NormalisePlane), to the bit, but block by block
-// and with no plane in between: the first touch of such planes costs more than the arithmetic.
-// The two distances are added as they come, each with its natural weight; only their sum is
-// brought to 0..1.
+// The two distances are added with their natural weights; only their sum is brought to 0..1.
 void ComputeAnchoredContrast(const CPlaneStack& stack, CPlaneStack& out, const StripGroup& anchor,
                              const StripGroup& rest)
 {
-    CDistanceModel anchorModel = ModelOfGroup(stack, anchor);
-    CDistanceModel restModel = ModelOfGroup(stack, rest);
-    std::vector<float> restDistance(kBlock);
-    CPlaneRange range;
-
-    for (int32_t first = 0; first < stack.ElementCount; first += kBlock) {
-        const int32_t count = std::min(stack.ElementCount - first, kBlock);
-        float* const distance = out.Planes[0] + first;
-        anchorModel.Measure(stack, first, count, distance);
-        restModel.Measure(stack, first, count, restDistance.data());
-        VectorAdd(count, distance, restDistance.data(), distance);
-        range.Include(distance, count);
-    }
-    NormaliseMeasuredPlane(out.Planes[0], out.ElementCount, range);
-}
-
-void ComputeSideContrast(const CPlaneStack& stack, CPlaneStack& out, const CStripRect& strip)
-{
-    CDistanceModel model = ModelOfGroup(stack, {strip});
-    CPlaneRange range;
-    for (int32_t first = 0; first < stack.ElementCount; first += kBlock) {
-        const int32_t count = std::min(stack.ElementCount - first, kBlock);
-        model.Measure(stack, first, count, out.Planes[0] + first);
-        range.Include(out.Planes[0] + first, count);
-    }
-    NormaliseMeasuredPlane(out.Planes[0], out.ElementCount, range);
+    COwnedStack restDistance;
+    restDistance.Create(1, stack.Cols, stack.Rows);
+    MeasureGroup(stack, out, anchor, false);
+    MeasureGroup(stack, restDistance, rest, false);
+    AddPlanes(out, restDistance, 1.0f);
+    NormalisePlane(out.Planes[0], out.ElementCount);
 }
 
 } // namespace
@@ -127,40 +105,42 @@ void ComputeBottomContrast(const CPlaneStack& stack, CPlaneStack& out, float fra
 void ComputeSideContrasts(const CPlaneStack& stack, CPlaneStack outs[4], float fraction)
 {
     const BorderStrips strips = MakeBorderStrips(stack.Cols, stack.Rows, fraction);
-    ComputeSideContrast(stack, outs[0], strips.Top);
-    ComputeSideContrast(stack, outs[1], strips.Bottom);
-    ComputeSideContrast(stack, outs[2], strips.Left);
-    ComputeSideContrast(stack, outs[3], strips.Right);
+    const CStripRect sides[4] = {strips.Top, strips.Bottom, strips.Left, strips.Right};
+    for (size_t side = 0; side < 4; ++side)
+        MeasureGroup(stack, outs[side], {sides[side]}, true);
 }
 
 void ComputeStripStatistics(const CPlaneStack& stack, CPlaneStack& mean, CPlaneStack& covariance,
                             std::vector<CStripRect> group)
 {
     const int64_t stride = int64_t(stack.Cols) + 1;
-    const int32_t n = stack.PlaneCount;
-    float* const means = mean.Planes[0];
-    float* const covariances = covariance.Planes[0];
+    std::vector<float> sums;
+    for (const auto* tables : {&stack.PlaneTables, &stack.PairTables})
+        for (const float* table : *tables)
+            sums.push_back(SumGroup(table, stride, group));
+    StatisticsOfSums(stack.PlaneCount, sums.data(), AreaOfGroup(group), mean.Planes[0],
+                     covariance.Planes[0]);
+}
 
-    for (int32_t plane = 0; plane < n; ++plane) {
-        const GroupTotal total = SumGroup(stack.PlaneTables[size_t(plane)], stride, group);
-        means[plane] = total.Sum / total.Area;
-    }
+void StatisticsOfSums(int32_t planes, const float* sums, float area, float* means,
+                      float* covariances)
+{
+    for (int32_t plane = 0; plane < planes; ++plane)
+        means[plane] = *sums++ / area;
 
     // The mean of the products less the product of the means, in one step: no n - 1, and no
     // clamp. Float tables of large flat strips can make a variance slightly negative; the
     // regulariser of the distance absorbs that.
-    size_t pair = 0;
-    for (int32_t i = 0; i < n; ++i)
-        for (int32_t j = i; j < n; ++j) {
-            const GroupTotal total = SumGroup(stack.PairTables[pair], stride, group);
-            covariances[i * n + j] =
-                static_cast<float>(double(total.Sum) / total.Area - double(means[i]) * means[j]);
-            ++pair;
+    for (int32_t i = 0; i < planes; ++i)
+        for (int32_t j = i; j < planes; ++j) {
+            const double moment = double(*sums++) / double(area);
+            covariances[i * planes + j] =
+                static_cast<float>(moment - double(means[i]) * double(means[j]));
         }
 
-    for (int32_t a = 1; a < n; ++a)
+    for (int32_t a = 1; a < planes; ++a)
         for (int32_t b = 0; b < a; ++b)
-            covariances[a * n + b] = covariances[b * n + a];
+            covariances[a * planes + b] = covariances[b * planes + a];
 }
 
 } // namespace vistaTrim

@@ -3,9 +3,8 @@
 #include <cmath>
 #include <cstring>
 
-#include <cblas.h>
-
 #include "numeric/cpu_forms.h"
+#include "numeric/linear_algebra.h"
 
 namespace vistaTrim {
 
@@ -107,25 +106,6 @@ VISTATRIM_FORM_BODY void ShiftAndScaleBody(float* x, int32_t n, float shift, flo
 VISTATRIM_FORMS(ShiftAndScale, (float* x, int32_t n, float shift, float scale),
                 (x, n, shift, scale))
 
-// The elements of smallest and of largest absolute value.
-struct Extremes {
-    float Smallest;
-    float Largest;
-};
-
-Extremes FindExtremes(const float* x, int32_t n, const CPlaneRange& range)
-{
-    if (range.Highest <= kInfinityBits && n > 0) {
-        // All that the analysis has: one pass where the library takes two long ones.
-        Extremes extremes;
-        std::memcpy(&extremes.Smallest, &range.Lowest, sizeof(float));
-        std::memcpy(&extremes.Largest, &range.Highest, sizeof(float));
-        return extremes;
-    }
-    // Somewhere is a sign or a NaN.
-    return {x[cblas_isamin(n, x, 1)], x[cblas_isamax(n, x, 1)]};
-}
-
 } // namespace
 
 void CPlaneRange::Include(const float* x, int32_t n)
@@ -140,7 +120,11 @@ float LargestElement(const float* x, int32_t n)
 {
     CPlaneRange seen;
     seen.Include(x, n);
-    return FindExtremes(x, n, seen).Largest;
+    if (n < 1 || seen.Highest > kInfinityBits)
+        return x[linearAlgebra::IndexOfLargest(n, x)];
+    float largest;
+    std::memcpy(&largest, &seen.Highest, sizeof(float));
+    return largest;
 }
 
 void VectorAbs(int32_t n, const float* a, float* y)
@@ -207,33 +191,46 @@ float ScaleOfRange(float range)
     return static_cast<float>(1.0 / static_cast<double>(range));
 }
 
+// Both extremes by absolute value and both before the array changes. Data of mixed sign does not
+// come out as 0..1.
+void NormaliseOddPlane(float* x, int32_t n)
+{
+    const int32_t iMax = linearAlgebra::IndexOfLargest(n, x);
+    const int32_t iMin = linearAlgebra::IndexOfSmallest(n, x);
+    AddConstant(x, n, -x[iMin]);
+    linearAlgebra::ScaleArray(n, ScaleOfRange(x[iMax] - x[iMin]), x);
+}
+
 } // namespace
 
-void NormalisePlane(float* x, int32_t n)
+bool CPlaneRange::IsOrdinary() const
 {
-    // Both by absolute value and both before the array changes: for the non-negative maps of the
-    // analysis the true extremes. Data of mixed sign does not come out as 0..1.
-    const size_t iMax = cblas_isamax(n, x, 1);
-    const size_t iMin = cblas_isamin(n, x, 1);
-    AddConstant(x, n, -x[iMin]);
-    cblas_sscal(n, ScaleOfRange(x[iMax] - x[iMin]), x, 1);
+    return Highest < kInfinityBits;
+}
+
+CNormalisation::CNormalisation(const CPlaneRange& seen)
+{
+    float smallest;
+    float largest;
+    std::memcpy(&smallest, &seen.Lowest, sizeof(float));
+    std::memcpy(&largest, &seen.Highest, sizeof(float));
+    Shift = -smallest;
+    const float shifted = largest + Shift;
+    Scale = ScaleOfRange(shifted - (smallest + Shift));
+    Largest = shifted * Scale;
 }
 
 void NormaliseMeasuredPlane(float* x, int32_t n, const CPlaneRange& seen)
 {
-    // A sign, a NaN or an infinity: the plain form knows what to make of them.
-    if (n < 1 || seen.Highest >= kInfinityBits) {
-        NormalisePlane(x, n);
+    if (n < 1 || !seen.IsOrdinary()) {
+        NormaliseOddPlane(x, n);
         return;
     }
-    const Extremes extremes = FindExtremes(x, n, seen);
-    const float shift = -extremes.Smallest;
-    const float largest = extremes.Largest + shift;
-    const float smallest = extremes.Smallest + shift;
-    ShiftAndScale(x, n, shift, ScaleOfRange(largest - smallest));
+    const CNormalisation normalisation(seen);
+    ShiftAndScale(x, n, normalisation.Shift, normalisation.Scale);
 }
 
-void MeasureAndNormalise(float* x, int32_t n)
+void NormalisePlane(float* x, int32_t n)
 {
     CPlaneRange seen;
     seen.Include(x, n);
@@ -242,7 +239,7 @@ void MeasureAndNormalise(float* x, int32_t n)
 
 void AddPlanes(CPlaneStack& target, const CPlaneStack& source, float alpha)
 {
-    cblas_saxpy(source.ElementCount, alpha, source.Planes[0], 1, target.Planes[0], 1);
+    linearAlgebra::AddScaled(source.ElementCount, alpha, source.Planes[0], target.Planes[0]);
 }
 
 void MultiplyPlanes(CPlaneStack& target, const CPlaneStack& a, const CPlaneStack& b)

@@ -21,8 +21,7 @@ void VectorPowScalar(int32_t n, const float* a, float b, float* y);
 void AddConstant(float* x, int32_t n, float c);
 void OffsetPlane(const float* src, float* dst, int32_t count, float value);
 
-// The element that cblas_isamax finds: of largest absolute value, the first of equal ones; x[0]
-// if n is below 1.
+// The element of largest absolute value, the first of equal ones; x[0] if n is below 1.
 float LargestElement(const float* x, int32_t n);
 
 // Moves x in place so that its smallest element becomes 0 and its largest 1; a range below
@@ -33,15 +32,23 @@ void NormalisePlane(float* x, int32_t n);
 struct CPlaneRange {
     void Include(const float* x, int32_t n);
 
+    // False if a sign, a NaN or an infinity was among what was included.
+    bool IsOrdinary() const;
+
     // Bits of floats: those that are not negative stand in the order of their bits.
     uint32_t Lowest = UINT32_MAX;
     uint32_t Highest = 0;
 };
-// NormalisePlane to the bit, spared the search and one of the two passes: seen has included
-// exactly the n elements of x.
+// What NormalisePlane does to each element: x = (x + Shift) * Scale, rounded twice.
+struct CNormalisation {
+    explicit CNormalisation(const CPlaneRange& seen); // which is ordinary
+
+    float Shift;
+    float Scale;
+    float Largest; // what the largest element becomes
+};
+// NormalisePlane without the search: seen has included exactly the n elements of x.
 void NormaliseMeasuredPlane(float* x, int32_t n, const CPlaneRange& seen);
-// NormalisePlane to the bit, in two passes instead of four.
-void MeasureAndNormalise(float* x, int32_t n);
 
 // First plane of target += alpha * first plane of source.
 void AddPlanes(CPlaneStack& target, const CPlaneStack& source, float alpha);

@@ -1,11 +1,11 @@
 #include "scoring/composition_model.h"
 
 #include <algorithm>
-#include <cblas.h>
 #include <cmath>
 #include <iterator>
 
 #include "numeric/cpu_forms.h"
+#include "numeric/linear_algebra.h"
 #include "numeric/summed_area.h"
 #include "numeric/vector_ops.h"
 #include "scoring/composition_coefficients.h"
@@ -289,7 +289,8 @@ float ScoreDescriptor(float* descriptor)
 {
     VectorSub(kDescriptorSize, descriptor, DescriptorMean, descriptor);
     VectorMul(kDescriptorSize, descriptor, DescriptorScale, descriptor);
-    return MapModelOutput(cblas_sdot(kDescriptorSize, descriptor, 1, DescriptorWeights, 1));
+    return MapModelOutput(
+        linearAlgebra::DotProduct(kDescriptorSize, descriptor, DescriptorWeights));
 }
 
 bool CCropAnalyzer::ReadDescriptor(const CInt32CropRect& crop, float* descriptor) const

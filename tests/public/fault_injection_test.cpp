@@ -13,7 +13,6 @@
 #include <string>
 #include <vector>
 
-#include <cblas.h>
 #include <sys/resource.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -23,7 +22,11 @@
 #include "analysis/distance_maps.h"
 #include "host_objects.h"
 #include "numeric/kernel_test_support.h"
+#include "numeric/linear_algebra.h"
 #include "whole_process_allocator.h"
+
+// OpenBLAS' own call: null without it.
+extern "C" void openblas_set_num_threads(int count) __attribute__((weak));
 
 namespace vistaTrim {
 namespace {
@@ -118,7 +121,8 @@ protected:
     {
         // One thread, so that what is the n-th allocation stays so, and one run of everything, so
         // that what libraries keep for good is there already.
-        openblas_set_num_threads(1);
+        if (openblas_set_num_threads != nullptr)
+            openblas_set_num_threads(1);
         HostObjects warm(640, 64, parameters);
         warm.BestCrops(4, SuggestionParameters());
         std::cerr << "" << std::flush;
@@ -191,6 +195,8 @@ protected:
 // gives or refuses: nothing that is not tested for is left.
 TEST_F(FaultInjection, NoAllocationOfADriverEndsTheProcess)
 {
+    if (!kFixedOrder)
+        GTEST_SKIP() << "with BLAS some planes do not fit into the tables' storage";
     for (const auto& [cols, rows] : {std::pair(640U, 64U), std::pair(64U, 640U)}) {
         IImage* image = MakeTestImage(cols, rows);
         IVistaTrim* driver = CreateVistaTrimObj(image, &parameters);
@@ -217,42 +223,12 @@ TEST_F(FaultInjection, NoAllocationOfADriverEndsTheProcess)
     }
 }
 
-// The borders of the tables are more than the picture here: some planes come from the heap.
-TEST_F(FaultInjection, OfAThinPictureOnlyAPlaneFromTheHeapEndsTheProcess)
+TEST_F(FaultInjection, NoPlaneOfAnySizeComesFromTheHeap)
 {
-    IImage* image = MakeTestImage(640, 2);
-    IVistaTrim* driver = CreateVistaTrimObj(image, &parameters);
-    const std::vector<CInt32CropRect> expected = Best(driver);
-    DestroyVistaTrimObj(driver);
-
-    size_t aligned = 0;
-    const size_t allocations = AllocationsOfADriver(image, &aligned);
-    ASSERT_GT(aligned, 0U);
-    std::map<int, size_t> endings;
-    for (size_t k = 1; k <= allocations; ++k) {
-        const Outcome outcome = InChild([&] { return CreateWithFault(image, k, expected); });
-        ++endings[outcome.Ended];
-        // A gradient without its scratch is taken in steps and comes out the same.
-        if (outcome.Ended != ThrewBadAlloc && outcome.Ended != RanThrough &&
-            outcome.Ended != Faulted)
-            ADD_FAILURE() << "allocation " << k << " ended " << outcome.Ended << ": "
-                          << outcome.Errors;
-    }
-    EXPECT_EQ(endings[Faulted] + endings[RanThrough], aligned);
-    EXPECT_GT(endings[Faulted], 0U);
-    std::printf(
-        "driver of 640 x 2: %zu allocations, %zu throw std::bad_alloc, %zu end the process, "
-        "%zu change nothing\n",
-        allocations, endings[ThrewBadAlloc], endings[Faulted], endings[RanThrough]);
-    DestroyImageObj(image);
-}
-
-// What the thin pictures lack ends with the 17th row or column: a host that keeps narrower ones
-// out has a driver whose every allocation throws.
-TEST_F(FaultInjection, FromAShorterSideOf17NoPlaneComesFromTheHeap)
-{
+    if (!kFixedOrder)
+        GTEST_SKIP() << "with BLAS some planes do not fit into the tables' storage";
     std::vector<uint32_t> sides = {100, 360, 480, 640};
-    for (uint32_t side = 17; side <= 64; ++side)
+    for (uint32_t side = 1; side <= 64; ++side)
         sides.push_back(side);
     const auto fromTheHeap = [&](uint32_t cols, uint32_t rows) {
         IImage* image = MakeTestImage(cols, rows);
@@ -265,7 +241,6 @@ TEST_F(FaultInjection, FromAShorterSideOf17NoPlaneComesFromTheHeap)
         EXPECT_EQ(fromTheHeap(640, side), 0U) << "640 x " << side;
         EXPECT_EQ(fromTheHeap(side, 640), 0U) << side << " x 640";
     }
-    EXPECT_GT(fromTheHeap(640, 16), 0U);
 }
 
 // The list of rectangles of interest is the last thing that is made for a driver: parameters,
@@ -312,7 +287,7 @@ TEST_F(FaultInjection, AlignedMemoryDegradesAKernelOrEndsTheProcessAtAPlane)
         asked = none.Asked;
         EXPECT_EQ(none.Live, 0);
     }
-    ASSERT_GT(asked, 50);
+    ASSERT_GT(asked, 30);
     std::map<int, int> endings;
     std::set<std::string> messages;
     for (int k = 0; k < asked; ++k) {
@@ -417,8 +392,8 @@ TEST_F(FaultInjection, ImageThrowsAndAScoredRectangleNeedsNoMemory)
     EXPECT_TRUE(rect.Score.Scored);
 }
 
-// The inversion goes through LAPACKE in column order, which needs no copy of the matrix, and the
-// product takes its buffers from the BLAS library's pool.
+// Our own linear algebra needs no memory. With BLAS the inversion goes through LAPACKE in column
+// order, which needs no copy of the matrix, and the product takes its buffers from BLAS's pool.
 TEST_F(FaultInjection, LinearAlgebraAsksTheHeapForNothing)
 {
     const float covariance[9] = {90, 20, 10, 20, 80, 5, 10, 5, 70};
@@ -431,8 +406,7 @@ TEST_F(FaultInjection, LinearAlgebraAsksTheHeapForNothing)
     std::vector<float> a(3 * 512, 1.0f);
     std::vector<float> product(3 * 512);
     StartCounting(0);
-    cblas_ssymm(CblasColMajor, CblasRight, CblasLower, 512, 3, 1.0f, inverse, 3, a.data(), 512,
-                0.0f, product.data(), 512);
+    linearAlgebra::MultiplyBySymmetric(512, 3, inverse, a.data(), product.data());
     EXPECT_EQ(StopCounting().Asked, 0U);
     EXPECT_NE(product[0], 0.0f);
 }

@@ -19,14 +19,15 @@ namespace {
 long dotProducts = 0; // that anybody asked of the linear algebra
 } // namespace
 
+// Stands in for DotProduct of the linear algebra in use.
 extern "C" {
-float __real_cblas_sdot(int n, const float* x, int strideX, const float* y, int strideY);
-float __wrap_cblas_sdot(int n, const float* x, int strideX, const float* y, int strideY);
+float VISTATRIM_REAL_DOT_PRODUCT(int32_t n, const float* x, const float* y);
+float VISTATRIM_WRAPPED_DOT_PRODUCT(int32_t n, const float* x, const float* y);
 
-float __wrap_cblas_sdot(int n, const float* x, int strideX, const float* y, int strideY)
+float VISTATRIM_WRAPPED_DOT_PRODUCT(int32_t n, const float* x, const float* y)
 {
     ++dotProducts;
-    return __real_cblas_sdot(n, x, strideX, y, strideY);
+    return VISTATRIM_REAL_DOT_PRODUCT(n, x, y);
 }
 }
 

@@ -1,0 +1,136 @@
+// The sweep over the picture against the stepwise form, which calls one described operation after
+// the other.
+#include "analysis/border_contrast.h"
+
+#include <algorithm>
+#include <cstring>
+#include <string>
+#include <vector>
+
+#include "analysis/owned_stack.h"
+#include "analysis/test_pictures.h"
+#include "numeric/image_kernels.h"
+#include "numeric/kernel_test_support.h"
+#include "numeric/linear_algebra.h"
+
+namespace vistaTrim {
+namespace {
+
+using testPictures::Picture;
+
+struct Maps {
+    explicit Maps(const CPlaneStack& blurred)
+    {
+        Planes.Create(6, blurred.Cols, blurred.Rows);
+        for (float* plane : Planes.Planes)
+            std::fill_n(plane, Planes.ElementCount, -3.0f);
+        Buffers.Contrast = Planes.Planes[0];
+        Buffers.ColorContrast = Planes.Planes[1];
+        std::copy_n(&Planes.Planes[2], 4, Buffers.Sides);
+        Scratch.Create(1, blurred.Cols, blurred.Rows);
+    }
+
+    COwnedStack Planes;
+    COwnedStack Scratch;
+    BorderContrastMaps Buffers;
+};
+
+void Blur(const Picture& picture, COwnedStack& blurred)
+{
+    COwnedStack pixels;
+    pixels.Create(3, picture.Cols, picture.Rows);
+    pixels.FillFromBytes(picture.Bytes.data());
+    blurred.Create(3, picture.Cols, picture.Rows);
+    SmoothStack(pixels, blurred, 0.7f);
+}
+
+void ExpectSameMaps(const Maps& found, const Maps& expected)
+{
+    const size_t bytes = size_t(expected.Planes.ElementCount) * sizeof(float);
+    for (size_t map = 0; map < 6; ++map)
+        EXPECT_EQ(std::memcmp(found.Planes.Planes[map], expected.Planes.Planes[map], bytes), 0)
+            << "map " << map;
+}
+
+std::vector<Picture> OrdinaryPictures()
+{
+    std::vector<Picture> pictures = {
+        testPictures::Blobs(640, 160, 1),      testPictures::Blobs(100, 640, 2),
+        testPictures::Noise(320, 240, 3),      testPictures::HalfAndHalf(640, 100),
+        testPictures::Gradient(33, 17),        testPictures::Checkerboard(130, 97, 5),
+        testPictures::Flat(64, 48, 30, 60, 9), testPictures::OneBrightPixel(51, 47)};
+    for (const PlaneSize& size : AwkwardSizes())
+        if (size.Cols < 300)
+            pictures.push_back(testPictures::Noise(size.Cols, size.Rows, 4));
+    return pictures;
+}
+
+TEST(BorderContrast, SweepHasTheBitsOfTheStepwiseFormInEveryVariant)
+{
+    if (!kFixedOrder)
+        GTEST_SKIP() << "the sweep is not used with BLAS, whose products round in their own way";
+    const FormScope scope;
+    for (const Picture& picture : OrdinaryPictures()) {
+        COwnedStack blurred;
+        Blur(picture, blurred);
+        Maps expected(blurred);
+        SelectCpuForm(CpuFormPlain);
+        ComputeBorderContrastsStepwise(blurred, expected.Scratch.Planes[0], expected.Buffers);
+        for (const CpuForm form : AvailableForms()) {
+            SCOPED_TRACE(testing::Message()
+                         << "form " << form << ", " << picture.Cols << " x " << picture.Rows);
+            SelectCpuForm(form);
+            Maps found(blurred);
+            ASSERT_TRUE(SweepBorderContrasts(blurred, found.Scratch.Planes[0], found.Buffers));
+            ExpectSameMaps(found, expected);
+        }
+    }
+}
+
+// Far beyond the range of bytes the float tables lose so many digits that a variance comes out
+// below -10: it has no root, and the joint covariance is indefinite. No picture tried came near.
+TEST(BorderContrast, OfAModelWithoutARootIsTheStepwiseOne)
+{
+    COwnedStack blurred;
+    blurred.Create(3, 640, 480);
+    for (size_t k = 0; k < 3; ++k)
+        std::fill_n(blurred.Planes[k], blurred.ElementCount, 3000.7f + 11.3f * float(k));
+    Maps swept(blurred);
+    ASSERT_FALSE(SweepBorderContrasts(blurred, swept.Scratch.Planes[0], swept.Buffers));
+
+    Maps found(blurred);
+    ComputeBorderContrasts(blurred, found.Scratch.Planes[0], found.Buffers);
+    EXPECT_TRUE(blurred.TablesBuilt);
+    COwnedStack again;
+    again.Create(3, 640, 480);
+    for (size_t k = 0; k < 3; ++k)
+        std::copy_n(blurred.Planes[k], blurred.ElementCount, again.Planes[k]);
+    Maps expected(again);
+    ComputeBorderContrastsStepwise(again, expected.Scratch.Planes[0], expected.Buffers);
+    ExpectSameMaps(found, expected);
+}
+
+TEST(BorderContrast, IsTheStepwiseOneWithEitherLinearAlgebra)
+{
+    const Picture picture = testPictures::Blobs(320, 200, 7);
+    COwnedStack blurred;
+    Blur(picture, blurred);
+    Maps found(blurred);
+    ComputeBorderContrasts(blurred, found.Scratch.Planes[0], found.Buffers);
+    EXPECT_EQ(blurred.TablesBuilt, !kFixedOrder);
+
+    COwnedStack again;
+    Blur(picture, again);
+    Maps expected(again);
+    ComputeBorderContrastsStepwise(again, expected.Scratch.Planes[0], expected.Buffers);
+    ExpectSameMaps(found, expected);
+    // Not flat: the pictures above would hide a map of zeros.
+    for (size_t map : {0U, 2U, 3U, 4U, 5U}) {
+        const float* const plane = found.Planes.Planes[map];
+        EXPECT_EQ(*std::max_element(plane, plane + found.Planes.ElementCount), 1.0f);
+        EXPECT_EQ(*std::min_element(plane, plane + found.Planes.ElementCount), 0.0f);
+    }
+}
+
+} // namespace
+} // namespace vistaTrim
