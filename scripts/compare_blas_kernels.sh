@@ -1,11 +1,12 @@
 #!/usr/bin/env bash
-# How much do results depend on the BLAS kernels? Crops the photographs with each OpenBLAS kernel
-# set that the processor can run, and compares crops and scores with those of the default set.
+# How much do results depend on the linear algebra? Crops the photographs with our own fixed-order
+# routines and with each OpenBLAS kernel set that the processor can run, and compares crops and
+# scores with those of the fixed order.
 #
 # usage: scripts/compare_blas_kernels.sh [PHOTO...]
 #   PHOTO  default: the photographs of the Debian package lomiri-wallpapers-16.04
 #
-# Builds the release preset.
+# Builds the program twice, in build/release and build/blas.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 
@@ -15,15 +16,19 @@ if [ ${#photos[@]} -eq 0 ]; then
 fi
 cmake --preset release -DVISTATRIM_WARNINGS_AS_ERRORS=ON >/dev/null
 cmake --build --preset release --target vistatrim >/dev/null
+cmake --preset release -B build/blas -DVISTATRIM_LINEAR_ALGEBRA=blas \
+    -DVISTATRIM_WARNINGS_AS_ERRORS=ON -DVISTATRIM_BUILD_HOST=ON >/dev/null
+cmake --build build/blas --target vistatrim >/dev/null
 
 work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT
-run() { # name setting...
-    env "${@:2}" build/release/host/vistatrim suggest --json --top 10 \
-        "${photos[@]}" >"$work/$1"
+run() { # name build setting...
+    local program
+    program=$(find "build/$2" -name vistatrim -type f -perm -u+x | head -n 1)
+    env "${@:3}" "$program" suggest --json --top 10 "${photos[@]}" >"$work/$1"
 }
-run default
-run "default again"
+run "fixed order" release
+run "OpenBLAS" blas
 for core in SkylakeX Haswell Zen Sandybridge Nehalem Prescott; do
     case $core in
         SkylakeX) needs=avx512f ;;
@@ -32,7 +37,7 @@ for core in SkylakeX Haswell Zen Sandybridge Nehalem Prescott; do
         Nehalem) needs=sse4_2 ;;
         Prescott) needs=sse2 ;;
     esac
-    grep -qw "$needs" /proc/cpuinfo && run "$core" "OPENBLAS_CORETYPE=$core"
+    grep -qw "$needs" /proc/cpuinfo && run "$core" blas "OPENBLAS_CORETYPE=$core"
 done
 
 python3 - "$work" <<'PYTHON'
@@ -46,7 +51,7 @@ def sides(crop):
     return tuple(crop[side] for side in ("x", "y", "width", "height"))
 
 measures = ("composition", "coverage", "border", "peak", "centrePeak", "merged")
-first = read("default")
+first = read("fixed order")
 print("%-14s %-15s %-15s" % ("", "same crops", "same order"), *("%11s" % m for m in measures))
 for name in sorted(os.listdir(sys.argv[1])):
     found = read(name)

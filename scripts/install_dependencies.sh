@@ -11,9 +11,10 @@
 set -euo pipefail
 
 declare -A packages=(
-    [build]="g++ cmake ninja-build pkg-config libopenblas-dev liblapacke-dev libvips-dev
+    [build]="g++ cmake ninja-build pkg-config libvips-dev
              libcli11-dev nlohmann-json3-dev"
-    [test]="libgtest-dev libgmock-dev libbenchmark-dev binutils lomiri-wallpapers-16.04
+    [test]="libgtest-dev libgmock-dev libbenchmark-dev binutils libopenblas-dev liblapacke-dev
+            lomiri-wallpapers-16.04
             libvips-tools fonts-dejavu-core python3 chromium chromium-driver python3-selenium
             python3-jsonschema bash-completion man-db"
     [check]="clang clang-format clang-tidy cppcheck libclang-rt-14-dev abigail-tools lcov"
