@@ -504,7 +504,8 @@ def main():
     parser.add_argument("--read-descriptors", metavar="STEM",
                         help="read STEM.tsv and STEM.f32 instead of running crop_descriptors")
     parser.add_argument("--seed", type=int, default=1, help="seed for drawing crops and folds (default: %(default)s)")
-    parser.add_argument("--jobs", "-j", type=int, default=os.cpu_count() or 1)
+    parser.add_argument("--jobs", "-j", type=int, default=os.cpu_count() or 1,
+                        help="threads (default: one per processor)")
     parser.add_argument("--pair-share", type=float, default=0.7,
                         help="share of voted pairs in the loss (default: %(default)s)")
     parser.add_argument("--ridge", type=float, default=1e-3, help="ridge penalty (default: %(default)s)")

@@ -1,4 +1,4 @@
-// Grids as the lists of cells that requests work on.
+// Turns grids into the lists of cells that requests work on.
 #ifndef VISTATRIM_TESTS_CANDIDATES_CELLS_OF_GRID_H
 #define VISTATRIM_TESTS_CANDIDATES_CELLS_OF_GRID_H
 
@@ -19,7 +19,7 @@ inline CropCells CellsOf(const CropGridRows& grid, uint32_t aspectIndex = NoInde
     return cells;
 }
 
-// Their candidates in one list.
+// The candidates of all cells in one list.
 inline CropCell CandidatesOf(const CropCells& cells)
 {
     CropCell all;

@@ -403,7 +403,7 @@ TEST(RandomCropGenerator, DisabledRowsAreEnumeratedButNotHandedOut)
 
     const CropCells enabled = generator.GetEnabledCropRects(NoIndex);
     ASSERT_EQ(enabled.size(), 5U * 6U);
-    // They stand where they are scored.
+    // Pointers into the grid, where the analyzer scores the candidates.
     EXPECT_EQ(enabled[0], &generator.CropGrid[kRow64By27][kScale05]);
     EXPECT_EQ(enabled[2 * 6 + 5], &generator.CropGrid[kRow4By3][kScale10]);
 
