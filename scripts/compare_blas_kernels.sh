@@ -17,14 +17,14 @@ fi
 cmake --preset release -DVISTATRIM_WARNINGS_AS_ERRORS=ON >/dev/null
 cmake --build --preset release --target vistatrim >/dev/null
 cmake --preset release -B build/blas -DVISTATRIM_LINEAR_ALGEBRA=blas \
-    -DVISTATRIM_WARNINGS_AS_ERRORS=ON -DVISTATRIM_BUILD_HOST=ON >/dev/null
+    -DVISTATRIM_WARNINGS_AS_ERRORS=ON -DVISTATRIM_BUILD_PROGRAM=ON >/dev/null
 cmake --build build/blas --target vistatrim >/dev/null
 
 work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT
 run() { # name build setting...
     local program
-    program=$(find "build/$2" -name vistatrim -type f -perm -u+x | head -n 1)
+    program=build/$2/cli/vistatrim
     env "${@:3}" "$program" suggest --json --top 10 "${photos[@]}" >"$work/$1"
 }
 run "fixed order" release

@@ -24,7 +24,7 @@ fi
 
 cmake --preset release -DVISTATRIM_BUILD_TESTS=OFF -DVISTATRIM_BUILD_BENCHMARKS=OFF -B build/demo
 cmake --build build/demo --target vistatrim
-vistatrim=build/demo/host/vistatrim
+vistatrim=build/demo/cli/vistatrim
 
 mkdir -p out
 status=0

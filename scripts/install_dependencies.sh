@@ -2,7 +2,7 @@
 # Installs with apt what is missing for the named jobs. Needs root or sudo.
 #
 # usage: scripts/install_dependencies.sh JOB...
-#   build   the library, the host and the developer tools
+#   build   the libraries, the program and the developer tools
 #   test    the tests and the benchmarks
 #   check   formatting, static checks, the second compiler
 #   sheet   contact sheets

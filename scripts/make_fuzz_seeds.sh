@@ -10,9 +10,9 @@ seeds=${1:-build/fuzz/seeds}
 cmake --preset fuzz -DVISTATRIM_WARNINGS_AS_ERRORS=ON >/dev/null
 cmake --build --preset fuzz --target fuzz_seeds >/dev/null
 build/fuzz/fuzzers/fuzz_seeds "$seeds"
-# The host is built only if libvips is installed, whose libraries leak at exit.
-if cmake --build --preset fuzz --target host_fuzz_seeds >/dev/null 2>&1; then
-    ASAN_OPTIONS=detect_leaks=0 build/fuzz/fuzzers/host_fuzz_seeds "$seeds"
+# The program is built only if libvips is installed, whose libraries leak at exit.
+if cmake --build --preset fuzz --target program_fuzz_seeds >/dev/null 2>&1; then
+    ASAN_OPTIONS=detect_leaks=0 build/fuzz/fuzzers/program_fuzz_seeds "$seeds"
 fi
 for directory in "$seeds"/*/; do
     echo "$directory: $(find "$directory" -type f | wc -l) seeds"

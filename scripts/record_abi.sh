@@ -14,7 +14,7 @@ launcher=()
 command -v ccache >/dev/null && launcher=(-DCMAKE_CXX_COMPILER_LAUNCHER=ccache)
 cmake -S . -B build/abi -G Ninja "${launcher[@]}" -DCMAKE_BUILD_TYPE=RelWithDebInfo \
     -DCMAKE_CXX_FLAGS="-ffile-prefix-map=$PWD/=" -DVISTATRIM_BUILD_TESTS=OFF \
-    -DVISTATRIM_BUILD_BENCHMARKS=OFF -DVISTATRIM_BUILD_HOST=OFF -DVISTATRIM_BUILD_TOOLS=OFF >/dev/null
+    -DVISTATRIM_BUILD_BENCHMARKS=OFF -DVISTATRIM_BUILD_PROGRAM=OFF -DVISTATRIM_BUILD_TOOLS=OFF >/dev/null
 cmake --build build/abi --target VistaTrimEngine >/dev/null
 
 mkdir -p "$(dirname "$output")"

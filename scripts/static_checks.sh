@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
-# Runs clang-tidy (.clang-tidy) and cppcheck (scripts/cppcheck_suppressions.txt) over the library,
-# the host, the tools, the benchmarks and the fuzzers, in parallel on all processors. Prints the
+# Runs clang-tidy (.clang-tidy) and cppcheck (scripts/cppcheck_suppressions.txt) over the engine,
+# the photograph library, the program, the tools, the benchmarks and the fuzzers, in parallel on all processors. Prints the
 # findings and fails if there are any.
 #
 # usage: scripts/static_checks.sh [FILE.cpp...]
@@ -13,7 +13,7 @@ cd "$(dirname "$0")/.."
 
 scripts/install_dependencies.sh build test check
 
-folders=(src include host tools benchmarks fuzzers)
+folders=(src include photo cli tools benchmarks fuzzers)
 sources=("$@")
 places=("$@")
 if [ ${#sources[@]} -eq 0 ]; then

@@ -32,6 +32,7 @@ public:
     explicit Analysis(WorkingPicture picture);
 
     const WorkingPicture& Picture() const;
+    double Milliseconds() const; // that the analysis took
 
     // Throws PhotoError for a request that is invalid (InvalidRequest) or that this photograph
     // cannot meet (DoesNotFit): a size that does not fit, a region to keep that lies outside.

@@ -3,6 +3,7 @@
 #define VISTATRIM_PHOTO_IMAGE_ENCODER_H
 
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -14,18 +15,15 @@ namespace vistaTrim::photo {
 
 struct Encoding {
     ImageFormat Format = ImageFormat::Jpeg;
-    int Quality = 82;  // 1..100, of colours and alpha alike
-    bool Fast = false; // a larger file in less time, where the format gives the choice
+    int Quality = 82;              // 1..100, of colours and alpha alike
+    bool Fast = false;             // a larger file in less time, where the format gives the choice
+    std::optional<PixelRect> Part; // only this part of the image; inside it
+    std::optional<int32_t> LongSide; // scaled down to a longer side of at most so many pixels
 };
 
 // Without metadata. They throw PhotoError.
 std::vector<uint8_t> EncodeImage(const PixelImage& image, const Encoding& encoding);
 void WriteImage(const PixelImage& image, const std::string& path, const Encoding& encoding);
-
-// A part of the image. The rectangle must lie inside it.
-PixelImage CutOut(const PixelImage& image, const PixelRect& rect);
-// Scaled down to a longer side of at most `longSide` pixels.
-PixelImage ShrunkTo(const PixelImage& image, int32_t longSide);
 
 } // namespace vistaTrim::photo
 

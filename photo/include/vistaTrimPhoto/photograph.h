@@ -51,9 +51,8 @@ public:
     // is smaller. Three channels.
     PixelImage ReadPreview(int32_t longSide) const;
 
-    const PhotographSource& Source() const; // internal
-
 private:
+    friend class PhotographSource;
     explicit Photograph(std::shared_ptr<const PhotographSource> source);
 
     std::shared_ptr<const PhotographSource> Shared;

@@ -25,9 +25,6 @@ struct PixelImage {
     PixelSize Size;
     int32_t Channels = 3;
     std::vector<uint8_t> Bytes;
-    // Pixels per millimetre, written into files that hold such a figure.
-    double DensityAcross = 1.0;
-    double DensityDown = 1.0;
 };
 
 // The view stays valid as long as the image's bytes.

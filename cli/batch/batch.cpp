@@ -1,0 +1,85 @@
+#include "batch/batch.h"
+
+#include <algorithm>
+#include <condition_variable>
+#include <map>
+#include <mutex>
+#include <thread>
+#include <vector>
+
+namespace vistaTrim::cli {
+
+namespace {
+
+class Batch {
+public:
+    Batch(size_t count, size_t window, const BatchSteps& steps)
+        : Count(count), Window(window), Steps(steps)
+    {
+    }
+
+    void WorkOn()
+    {
+        size_t index = 0;
+        while (Begin(index)) {
+            PhotoResult result = Steps.Work(index);
+            Finish(index, std::move(result));
+        }
+        Steps.Leave();
+    }
+
+    size_t Emitted() const
+    {
+        return NextToEmit;
+    }
+
+private:
+    bool Begin(size_t& index)
+    {
+        std::unique_lock<std::mutex> lock(Mutex);
+        // One slow photograph must not let the results behind it pile up without end.
+        RoomMade.wait(lock, [this] { return NextToBegin < NextToEmit + Window; });
+        if (NextToBegin == Count || Steps.Stop())
+            return false;
+        index = NextToBegin++;
+        return true;
+    }
+
+    void Finish(size_t index, PhotoResult&& result)
+    {
+        const std::lock_guard<std::mutex> lock(Mutex);
+        Waiting.emplace(index, std::move(result));
+        for (auto first = Waiting.begin(); first != Waiting.end() && first->first == NextToEmit;
+             first = Waiting.erase(first)) {
+            Steps.Emit(first->first, first->second);
+            ++NextToEmit;
+        }
+        RoomMade.notify_all();
+    }
+
+    const size_t Count;
+    const size_t Window; // photographs begun and not yet emitted, at most
+    const BatchSteps& Steps;
+    std::mutex Mutex;
+    std::condition_variable RoomMade;
+    size_t NextToBegin = 0;
+    size_t NextToEmit = 0;
+    std::map<size_t, PhotoResult> Waiting;
+};
+
+} // namespace
+
+size_t RunBatch(size_t count, int workers, const BatchSteps& steps)
+{
+    const size_t threads = std::min(count, static_cast<size_t>(std::max(1, workers)));
+    Batch batch(count, 8 * std::max<size_t>(1, threads), steps);
+    std::vector<std::thread> others;
+    for (size_t i = 1; i < threads; ++i)
+        others.emplace_back([&batch] { batch.WorkOn(); });
+    batch.WorkOn();
+    for (std::thread& other : others)
+        other.join();
+    return batch.Emitted();
+}
+
+} // namespace vistaTrim::cli

@@ -1,0 +1,93 @@
+#include "batch/photo_list.h"
+
+#include <algorithm>
+#include <cctype>
+#include <filesystem>
+#include <iterator>
+#include <system_error>
+
+namespace vistaTrim::cli {
+
+namespace {
+
+namespace fs = std::filesystem;
+
+bool EndsLikePhotograph(const fs::path& path)
+{
+    constexpr const char* kEndings[] = {".jpg",  ".jpeg", ".jpe",  ".png", ".webp", ".tif", ".tiff",
+                                        ".heic", ".heif", ".avif", ".gif", ".jxl",  ".ppm", ".pgm"};
+    std::string ending = path.extension().string();
+    for (char& c : ending)
+        c = static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
+    return std::find(std::begin(kEndings), std::end(kEndings), ending) != std::end(kEndings);
+}
+
+// Names that begin with a dot are hidden, among them files that are being written just now.
+bool IsHidden(const fs::path& path)
+{
+    const std::string name = path.filename().string();
+    return !name.empty() && name[0] == '.';
+}
+
+void WalkFolder(const fs::path& folder, const fs::path& inside, bool recursive,
+                std::vector<ListedPhoto>& photos)
+{
+    std::vector<fs::path> entries;
+    std::error_code error;
+    for (fs::directory_iterator it(folder, error); !error && it != fs::directory_iterator();
+         it.increment(error))
+        entries.push_back(it->path());
+    if (error) {
+        photos.push_back({folder.string(), "", error.message()});
+        return;
+    }
+    std::sort(entries.begin(), entries.end());
+    for (const fs::path& entry : entries) {
+        if (IsHidden(entry))
+            continue;
+        std::error_code unknown;
+        if (fs::is_directory(entry, unknown)) {
+            // Links to folders are not followed: they may lead round in a circle.
+            if (recursive && !fs::is_symlink(entry, unknown))
+                WalkFolder(entry, inside / entry.filename(), recursive, photos);
+        } else if (EndsLikePhotograph(entry)) {
+            photos.push_back({entry.string(), inside.string(), ""});
+        }
+    }
+}
+
+void AddName(const std::string& name, bool recursive, std::vector<ListedPhoto>& photos)
+{
+    std::error_code unknown;
+    if (!fs::is_directory(name, unknown)) {
+        photos.push_back({name, "", ""});
+        return;
+    }
+    const size_t before = photos.size();
+    WalkFolder(name, "", recursive, photos);
+    if (photos.size() == before)
+        photos.push_back({name, "",
+                          recursive ? "no photograph in this folder or below it"
+                                    : "no photograph in this folder; --recursive looks below it"});
+}
+
+} // namespace
+
+std::vector<ListedPhoto> ListPhotos(const std::vector<std::string>& names,
+                                    const ListOptions& options, std::istream& list)
+{
+    std::vector<ListedPhoto> photos;
+    for (const std::string& name : names) {
+        if (name != "-") {
+            AddName(name, options.Recursive, photos);
+            continue;
+        }
+        std::string listed;
+        while (std::getline(list, listed, options.NullSeparated ? '\0' : '\n'))
+            if (!listed.empty())
+                AddName(listed, options.Recursive, photos);
+    }
+    return photos;
+}
+
+} // namespace vistaTrim::cli

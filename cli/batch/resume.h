@@ -1,0 +1,26 @@
+// What an output file of an earlier, interrupted run holds.
+#ifndef VISTATRIM_CLI_BATCH_RESUME_H
+#define VISTATRIM_CLI_BATCH_RESUME_H
+
+#include <set>
+#include <string>
+
+namespace vistaTrim::cli {
+
+struct EarlierOutput {
+    std::string Kept;            // the text that stays
+    std::set<std::string> Files; // names as FileKey gives them
+};
+
+// A photograph counts as held if its crops stand there whole. Errors are dropped, since what
+// failed may work now; so is a last line that was cut short.
+EarlierOutput HeldByJson(const std::string& text);
+// A text that does not begin with the header throws ProgramError: it is some other file.
+EarlierOutput HeldByCsv(const std::string& text, const std::string& header);
+
+// The name of a file as the JSON output shows it.
+std::string JsonFileKey(const std::string& file);
+
+} // namespace vistaTrim::cli
+
+#endif

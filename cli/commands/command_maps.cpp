@@ -1,0 +1,33 @@
+#include "commands/commands.h"
+
+#include <cstdio>
+
+#include "batch/program_error.h"
+#include "batch/run_photos.h"
+#include "commands/map_files.h"
+#include "vistaTrimPhoto/stopwatch.h"
+
+namespace vistaTrim::cli {
+
+int RunMaps(const Options& options, const std::vector<ListedPhoto>& photos)
+{
+    PhotoSteps steps;
+    steps.Work = [&options](const ListedPhoto& photo, PhotoResult& result) {
+        const std::string prefix = OutputPrefix(options, photo);
+        const photo::Analysis analysis = Analyse(OpenPhoto(options, photo));
+        result.Found.Times.Read = analysis.Picture().ReadMilliseconds;
+        result.Found.Times.Analyse = analysis.Milliseconds();
+        const photo::Stopwatch writing;
+        result.Written = WriteMapFiles(analysis.Maps(), prefix, options.Force);
+        result.WriteMilliseconds = writing.Milliseconds();
+    };
+    steps.Emit = [](const PhotoResult& result) {
+        for (const std::string& name : result.Written)
+            std::printf("%s\n", name.c_str());
+        if (std::fflush(stdout) != 0)
+            throw ProgramError("cannot write standard output");
+    };
+    return RunPhotos(options, WithoutNameClashes(photos), steps);
+}
+
+} // namespace vistaTrim::cli

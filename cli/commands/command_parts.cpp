@@ -1,0 +1,52 @@
+#include "commands/commands.h"
+
+#include <filesystem>
+#include <map>
+#include <system_error>
+#include <utility>
+
+#include "batch/freed_memory.h"
+#include "batch/program_error.h"
+
+namespace vistaTrim::cli {
+
+photo::Photograph OpenPhoto(const Options& options, const ListedPhoto& photo)
+{
+    return photo::Photograph::FromFile(photo.Path, options.Reading);
+}
+
+photo::Analysis Analyse(const photo::Photograph& photograph)
+{
+    photo::WorkingPicture picture = photograph.ReadWorkingPicture();
+    ReturnFreedMemory();
+    return photo::Analysis(std::move(picture));
+}
+
+std::string OutputPrefix(const Options& options, const ListedPhoto& photo)
+{
+    namespace fs = std::filesystem;
+    const fs::path folder = fs::path(options.Output) / photo.Inside;
+    std::error_code error;
+    fs::create_directories(folder, error);
+    if (error)
+        throw ProgramError("cannot make the folder " + folder.string() + ": " + error.message());
+    return (folder / fs::path(photo.Path).stem()).string();
+}
+
+std::vector<ListedPhoto> WithoutNameClashes(const std::vector<ListedPhoto>& photos)
+{
+    namespace fs = std::filesystem;
+    std::map<std::string, std::string> owners;
+    std::vector<ListedPhoto> checked = photos;
+    for (ListedPhoto& photo : checked) {
+        const std::string name = (fs::path(photo.Inside) / fs::path(photo.Path).stem()).string();
+        if (!photo.Error.empty())
+            continue; // nothing will be written for it
+        const auto [owner, isFirst] = owners.emplace(name, photo.Path);
+        if (!isFirst)
+            photo.Error = "its files would have the same names as those of " + owner->second;
+    }
+    return checked;
+}
+
+} // namespace vistaTrim::cli

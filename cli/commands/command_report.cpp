@@ -1,0 +1,84 @@
+#include "commands/commands.h"
+
+#include <cerrno>
+#include <fstream>
+#include <system_error>
+
+#include "batch/program_error.h"
+#include "batch/run_photos.h"
+#include "batch/whole_file.h"
+#include "report/report_page.h"
+#include "vistaTrimPhoto/stopwatch.h"
+
+namespace vistaTrim::cli {
+
+namespace {
+
+// The page is written section by section, since all sections together can be large, and takes
+// its name at the end. An interrupted run still gets a page of what was finished.
+class PageFile {
+public:
+    PageFile(const std::string& path, bool replace)
+        : File(path, replace), Stream(File.TemporaryPath(), std::ios::binary)
+    {
+        Put(ReportBeginning());
+    }
+
+    void Put(const std::string& html)
+    {
+        Stream.write(html.data(), static_cast<std::streamsize>(html.size()));
+        Stream.flush();
+        if (!Stream)
+            throw ProgramError("cannot write " + File.Target() + ": " +
+                               std::generic_category().message(errno));
+    }
+
+    void Finish(const std::string& html)
+    {
+        Put(html);
+        Stream.close();
+        File.Appear();
+    }
+
+private:
+    WholeFile File;
+    std::ofstream Stream;
+};
+
+} // namespace
+
+int RunReport(const Options& options, const std::vector<ListedPhoto>& photos)
+{
+    Options explained = options;
+    explained.Request.Explain = true; // for the reason that a photograph got no crop
+    try {
+        PageFile page(options.Output, options.Force);
+        size_t emitted = 0;
+        size_t failed = 0;
+        PhotoSteps steps;
+        steps.Work = [&](const ListedPhoto& photo, PhotoResult& result) {
+            const photo::Photograph photograph = OpenPhoto(options, photo);
+            const photo::Analysis analysis = Analyse(photograph);
+            result.Found = analysis.Suggest(explained.Request);
+            const photo::Stopwatch writing;
+            const ReportPictures pictures =
+                MakeReportPictures(photograph, result.Found.Crops, analysis.Maps());
+            const auto index = static_cast<size_t>(&photo - photos.data());
+            result.ReportSection = ReportSection(result, pictures, index);
+            result.WriteMilliseconds = writing.Milliseconds();
+        };
+        steps.Emit = [&](const PhotoResult& result) {
+            ++emitted;
+            failed += result.Error.empty() ? 0 : 1;
+            page.Put(result.Error.empty() ? result.ReportSection : ReportFailure(result));
+        };
+        const int status = RunPhotos(options, photos, steps);
+        page.Finish(ReportEnd(emitted, failed));
+        return status;
+    } catch (const ProgramError& error) {
+        Complain(error.what());
+        return 1;
+    }
+}
+
+} // namespace vistaTrim::cli

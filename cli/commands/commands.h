@@ -1,0 +1,36 @@
+// The four commands. Each returns the exit status of the program.
+#ifndef VISTATRIM_CLI_COMMANDS_COMMANDS_H
+#define VISTATRIM_CLI_COMMANDS_COMMANDS_H
+
+#include <string>
+#include <vector>
+
+#include "batch/photo_list.h"
+#include "batch/photo_result.h"
+#include "options/options.h"
+#include "vistaTrimPhoto/analysis.h"
+#include "vistaTrimPhoto/photograph.h"
+
+namespace vistaTrim::cli {
+
+int RunSuggest(const Options& options, const std::vector<ListedPhoto>& photos);
+int RunCrop(const Options& options, const std::vector<ListedPhoto>& photos);
+int RunReport(const Options& options, const std::vector<ListedPhoto>& photos);
+int RunMaps(const Options& options, const std::vector<ListedPhoto>& photos);
+
+// Reads the photograph of the list.
+photo::Photograph OpenPhoto(const Options& options, const ListedPhoto& photo);
+
+// What every command begins with. What decoding took is given back before the analysis.
+photo::Analysis Analyse(const photo::Photograph& photograph);
+
+// OUTPUT/INSIDE/STEM, for the files that come of a photograph; makes the folder.
+std::string OutputPrefix(const Options& options, const ListedPhoto& photo);
+
+// Marks photographs whose files would get the names of another one's: of a/x.jpg and b/x.jpg
+// only the first is worked on.
+std::vector<ListedPhoto> WithoutNameClashes(const std::vector<ListedPhoto>& photos);
+
+} // namespace vistaTrim::cli
+
+#endif

@@ -1,0 +1,355 @@
+#include "options/options.h"
+
+#include <algorithm>
+#include <iostream>
+#include <map>
+
+#include <CLI/CLI.hpp>
+
+#include "options/text_values.h"
+
+namespace vistaTrim::cli {
+
+using photo::RankBy;
+using photo::Request;
+using photo::WishKind;
+
+namespace {
+
+using Reader = std::function<bool(const std::string&)>;
+
+// An option that takes one text at a time, each read by `read`; `form` tells what is expected.
+CLI::Option* AddRead(CLI::App& app, const std::string& name, const std::string& form,
+                     const std::string& description, const Reader& read, bool repeatable)
+{
+    CLI::Option* option = app.add_option_function<std::vector<std::string>>(
+        name,
+        [name, form, read](const std::vector<std::string>& texts) {
+            for (const std::string& text : texts)
+                if (!read(text))
+                    throw CLI::ValidationError(name, "'" + text + "' is not " + form);
+        },
+        description);
+    option->type_name(form)->expected(1)->allow_extra_args(false);
+    option->multi_option_policy(repeatable ? CLI::MultiOptionPolicy::TakeAll
+                                           : CLI::MultiOptionPolicy::Throw);
+    return option;
+}
+
+CLI::Validator NotEmpty()
+{
+    return CLI::Validator(
+        [](const std::string& text) { return text.empty() ? "a name is missing" : std::string(); },
+        "");
+}
+
+void AddInput(CLI::App& app, Options& values)
+{
+    app.add_option("PHOTO", values.Photos,
+                   "Photographs, folders of photographs, or - for a list on standard input")
+        ->required();
+    app.add_flag("-r,--recursive", values.Recursive, "Go into the folders of a folder");
+    app.add_flag("-0,--null", values.NullSeparated,
+                 "Names of the list end in a null byte, not in a line feed");
+    AddRead(
+        app, "--background", "#rrggbb", "What shows through transparent places (white)",
+        [&values](const std::string& text) {
+            const auto colour = ParseColour(text);
+            values.Reading.Background = colour.value_or(values.Reading.Background);
+            return colour.has_value();
+        },
+        false)
+        ->group("Reading");
+}
+
+void AddRun(CLI::App& app, Options& values)
+{
+    app.add_option("-j,--jobs", values.Workers,
+                   "Photographs worked on at a time (as many as there are processors)")
+        ->check(CLI::Range(1, 1024))
+        ->type_name("N")
+        ->group("Running");
+    app.add_flag("-q,--quiet", values.Quiet, "No progress bar, even on a terminal")
+        ->group("Running");
+    app.add_flag("--timings", values.Timings,
+                 "Tell on standard error where the time of each photograph went")
+        ->group("Running");
+}
+
+void AddWish(CLI::App& app, Request& request, WishKind kind, const std::string& description)
+{
+    AddRead(
+        app, std::string("--") + NameOf(kind), "X,Y,W,H", description,
+        [&request, kind](const std::string& text) {
+            const auto rect = ParseRect(text);
+            if (rect)
+                request.Wishes.push_back({kind, *rect});
+            return rect.has_value();
+        },
+        true)
+        ->group("Wishes (pixels of the photograph as displayed; may be repeated)");
+}
+
+void AddShape(CLI::App& app, Request& request)
+{
+    constexpr const char* kGroup = "Shape of the crops";
+    CLI::Option* aspect =
+        AddRead(
+            app, "--aspect", "W:H", "A ratio to try; may be repeated (default: six ratios)",
+            [&request](const std::string& text) {
+                const auto ratio = photo::ParseRatio(text);
+                if (ratio)
+                    request.Aspects.push_back(*ratio);
+                return ratio.has_value();
+            },
+            true)
+            ->group(kGroup);
+    CLI::Option* scale =
+        AddRead(
+            app, "--scale", "a number above 0, at most 1",
+            "Crop side over photograph side; may be repeated (default: 0.5, 0.55 to 1)",
+            [&request](const std::string& text) {
+                const auto numbers = ParseNumbers(text);
+                if (!numbers)
+                    return false;
+                for (const double number : *numbers) {
+                    if (number <= 0.0 || number > 1.0)
+                        return false;
+                    request.Scales.push_back(number);
+                }
+                return true;
+            },
+            true)
+            ->type_name("S")
+            ->group(kGroup);
+    AddRead(
+        app, "--size", "WxH", "Crops of exactly this size, in pixels of the photograph",
+        [&request](const std::string& text) {
+            request.Size = ParseSize(text);
+            return request.Size.has_value();
+        },
+        false)
+        ->excludes(aspect)
+        ->excludes(scale)
+        ->group(kGroup);
+    app.add_option("--density", request.Density,
+                   "Positions tried along the side with more free room (8)")
+        ->check(CLI::Range(1, static_cast<int>(photo::kHighestDensity)))
+        ->type_name("N")
+        ->group(kGroup);
+}
+
+void AddRequest(CLI::App& app, Request& request)
+{
+    constexpr const char* kGroup = "Ranking";
+    app.add_option("-n,--top", request.Top, "Crops to give for each photograph (5)")
+        ->check(CLI::Range(1, 10000))
+        ->type_name("N")
+        ->group(kGroup);
+    AddRead(
+        app, "--rank-by", "composition, coverage, border or all",
+        "composition, coverage, border, or all of the measures by their weights (all)",
+        [&request](const std::string& text) {
+            static const std::map<std::string, RankBy> rankings = {
+                {"composition", RankBy::Composition},
+                {"coverage", RankBy::Coverage},
+                {"border", RankBy::Border},
+                {"all", RankBy::All}};
+            const auto found = rankings.find(text);
+            if (found != rankings.end())
+                request.Ranking = found->second;
+            return found != rankings.end();
+        },
+        false)
+        ->type_name("MEASURE")
+        ->group(kGroup);
+    AddRead(
+        app, "--weights", "three or five numbers with commas between them",
+        "Weights of composition, coverage, border, peak and centre peak",
+        [&request](const std::string& text) {
+            const auto numbers = ParseNumbers(text);
+            if (!numbers || (numbers->size() != 3 && numbers->size() != photo::kNumWeighed))
+                return false;
+            request.Weights = {};
+            for (size_t i = 0; i < numbers->size(); ++i)
+                request.Weights.*photo::kMeasures[i].Weight = (*numbers)[i];
+            return true;
+        },
+        false)
+        ->type_name("a,b,c,d,e")
+        ->group(kGroup);
+    AddShape(app, request);
+    AddWish(app, request, WishKind::Keep, "Prefer crops that hold this region");
+    AddWish(app, request, WishKind::Avoid, "Prefer crops that keep clear of this region");
+    AddWish(app, request, WishKind::MustKeep, "Only crops that hold this region whole");
+    AddWish(app, request, WishKind::MustAvoid, "Only crops that do not touch this region");
+}
+
+void AddSuggest(CLI::App& app, Options& values)
+{
+    AddInput(app, values);
+    AddRequest(app, values.Request);
+    constexpr const char* kGroup = "Output";
+    CLI::Option* json = app.add_flag_callback(
+                               "--json", [&values] { values.Format = ListFormat::Json; },
+                               "One JSON object a photograph and line")
+                            ->group(kGroup);
+    CLI::Option* csv = app.add_flag_callback(
+                              "--csv", [&values] { values.Format = ListFormat::Csv; },
+                              "One line a crop, with a header")
+                           ->excludes(json)
+                           ->group(kGroup);
+    app.add_flag("--explain", values.Request.Explain,
+                 "Also how each crop ranks by each measure, and which wishes it meets")
+        ->excludes(csv)
+        ->group(kGroup);
+    CLI::Option* output = app.add_option("-o,--output", values.Output, "Write to this file")
+                              ->check(NotEmpty())
+                              ->type_name("FILE")
+                              ->group(kGroup);
+    CLI::Option* force = app.add_flag("--force", values.Force, "Replace the output file")
+                             ->needs(output)
+                             ->group(kGroup);
+    app.add_flag("--resume", values.Resume,
+                 "Pass over photographs that the output file holds, and append the others")
+        ->needs(output)
+        ->excludes(force)
+        ->group(kGroup);
+    AddRun(app, values);
+}
+
+void AddCrop(CLI::App& app, Options& values)
+{
+    AddInput(app, values);
+    AddRequest(app, values.Request);
+    constexpr const char* kGroup = "Output";
+    app.add_option("-o,--output", values.Output, "Folder for the crops; made if it is not there")
+        ->check(NotEmpty())
+        ->type_name("DIR")
+        ->required()
+        ->group(kGroup);
+    AddRead(
+        app, "--resize", "WxH", "Scale each crop to fit this size, up or down",
+        [&values](const std::string& text) {
+            values.CropFiles.ResizeTo = ParseSize(text);
+            return values.CropFiles.ResizeTo.has_value();
+        },
+        false)
+        ->group(kGroup);
+    AddRead(
+        app, "--format", "jpg, png, webp, tif, avif or heic",
+        "jpg, png, webp, tif, avif or heic (that of the photograph)",
+        [&values](const std::string& text) {
+            const auto format = photo::FormatOfEnding(text);
+            if (format)
+                values.CropFiles.Format = format;
+            return format.has_value();
+        },
+        false)
+        ->type_name("FORMAT")
+        ->group(kGroup);
+    app.add_option("--quality", values.CropFiles.Quality, "1 to 100 (90)")
+        ->check(CLI::Range(1, 100))
+        ->type_name("Q")
+        ->group(kGroup);
+    app.add_flag("--strip", values.CropFiles.Strip,
+                 "Leave out all metadata; the colour profile stays")
+        ->group(kGroup);
+    CLI::Option* force =
+        app.add_flag("--force", values.Force, "Replace files that exist")->group(kGroup);
+    app.add_flag("--resume", values.Resume, "Write only the crops that are not in the folder yet")
+        ->excludes(force)
+        ->group(kGroup);
+    AddRun(app, values);
+}
+
+void AddReport(CLI::App& app, Options& values)
+{
+    AddInput(app, values);
+    AddRequest(app, values.Request);
+    app.add_option("-o,--output", values.Output, "The page to write")
+        ->check(NotEmpty())
+        ->type_name("FILE.html")
+        ->required()
+        ->group("Output");
+    app.add_flag("--force", values.Force, "Replace the page if it exists")->group("Output");
+    AddRun(app, values);
+}
+
+void AddMaps(CLI::App& app, Options& values)
+{
+    AddInput(app, values);
+    app.add_option("-o,--output", values.Output, "Folder for the maps; made if it is not there")
+        ->check(NotEmpty())
+        ->type_name("DIR")
+        ->required()
+        ->group("Output");
+    app.add_flag("--force", values.Force, "Replace files that exist")->group("Output");
+    AddRun(app, values);
+}
+
+// What the options cannot tell one by one. Empty if all is well.
+std::string FaultOfAll(const Options& values)
+{
+    if (values.Resume && values.Chosen == Command::Suggest && values.Format == ListFormat::Text)
+        return "--resume needs --json or --csv: text for people is not read back";
+    return "";
+}
+
+} // namespace
+
+CommandLine ParseCommandLine(int argc, const char* const* argv)
+{
+    CommandLine line;
+    Options& values = line.Values;
+    CLI::App app("Finds good crops of photographs.", "vistatrim");
+    app.set_version_flag("-V,--version", "vistatrim " VISTATRIM_VERSION_STRING);
+    app.require_subcommand(1);
+    app.footer("vistatrim COMMAND --help tells the options of a command.");
+    // In the order of Command.
+    const std::vector<CLI::App*> commands = {
+        app.add_subcommand("suggest", "List the best crops of each photograph"),
+        app.add_subcommand("crop", "Write the best crops as files, at full resolution"),
+        app.add_subcommand("report",
+                           "Write one page to look at: photographs, crops, measures, maps"),
+        app.add_subcommand("maps", "Write the maps of each photograph as pictures")};
+    AddSuggest(*commands[0], values);
+    AddCrop(*commands[1], values);
+    AddReport(*commands[2], values);
+    AddMaps(*commands[3], values);
+
+    // The parser would only say that a command is missing.
+    const std::string first = argc > 1 ? argv[1] : "";
+    if (!first.empty() && first[0] != '-' &&
+        std::none_of(commands.begin(), commands.end(),
+                     [&first](const CLI::App* command) { return command->get_name() == first; })) {
+        std::cerr << "vistatrim: no command '" << first
+                  << "'; there are suggest, crop, report and maps\n";
+        line.ExitStatus = kUsageFault;
+        return line;
+    }
+
+    try {
+        app.parse(argc, argv);
+    } catch (const CLI::Success& help) {
+        app.exit(help, std::cout, std::cerr);
+        line.ExitStatus = 0;
+        return line;
+    } catch (const CLI::ParseError& fault) {
+        std::cerr << "vistatrim: " << fault.what() << "\n"
+                  << "vistatrim: try --help\n";
+        line.ExitStatus = kUsageFault;
+        return line;
+    }
+    for (size_t i = 0; i < commands.size(); ++i)
+        if (commands[i]->parsed())
+            values.Chosen = static_cast<Command>(i);
+    const std::string fault = FaultOfAll(values);
+    if (!fault.empty()) {
+        std::cerr << "vistatrim: " << fault << "\n";
+        line.ExitStatus = kUsageFault;
+    }
+    return line;
+}
+
+} // namespace vistaTrim::cli

@@ -1,0 +1,55 @@
+// The command line, read and checked.
+#ifndef VISTATRIM_CLI_OPTIONS_OPTIONS_H
+#define VISTATRIM_CLI_OPTIONS_OPTIONS_H
+
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "vistaTrimPhoto/crop_writer.h"
+#include "vistaTrimPhoto/image_format.h"
+#include "vistaTrimPhoto/photograph.h"
+#include "vistaTrimPhoto/request.h"
+
+namespace vistaTrim::cli {
+
+enum class Command { Suggest, Crop, Report, Maps };
+enum class ListFormat { Text, Json, Csv };
+
+struct CropFileOptions {
+    bool Strip = false;
+    std::optional<photo::PixelSize> ResizeTo;
+    std::optional<photo::ImageFormat> Format; // none: as the photograph
+    int Quality = photo::kDefaultQuality;
+};
+
+struct Options {
+    Command Chosen = Command::Suggest;
+    std::vector<std::string> Photos; // files, folders, "-"
+    bool Recursive = false;
+    bool NullSeparated = false;
+    photo::Request Request;
+    photo::ReadOptions Reading;
+    ListFormat Format = ListFormat::Text;
+    std::string Output; // file or folder; empty: standard output
+    bool Force = false;
+    bool Resume = false;
+    int Workers = 0; // 0: as many as there are processors
+    bool Quiet = false;
+    bool Timings = false;
+    CropFileOptions CropFiles;
+};
+
+struct CommandLine {
+    Options Values;
+    std::optional<int> ExitStatus; // set if there is nothing to do: help was given, or a fault
+};
+
+constexpr int kUsageFault = 2;
+
+// Writes help to standard output and faults to standard error.
+CommandLine ParseCommandLine(int argc, const char* const* argv);
+
+} // namespace vistaTrim::cli
+
+#endif

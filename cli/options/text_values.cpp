@@ -1,0 +1,103 @@
+#include "options/text_values.h"
+
+#include <charconv>
+
+namespace vistaTrim::cli {
+
+using photo::Colour;
+using photo::PixelRect;
+using photo::PixelSize;
+
+namespace {
+
+constexpr int32_t kLargestPixel = 100000000; // sums of two still fit 32 bits
+
+std::vector<std::string> Split(const std::string& text, char separator)
+{
+    std::vector<std::string> pieces(1);
+    for (const char c : text) {
+        if (c == separator)
+            pieces.emplace_back();
+        else
+            pieces.back().push_back(c);
+    }
+    return pieces;
+}
+
+std::optional<int32_t> ParsePixel(const std::string& text, int32_t least)
+{
+    int32_t value = 0;
+    const char* end = text.data() + text.size();
+    const std::from_chars_result parsed = std::from_chars(text.data(), end, value);
+    if (parsed.ec != std::errc() || parsed.ptr != end || value < least || value > kLargestPixel)
+        return std::nullopt;
+    return value;
+}
+
+} // namespace
+
+std::optional<PixelSize> ParseSize(const std::string& text)
+{
+    const std::vector<std::string> pieces = Split(text, 'x');
+    if (pieces.size() != 2)
+        return std::nullopt;
+    const std::optional<int32_t> width = ParsePixel(pieces[0], 1);
+    const std::optional<int32_t> height = ParsePixel(pieces[1], 1);
+    if (!width || !height)
+        return std::nullopt;
+    return PixelSize{*width, *height};
+}
+
+std::optional<PixelRect> ParseRect(const std::string& text)
+{
+    const std::vector<std::string> pieces = Split(text, ',');
+    if (pieces.size() != 4)
+        return std::nullopt;
+    const std::optional<int32_t> x = ParsePixel(pieces[0], 0);
+    const std::optional<int32_t> y = ParsePixel(pieces[1], 0);
+    const std::optional<int32_t> width = ParsePixel(pieces[2], 1);
+    const std::optional<int32_t> height = ParsePixel(pieces[3], 1);
+    if (!x || !y || !width || !height)
+        return std::nullopt;
+    return PixelRect{*x, *y, *width, *height};
+}
+
+std::optional<std::vector<double>> ParseNumbers(const std::string& text)
+{
+    std::vector<double> numbers;
+    for (const std::string& piece : Split(text, ',')) {
+        double value = 0;
+        const char* end = piece.data() + piece.size();
+        const std::from_chars_result parsed =
+            std::from_chars(piece.data(), end, value, std::chars_format::fixed);
+        if (parsed.ec != std::errc() || parsed.ptr != end)
+            return std::nullopt;
+        // The text "nan" is a number to from_chars, and no use here.
+        if (!(value - value == 0.0))
+            return std::nullopt;
+        numbers.push_back(value);
+    }
+    return numbers;
+}
+
+std::optional<Colour> ParseColour(const std::string& text)
+{
+    if (text == "white")
+        return Colour{255, 255, 255};
+    if (text == "black")
+        return Colour{0, 0, 0};
+    if (text.size() != 7 || text[0] != '#')
+        return std::nullopt;
+    Colour colour{};
+    for (size_t i = 0; i < 3; ++i) {
+        unsigned value = 0;
+        const char* begin = text.data() + 1 + 2 * i;
+        const std::from_chars_result parsed = std::from_chars(begin, begin + 2, value, 16);
+        if (parsed.ec != std::errc() || parsed.ptr != begin + 2)
+            return std::nullopt;
+        colour[i] = value;
+    }
+    return colour;
+}
+
+} // namespace vistaTrim::cli

@@ -1,0 +1,28 @@
+// The values of options, as texts.
+#ifndef VISTATRIM_CLI_OPTIONS_TEXT_VALUES_H
+#define VISTATRIM_CLI_OPTIONS_TEXT_VALUES_H
+
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "vistaTrimPhoto/geometry.h"
+#include "vistaTrimPhoto/photograph.h"
+
+namespace vistaTrim::cli {
+
+// "1920x1080"; both at least 1.
+std::optional<photo::PixelSize> ParseSize(const std::string& text);
+
+// "X,Y,W,H"; X and Y at least 0, W and H at least 1.
+std::optional<photo::PixelRect> ParseRect(const std::string& text);
+
+// Numbers with commas between them, in the notation of C whatever the locale.
+std::optional<std::vector<double>> ParseNumbers(const std::string& text);
+
+// "#rrggbb", or "white" or "black": red, green, blue, 0..255.
+std::optional<photo::Colour> ParseColour(const std::string& text);
+
+} // namespace vistaTrim::cli
+
+#endif

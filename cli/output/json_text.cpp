@@ -1,0 +1,79 @@
+#include "output/result_text.h"
+
+#include <nlohmann/json.hpp>
+
+namespace vistaTrim::cli {
+
+namespace {
+
+using photo::Crop;
+using photo::kMeasures;
+using photo::Measure;
+
+// Keeps the members in the order in which they are written here.
+using Json = nlohmann::ordered_json;
+
+Json ScoresJson(const photo::Scores& scores)
+{
+    Json json;
+    for (const Measure& measure : kMeasures)
+        json[measure.Name] = scores.*measure.Value;
+    return json;
+}
+
+Json RectJson(const photo::PixelRect& rect)
+{
+    return {{"x", rect.X}, {"y", rect.Y}, {"width", rect.Width}, {"height", rect.Height}};
+}
+
+Json CropJson(const Crop& crop)
+{
+    Json json = RectJson(crop.Rect);
+    json["coversContent"] = crop.CoversContent;
+    json["scores"] = ScoresJson(crop.Scores);
+    if (crop.Explained) {
+        Json ranks;
+        for (size_t i = 0; i < photo::kNumWeighed; ++i)
+            ranks[kMeasures[i].Name] = crop.Explained->Ranks[i];
+        json["explain"] = {{"aspect", crop.Aspect.Text()},
+                           {"ranks", ranks},
+                           {"wishesMet", crop.Explained->WishesMet}};
+    }
+    return json;
+}
+
+Json ExplanationJson(const photo::Explanation& explanation)
+{
+    Json wishes = Json::array();
+    for (size_t i = 0; i < explanation.Wishes.size(); ++i) {
+        Json wish = {{"kind", photo::NameOf(explanation.Wishes[i].Kind)}};
+        wish.update(RectJson(explanation.Wishes[i].Rect));
+        wish["metByCandidates"] = explanation.MetBy[i];
+        wishes.push_back(wish);
+    }
+    return {{"candidates", explanation.Candidates},
+            {"passing", explanation.Passing},
+            {"wishes", wishes},
+            {"note", photo::NoteOf(explanation, kWishPrefix)}};
+}
+
+} // namespace
+
+std::string JsonLine(const PhotoResult& result)
+{
+    Json json = {{"file", result.File}};
+    if (!result.Error.empty()) {
+        json["error"] = result.Error;
+    } else {
+        json["width"] = result.Found.Size.Width;
+        json["height"] = result.Found.Size.Height;
+        json["crops"] = Json::array();
+        for (const Crop& crop : result.Found.Crops)
+            json["crops"].push_back(CropJson(crop));
+        if (result.Found.Explained)
+            json["explain"] = ExplanationJson(*result.Found.Explained);
+    }
+    return json.dump(-1, ' ', false, Json::error_handler_t::replace) + "\n";
+}
+
+} // namespace vistaTrim::cli

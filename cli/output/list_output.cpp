@@ -1,0 +1,96 @@
+#include "output/list_output.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <fstream>
+#include <iterator>
+#include <system_error>
+
+#include <unistd.h>
+
+#include "batch/program_error.h"
+#include "batch/resume.h"
+#include "batch/whole_file.h"
+#include "output/result_text.h"
+
+namespace vistaTrim::cli {
+
+namespace {
+
+std::string ReadAll(const std::string& path)
+{
+    std::ifstream stream(path, std::ios::binary);
+    return std::string(std::istreambuf_iterator<char>(stream), std::istreambuf_iterator<char>());
+}
+
+[[noreturn]] void FailToWrite(const std::string& path)
+{
+    throw ProgramError("cannot write " + (path.empty() ? "standard output" : path) + ": " +
+                       std::generic_category().message(errno));
+}
+
+} // namespace
+
+ListOutput::ListOutput(const Options& options)
+    : Format(options.Format), Path(options.Output), Stream(stdout)
+{
+    bool isNew = true;
+    if (!Path.empty()) {
+        const bool exists = access(Path.c_str(), F_OK) == 0;
+        if (exists && !options.Force && !options.Resume)
+            throw ProgramError(Path + " exists already; --force replaces it, --resume goes on");
+        if (exists && options.Resume) {
+            const std::string text = ReadAll(Path);
+            EarlierOutput earlier;
+            try {
+                earlier =
+                    Format == ListFormat::Json ? HeldByJson(text) : HeldByCsv(text, CsvHeader());
+            } catch (const ProgramError& error) {
+                throw ProgramError(Path + " " + error.what());
+            }
+            if (earlier.Kept != text)
+                WriteWholeFile(Path, true, earlier.Kept);
+            Held = earlier.Files;
+            isNew = earlier.Kept.empty();
+        }
+        Stream = std::fopen(Path.c_str(), options.Resume ? "ab" : "wb");
+        if (Stream == nullptr)
+            FailToWrite(Path);
+    }
+    if (isNew && Format == ListFormat::Csv)
+        Put(CsvHeader());
+}
+
+ListOutput::~ListOutput()
+{
+    if (!Path.empty())
+        std::fclose(Stream);
+}
+
+std::vector<ListedPhoto> ListOutput::StillToDo(const std::vector<ListedPhoto>& photos) const
+{
+    std::vector<ListedPhoto> left;
+    std::copy_if(photos.begin(), photos.end(), std::back_inserter(left),
+                 [this](const ListedPhoto& photo) {
+                     return Held.count(Format == ListFormat::Json ? JsonFileKey(photo.Path)
+                                                                  : photo.Path) == 0;
+                 });
+    return left;
+}
+
+void ListOutput::Write(const PhotoResult& result)
+{
+    switch (Format) {
+    case ListFormat::Text: Put(PeopleText(result)); break;
+    case ListFormat::Json: Put(JsonLine(result)); break;
+    case ListFormat::Csv: Put(CsvLines(result)); break;
+    }
+}
+
+void ListOutput::Put(const std::string& text)
+{
+    if (std::fwrite(text.data(), 1, text.size(), Stream) != text.size() || std::fflush(Stream) != 0)
+        FailToWrite(Path);
+}
+
+} // namespace vistaTrim::cli

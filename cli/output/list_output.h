@@ -1,0 +1,42 @@
+// Where the results of `suggest` go: standard output or a file that grows line by line.
+#ifndef VISTATRIM_CLI_OUTPUT_LIST_OUTPUT_H
+#define VISTATRIM_CLI_OUTPUT_LIST_OUTPUT_H
+
+#include <cstdio>
+#include <set>
+#include <string>
+#include <vector>
+
+#include "batch/photo_list.h"
+#include "batch/photo_result.h"
+#include "options/options.h"
+
+namespace vistaTrim::cli {
+
+class ListOutput {
+public:
+    // Throws ProgramError if the file cannot be written, exists without leave to replace it, or
+    // is to be resumed and is none of ours.
+    explicit ListOutput(const Options& options);
+    ~ListOutput();
+    ListOutput(const ListOutput&) = delete;
+    ListOutput& operator=(const ListOutput&) = delete;
+
+    // The photographs that the output does not hold yet.
+    std::vector<ListedPhoto> StillToDo(const std::vector<ListedPhoto>& photos) const;
+
+    // Each result is on its way to the disk before the next one begins. Throws ProgramError.
+    void Write(const PhotoResult& result);
+
+private:
+    void Put(const std::string& text);
+
+    ListFormat Format;
+    std::string Path; // empty: standard output
+    FILE* Stream;
+    std::set<std::string> Held;
+};
+
+} // namespace vistaTrim::cli
+
+#endif

@@ -1,0 +1,112 @@
+#include "output/result_text.h"
+
+#include <cstdarg>
+#include <cstdio>
+#include <vector>
+
+namespace vistaTrim::cli {
+
+namespace {
+
+using photo::Crop;
+using photo::Explanation;
+using photo::Measure;
+
+__attribute__((format(printf, 1, 2))) std::string Format(const char* format, ...)
+{
+    char line[512];
+    va_list values;
+    va_start(values, format);
+    vsnprintf(line, sizeof line, format, values);
+    va_end(values);
+    return line;
+}
+
+std::string RectText(const photo::PixelRect& rect)
+{
+    return Format("%d,%d,%d,%d", rect.X, rect.Y, rect.Width, rect.Height);
+}
+
+// The columns of the measures: the merged rank first, since the crops are sorted by it.
+std::vector<const Measure*> MeasuresInColumns()
+{
+    std::vector<const Measure*> measures;
+    for (const Measure& measure : photo::kMeasures) {
+        const bool isMerged = measure.Value == &photo::Scores::Merged;
+        measures.insert(isMerged ? measures.begin() : measures.end(), &measure);
+    }
+    return measures;
+}
+
+std::string MeasureHeadings()
+{
+    std::string text;
+    for (const Measure* measure : MeasuresInColumns())
+        text += Format("  %6s", measure->Column);
+    return text;
+}
+
+std::string MeasureColumns(const photo::Scores& scores)
+{
+    std::string text;
+    for (const Measure* measure : MeasuresInColumns())
+        text += Format("  %6.4f", scores.*measure->Value);
+    return text;
+}
+
+std::string CropExplanationText(const Crop& crop, const Explanation& explanation)
+{
+    std::string text;
+    for (size_t i = 0; i < photo::kNumWeighed; ++i) {
+        const Measure& measure = photo::kMeasures[i];
+        text += Format("       %-12s %.4f, at or above %.1f %% of the candidates\n", measure.Name,
+                       crop.Scores.*measure.Value, 100.0 * crop.Explained->Ranks[i]);
+    }
+    text += crop.CoversContent
+                ? "       covers the content, which counts for more than the measures\n"
+                : "       does not cover the content\n";
+    for (size_t i = 0; i < explanation.Wishes.size(); ++i)
+        text += std::string("       ") + kWishPrefix + photo::NameOf(explanation.Wishes[i].Kind) +
+                " " + RectText(explanation.Wishes[i].Rect) +
+                (crop.Explained->WishesMet[i] ? " met\n" : " missed\n");
+    return text;
+}
+
+} // namespace
+
+std::string PeopleText(const PhotoResult& result)
+{
+    if (!result.Error.empty())
+        return "";
+    std::string text =
+        result.File + Format(": %d x %d\n", result.Found.Size.Width, result.Found.Size.Height);
+    if (!result.Found.Crops.empty())
+        text += "    #   ratio      x      y   width  height" + MeasureHeadings() + "  content\n";
+    int rank = 0;
+    for (const Crop& crop : result.Found.Crops) {
+        text += Format("  %3d %7s %6d %6d %7d %7d", ++rank, crop.Aspect.Text().c_str(), crop.Rect.X,
+                       crop.Rect.Y, crop.Rect.Width, crop.Rect.Height) +
+                MeasureColumns(crop.Scores) + (crop.CoversContent ? "  covered\n" : "  -\n");
+        if (crop.Explained && result.Found.Explained)
+            text += CropExplanationText(crop, *result.Found.Explained);
+    }
+    if (result.Found.Explained) {
+        const Explanation& explanation = *result.Found.Explained;
+        text += Format("  %lld candidates, %lld of them pass the hard wishes\n",
+                       static_cast<long long>(explanation.Candidates),
+                       static_cast<long long>(explanation.Passing));
+        for (size_t i = 0; i < explanation.Wishes.size(); ++i)
+            text +=
+                std::string("  ") + kWishPrefix + photo::NameOf(explanation.Wishes[i].Kind) + " " +
+                RectText(explanation.Wishes[i].Rect) +
+                Format(": met by %lld candidates\n", static_cast<long long>(explanation.MetBy[i]));
+        const std::string note = photo::NoteOf(explanation, kWishPrefix);
+        if (!note.empty())
+            text += "  " + note + "\n";
+    } else if (result.Found.Crops.empty()) {
+        text += "  no crop; --explain tells why\n";
+    }
+    return text;
+}
+
+} // namespace vistaTrim::cli

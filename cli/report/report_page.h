@@ -1,0 +1,22 @@
+// The page that `report` writes: one file that needs nothing else.
+#ifndef VISTATRIM_CLI_REPORT_REPORT_PAGE_H
+#define VISTATRIM_CLI_REPORT_REPORT_PAGE_H
+
+#include <string>
+
+#include "batch/photo_result.h"
+#include "report/report_pictures.h"
+
+namespace vistaTrim::cli {
+
+std::string EscapedHtml(const std::string& text);
+
+std::string ReportBeginning();
+// One photograph. The index makes the names inside the page unique.
+std::string ReportSection(const PhotoResult& result, const ReportPictures& pictures, size_t index);
+std::string ReportFailure(const PhotoResult& result);
+std::string ReportEnd(size_t photographs, size_t failed);
+
+} // namespace vistaTrim::cli
+
+#endif

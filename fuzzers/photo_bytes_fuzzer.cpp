@@ -1,0 +1,68 @@
+// Files of any bytes, read as photographs: they are read to pictures of the right size or
+// refused with a reason. The decoders themselves are libvips' and are not instrumented; what
+// is looked for is how this library takes what they give.
+#include <algorithm>
+#include <cstdint>
+#include <cstdio>
+#include <cstdlib>
+#include <string>
+
+#include <fcntl.h>
+#include <sys/mman.h>
+#include <unistd.h>
+
+#include "fuzz_support.h"
+#include "vistaTrimPhoto/photo_error.h"
+#include "vistaTrimPhoto/photograph.h"
+#include "vistaTrimPhoto/picture_runtime.h"
+
+using namespace fuzzing;
+using namespace vistaTrim::photo;
+
+namespace {
+
+int theFile = -1;
+std::string thePath;
+
+void CheckPhotograph()
+{
+    const Photograph photo = Photograph::FromFile(thePath);
+    const PixelSize size = photo.Size();
+    Demand(size.Width >= 1 && size.Height >= 1, "a photograph has pixels");
+    // A header may promise any size; decoding a huge one would only fill the memory.
+    if (int64_t{size.Width} * size.Height > 4000000)
+        return;
+    const WorkingPicture picture = photo.ReadWorkingPicture();
+    Demand(std::max(picture.Pixels.Size.Width, picture.Pixels.Size.Height) == kWorkingLongSide,
+           "working size");
+    Demand(picture.Pixels.Bytes.size() == size_t{3} *
+                                              static_cast<size_t>(picture.Pixels.Size.Width) *
+                                              static_cast<size_t>(picture.Pixels.Size.Height),
+           "three bytes a pixel");
+}
+
+} // namespace
+
+extern "C" int LLVMFuzzerInitialize(int*, char*** arguments)
+{
+    StartPictureRuntime((*arguments)[0]);
+    // A file without a name: nothing is left behind.
+    theFile = memfd_create("photograph", 0);
+    Demand(theFile >= 0, "a file to write to");
+    thePath = "/proc/self/fd/" + std::to_string(theFile);
+    return 0;
+}
+
+extern "C" int LLVMFuzzerTestOneInput(const uint8_t* bytes, size_t count)
+{
+    Demand(ftruncate(theFile, 0) == 0 &&
+               pwrite(theFile, bytes, count, 0) == static_cast<ssize_t>(count),
+           "the file can be written");
+    try {
+        CheckPhotograph();
+    } catch (const PhotoError& error) {
+        const std::string reason = error.what();
+        Demand(!reason.empty() && reason.find('\n') == std::string::npos, "a reason on one line");
+    }
+    return 0;
+}

@@ -1,0 +1,92 @@
+#include "picture/crop_metadata.h"
+
+#include <cstdint>
+#include <vector>
+
+namespace vistaTrim::photo {
+
+namespace {
+
+constexpr const char* kXmpField = "xmp-data";
+
+bool StartsWith(const std::string& text, const std::string& beginning)
+{
+    return text.compare(0, beginning.size(), beginning) == 0;
+}
+
+bool IsUntrueOfCrop(const std::string& field)
+{
+    return field == "jpeg-thumbnail-data" || field == "orientation" || field == "n-pages" ||
+           field == "page-height" || field == "delay" || field == "loop" || field == "n-subifds" ||
+           field == "heif-primary";
+}
+
+bool IsMetadata(const std::string& field)
+{
+    return StartsWith(field, "exif-") || StartsWith(field, "iptc-") || field == kXmpField ||
+           field == "photoshop-data" || StartsWith(field, "png-comment-") ||
+           StartsWith(field, "gif-") || StartsWith(field, "magick-") ||
+           field == "image-description" || field == "ipct-data";
+}
+
+std::vector<std::string> FieldsOf(const vips::VImage& image)
+{
+    gchar** names = vips_image_get_fields(image.get_image());
+    std::vector<std::string> fields;
+    for (gchar** name = names; *name != nullptr; ++name)
+        fields.emplace_back(*name);
+    g_strfreev(names);
+    return fields;
+}
+
+void MakeXmpUpright(vips::VImage& image)
+{
+    if (image.get_typeof(kXmpField) == 0)
+        return;
+    size_t size = 0;
+    const auto* bytes = static_cast<const char*>(image.get_blob(kXmpField, &size));
+    const std::string before(bytes, size);
+    const std::string after = UprightXmp(before);
+    if (after == before)
+        return;
+    void* copy = g_malloc(after.size());
+    after.copy(static_cast<char*>(copy), after.size());
+    image.set(
+        kXmpField,
+        [](void* data, void*) -> int {
+            g_free(data);
+            return 0;
+        },
+        copy, after.size());
+}
+
+} // namespace
+
+std::string UprightXmp(std::string xmp)
+{
+    const std::string name = "tiff:Orientation";
+    for (size_t at = xmp.find(name); at != std::string::npos; at = xmp.find(name, at)) {
+        at += name.size();
+        // Either tiff:Orientation="6" or <tiff:Orientation>6</tiff:Orientation>.
+        size_t digit = at;
+        while (digit < xmp.size() && (xmp[digit] == '=' || xmp[digit] == '"' ||
+                                      xmp[digit] == '\'' || xmp[digit] == '>' || xmp[digit] == ' '))
+            ++digit;
+        if (digit > at && digit < xmp.size() && xmp[digit] >= '2' && xmp[digit] <= '8')
+            xmp[digit] = '1';
+    }
+    return xmp;
+}
+
+vips::VImage WithMetadataForCrop(const vips::VImage& image, bool strip)
+{
+    vips::VImage copy = image.copy(); // fields may only be changed in a picture of one's own
+    for (const std::string& field : FieldsOf(image))
+        if (IsUntrueOfCrop(field) || (strip && IsMetadata(field)))
+            copy.remove(field.c_str());
+    if (!strip)
+        MakeXmpUpright(copy);
+    return copy;
+}
+
+} // namespace vistaTrim::photo

@@ -1,0 +1,183 @@
+#include "picture/encoded_source.h"
+
+#include <cerrno>
+#include <functional>
+#include <system_error>
+#include <utility>
+
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include "picture/vips_runtime.h"
+#include "vistaTrimPhoto/photo_error.h"
+
+namespace vistaTrim::photo {
+
+namespace {
+
+[[noreturn]] void ThrowUnreadable(const std::string& text)
+{
+    throw PhotoError(PhotoError::Kind::Unreadable, text);
+}
+
+// What can be found out without libvips, in plainer words than it has.
+void CheckFile(const std::string& path)
+{
+    struct stat status = {};
+    if (stat(path.c_str(), &status) != 0)
+        ThrowUnreadable(std::generic_category().message(errno));
+    if (S_ISDIR(status.st_mode))
+        ThrowUnreadable("is a folder, not a photograph");
+    if (!S_ISREG(status.st_mode))
+        ThrowUnreadable("is not a regular file");
+    if (status.st_size == 0)
+        ThrowUnreadable("the file is empty");
+    if (access(path.c_str(), R_OK) != 0)
+        ThrowUnreadable(std::generic_category().message(errno));
+}
+
+struct LoaderFormat {
+    const char* Name; // part of the name of libvips' class, as in "VipsForeignLoadJpegSource"
+    ImageFormat Format;
+};
+
+constexpr LoaderFormat kLoaderFormats[] = {{"Jpeg", ImageFormat::Jpeg},
+                                           {"Png", ImageFormat::Png},
+                                           {"Webp", ImageFormat::Webp},
+                                           {"Tiff", ImageFormat::Tiff}};
+
+// PNG, which loses nothing, stands in for formats that crops are not written in.
+ImageFormat FormatOf(const std::string& loader, const vips::VImage& header)
+{
+    for (const LoaderFormat& known : kLoaderFormats)
+        if (loader.find(known.Name) != std::string::npos)
+            return known.Format;
+    if (loader.find("Heif") == std::string::npos)
+        return ImageFormat::Png;
+    const bool isAvif = header.get_typeof("heif-compression") != 0 &&
+                        std::string(header.get_string("heif-compression")) == "av1";
+    return isAvif ? ImageFormat::Avif : ImageFormat::Heic;
+}
+
+// A picture that is cut short is an error: half a photograph, the rest grey, gets crops that
+// nobody wants, and nobody would know why.
+constexpr VipsFailOn kFailOn = VIPS_FAIL_ON_TRUNCATED;
+
+class EncodedSource : public PhotographSource {
+public:
+    using Opener = std::function<vips::VSource()>;
+
+    EncodedSource(Opener open, const ReadOptions& options)
+        : PhotographSource(options), Open(std::move(open))
+    {
+        if (ReadHeader())
+            return;
+        LoadVipsModules();
+        if (!ReadHeader())
+            throw PhotoError(PhotoError::Kind::Unsupported,
+                             "not a picture, or of a format that cannot be read");
+    }
+
+    vips::VImage ReadFull(bool oncePerPixel) const override
+    {
+        const bool sequential = oncePerPixel && Orientation == 1;
+        vips::VImage image = vips::VImage::new_from_source(
+            Open(), "",
+            vips::VImage::option()
+                ->set("access", sequential ? VIPS_ACCESS_SEQUENTIAL : VIPS_ACCESS_RANDOM)
+                ->set("fail_on", kFailOn));
+        return image.autorot();
+    }
+
+protected:
+    vips::VImage ReadThumbnailInColours(PixelSize size) const override
+    {
+        return IsCmyk ? ThumbnailOfCmyk(size) : ThumbnailOfColours(size);
+    }
+
+private:
+    // False if no reader knows the format.
+    bool ReadHeader()
+    {
+        bool isKnown = false;
+        RunVips(
+            [this, &isKnown] {
+                const vips::VSource source = Open();
+                const char* loader = vips_foreign_find_load_source(source.get_source());
+                isKnown = loader != nullptr;
+                if (!isKnown) {
+                    vips_error_clear();
+                    return;
+                }
+                const vips::VImage header = vips::VImage::new_from_source(
+                    source, "", vips::VImage::option()->set("access", VIPS_ACCESS_SEQUENTIAL));
+                Native = FormatOf(loader, header);
+                IsCmyk = header.interpretation() == VIPS_INTERPRETATION_CMYK;
+                HasProfile = header.get_typeof(VIPS_META_ICC_NAME) != 0;
+                Displayed = {header.width(), header.height()};
+                Orientation = vips_image_get_orientation(header.get_image());
+                if (Orientation >= 5) // these lie on their side
+                    std::swap(Displayed.Width, Displayed.Height);
+            },
+            PhotoError::Kind::Damaged);
+        return isKnown;
+    }
+
+    // libvips' thumbnails of CMYK come out in other colours than its own conversion by profile
+    // gives, so the conversion is made here, and the picture is decoded at full size.
+    vips::VImage ThumbnailOfCmyk(PixelSize size) const
+    {
+        const vips::VImage full = ReadFull(true);
+        const double across = static_cast<double>(size.Width) / full.width();
+        const double down = static_cast<double>(size.Height) / full.height();
+        return full.resize(across, vips::VImage::option()->set("vscale", down))
+            .icc_transform(
+                "srgb",
+                vips::VImage::option()->set("embedded", true)->set("input_profile", "cmyk"));
+    }
+
+    vips::VImage ThumbnailOfColours(PixelSize size) const
+    {
+        // Both sides are forced: the engine wants its 640 exactly, and a side that would round
+        // to nothing must stay one pixel.
+        vips::VOption* options = vips::VImage::option()
+                                     ->set("height", size.Height)
+                                     ->set("size", VIPS_SIZE_FORCE)
+                                     // Given to the reader itself: from a source, libvips' own
+                                     // "fail_on" of thumbnails reaches no reader.
+                                     ->set("option_string", "fail_on=truncated");
+        // Pixels without a profile count as sRGB and must then not be converted at all: on the
+        // way through another colour space they would not come back the same. A profile that is
+        // of no use counts as none.
+        if (HasProfile)
+            options->set("export_profile", "srgb")->set("import_profile", "srgb");
+        return vips::VImage::thumbnail_source(Open(), size.Width, options);
+    }
+
+    Opener Open;
+    int Orientation = 1; // as EXIF counts them
+    bool IsCmyk = false;
+    bool HasProfile = false;
+};
+
+} // namespace
+
+std::shared_ptr<const PhotographSource> OpenFile(const std::string& path,
+                                                 const ReadOptions& options)
+{
+    CheckFile(path);
+    // A source and not a file name: libvips reads options out of names that end in brackets.
+    return std::make_shared<const EncodedSource>(
+        [path] { return vips::VSource::new_from_file(path.c_str()); }, options);
+}
+
+std::shared_ptr<const PhotographSource> OpenBytes(const void* data, size_t size,
+                                                  const ReadOptions& options)
+{
+    if (data == nullptr || size == 0)
+        ThrowUnreadable("there are no bytes to read");
+    return std::make_shared<const EncodedSource>(
+        [data, size] { return vips::VSource::new_from_memory(data, size); }, options);
+}
+
+} // namespace vistaTrim::photo

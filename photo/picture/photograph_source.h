@@ -1,0 +1,47 @@
+// Where the pixels of a photograph come from, as libvips images.
+#ifndef VISTATRIM_PHOTO_PICTURE_PHOTOGRAPH_SOURCE_H
+#define VISTATRIM_PHOTO_PICTURE_PHOTOGRAPH_SOURCE_H
+
+#include <memory>
+
+#include <vips/vips8>
+
+#include "vistaTrimPhoto/photograph.h"
+
+namespace vistaTrim::photo {
+
+// Does not change once it is made. What reads pixels is for use inside RunVips.
+class PhotographSource {
+public:
+    static const PhotographSource& Of(const Photograph& photograph);
+
+    explicit PhotographSource(const ReadOptions& options);
+    virtual ~PhotographSource() = default;
+    PhotographSource(const PhotographSource&) = delete;
+    PhotographSource& operator=(const PhotographSource&) = delete;
+
+    PixelSize Size() const;
+    ImageFormat NativeFormat() const;
+    const Colour& Background() const;
+
+    // Upright sRGB of three 8-bit channels, exactly this size.
+    vips::VImage ReadThumbnail(PixelSize size) const;
+
+    // Upright, otherwise as stored: bands, depth, colour profile and metadata. With
+    // `oncePerPixel` the pixels can be read only once, from the top down; then a picture that
+    // is stored upright is never in memory whole.
+    virtual vips::VImage ReadFull(bool oncePerPixel) const = 0;
+
+protected:
+    virtual vips::VImage ReadThumbnailInColours(PixelSize size) const = 0;
+
+    PixelSize Displayed;
+    ImageFormat Native = ImageFormat::Png;
+
+private:
+    Colour Under;
+};
+
+} // namespace vistaTrim::photo
+
+#endif

@@ -1,0 +1,22 @@
+// Plain pixels to libvips and back.
+#ifndef VISTATRIM_PHOTO_PICTURE_VIPS_PIXELS_H
+#define VISTATRIM_PHOTO_PICTURE_VIPS_PIXELS_H
+
+#include <vips/vips8>
+
+#include "vistaTrimPhoto/pixels.h"
+
+namespace vistaTrim::photo {
+
+// All for use inside RunVips.
+
+// Without a copy of the whole: keep the pixels, and of a view with padded
+// or reversed rows the view itself, until the image and all that was made of it are gone.
+vips::VImage BorrowedImage(const PixelView& pixels);
+
+// A copy of an image of 8-bit bands.
+PixelImage PixelsOf(const vips::VImage& image);
+
+} // namespace vistaTrim::photo
+
+#endif

@@ -1,0 +1,156 @@
+#include "picture/vips_runtime.h"
+
+#include <mutex>
+#include <new>
+#include <shared_mutex>
+#include <string>
+#include <vector>
+
+#include <gmodule.h>
+#include <vips/vips8>
+
+#include "vistaTrimPhoto/picture_runtime.h"
+
+namespace vistaTrim::photo {
+
+namespace {
+
+// libvips is one for the whole process, and so are these.
+std::shared_mutex insideVips;
+std::mutex gate; // whoever waits to be alone holds it, so that nobody enters past him
+std::mutex starting;
+bool started = false;
+
+// A damaged file makes libvips say so as a warning and as an error; the error is enough.
+void DropMessage(const char*, GLogLevelFlags, const char*, void*)
+{
+}
+
+// "a: b\na: b\nc\n" becomes "a: b; c".
+std::string OnOneLine(const std::string& text)
+{
+    std::vector<std::string> lines(1);
+    for (const char c : text) {
+        if (c == '\n')
+            lines.emplace_back();
+        else
+            lines.back().push_back(c);
+    }
+    std::string joined;
+    std::string before;
+    for (const std::string& line : lines) {
+        if (line.empty() || line == before)
+            continue;
+        joined += (joined.empty() ? "" : "; ") + line;
+        before = line;
+    }
+    return joined.empty() ? "libvips gives no reason" : joined;
+}
+
+// libvips loads its modules (among others a PDF reader and all of ImageMagick) as it starts,
+// which takes longer than the analysis of a photograph. The one way to keep it from that is to
+// name a home without modules; LoadModules fetches the two of use when they are needed.
+int InitWithoutModules(const char* programName)
+{
+    constexpr const char* kHome = "VIPSHOME";
+    if (g_getenv(kHome) != nullptr) // somebody has a reason; let it load what it finds
+        return VIPS_INIT(programName);
+    g_setenv(kHome, "/nonexistent", FALSE);
+    const int status = VIPS_INIT(programName);
+    g_unsetenv(kHome);
+    return status;
+}
+
+// Loaders that were never hardened against hostile files stay shut, except these two that
+// photographs do come in.
+void BlockUntrustedLoaders()
+{
+    vips_block_untrusted_set(TRUE);
+    vips_operation_block_set("VipsForeignLoadPpm", FALSE);
+    vips_operation_block_set("VipsForeignLoadJxl", FALSE);
+}
+
+void LoadModules()
+{
+    for (const char* name : {"vips-heif.so", "vips-jxl.so"}) {
+        const std::string path = std::string(VISTATRIM_VIPS_LIBDIR) + "/vips-modules-" +
+                                 std::to_string(vips_version(0)) + "." +
+                                 std::to_string(vips_version(1)) + "/" + name;
+        // A libvips without modules has these formats built in, or not at all.
+        GModule* module = g_module_open(path.c_str(), G_MODULE_BIND_LAZY);
+        if (module != nullptr)
+            g_module_make_resident(module);
+    }
+    BlockUntrustedLoaders(); // the new ones too
+}
+
+} // namespace
+
+void StartPictureRuntime(const char* programName)
+{
+    const std::lock_guard<std::mutex> alone(starting);
+    if (started)
+        return;
+    if (InitWithoutModules(programName) != 0)
+        throw PhotoError(PhotoError::Kind::Internal,
+                         "libvips does not start: " + OnOneLine(vips_error_buffer()));
+    g_log_set_handler("VIPS", static_cast<GLogLevelFlags>(G_LOG_LEVEL_WARNING | G_LOG_LEVEL_INFO),
+                      DropMessage, nullptr);
+    BlockUntrustedLoaders();
+    // Every photograph is read once; remembered operations would only hold its memory.
+    vips_cache_set_max(0);
+    started = true;
+}
+
+void StopPictureRuntime()
+{
+    vips_shutdown();
+}
+
+void SetThreadsPerPicture(int count)
+{
+    StartPictureRuntime();
+    vips_concurrency_set(count);
+}
+
+void LeavePictureThread()
+{
+    vips_thread_shutdown();
+}
+
+void LoadVipsModules()
+{
+    static std::once_flag once;
+    StartPictureRuntime();
+    const std::lock_guard<std::mutex> entering(gate);
+    const std::lock_guard<std::shared_mutex> alone(insideVips);
+    std::call_once(once, LoadModules);
+}
+
+void RunVips(const std::function<void()>& work, PhotoError::Kind kind, const std::string& what)
+{
+    StartPictureRuntime();
+    try {
+        std::unique_lock<std::mutex> entering(gate);
+        std::shared_lock<std::shared_mutex> inside(insideVips);
+        entering.unlock();
+        work();
+        return;
+    } catch (const vips::VError&) {
+        // Again, alone, for the reason.
+    } catch (const std::bad_alloc&) {
+        throw PhotoError(PhotoError::Kind::OutOfMemory, "not enough memory");
+    }
+    std::lock_guard<std::mutex> entering(gate);
+    std::lock_guard<std::shared_mutex> alone(insideVips);
+    vips_error_clear();
+    try {
+        work();
+    } catch (const vips::VError& error) {
+        const std::string reason = OnOneLine(error.what());
+        vips_error_clear();
+        throw PhotoError(kind, what.empty() ? reason : what + " (" + reason + ")");
+    }
+}
+
+} // namespace vistaTrim::photo

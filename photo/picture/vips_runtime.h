@@ -1,0 +1,26 @@
+// Calling libvips, and getting clean reasons out of it.
+#ifndef VISTATRIM_PHOTO_PICTURE_VIPS_RUNTIME_H
+#define VISTATRIM_PHOTO_PICTURE_VIPS_RUNTIME_H
+
+#include <functional>
+#include <string>
+
+#include "vistaTrimPhoto/photo_error.h"
+
+namespace vistaTrim::photo {
+
+// HEIF, AVIF and JPEG XL are read and written by modules, which are not loaded at the start.
+// Do not call it inside RunVips.
+void LoadVipsModules();
+
+// Runs work that calls libvips, in any thread, and starts libvips if nobody has. A failure leaves
+// as PhotoError with a reason on one line. libvips keeps one error text for the whole process, so
+// failed work is run once more while no other thread is inside: its text is then its own. The work
+// must therefore bear being run twice. If `what` is not empty, what libvips says goes behind it, in
+// brackets.
+void RunVips(const std::function<void()>& work, PhotoError::Kind kind,
+             const std::string& what = "");
+
+} // namespace vistaTrim::photo
+
+#endif

@@ -1,0 +1,47 @@
+#include "ranking/engine_lists.h"
+
+#include <algorithm>
+#include <iterator>
+
+namespace vistaTrim::photo {
+
+namespace {
+
+// Without those that hold no pixel: of a very thin picture the engine also lays out crops whose
+// sides rounded to nothing; nothing was measured on them.
+CropList CopyAndRelease(ICropRects* list)
+{
+    SmartPtr<CCropRects> held(static_cast<CCropRects*>(list), false);
+    CropList crops;
+    std::copy_if(held->Data(), held->Data() + held->Count(), std::back_inserter(crops),
+                 [](const CInt32CropRect& crop) {
+                     return crop.Left <= crop.Right && crop.Top <= crop.Bottom;
+                 });
+    return crops;
+}
+
+WeightDistribution EngineWeights(const Weights& weights)
+{
+    return {weights.Composition, weights.Coverage, weights.Border, weights.Peak,
+            weights.CentrePeak};
+}
+
+} // namespace
+
+CropList BestOf(IVistaTrim& driver, const Request& request, int32_t wanted,
+                const SuggestionParameters& engineRequest)
+{
+    ICropRects* list = nullptr;
+    GetNTopCropSuggestions(&driver, wanted, &list, &engineRequest,
+                           static_cast<int32_t>(request.Ranking), EngineWeights(request.Weights));
+    return CopyAndRelease(list);
+}
+
+CropList AllOf(IVistaTrim& driver, const SuggestionParameters& engineRequest)
+{
+    ICropRects* list = nullptr;
+    ComputeCropSuggestions(&driver, &list, &engineRequest);
+    return CopyAndRelease(list);
+}
+
+} // namespace vistaTrim::photo

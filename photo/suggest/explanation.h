@@ -1,0 +1,23 @@
+// How each crop ranks among all candidates, and which wish it meets or misses.
+#ifndef VISTATRIM_PHOTO_SUGGEST_EXPLANATION_H
+#define VISTATRIM_PHOTO_SUGGEST_EXPLANATION_H
+
+#include <vector>
+
+#include "ranking/turns.h"
+#include "vistaTrimPhoto/photograph.h"
+#include "vistaTrimPhoto/result.h"
+
+namespace vistaTrim::photo {
+
+// Fills Explained of the result, whose crops are complete, and of each of its crops.
+//
+// all     every candidate of the request
+// wishes  clipped to the photograph
+// asked   how many crops were asked for
+void Explain(const CropList& all, const std::vector<Wish>& wishes, const WorkingPicture& picture,
+             int32_t asked, Suggestions& result);
+
+} // namespace vistaTrim::photo
+
+#endif

@@ -1,0 +1,32 @@
+// Runs the program as a person would.
+#ifndef VISTATRIM_TESTS_CLI_RUN_PROGRAM_H
+#define VISTATRIM_TESTS_CLI_RUN_PROGRAM_H
+
+#include <string>
+#include <vector>
+
+#include <sys/types.h>
+
+namespace vistaTrim::cli {
+
+struct Outcome {
+    int Status = -1; // exit status; 1000 + the signal's number if one ended the program
+    std::string Out;
+    std::string Err;
+};
+
+struct RunOptions {
+    std::string Input;     // standard input
+    std::string OutTo;     // standard output goes to this file instead
+    bool AsNobody = false; // as a user without rights, if the tests run as root
+};
+
+Outcome RunProgram(const std::vector<std::string>& arguments, const RunOptions& options = {});
+
+// Begins a run whose output goes nowhere and returns its process.
+pid_t BeginProgram(const std::vector<std::string>& arguments);
+int WaitFor(pid_t process); // as Outcome::Status
+
+} // namespace vistaTrim::cli
+
+#endif

@@ -1,0 +1,45 @@
+#include "vistaTrimPhoto/ratio.h"
+
+#include <gtest/gtest.h>
+
+namespace vistaTrim::photo {
+namespace {
+
+TEST(Ratio, IsReducedToItsSmallestTerms)
+{
+    EXPECT_EQ(ParseRatio("16:9"), (Ratio{16, 9}));
+    EXPECT_EQ(ParseRatio("1920:1080"), (Ratio{16, 9}));
+    EXPECT_EQ(ParseRatio("6:4"), ParseRatio("3:2"));
+}
+
+TEST(Ratio, TakesDecimals)
+{
+    EXPECT_EQ(ParseRatio("2.35:1"), (Ratio{47, 20}));
+    EXPECT_EQ(ParseRatio("1.5"), (Ratio{3, 2}));
+    EXPECT_EQ(ParseRatio(".5:1"), (Ratio{1, 2}));
+    EXPECT_EQ(ParseRatio("1.0001"), (Ratio{10001, 10000}));
+}
+
+TEST(Ratio, RefusesWhatIsNone)
+{
+    for (const char* text : {"", ":", "16:", ":9", "0:9", "16:0", "-3:2", "3:-2", "3/2", "3:2:1",
+                             " 3:2", "3:2 ", "1e3:1", "nan", "1.00001", "1000000:1", "1..5", "."})
+        EXPECT_FALSE(ParseRatio(text)) << text;
+}
+
+TEST(Ratio, OfTheLibrarysDefaultsIsFoundAgain)
+{
+    EXPECT_EQ(RatioOfValue(64.0 / 27.0), (Ratio{64, 27}));
+    EXPECT_EQ(RatioOfValue(16.0 / 9.0), (Ratio{16, 9}));
+    EXPECT_EQ(RatioOfValue(3.0 / 2.0), (Ratio{3, 2}));
+    EXPECT_EQ(RatioOfValue(2.0 / 3.0), (Ratio{2, 3}));
+    EXPECT_EQ(RatioOfValue(1.0), (Ratio{1, 1}));
+}
+
+TEST(Ratio, OfAnIrrationalValueIsTheNearestThousandth)
+{
+    EXPECT_NEAR(RatioOfValue(1.6180339887).Value(), 1.6180339887, 0.0005);
+}
+
+} // namespace
+} // namespace vistaTrim::photo
