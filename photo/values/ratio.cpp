@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstdio>
 #include <numeric>
 
 namespace vistaTrim::photo {
@@ -53,6 +54,25 @@ double Ratio::Value() const
 std::string Ratio::Text() const
 {
     return std::to_string(Width) + ":" + std::to_string(Height);
+}
+
+std::string Ratio::CommonName() const
+{
+    // What is sold as 21:9 is the cube of 4:3, so that each step of 4:3, 16:9 and 64:27 is alike.
+    if (*this == Ratio{64, 27})
+        return "21:9";
+    if (*this == Ratio{27, 64})
+        return "9:21";
+    constexpr int64_t kSmallTerm = 32;
+    if (std::min(Width, Height) <= kSmallTerm && std::max(Width, Height) <= kSmallTerm)
+        return Text();
+    char decimals[40];
+    std::snprintf(decimals, sizeof decimals, "%.2f", Width >= Height ? Value() : 1.0 / Value());
+    std::string number = decimals;
+    number.erase(number.find_last_not_of('0') + 1);
+    if (number.back() == '.')
+        number.pop_back();
+    return Width >= Height ? number + ":1" : "1:" + number;
 }
 
 bool operator==(const Ratio& a, const Ratio& b)

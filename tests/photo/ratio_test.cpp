@@ -36,6 +36,18 @@ TEST(Ratio, OfTheLibrarysDefaultsIsFoundAgain)
     EXPECT_EQ(RatioOfValue(1.0), (Ratio{1, 1}));
 }
 
+TEST(Ratio, HasTheNameThatPeopleUse)
+{
+    EXPECT_EQ((Ratio{64, 27}).CommonName(), "21:9");
+    EXPECT_EQ((Ratio{27, 64}).CommonName(), "9:21");
+    EXPECT_EQ((Ratio{16, 9}).CommonName(), "16:9");
+    EXPECT_EQ((Ratio{1, 1}).CommonName(), "1:1");
+    EXPECT_EQ((Ratio{191, 100}).CommonName(), "1.91:1");
+    EXPECT_EQ((Ratio{100, 239}).CommonName(), "1:2.39");
+    EXPECT_EQ((Ratio{1001, 500}).CommonName(), "2:1");
+    EXPECT_EQ((Ratio{1003, 400}).CommonName(), "2.51:1");
+}
+
 TEST(Ratio, OfAnIrrationalValueIsTheNearestThousandth)
 {
     EXPECT_NEAR(RatioOfValue(1.6180339887).Value(), 1.6180339887, 0.0005);
