@@ -61,16 +61,16 @@ int RunReport(const Options& options, const std::vector<ListedPhoto>& photos)
             const photo::Analysis analysis = Analyse(photograph);
             result.Found = analysis.Suggest(explained.Request);
             const photo::Stopwatch writing;
-            const ReportPictures pictures =
-                MakeReportPictures(photograph, result.Found.Crops, analysis.Maps());
+            const ReportPictures pictures = MakeReportPictures(
+                photograph, options.ReportMaps ? analysis.Maps() : std::vector<photo::Map>());
             const auto index = static_cast<size_t>(&photo - photos.data());
             result.ReportSection = ReportSection(result, pictures, index);
             result.WriteMilliseconds = writing.Milliseconds();
         };
         steps.Emit = [&](const PhotoResult& result) {
-            ++emitted;
             failed += result.Error.empty() ? 0 : 1;
-            page.Put(result.Error.empty() ? result.ReportSection : ReportFailure(result));
+            page.Put(result.Error.empty() ? result.ReportSection : ReportFailure(result, emitted));
+            ++emitted;
         };
         const int status = RunPhotos(options, photos, steps);
         page.Finish(ReportEnd(emitted, failed));

@@ -24,6 +24,10 @@ _vistatrim() {
         mapfile -t COMPREPLY < <(compgen -W "composition coverage border all" -- "$word")
         return
         ;;
+    --maps)
+        mapfile -t COMPREPLY < <(compgen -W "yes no" -- "$word")
+        return
+        ;;
     --format)
         mapfile -t COMPREPLY < <(compgen -W "jpg png webp tif avif heic" -- "$word")
         return
@@ -43,7 +47,7 @@ _vistatrim() {
         case $command in
         suggest) options="$options $request --json --csv --explain --resume" ;;
         crop) options="$options $request --resize --format --quality --strip --resume" ;;
-        report) options="$options $request" ;;
+        report) options="$options $request --maps" ;;
         esac
         mapfile -t COMPREPLY < <(compgen -W "$options" -- "$word")
         return

@@ -272,6 +272,15 @@ void AddReport(CLI::App& app, Options& values)
         ->type_name("FILE.html")
         ->required()
         ->group("Output");
+    AddRead(
+        app, "--maps", "yes or no", "Whether the page holds the maps; they are half of it (yes)",
+        [&values](const std::string& text) {
+            values.ReportMaps = text != "no";
+            return text == "yes" || text == "no";
+        },
+        false)
+        ->type_name("yes|no")
+        ->group("Output");
     app.add_flag("--force", values.Force, "Replace the page if it exists")->group("Output");
     AddRun(app, values);
 }

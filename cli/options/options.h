@@ -38,6 +38,7 @@ struct Options {
     bool Quiet = false;
     bool Timings = false;
     CropFileOptions CropFiles;
+    bool ReportMaps = true;
 };
 
 struct CommandLine {

@@ -1,10 +1,14 @@
 #include "report/report_page.h"
 
 #include <algorithm>
+#include <array>
 #include <cstdio>
+#include <cstdlib>
 #include <filesystem>
 
-#include "report/page_assets.h"
+#include "report/base64.h"
+#include "report/report_data.h"
+#include "report_page_assets.h"
 
 namespace vistaTrim::cli {
 
@@ -20,91 +24,130 @@ std::string Fixed(double value, int decimals)
     return text;
 }
 
-std::string Percent(double share)
+std::string Percent(int64_t part, int64_t whole)
 {
-    return Fixed(100.0 * std::clamp(share, 0.0, 1.0), 3) + "%";
+    return Fixed(100.0 * static_cast<double>(part) / static_cast<double>(whole), 4) + "%";
 }
 
-// "ColorContrastMap" becomes "Color contrast", "SideMapTop" becomes "Side top".
-std::string MapLabel(const std::string& name)
+std::string SizeText(int32_t width, int32_t height)
 {
-    std::string spaced;
-    for (size_t i = 0; i < name.size(); ++i) {
-        const bool isCapital = name[i] >= 'A' && name[i] <= 'Z';
-        if (isCapital && i > 0)
-            spaced += ' ';
-        spaced += isCapital && i > 0 ? static_cast<char>(name[i] - 'A' + 'a') : name[i];
-    }
-    const size_t map = spaced.find(" map");
-    if (map != std::string::npos)
-        spaced.erase(map, 4);
-    return spaced;
+    return std::to_string(width) + " &times; " + std::to_string(height);
 }
 
-std::string Bar(const photo::Measure& measure, double value)
+std::string Count(size_t count, const char* one, const char* many)
 {
-    return std::string("<div class=\"bar\" title=\"") + measure.Hint + "\"><span>" + measure.Label +
-           "</span><i><b style=\"width:" + Percent(value) + "\"></b></i><em>" + Fixed(value, 3) +
-           "</em></div>";
+    return std::to_string(count) + " " + (count == 1 ? one : many);
 }
 
 std::string RectStyle(const PixelRect& rect, PixelSize photo)
 {
-    return "left:" + Percent(static_cast<double>(rect.X) / photo.Width) +
-           ";top:" + Percent(static_cast<double>(rect.Y) / photo.Height) +
-           ";width:" + Percent(static_cast<double>(rect.Width) / photo.Width) +
-           ";height:" + Percent(static_cast<double>(rect.Height) / photo.Height);
+    return "left:" + Percent(rect.X, photo.Width) + ";top:" + Percent(rect.Y, photo.Height) +
+           ";width:" + Percent(rect.Width, photo.Width) +
+           ";height:" + Percent(rect.Height, photo.Height);
 }
 
-// How well the wishes are met only if there is something to say; the merged rank has a line of its
-// own.
-bool IsShownAsBar(const photo::Measure& measure, const photo::Scores& scores)
+// In which corner of its frame each crop's number stands: the first where it hides no other,
+// taking the photograph to be shown about thirty numbers wide.
+std::vector<const char*> NumberCorners(const std::vector<photo::Crop>& crops, PixelSize photo)
 {
-    return measure.Weight != nullptr || (measure.Value == &photo::Scores::Roi && scores.Roi != 1.0);
+    constexpr std::array<const char*, 4> kCorners = {"at-left at-top", "at-right at-top",
+                                                     "at-left at-bottom", "at-right at-bottom"};
+    const int32_t size = photo.Width / 30 + 1;
+    std::vector<std::pair<int32_t, int32_t>> taken;
+    std::vector<const char*> corners;
+    for (const photo::Crop& crop : crops) {
+        const int32_t right = crop.Rect.X + crop.Rect.Width - size;
+        const int32_t bottom = crop.Rect.Y + crop.Rect.Height - size;
+        const std::array<std::pair<int32_t, int32_t>, 4> places = {{{crop.Rect.X, crop.Rect.Y},
+                                                                    {right, crop.Rect.Y},
+                                                                    {crop.Rect.X, bottom},
+                                                                    {right, bottom}}};
+        size_t corner = 0;
+        while (corner < places.size() &&
+               std::any_of(taken.begin(), taken.end(), [&](const std::pair<int32_t, int32_t>& at) {
+                   return std::abs(at.first - places[corner].first) < size &&
+                          std::abs(at.second - places[corner].second) < size;
+               }))
+            ++corner;
+        corner %= places.size();
+        taken.push_back(places[corner]);
+        corners.push_back(kCorners[corner]);
+    }
+    return corners;
 }
 
-std::string CropCard(const photo::Crop& crop, const std::string& picture, size_t rank)
+std::string Frames(const photo::Suggestions& found)
 {
-    const std::string number = std::to_string(rank + 1);
-    std::string card = "<article class=\"card\" data-crop=\"" + std::to_string(rank) +
-                       "\" tabindex=\"0\"><div class=\"shot\"><img alt=\"Crop " + number +
-                       "\" src=\"" + picture + "\"></div><div class=\"facts\"><h3><span>" + number +
-                       "</span>" + crop.Aspect.Text() + "</h3><p>" +
-                       std::to_string(crop.Rect.Width) + " &times; " +
-                       std::to_string(crop.Rect.Height) + " at " + std::to_string(crop.Rect.X) +
-                       ", " + std::to_string(crop.Rect.Y) +
-                       (crop.CoversContent ? " &middot; covers the content" : "") + "</p>";
-    for (const photo::Measure& measure : photo::kMeasures)
-        if (IsShownAsBar(measure, crop.Scores))
-            card += Bar(measure, crop.Scores.*measure.Value);
-    return card + "<p class=\"merged\">merged rank " + Fixed(crop.Scores.Merged, 4) +
-           "</p></div></article>";
-}
-
-std::string Overlays(const ReportPictures& pictures)
-{
+    const std::vector<const char*> corners = NumberCorners(found.Crops, found.Size);
     std::string html;
-    for (const MapOverlay& map : pictures.Maps)
-        html += "<img class=\"map\" hidden alt=\"\" data-map=\"" + map.Name + "\" src=\"" +
-                map.DataUri + "\">";
+    for (size_t i = 0; i < found.Crops.size(); ++i)
+        html += "<div class=\"frame\" style=\"" + RectStyle(found.Crops[i].Rect, found.Size) +
+                "\"><span class=\"badge " + corners[i] + "\">" + std::to_string(i + 1) +
+                "</span></div>";
     return html;
 }
 
-std::string MapButtons(const ReportPictures& pictures)
+std::string CropList(const PhotoResult& result)
 {
-    std::string html = "<div class=\"maps\" role=\"group\" aria-label=\"Maps\">";
-    for (const MapOverlay& map : pictures.Maps)
-        html += "<button type=\"button\" aria-pressed=\"false\" data-map=\"" + map.Name + "\">" +
-                MapLabel(map.Name) + "</button>";
-    return html + "<label>strength <input type=\"range\" min=\"10\" max=\"100\" value=\"85\">"
-                  "</label></div>";
+    const std::vector<photo::Crop>& crops = result.Found.Crops;
+    const std::vector<double> overlaps = ExpectedOverlaps(result);
+    std::string html = "<ol class=\"list\">";
+    for (size_t i = 0; i < crops.size(); ++i) {
+        const PixelRect& rect = crops[i].Rect;
+        html += "<li><b>" + std::to_string(i + 1) + " &middot; " + crops[i].Aspect.CommonName() +
+                "</b><span>" + SizeText(rect.Width, rect.Height) + " at " + std::to_string(rect.X) +
+                ", " + std::to_string(rect.Y) + "</span>";
+        if (!overlaps.empty())
+            html += "<span>expected overlap " + Fixed(overlaps[i], 2) + "</span>";
+        html += "</li>";
+    }
+    return html + "</ol>";
 }
 
-std::string Heading(const PhotoResult& result)
+std::string NameOf(const PhotoResult& result)
 {
-    namespace fs = std::filesystem;
-    return "<h2 title=\"" + EscapedHtml(result.File) + "\">" +
-           EscapedHtml(fs::path(result.File).filename().string());
+    return EscapedHtml(std::filesystem::path(result.File).filename().string());
+}
+
+std::string SectionStart(const PhotoResult& result, size_t index, const char* kind)
+{
+    return std::string("<article class=\"") + kind + "\" id=\"photo-" + std::to_string(index + 1) +
+           "\" data-file=\"" + EscapedHtml(result.File) + "\"><h2>" + NameOf(result);
+}
+
+std::string DataBlock(const char* kind, const std::string& json)
+{
+    return std::string("<script type=\"application/json\" class=\"") + kind + "\">" + json +
+           "</script>";
+}
+
+// The script is allowed by its own hash, so that nothing else in the page can ever run as one.
+std::string ScriptHash()
+{
+    std::vector<uint8_t> digest;
+    for (const std::string hex = kReportScriptSha256; digest.size() * 2 < hex.size();)
+        digest.push_back(
+            static_cast<uint8_t>(std::stoi(hex.substr(digest.size() * 2, 2), nullptr, 16)));
+    return "sha256-" + Base64(digest);
+}
+
+constexpr const char* kPhotographsMark = "{{photographs}}";
+
+std::string Replaced(std::string text, const std::string& mark, const std::string& value)
+{
+    return text.replace(text.find(mark), mark.size(), value);
+}
+
+std::string PageBefore(const std::string& mark)
+{
+    const std::string page = kReportPage;
+    return page.substr(0, page.find(mark));
+}
+
+std::string PageAfter(const std::string& mark)
+{
+    const std::string page = kReportPage;
+    return page.substr(page.find(mark) + mark.size());
 }
 
 } // namespace
@@ -127,59 +170,45 @@ std::string EscapedHtml(const std::string& text)
 
 std::string ReportBeginning()
 {
-    // Nothing may be loaded from anywhere, so that a page that is passed on stays what it was.
-    return "<!DOCTYPE html>\n<html lang=\"en\"><head><meta charset=\"utf-8\">"
-           "<meta name=\"viewport\" content=\"width=device-width, initial-scale=1\">"
-           "<meta http-equiv=\"Content-Security-Policy\" content=\"default-src 'none'; "
-           "img-src data:; style-src 'unsafe-inline'; script-src 'unsafe-inline'\">"
-           "<title>Crop report</title>\n<style>\n" +
-           std::string(kReportStyle) +
-           "</style></head>\n<body><header><h1>Crop report</h1><p>Pick a crop on the photograph "
-           "(again for the next one there) or in the list; arrow keys go from one to the next. "
-           "Maps lie over the photograph."
-           "</p></header><main>\n";
+    std::string page = PageBefore(kPhotographsMark);
+    page = Replaced(page, "{{scriptHash}}", ScriptHash());
+    page = Replaced(page, "{{measures}}", ReportMeasures());
+    page = Replaced(page, "{{style}}", kReportStyle);
+    return Replaced(page, "{{script}}", kReportScript);
 }
 
 std::string ReportSection(const PhotoResult& result, const ReportPictures& pictures, size_t index)
 {
     const photo::Suggestions& found = result.Found;
-    std::string html = "<section class=\"photo\" id=\"photo-" + std::to_string(index + 1) + "\">" +
-                       Heading(result) + " <small>" + std::to_string(found.Size.Width) +
-                       " &times; " + std::to_string(found.Size.Height) + "</small></h2>";
-    html += "<div class=\"columns\"><div class=\"left\"><div class=\"stage\"><img class=\"whole\" "
-            "alt=\"" +
-            EscapedHtml(result.File) + "\" src=\"" + pictures.Photo + "\">" + Overlays(pictures);
-    for (size_t i = 0; i < found.Crops.size(); ++i)
-        // Badges stand side by side, so that crops of one corner do not hide each other's.
-        html += "<div class=\"frame\" data-crop=\"" + std::to_string(i) + "\" style=\"" +
-                RectStyle(found.Crops[i].Rect, found.Size) +
-                "\"><span style=\"margin-left:" + std::to_string(24 * i) + "px\">" +
-                std::to_string(i + 1) + "</span></div>";
-    html += "</div>" + MapButtons(pictures) + "</div><div class=\"cards\">";
-    for (size_t i = 0; i < found.Crops.size(); ++i)
-        html += CropCard(found.Crops[i], pictures.Crops[i], i);
-    if (found.Crops.empty())
-        html += "<p class=\"none\">No crop" +
-                (found.Explained ? ": " + EscapedHtml(photo::NoteOf(*found.Explained, kWishPrefix))
-                                 : std::string()) +
-                ".</p>";
-    return html + "</div></div></section>\n";
+    std::string html = SectionStart(result, index, "photo") + " <small>" +
+                       SizeText(found.Size.Width, found.Size.Height) +
+                       "</small></h2><div class=\"stage\" style=\"--ratio:" +
+                       Fixed(static_cast<double>(found.Size.Width) / found.Size.Height, 6) +
+                       "\"><img class=\"whole\" alt=\"Photograph " + NameOf(result) + "\" src=\"" +
+                       pictures.Photo + "\">" + Frames(found) + "</div>" + CropList(result);
+    if (found.Explained) {
+        const std::string note = photo::NoteOf(*found.Explained, kWishPrefix);
+        if (!note.empty())
+            html += "<p>" + EscapedHtml(note) + "</p>";
+    }
+    html += DataBlock("data", ReportData(result));
+    if (!pictures.Maps.empty())
+        html += DataBlock("maps", ReportMaps(pictures.Maps));
+    return html + "</article>\n";
 }
 
-std::string ReportFailure(const PhotoResult& result)
+std::string ReportFailure(const PhotoResult& result, size_t index)
 {
-    return "<section class=\"photo failed\">" + Heading(result) + "</h2><p>" +
-           EscapedHtml(result.Error) + "</p></section>\n";
+    return SectionStart(result, index, "photo failed") + "</h2><p>" + EscapedHtml(result.Error) +
+           "</p></article>\n";
 }
 
 std::string ReportEnd(size_t photographs, size_t failed)
 {
-    std::string html = "</main><footer>" + std::to_string(photographs) +
-                       (photographs == 1 ? " photograph" : " photographs");
+    std::string count = Count(photographs, "photograph", "photographs");
     if (failed > 0)
-        html += ", " + std::to_string(failed) + " not readable";
-    return html + ". Made by vistatrim.</footer>\n<script>\n" + kReportScript +
-           "</script></body></html>\n";
+        count += ", " + std::to_string(failed) + " not readable";
+    return Replaced(PageAfter(kPhotographsMark), "{{count}}", count + ".");
 }
 
 } // namespace vistaTrim::cli

@@ -12,9 +12,11 @@ namespace vistaTrim::cli {
 std::string EscapedHtml(const std::string& text);
 
 std::string ReportBeginning();
-// One photograph. The index makes the names inside the page unique.
+// One photograph: a picture with frames and a list of crops, which is all that is seen without
+// the script and on paper, and the data from which the script makes the rest. The index makes the
+// address inside the page.
 std::string ReportSection(const PhotoResult& result, const ReportPictures& pictures, size_t index);
-std::string ReportFailure(const PhotoResult& result);
+std::string ReportFailure(const PhotoResult& result, size_t index);
 std::string ReportEnd(size_t photographs, size_t failed);
 
 } // namespace vistaTrim::cli

@@ -1,10 +1,8 @@
 #include "report/report_pictures.h"
 
-#include <algorithm>
-#include <array>
-#include <cmath>
-#include <optional>
+#include <utility>
 
+#include "report/base64.h"
 #include "vistaTrimPhoto/image_encoder.h"
 
 namespace vistaTrim::cli {
@@ -12,107 +10,87 @@ namespace vistaTrim::cli {
 namespace {
 
 using photo::PixelImage;
-using photo::PixelRect;
-using photo::PixelSize;
 
-constexpr int32_t kPhotoLongSide = 1280;
-constexpr int32_t kCropLongSide = 640;
-constexpr int kPictureQuality = 82;
-constexpr int kOverlayQuality = 60;
+// With these a photograph takes less than 60 kB of the page, and less than 150 kB with its ten
+// maps: as text every 3 bytes become 4.
+constexpr size_t kPhotoBytes = 39000;
+constexpr size_t kMapBytes = 6400;
 
-std::string DataUri(const std::vector<uint8_t>& bytes, const char* type)
+// Enough for a large screen; a map is soft anyway.
+constexpr int32_t kPhotoLongSide = 1024;
+constexpr int32_t kMapLongSide = photo::kWorkingLongSide / 2;
+
+using Bytes = std::vector<uint8_t>;
+
+Bytes Webp(const PixelImage& image, int32_t longSide, int quality)
 {
-    return std::string("data:") + type + ";base64," + Base64(bytes.data(), bytes.size());
-}
-
-// Of a whole image, or of a part at a longer side of at most kCropLongSide.
-std::string JpegUri(const PixelImage& image, const std::optional<PixelRect>& part = {})
-{
-    photo::Encoding encoding;
-    encoding.Quality = kPictureQuality;
-    encoding.Part = part;
-    if (part)
-        encoding.LongSide = kCropLongSide;
-    return DataUri(photo::EncodeImage(image, encoding), "image/jpeg");
-}
-
-// From clear violet over red to opaque yellow: weak places let the photograph through, strong
-// ones glow.
-std::vector<uint8_t> GlowTable()
-{
-    constexpr std::array<std::array<double, 4>, 4> kStops = {
-        {{60, 0, 120, 0}, {200, 20, 110, 150}, {255, 110, 20, 215}, {255, 240, 90, 255}}};
-    std::vector<uint8_t> table;
-    for (int value = 0; value < 256; ++value) {
-        const double at = value / 255.0 * 3.0;
-        const auto below = static_cast<size_t>(std::min(2.0, std::floor(at)));
-        const double share = at - static_cast<double>(below);
-        for (size_t band = 0; band < 4; ++band)
-            table.push_back(static_cast<uint8_t>(std::lround(kStops[below][band] * (1.0 - share) +
-                                                             kStops[below + 1][band] * share)));
-    }
-    return table;
-}
-
-std::string OverlayUri(const photo::Map& map)
-{
-    const std::vector<uint8_t> table = GlowTable();
-    PixelImage overlay{map.Size, 4, {}};
-    for (const uint8_t grey : photo::GreyOf(map).Bytes) {
-        const auto colour = table.begin() + 4 * ptrdiff_t{grey};
-        overlay.Bytes.insert(overlay.Bytes.end(), colour, colour + 4);
-    }
     photo::Encoding encoding;
     encoding.Format = photo::ImageFormat::Webp;
-    encoding.Quality = kOverlayQuality;
-    encoding.Fast = true;
-    return DataUri(photo::EncodeImage(overlay, encoding), "image/webp");
+    encoding.Quality = quality;
+    encoding.LongSide = longSide;
+    return photo::EncodeImage(image, encoding);
 }
 
-// The crop in the preview's pixels, at least one of them.
-PixelRect InPreview(const PixelRect& rect, PixelSize photo, PixelSize preview)
+// The best quality that fits. Where even the lowest does not, fewer pixels look better than
+// coarser ones.
+Bytes WebpWithin(const PixelImage& image, int32_t longSide, size_t limit)
 {
-    const auto scaled = [](int64_t value, int64_t to, int64_t from) {
-        return static_cast<int32_t>((2 * value * to + from) / (2 * from));
-    };
-    const int32_t left = std::min(scaled(rect.X, preview.Width, photo.Width), preview.Width - 1);
-    const int32_t top = std::min(scaled(rect.Y, preview.Height, photo.Height), preview.Height - 1);
-    const int32_t right = scaled(int64_t{rect.X} + rect.Width, preview.Width, photo.Width);
-    const int32_t bottom = scaled(int64_t{rect.Y} + rect.Height, preview.Height, photo.Height);
-    return {left, top, std::max(1, right - left), std::max(1, bottom - top)};
+    constexpr int kLowest = 40;
+    constexpr int kFirst = 60;
+    constexpr int kHighest = 80;
+    constexpr int kStep = 10;
+    constexpr int32_t kShortest = 64; // whose pictures are far below any of the limits
+    for (;; longSide = longSide * 4 / 5) {
+        int quality = kFirst;
+        Bytes best = Webp(image, longSide, quality);
+        // Upward only from the first try: what lies above a lower one was too large.
+        while (best.size() <= limit && quality >= kFirst && quality < kHighest) {
+            Bytes better = Webp(image, longSide, quality += kStep);
+            if (better.size() > limit)
+                return best;
+            best = std::move(better);
+        }
+        while (best.size() > limit && quality > kLowest)
+            best = Webp(image, longSide, quality -= kStep);
+        if (best.size() <= limit || longSide < kShortest)
+            return best;
+    }
+}
+
+// A grey picture of half the size: each pixel is the mean of four. Of an odd side, the last row or
+// column is left out.
+PixelImage Halved(const PixelImage& image)
+{
+    PixelImage half;
+    half.Size = {image.Size.Width / 2, image.Size.Height / 2};
+    half.Channels = 1;
+    if (half.Size.Width == 0 || half.Size.Height == 0)
+        return image;
+    const auto stride = static_cast<size_t>(image.Size.Width);
+    for (size_t y = 0; y < static_cast<size_t>(half.Size.Height); ++y)
+        for (size_t x = 0; x < static_cast<size_t>(half.Size.Width); ++x) {
+            const uint8_t* const at = image.Bytes.data() + 2 * y * stride + 2 * x;
+            half.Bytes.push_back(
+                static_cast<uint8_t>((at[0] + at[1] + at[stride] + at[stride + 1] + 2) / 4));
+        }
+    return half;
+}
+
+std::string WebpUri(const PixelImage& image, int32_t longSide, size_t limit)
+{
+    return "data:image/webp;base64," + Base64(WebpWithin(image, longSide, limit));
 }
 
 } // namespace
 
-std::string Base64(const unsigned char* bytes, size_t size)
-{
-    constexpr const char* kDigits =
-        "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
-    std::string text;
-    text.reserve((size + 2) / 3 * 4);
-    for (size_t i = 0; i < size; i += 3) {
-        const size_t count = std::min<size_t>(3, size - i);
-        uint32_t group = 0;
-        for (size_t k = 0; k < 3; ++k)
-            group = group << 8 | (k < count ? bytes[i + k] : 0U);
-        for (size_t k = 0; k < 4; ++k)
-            text += k <= count ? kDigits[group >> (18 - 6 * k) & 63U] : '=';
-    }
-    return text;
-}
-
 ReportPictures MakeReportPictures(const photo::Photograph& photograph,
-                                  const std::vector<photo::Crop>& crops,
                                   const std::vector<photo::Map>& maps)
 {
     ReportPictures pictures;
-    const PixelImage preview = photograph.ReadPreview(kPhotoLongSide);
-    pictures.Photo = JpegUri(preview);
-    for (const photo::Crop& crop : crops)
-        pictures.Crops.push_back(
-            JpegUri(preview, InPreview(crop.Rect, photograph.Size(), preview.Size)));
+    pictures.Photo = WebpUri(photograph.ReadPreview(kPhotoLongSide), kPhotoLongSide, kPhotoBytes);
     for (const photo::Map& map : maps)
-        pictures.Maps.push_back({map.Name, OverlayUri(map)});
+        pictures.Maps.push_back(
+            {map.Name, WebpUri(Halved(photo::GreyOf(map)), kMapLongSide, kMapBytes)});
     return pictures;
 }
 

@@ -7,27 +7,24 @@
 
 #include "vistaTrimPhoto/analysis.h"
 #include "vistaTrimPhoto/photograph.h"
-#include "vistaTrimPhoto/result.h"
 
 namespace vistaTrim::cli {
 
-struct MapOverlay {
+struct ReportMap {
     std::string Name;
-    std::string DataUri;
+    std::string Picture; // grey; the page colours it
 };
 
+// Data URIs throughout. Each picture is held to a number of bytes, so that a page of many
+// photographs can still be sent to somebody.
 struct ReportPictures {
-    std::string Photo;              // data URIs throughout
-    std::vector<std::string> Crops; // as result.Crops
-    std::vector<MapOverlay> Maps;
+    std::string Photo; // the page draws the crops from this one
+    std::vector<ReportMap> Maps;
 };
 
 // Throws PhotoError.
 ReportPictures MakeReportPictures(const photo::Photograph& photograph,
-                                  const std::vector<photo::Crop>& crops,
                                   const std::vector<photo::Map>& maps);
-
-std::string Base64(const unsigned char* bytes, size_t size);
 
 } // namespace vistaTrim::cli
 

@@ -31,7 +31,7 @@ struct Measure {
     const char* Name;   // in files, "centrePeak"
     const char* Column; // heading of a narrow column, "centre"
     const char* Label;  // for people, "Centre peak"
-    const char* Hint;   // one line that says what it measures
+    const char* Hint;   // what it measures, in sentences for people who never heard of it
     double Scores::*Value;
     double Weights::*Weight; // null: not one of those that the weights weigh
 };
@@ -41,20 +41,31 @@ constexpr size_t kNumMeasures = 7;
 constexpr size_t kNumWeighed = 5;
 
 constexpr std::array<Measure, kNumMeasures> kMeasures = {{
-    {"composition", "comp", "Composition", "the fitted composition model", &Scores::Composition,
-     &Weights::Composition},
-    {"coverage", "cover", "Coverage", "share of the picture's content inside the crop",
+    {"composition", "comp", "Composition",
+     "How well the content is placed inside the crop, in the eyes of a model that was fitted to "
+     "crops made and rated by people.",
+     &Scores::Composition, &Weights::Composition},
+    {"coverage", "cover", "Coverage",
+     "How much of what draws the eye is inside the crop: the contrasts, colours and edges of the "
+     "whole photograph. 1 leaves nothing out.",
      &Scores::Coverage, &Weights::Coverage},
-    {"border", "border", "Border", "how much the crop's edges run through background",
+    {"border", "border", "Border",
+     "How quiet the sides of the crop are. Near 1, they run through the same background as the "
+     "borders of the photograph; near 0, they cut through things.",
      &Scores::Border, &Weights::Border},
-    {"peak", "peak", "Peak", "share of the strongest content inside the crop", &Scores::Peak,
-     &Weights::Peak},
+    {"peak", "peak", "Peak",
+     "How much of the most striking part of the photograph is inside the crop. 1 is all of it.",
+     &Scores::Peak, &Weights::Peak},
     {"centrePeak", "centre", "Centre peak",
-     "share of the strongest content in the crop's central third", &Scores::CentrePeak,
-     &Weights::CentrePeak},
-    {"roi", "roi", "Wishes", "how well the soft wishes are met", &Scores::Roi, nullptr},
-    {"merged", "merged", "Merged rank", "rank by all measures and their weights", &Scores::Merged,
+     "How much of the most striking part of the photograph lies in the central third of the crop.",
+     &Scores::CentrePeak, &Weights::CentrePeak},
+    {"roi", "roi", "Wishes",
+     "How well the crop meets the wishes to keep or avoid regions. 1 meets them all.", &Scores::Roi,
      nullptr},
+    {"merged", "merged", "Merged rank",
+     "How the crop ranks by all measures together, each with its weight. Above 1 are the crops "
+     "that cover the content.",
+     &Scores::Merged, nullptr},
 }};
 
 } // namespace vistaTrim::photo
