@@ -24,7 +24,6 @@ void BenchDoubleTable(benchmark::State& state, void (*build)(const CFloatMatrix&
     }
     CountPixels(state);
 }
-BENCHMARK_CAPTURE(BenchDoubleTable, Plain, &BuildSummedAreaTablePlain)->Apply(PictureSizes);
 BENCHMARK_CAPTURE(BenchDoubleTable, Fast, &BuildSummedAreaTable)->Apply(PictureSizes);
 
 void BenchPlaneTable(benchmark::State& state, void (*build)(const float*, float*, int32_t, int32_t))
@@ -40,7 +39,6 @@ void BenchPlaneTable(benchmark::State& state, void (*build)(const float*, float*
     }
     CountPixels(state);
 }
-BENCHMARK_CAPTURE(BenchPlaneTable, Plain, &BuildPlaneTablePlain)->Apply(PictureSizes);
 BENCHMARK_CAPTURE(BenchPlaneTable, Fast, &BuildPlaneTable)->Apply(PictureSizes);
 
 void BenchPairTable(benchmark::State& state,
@@ -57,7 +55,6 @@ void BenchPairTable(benchmark::State& state,
     }
     CountPixels(state);
 }
-BENCHMARK_CAPTURE(BenchPairTable, Plain, &BuildPairTablePlain)->Apply(PictureSizes);
 BENCHMARK_CAPTURE(BenchPairTable, Fast, &BuildPairTable)->Apply(PictureSizes);
 
 // All nine tables of three planes, their allocation included: that is what a picture pays.

@@ -224,7 +224,7 @@ VISTATRIM_FORM_BODY float WithPlane(float sum, float x, const AnchorScales& scal
 VISTATRIM_FORM_BODY void CombineBlockBody(const PixelBlock& pixels, int32_t count,
                                           const AnchorScales (&shared)[kAnchors], float* top,
                                           float* bottom, float* color,
-                                          CPlaneRange (&ranges)[kAnchors])
+                                          CPlaneRange (&ranges)[kAnchors], CPlaneRange& colorRange)
 {
     const AnchorScales topScales = shared[kTop];
     const AnchorScales bottomScales = shared[kBottom];
@@ -232,13 +232,17 @@ VISTATRIM_FORM_BODY void CombineBlockBody(const PixelBlock& pixels, int32_t coun
     uint32_t topHigh = ranges[kTop].Highest;
     uint32_t bottomLow = ranges[kBottom].Lowest;
     uint32_t bottomHigh = ranges[kBottom].Highest;
+    uint32_t colorHigh = colorRange.Highest;
     VISTATRIM_INDEPENDENT_STEPS
     for (int32_t i = 0; i < count; ++i) {
         float t = Normalised(top[i], topScales.Joint);
         float b = Normalised(bottom[i], bottomScales.Joint);
         // Of the joint contrasts alone, and not normalised again: where the anchors disagree
         // everywhere, its peak stays below 1.
-        color[i] = Smaller(b, t);
+        const float joint = Smaller(b, t);
+        color[i] = joint;
+        const uint32_t jointBits = BitsOf(joint);
+        colorHigh = jointBits > colorHigh ? jointBits : colorHigh;
         t = WithPlane(t, pixels.Plane[0][i], topScales, 0);
         b = WithPlane(b, pixels.Plane[0][i], bottomScales, 0);
         t = WithPlane(t, pixels.Plane[1][i], topScales, 1);
@@ -258,11 +262,13 @@ VISTATRIM_FORM_BODY void CombineBlockBody(const PixelBlock& pixels, int32_t coun
     ranges[kTop].Highest = topHigh;
     ranges[kBottom].Lowest = bottomLow;
     ranges[kBottom].Highest = bottomHigh;
+    colorRange.Highest = colorHigh;
 }
 VISTATRIM_FORMS(CombineBlock,
                 (const PixelBlock& pixels, int32_t count, const AnchorScales (&shared)[kAnchors],
-                 float* top, float* bottom, float* color, CPlaneRange (&ranges)[kAnchors]),
-                (pixels, count, shared, top, bottom, color, ranges))
+                 float* top, float* bottom, float* color, CPlaneRange (&ranges)[kAnchors],
+                 CPlaneRange& colorRange),
+                (pixels, count, shared, top, bottom, color, ranges, colorRange))
 
 VISTATRIM_FORM_BODY void TakeSmallerBody(const float* bottom, float* top, int32_t count,
                                          const CNormalisation& sharedBottom,
@@ -314,7 +320,7 @@ bool AllOrdinary(const Anchor (&anchors)[kAnchors], const Side (&sides)[4])
 } // namespace
 
 bool SweepBorderContrasts(const CPlaneStack& blurred, float* scratch,
-                          const BorderContrastMaps& maps)
+                          const BorderContrastMaps& maps, BorderContrastScales& scales)
 {
     const BorderStrips wide = MakeBorderStrips(blurred.Cols, blurred.Rows, kAnchorFraction);
     const BorderStrips narrow = MakeBorderStrips(blurred.Cols, blurred.Rows, kSideFraction);
@@ -350,19 +356,22 @@ bool SweepBorderContrasts(const CPlaneStack& blurred, float* scratch,
         return false;
 
     // Second sweep: the joint contrasts, with those of each plane on top.
-    const AnchorScales scales[kAnchors] = {AnchorScales(anchors[kTop]),
-                                           AnchorScales(anchors[kBottom])};
+    const AnchorScales anchorScales[kAnchors] = {AnchorScales(anchors[kTop]),
+                                                 AnchorScales(anchors[kBottom])};
     CPlaneRange sums[kAnchors];
+    CPlaneRange color;
     for (int32_t first = 0; first < count; first += kBlock)
-        CombineBlock(pixelsFrom(first), std::min(count - first, kBlock), scales, top + first,
-                     bottom + first, maps.ColorContrast + first, sums);
+        CombineBlock(pixelsFrom(first), std::min(count - first, kBlock), anchorScales, top + first,
+                     bottom + first, maps.ColorContrast + first, sums, color);
 
     CPlaneRange smaller;
     TakeSmaller(bottom, top, count, CNormalisation(sums[kBottom]), CNormalisation(sums[kTop]),
                 smaller);
-    NormaliseMeasuredPlane(top, count, smaller);
+    scales.Contrast = CNormalisation(smaller);
+    scales.ColorContrast = CNormalisation();
+    scales.ColorContrast.Largest = color.Largest();
     for (size_t side = 0; side < 4; ++side)
-        NormaliseMeasuredPlane(maps.Sides[side], count, sides[side].Range);
+        scales.Sides[side] = CNormalisation(sides[side].Range);
     return true;
 }
 
@@ -407,10 +416,19 @@ void ComputeBorderContrastsStepwise(CPlaneStack& blurred, float* scratch,
     ComputeSideContrasts(blurred, sideStacks, kSideFraction);
 }
 
-void ComputeBorderContrasts(CPlaneStack& blurred, float* scratch, const BorderContrastMaps& maps)
+BorderContrastScales MeasureBorderContrasts(CPlaneStack& blurred, float* scratch,
+                                            const BorderContrastMaps& maps)
 {
-    if (!kFixedOrder || !SweepBorderContrasts(blurred, scratch, maps))
-        ComputeBorderContrastsStepwise(blurred, scratch, maps);
+    BorderContrastScales scales;
+    if (kFixedOrder && SweepBorderContrasts(blurred, scratch, maps, scales))
+        return scales;
+    ComputeBorderContrastsStepwise(blurred, scratch, maps);
+    scales = BorderContrastScales();
+    scales.Contrast.Largest = LargestElement(maps.Contrast, blurred.ElementCount);
+    scales.ColorContrast.Largest = LargestElement(maps.ColorContrast, blurred.ElementCount);
+    for (size_t side = 0; side < 4; ++side)
+        scales.Sides[side].Largest = LargestElement(maps.Sides[side], blurred.ElementCount);
+    return scales;
 }
 
 } // namespace vistaTrim

@@ -19,16 +19,6 @@ int32_t ScaledLength(int32_t length, float scale)
     return static_cast<int32_t>(double(static_cast<float>(length)) * double(scale));
 }
 
-// |gx| + |gy| of every plane of stack, summed; no plane counts more than another.
-void SumGradients(const CPlaneStack& stack, float* edges, float* planeEdges)
-{
-    GradientStrength(stack.Planes[0], edges, stack.Cols, stack.Rows);
-    for (size_t plane = 1; plane < stack.Planes.size(); ++plane) {
-        GradientStrength(stack.Planes[plane], planeEdges, stack.Cols, stack.Rows);
-        VectorAdd(stack.ElementCount, edges, planeEdges, edges);
-    }
-}
-
 VISTATRIM_FORM_BODY void DivideRowBody(float* row, int32_t length, double divisor)
 {
     VISTATRIM_INDEPENDENT_STEPS
@@ -60,21 +50,10 @@ void ComputeMultiScaleEdges(const CPlaneStack& source, CPlaneStack& out, bool no
                             bool normaliseRows, std::vector<float> scales)
 {
     float* const sum = out.Planes[0];
-    std::fill_n(sum, out.ElementCount, 0.0f);
-
-    // Both buffers serve every scale, at its small size and at the full one. The first starts as
-    // zeros for the sake of one case: a first scale that is one pixel wide or high. The resize
-    // refuses such a source, so the buffer goes into the sum with whatever stood behind its
-    // first few elements. Zeros make that case give the same map every time; no other case
-    // reads an element before it is written.
-    COwnedStack buffers;
-    buffers.Create(2, source.Cols, source.Rows);
-    float* const edgeBuffer = buffers.Planes[0];
-    float* const planeEdgeBuffer = buffers.Planes[1];
-    std::fill_n(edgeBuffer, buffers.ElementCount, 0.0f);
 
     // A list, since owned stacks do not move.
     std::list<COwnedStack> scaledStacks;
+    bool refusal = false; // by a resize, of a picture one pixel wide or high
     for (const float scale : scales) {
         const int32_t cols = ScaledLength(source.Cols, scale);
         const int32_t rows = ScaledLength(source.Rows, scale);
@@ -83,20 +62,37 @@ void ComputeMultiScaleEdges(const CPlaneStack& source, CPlaneStack& out, bool no
         COwnedStack& scaled = scaledStacks.emplace_back();
         scaled.Create(source.PlaneCount, cols, rows);
         ResizeStackLinear(source, scaled);
+        refusal = refusal || std::min(cols, rows) < 2;
     }
+
+    // Both buffers serve every scale, at its small size and at the full one. They start as zeros
+    // for the sake of one case: the resize refuses a picture one pixel wide or high, so the buffer
+    // goes into the sum with whatever stood behind its first few elements. Zeros make that case
+    // give the same map every time. Otherwise every element is written before it is read, and the
+    // first scale goes straight into the sum.
+    COwnedStack buffers;
+    buffers.Create(2, source.Cols, source.Rows);
+    float* const edgeBuffer = buffers.Planes[0];
+    float* const smoothBuffer = buffers.Planes[1];
+    if (refusal)
+        std::fill_n(edgeBuffer, buffers.ElementCount, 0.0f);
+    if (refusal || scaledStacks.empty())
+        std::fill_n(sum, out.ElementCount, 0.0f);
 
     for (const COwnedStack& scaled : scaledStacks) {
         const int32_t cols = scaled.Cols;
         const int32_t rows = scaled.Rows;
         const int32_t count = scaled.ElementCount;
+        const bool first = &scaled == &scaledStacks.front() && !refusal;
+        float* const full = first ? sum : edgeBuffer;
         CPlaneStack smallEdges;
         CPlaneStack smallSmoothed;
         CPlaneStack fullEdges;
         smallEdges.WrapPlaneOnly(cols, rows, edgeBuffer);
-        smallSmoothed.WrapPlaneOnly(cols, rows, planeEdgeBuffer);
-        fullEdges.WrapPlaneOnly(source.Cols, source.Rows, edgeBuffer);
+        smallSmoothed.WrapPlaneOnly(cols, rows, smoothBuffer);
+        fullEdges.WrapPlaneOnly(source.Cols, source.Rows, full);
 
-        SumGradients(scaled, edgeBuffer, planeEdgeBuffer);
+        SumGradientStrengths(scaled, edgeBuffer); // no plane counts more than another
         NormalisePlane(edgeBuffer, count);
         if (normaliseRows)
             NormaliseRowsBySum(smallEdges);
@@ -108,8 +104,9 @@ void ComputeMultiScaleEdges(const CPlaneStack& source, CPlaneStack& out, bool no
         // keep the lower strength that smoothing and resizing left them, so edges at the very
         // top of a picture weigh more, with a seam in the middle of a row. The fitted model of
         // composition has learnt from maps of this kind.
-        NormalisePlane(edgeBuffer, count);
-        VectorAdd(out.ElementCount, sum, edgeBuffer, sum);
+        NormalisePlane(full, count);
+        if (!first)
+            VectorAdd(out.ElementCount, sum, full, sum);
     }
 
     if (normaliseOutput)

@@ -4,6 +4,7 @@
 #include <cmath>
 #include <iostream>
 #include <memory>
+#include <new>
 
 #include "analysis/multi_scale_edges.h"
 #include "analysis/owned_stack.h"
@@ -11,6 +12,7 @@
 #include "numeric/aligned_memory.h"
 #include "numeric/image_kernels.h"
 #include "numeric/plane_stack.h"
+#include "numeric/raw_kernels.h"
 #include "numeric/summed_area.h"
 #include "numeric/throw_text.h"
 #include "numeric/vector_ops.h"
@@ -27,6 +29,8 @@ constexpr float kTotalFloor = 1e-10f; // keeps an empty map from dividing by zer
 constexpr float kBandFraction = 0.15f;
 constexpr float kGainOffset = 0.01f;
 constexpr size_t kCacheLine = 64; // bytes
+// Rows of all maps and tables that are finished together; they fit into the second-level cache.
+constexpr uint32_t kFinishedRows = 2 * kTableBand;
 
 // Working length of a source length, rounded to the nearest; 0 if nothing is left of it, and
 // for the NaN that a picture of no pixels gives.
@@ -36,13 +40,11 @@ int32_t WorkLength(int32_t sourceLength, float scaleFactor)
     return length >= 1.0 ? static_cast<int32_t>(length) : 0;
 }
 
-// Clears what lies below a fraction of the map's own maximum. A value on the level stays, so
-// the maximum always does, and a map of zeros is left as it is.
-void ThresholdAtFraction(CFloatMatrix& map, float fraction)
+// A fraction of a map's maximum; what lies below it is cleared. A value on the level stays, so the
+// maximum always does, and a map of zeros is left as it is.
+float LevelAtFraction(float largest, float fraction)
 {
-    const float largest = LargestElement(map.Data, static_cast<int32_t>(map.Count));
-    const float level = static_cast<float>(double(largest) * double(fraction));
-    ThresholdBelow(map, level, 0.0f);
+    return static_cast<float>(double(largest) * double(fraction));
 }
 
 // Five strips of columns, weighted about 0.2, 0.4472, 1, 0.4472, 0.2. Only the columns count:
@@ -62,43 +64,54 @@ void CentreWeightColumns(CFloatMatrix& map)
 }
 
 // Gradient strength of the three smoothed colour planes, summed with no weighting.
-void SumColourEdges(const CImageView& view, int32_t cols, int32_t rows, CFloatMatrix& edgeMap)
+void SumColourEdges(const CPlaneStack& pixels, CFloatMatrix& edgeMap)
 {
-    COwnedStack planes;
-    COwnedStack gradient;
-    planes.Create(3, cols, rows);
-    gradient.Create(1, cols, rows);
-
-    // From the bytes again, and stronger than the smoothing of the saliency maps: only what
+    // From the pixels again, and stronger than the smoothing of the saliency maps: only what
     // survives this blur counts as an edge of a thing.
-    BlurInterleavedPixels(view.Pixels, cols, rows, kEdgeBlurSigma, planes.Planes.data());
-
-    edgeMap.ResizeZeroed(uint32_t(rows), uint32_t(cols));
-    for (const float* plane : planes.Planes) {
-        GradientStrength(plane, gradient.Planes[0], cols, rows);
-        VectorAdd(int32_t(edgeMap.Count), edgeMap.Data, gradient.Planes[0], edgeMap.Data);
-    }
+    COwnedStack planes;
+    planes.Create(3, pixels.Cols, pixels.Rows);
+    BlurPlanes(pixels, kEdgeBlurSigma, planes.Planes.data());
+    SumGradientStrengths(planes, edgeMap.Data);
 }
 
-// From raw gradient strength to the few solid edges near the middle columns.
-void CleanEdgeMap(CFloatMatrix& edgeMap)
+// Rows taken through all their steps while they are in the cache.
+constexpr uint32_t kEdgeBand = 16;
+
+// From raw gradient strength to the few solid edges near the middle columns. What is returned
+// normalises them.
+CNormalisation CleanEdgeMap(CFloatMatrix& edgeMap)
 {
-    ThresholdAtFraction(edgeMap, 0.1f);
-    CPlaneStack edgeStack; // the same storage, seen as a stack
-    edgeStack.WrapPlane(int32_t(edgeMap.Cols), int32_t(edgeMap.Rows), edgeMap.Data);
-    NormalisePlane(edgeMap.Data, int32_t(edgeMap.Count));
+    const int32_t cols = static_cast<int32_t>(edgeMap.Cols);
+    const int32_t count = static_cast<int32_t>(edgeMap.Count);
+    CPlaneRange strengths;
+    strengths.Include(edgeMap.Data, count);
+    const float level = LevelAtFraction(strengths.Largest(), 0.1f);
+    strengths.ClearBelow(level);
+    const CNormalisation normalisation(strengths);
 
     // Each row is divided by its own sum of edges: a row of foliage or brickwork is damped, and
     // the lone outline in a quiet row comes forward.
-    NormaliseRowsBySum(edgeStack);
-    ThresholdAtFraction(edgeMap, 0.3f);
+    CPlaneRange damped;
+    for (uint32_t row = 0; row < edgeMap.Rows; row += kEdgeBand) {
+        const int32_t rows = static_cast<int32_t>(std::min(edgeMap.Rows - row, kEdgeBand));
+        float* const band = edgeMap.Data + size_t{row} * edgeMap.Cols;
+        ThresholdKernel(band, cols, rows, level, 0.0f);
+        normalisation.Apply(band, cols * rows);
+        CPlaneStack stack; // the same storage, seen as a stack
+        stack.WrapPlaneOnly(cols, rows, band);
+        NormaliseRowsBySum(stack);
+        damped.Include(band, cols * rows);
+    }
+    ThresholdBelow(edgeMap, LevelAtFraction(damped.Largest(), 0.3f), 0.0f);
 
     // The larger box is the second: thin responses vanish, and what survives ends one pixel
     // wider on each side than it was.
     ErodeBox(edgeMap, kErodeSize);
     DilateBox(edgeMap, kDilateSize);
     CentreWeightColumns(edgeMap);
-    NormalisePlane(edgeMap.Data, int32_t(edgeMap.Count));
+    CPlaneRange weighted;
+    weighted.Include(edgeMap.Data, count);
+    return CNormalisation(weighted);
 }
 
 // The first cache line that begins in the storage.
@@ -154,6 +167,15 @@ const char* PictureMapName(PictureMap map)
     return kMapRules[map].Name;
 }
 
+namespace {
+
+size_t TableBytes(size_t elements)
+{
+    return PictureMapCount * elements * sizeof(double);
+}
+
+} // namespace
+
 // Two blocks instead of twenty. A large block that is given back is kept whole for the next
 // picture by the common allocators; twenty of middling size go back to the system and come
 // again page by page, which takes longer than the arithmetic on them.
@@ -166,13 +188,19 @@ void CPictureAnalysis::AllocateMaps()
     // new, not make_unique: nothing is to be cleared. The first map and table start on a cache
     // line, and with the usual widths of a picture all others do.
     MapStorage.reset(new float[PictureMapCount * count + kCacheLine / sizeof(float)]);
-    TableStorage.reset(new double[PictureMapCount * count + kCacheLine / sizeof(double)]);
+    TableStorage.reset(new std::byte[TableBytes(count) + kCacheLine]);
     float* map = static_cast<float*>(StartOfCacheLine(MapStorage.get()));
-    double* table = static_cast<double*>(StartOfCacheLine(TableStorage.get()));
-    for (int32_t k = 0; k < PictureMapCount; ++k, map += count, table += count) {
+    for (int32_t k = 0; k < PictureMapCount; ++k, map += count)
         Maps[k].Borrow(rows, cols, map);
-        Tables[k].Borrow(rows, cols, table);
-    }
+}
+
+// The doubles begin here; the floats that the storage held before are gone.
+void CPictureAnalysis::BorrowTables()
+{
+    const CFloatMatrix& map = Maps[0];
+    double* table = static_cast<double*>(StartOfCacheLine(TableStorage.get()));
+    for (int32_t k = 0; k < PictureMapCount; ++k, table += map.Count)
+        Tables[k].Borrow(map.Rows, map.Cols, ::new (table) double[map.Count]);
 }
 
 void CPictureAnalysis::BuildMaps(const CImageView& view)
@@ -197,38 +225,73 @@ void CPictureAnalysis::BuildMaps(const CImageView& view)
         view.ByteSize)
         ThrowText("VistaTrim: the image holds fewer pixels than the analysis reads.\n");
     AllocateMaps();
-    {
-        // The tables come last. Until then their storage is the stages' scratch.
-        const size_t tableBytes = PictureMapCount * size_t{Tables[0].Count} * sizeof(double);
-        const CScratchScope scratch(Tables[0].Data, tableBytes);
-        SaliencyMapBuffers buffers = {Maps[MapContrast].Data,
-                                      Maps[MapSaliency].Data,
-                                      Maps[MapColorContrast].Data,
-                                      {Maps[MapSideTop].Data, Maps[MapSideBottom].Data,
-                                       Maps[MapSideLeft].Data, Maps[MapSideRight].Data}};
-        ComputeSaliencyMaps(view.Pixels, WorkCols, WorkRows, buffers);
-
-        SumColourEdges(view, WorkCols, WorkRows, Maps[MapEdge]);
-        CleanEdgeMap(Maps[MapEdge]);
-    }
-    FinishMaps();
+    CNormalisation scales[PictureMapCount];
+    FillMaps(view.Pixels, scales);
+    BorrowTables();
+    FinishMaps(scales);
     MeasureSides();
 }
 
-void CPictureAnalysis::FinishMaps()
+// The maps that a stage fills. Until the tables are built, their storage is the stages' scratch.
+void CPictureAnalysis::FillMaps(const uint8_t* bytes, CNormalisation* scales)
 {
+    const CScratchScope scratch(TableStorage.get(), TableBytes(Maps[0].Count) + kCacheLine);
+    COwnedStack pixels;
+    pixels.Create(3, WorkCols, WorkRows);
+    pixels.FillFromBytes(bytes);
+    const SaliencyMapBuffers buffers = {Maps[MapContrast].Data,
+                                        Maps[MapSaliency].Data,
+                                        Maps[MapColorContrast].Data,
+                                        {Maps[MapSideTop].Data, Maps[MapSideBottom].Data,
+                                         Maps[MapSideLeft].Data, Maps[MapSideRight].Data}};
+    const SaliencyMapScales saliency = MeasureSaliencyMaps(pixels, buffers);
+    scales[MapContrast] = saliency.ContrastMap;
+    scales[MapSaliency] = saliency.SaliencyMap;
+    scales[MapColorContrast] = saliency.ColorContrastMap;
+    std::copy_n(saliency.SideMaps, kPictureSides, scales + MapSideTop);
+
+    SumColourEdges(pixels, Maps[MapEdge]);
+    scales[MapEdge] = CleanEdgeMap(Maps[MapEdge]);
+}
+
+// All steps of all maps on a few rows, and the rows of all tables, before the next rows.
+void CPictureAnalysis::FinishMaps(const CNormalisation* scales)
+{
+    float largest[PictureMapCount];
+    float levels[PictureMapCount];
     for (int32_t k = 0; k < PictureMapCount; ++k) {
         const MapRule& rule = kMapRules[k];
-        CFloatMatrix& map = Maps[k];
-        if (rule.Source != k)
-            map.CopyFrom(Maps[rule.Source]);
-        if (rule.Threshold > 0.0f)
-            ThresholdAtFraction(map, rule.Threshold);
-        if (rule.Exponent != 1.0f)
-            VectorPowScalar(static_cast<int32_t>(map.Count), map.Data, rule.Exponent, map.Data);
-        BuildSummedAreaTable(map, Tables[k]);
-        Totals[k] = MapTotal(Tables[k]);
+        largest[k] = rule.Source == k ? scales[k].Largest : largest[rule.Source];
+        levels[k] = LevelAtFraction(largest[k], rule.Threshold);
+        // The largest element survives its threshold, unless it is NaN.
+        if (rule.Threshold > 0.0f && !(largest[k] >= levels[k]))
+            largest[k] = 0.0f;
     }
+
+    const int32_t cols = WorkCols;
+    const uint32_t height = static_cast<uint32_t>(WorkRows);
+    uint32_t rows = 0;
+    for (uint32_t first = 0; first < height; first += rows) {
+        // The first row of a table stands by itself.
+        rows = std::min(height - first, kFinishedRows + (first == 0 ? 1 : 0));
+        const int32_t count = cols * static_cast<int32_t>(rows);
+        for (int32_t k = 0; k < PictureMapCount; ++k) {
+            const MapRule& rule = kMapRules[k];
+            const size_t start = size_t{first} * Maps[k].Cols;
+            float* const band = Maps[k].Data + start;
+            if (rule.Source != k)
+                std::copy_n(Maps[rule.Source].Data + start, count, band);
+            else
+                scales[k].Apply(band, count);
+            if (rule.Threshold > 0.0f)
+                ThresholdKernel(band, cols, static_cast<int32_t>(rows), levels[k], 0.0f);
+            if (rule.Exponent != 1.0f)
+                VectorPowScalar(count, band, rule.Exponent, band);
+            ExtendSummedAreaTable(Maps[k], Tables[k], first, rows);
+        }
+    }
+    for (int32_t k = 0; k < PictureMapCount; ++k)
+        Totals[k] = MapTotal(Tables[k]);
 }
 
 // How far each side's band differs from the strip along that same side: little, if the border

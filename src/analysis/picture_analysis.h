@@ -2,10 +2,12 @@
 #ifndef VISTATRIM_ANALYSIS_PICTURE_ANALYSIS_H
 #define VISTATRIM_ANALYSIS_PICTURE_ANALYSIS_H
 
+#include <cstddef>
 #include <cstdint>
 #include <memory>
 
 #include "numeric/matrix.h"
+#include "numeric/vector_ops.h"
 #include "vistaTrim/image.h"
 
 namespace vistaTrim {
@@ -65,12 +67,15 @@ public:
 
 private:
     void AllocateMaps();
-    void FinishMaps();
+    void FillMaps(const uint8_t* pixels, CNormalisation* scales);
+    void BorrowTables();
+    void FinishMaps(const CNormalisation* scales);
     void MeasureSides();
 
-    // The matrices above borrow from these, one after the other.
+    // The matrices above borrow from these, one after the other. Bytes, because the tables' storage
+    // holds the stages' planes of floats before it holds the tables.
     std::unique_ptr<float[]> MapStorage;
-    std::unique_ptr<double[]> TableStorage;
+    std::unique_ptr<std::byte[]> TableStorage;
 };
 
 // Analyses an image and keeps no reference to it. Throws as BuildMaps does.

@@ -1,10 +1,12 @@
 #include "analysis/saliency_driver.h"
 
 #include <algorithm>
+#include <cstring>
 
 #include "analysis/border_contrast.h"
 #include "analysis/multi_scale_edges.h"
 #include "analysis/owned_stack.h"
+#include "numeric/cpu_forms.h"
 #include "numeric/image_kernels.h"
 #include "numeric/vector_ops.h"
 
@@ -14,35 +16,83 @@ namespace {
 
 constexpr float kStripSigma = 0.7f; // smoothing ahead of the strip statistics
 
+// edges times the normalised contrast, with its extremes.
+VISTATRIM_FORM_BODY void MultiplyBody(float* edges, const float* contrast, int32_t count,
+                                      float shift, float scale, CPlaneRange& range)
+{
+    uint32_t low = range.Lowest;
+    uint32_t high = range.Highest;
+    VISTATRIM_INDEPENDENT_STEPS
+    for (int32_t i = 0; i < count; ++i) {
+        const float shifted = contrast[i] + shift;
+        const float normalised = shifted * scale;
+        const float product = edges[i] * normalised;
+        edges[i] = product;
+        uint32_t bits;
+        std::memcpy(&bits, &product, sizeof(bits));
+        low = bits < low ? bits : low;
+        high = bits > high ? bits : high;
+    }
+    range.Lowest = low;
+    range.Highest = high;
+}
+VISTATRIM_FORMS(Multiply,
+                (float* edges, const float* contrast, int32_t count, float shift, float scale,
+                 CPlaneRange& range),
+                (edges, contrast, count, shift, scale, range))
+
 } // namespace
 
-void ComputeSaliencyMaps(const uint8_t* pixels, int32_t cols, int32_t rows,
-                         SaliencyMapBuffers& buffers)
+SaliencyMapScales MeasureSaliencyMaps(const CPlaneStack& pixels, const SaliencyMapBuffers& buffers)
 {
-    COwnedStack pixelStack;
-    pixelStack.Create(3, cols, rows);
-    pixelStack.FillFromBytes(pixels);
+    const int32_t cols = pixels.Cols;
+    const int32_t rows = pixels.Rows;
+    const int32_t count = pixels.ElementCount;
+    SaliencyMapScales scales;
     {
-        COwnedStack blurredStack;
-        COwnedStack bottomStack;
-        blurredStack.Create(3, cols, rows);
-        bottomStack.Create(1, cols, rows);
-        SmoothStack(pixelStack, blurredStack, kStripSigma);
+        COwnedStack blurred;
+        COwnedStack scratch;
+        blurred.Create(3, cols, rows);
+        scratch.Create(1, cols, rows);
+        SmoothStack(pixels, blurred, kStripSigma);
         BorderContrastMaps maps = {buffers.ContrastMap, buffers.ColorContrastMap, {}};
         std::copy_n(buffers.SideMaps, 4, maps.Sides);
-        ComputeBorderContrasts(blurredStack, bottomStack.Planes[0], maps);
+        const BorderContrastScales borders =
+            MeasureBorderContrasts(blurred, scratch.Planes[0], maps);
+        scales.ContrastMap = borders.Contrast;
+        scales.ColorContrastMap = borders.ColorContrast;
+        std::copy_n(borders.Sides, 4, scales.SideMaps);
     }
 
     // Edges at two coarse scales, where there is contrast too. They come from the planes as
     // they were before smoothing: shrinking picks single pixels, so fine texture and noise
     // reach this map, which the fitted model of composition expects.
-    CPlaneStack contrastStack;
-    CPlaneStack saliencyStack;
-    contrastStack.WrapPlane(cols, rows, buffers.ContrastMap);
-    saliencyStack.WrapPlane(cols, rows, buffers.SaliencyMap);
-    ComputeMultiScaleEdges(pixelStack, saliencyStack, false, false, {0.04f, 0.2f});
-    MultiplyPlanes(saliencyStack, saliencyStack, contrastStack);
-    NormalisePlane(saliencyStack.Planes[0], saliencyStack.ElementCount);
+    CPlaneStack saliency;
+    saliency.WrapPlane(cols, rows, buffers.SaliencyMap);
+    ComputeMultiScaleEdges(pixels, saliency, false, false, {0.04f, 0.2f});
+    CPlaneRange range;
+    Multiply(buffers.SaliencyMap, buffers.ContrastMap, count, scales.ContrastMap.Shift,
+             scales.ContrastMap.Scale, range);
+    if (range.IsOrdinary()) {
+        scales.SaliencyMap = CNormalisation(range);
+    } else {
+        NormaliseMeasuredPlane(buffers.SaliencyMap, count, range);
+        scales.SaliencyMap.Largest = LargestElement(buffers.SaliencyMap, count);
+    }
+    return scales;
+}
+
+void ComputeSaliencyMaps(const uint8_t* pixels, int32_t cols, int32_t rows,
+                         const SaliencyMapBuffers& buffers)
+{
+    COwnedStack planes;
+    planes.Create(3, cols, rows);
+    planes.FillFromBytes(pixels);
+    const SaliencyMapScales scales = MeasureSaliencyMaps(planes, buffers);
+    scales.ContrastMap.Apply(buffers.ContrastMap, planes.ElementCount);
+    scales.SaliencyMap.Apply(buffers.SaliencyMap, planes.ElementCount);
+    for (size_t side = 0; side < 4; ++side)
+        scales.SideMaps[side].Apply(buffers.SideMaps[side], planes.ElementCount);
 }
 
 std::vector<CPlaneStack> SplitPlaneViews(const CPlaneStack& stack)

@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "numeric/plane_stack.h"
+#include "numeric/vector_ops.h"
 
 namespace vistaTrim {
 
@@ -17,9 +18,23 @@ struct SaliencyMapBuffers {
     float* SideMaps[4]; // top, bottom, left, right
 };
 
+// What is left to do to each map; see CNormalisation.
+struct SaliencyMapScales {
+    CNormalisation ContrastMap;
+    CNormalisation SaliencyMap;
+    CNormalisation ColorContrastMap;
+    CNormalisation SideMaps[4];
+};
+
+// pixels  three planes of 0..255
+// The maps as they are before their last normalisation, which whoever goes through them next can
+// apply on the way.
+SaliencyMapScales MeasureSaliencyMaps(const CPlaneStack& pixels, const SaliencyMapBuffers& buffers);
+
+// The finished maps.
 // pixels  cols x rows pixels of three bytes, packed; cols and rows at least 1
 void ComputeSaliencyMaps(const uint8_t* pixels, int32_t cols, int32_t rows,
-                         SaliencyMapBuffers& buffers);
+                         const SaliencyMapBuffers& buffers);
 
 // One single-plane view for each plane of stack, tables included. Views own nothing.
 std::vector<CPlaneStack> SplitPlaneViews(const CPlaneStack& stack);

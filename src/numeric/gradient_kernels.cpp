@@ -93,36 +93,50 @@ VISTATRIM_FORMS(ColumnDifference,
                 (const float* src, float* dst, int32_t cols, int32_t rows, float* scratch),
                 (src, dst, cols, rows, scratch))
 
-// Both differences, their absolute values and the sum in one pass over the plane.
-VISTATRIM_FORM_BODY void StrengthBody(const float* src, float* dst, int32_t cols, int32_t rows,
-                                      float* scratch)
+// One row of the gradient strength, written to out or added to it.
+VISTATRIM_FORM_BODY void StrengthRow(const float* above, const float* at, const float* below,
+                                     float* out, int32_t cols, float* sums, bool add)
+{
+    SumDownColumns(above, at, below, sums, cols);
+    const int32_t last = cols - 1;
+    for (int32_t x = 0; x < cols; x += std::max(last, 1)) {
+        const int32_t left = std::max(x - 1, 0);
+        const int32_t right = std::min(x + 1, last);
+        const float strength = std::fabs(OneTwoOne(below[left], below[x], below[right]) -
+                                         OneTwoOne(above[left], above[x], above[right])) +
+                               std::fabs(sums[x - 1] - sums[x + 1]);
+        out[x] = add ? out[x] + strength : strength;
+    }
+    VISTATRIM_INDEPENDENT_STEPS
+    for (int32_t x = 1; x < last; ++x) {
+        const float strength = std::fabs(OneTwoOne(below[x - 1], below[x], below[x + 1]) -
+                                         OneTwoOne(above[x - 1], above[x], above[x + 1])) +
+                               std::fabs(sums[x - 1] - sums[x + 1]);
+        out[x] = add ? out[x] + strength : strength;
+    }
+}
+
+// Both differences, their absolute values and all sums in one pass over the planes.
+VISTATRIM_FORM_BODY void StrengthsBody(const float* const* planes, size_t count, float* dst,
+                                       int32_t cols, int32_t rows, float* scratch)
 {
     const int64_t stride = cols;
     float* const sums = scratch + kBorder;
     for (int32_t y = 0; y < rows; ++y) {
-        const float* at = src + y * stride;
-        const float* above = y > 0 ? at - stride : at;
-        const float* below = y < rows - 1 ? at + stride : at;
-        SumDownColumns(above, at, below, sums, cols);
-        float* out = dst + y * stride;
-        const int32_t last = cols - 1;
-        for (int32_t x = 0; x < cols; x += std::max(last, 1)) {
-            const int32_t left = std::max(x - 1, 0);
-            const int32_t right = std::min(x + 1, last);
-            out[x] = std::fabs(OneTwoOne(below[left], below[x], below[right]) -
-                               OneTwoOne(above[left], above[x], above[right])) +
-                     std::fabs(sums[x - 1] - sums[x + 1]);
-        }
-        VISTATRIM_INDEPENDENT_STEPS
-        for (int32_t x = 1; x < last; ++x)
-            out[x] = std::fabs(OneTwoOne(below[x - 1], below[x], below[x + 1]) -
-                               OneTwoOne(above[x - 1], above[x], above[x + 1])) +
-                     std::fabs(sums[x - 1] - sums[x + 1]);
+        const int64_t above = std::max(y - 1, 0) * stride;
+        const int64_t at = y * stride;
+        const int64_t below = std::min(y + 1, rows - 1) * stride;
+        StrengthRow(planes[0] + above, planes[0] + at, planes[0] + below, dst + at, cols, sums,
+                    false);
+        for (size_t k = 1; k < count; ++k)
+            StrengthRow(planes[k] + above, planes[k] + at, planes[k] + below, dst + at, cols, sums,
+                        true);
     }
 }
-VISTATRIM_FORMS(Strength,
-                (const float* src, float* dst, int32_t cols, int32_t rows, float* scratch),
-                (src, dst, cols, rows, scratch))
+VISTATRIM_FORMS(Strengths,
+                (const float* const* planes, size_t count, float* dst, int32_t cols, int32_t rows,
+                 float* scratch),
+                (planes, count, dst, cols, rows, scratch))
 
 int32_t CheckPlanes(const float* src, const float* dst, int32_t cols, int32_t rows,
                     const void* buffer)
@@ -214,9 +228,30 @@ void GradientStrength(const float* src, float* dst, int32_t cols, int32_t rows)
 {
     void* buffer = AllocateKernelBuffer(SobelBufferSize(cols));
     if (CheckPlanes(src, dst, cols, rows, buffer) == KernelSuccess)
-        Strength(src, dst, cols, rows, static_cast<float*>(buffer));
+        Strengths(&src, 1, dst, cols, rows, static_cast<float*>(buffer));
     else
         GradientStrengthStepwise(src, dst, cols, rows);
+    FreeKernelBuffer(buffer);
+}
+
+void SumGradientStrengths(const CPlaneStack& planes, float* dst)
+{
+    const int32_t cols = planes.Cols;
+    const int32_t rows = planes.Rows;
+    void* const buffer = AllocateKernelBuffer(SobelBufferSize(cols));
+    if (CheckPlanes(planes.Planes[0], dst, cols, rows, buffer) == KernelSuccess) {
+        Strengths(planes.Planes.data(), planes.Planes.size(), dst, cols, rows,
+                  static_cast<float*>(buffer));
+    } else {
+        GradientStrength(planes.Planes[0], dst, cols, rows);
+        const size_t bytes = static_cast<size_t>(planes.ElementCount) * sizeof(float);
+        float* const strength = static_cast<float*>(AllocateAligned(bytes, 64));
+        for (size_t k = 1; k < planes.Planes.size(); ++k) {
+            GradientStrength(planes.Planes[k], strength, cols, rows);
+            VectorAdd(planes.ElementCount, dst, strength, dst);
+        }
+        FreeAligned(strength);
+    }
     FreeKernelBuffer(buffer);
 }
 

@@ -24,6 +24,8 @@ void SobelRowDifference(const float* src, float* dst, int32_t cols, int32_t rows
 void SobelColumnDifference(const float* src, float* dst, int32_t cols, int32_t rows);
 // |SobelRowDifference| + |SobelColumnDifference|.
 void GradientStrength(const float* src, float* dst, int32_t cols, int32_t rows);
+// The gradient strengths of all planes of a stack, added in their order.
+void SumGradientStrengths(const CPlaneStack& planes, float* dst);
 
 // maskSize taps each way, odd and at least 3, cut there whatever sigma is. A constant
 // plane comes out as one value everywhere, within rounding of the source's.
@@ -31,7 +33,9 @@ void GaussianSmooth(const float* src, float* dst, int32_t cols, int32_t rows, in
                     float sigma);
 // Every plane of source into the same plane of target, mask 7.
 void SmoothStack(CPlaneStack source, CPlaneStack target, double sigma);
-// Packed three-byte pixels into three smoothed planes of 0..255, mask 15.
+// Three planes of 0..255, smoothed with mask 15.
+void BlurPlanes(const CPlaneStack& pixels, float sigma, float* const out[3]);
+// The same from packed three-byte pixels.
 void BlurInterleavedPixels(const uint8_t* pixels, int32_t cols, int32_t rows, float sigma,
                            float* const out[3]);
 

@@ -207,6 +207,12 @@ void SmoothStack(CPlaneStack source, CPlaneStack target, double sigma)
                        static_cast<float>(sigma));
 }
 
+void BlurPlanes(const CPlaneStack& pixels, float sigma, float* const out[3])
+{
+    for (size_t c = 0; c < 3; ++c)
+        GaussianSmooth(pixels.Planes[c], out[c], pixels.Cols, pixels.Rows, 15, sigma);
+}
+
 // The arrays are seen through a stack, which knows how to part the bytes.
 void BlurInterleavedPixels(const uint8_t* pixels, int32_t cols, int32_t rows, float sigma,
                            float* const out[3])
@@ -220,8 +226,9 @@ void BlurInterleavedPixels(const uint8_t* pixels, int32_t cols, int32_t rows, fl
         view.Planes.push_back(plane.get());
     }
     view.FillFromBytes(pixels);
-    for (int c = 0; c < 3; ++c)
-        GaussianSmooth(planes[c].get(), out[c], cols, rows, 15, sigma);
+    view.Cols = cols;
+    view.Rows = rows;
+    BlurPlanes(view, sigma, out);
 }
 
 } // namespace vistaTrim

@@ -33,7 +33,7 @@ inline void AddRow(const float* map, const double* above, double* out, ptrdiff_t
 // adders idle. Six rows go together instead, each one column behind the row above it: six
 // independent chains, and what a row needs from the one above is still in a register. More
 // rows run out of registers.
-constexpr ptrdiff_t kFrontRows = 6;
+constexpr ptrdiff_t kFrontRows = kTableBand;
 
 // Rows r .. r + kFrontRows - 1, r > 0, of a table with more than kFrontRows columns. more: that
 // many rows follow.
@@ -146,95 +146,32 @@ float* AllocateTable(const CPlaneStack& stack)
 
 } // namespace
 
-void BuildSummedAreaTablePlain(const CFloatMatrix& map, CDoubleMatrix& table)
-{
-    const size_t rows = map.Rows;
-    const size_t cols = map.Cols;
-    const float* p = map.Data;
-    double* t = table.Data;
-
-    t[0] = p[0];
-    for (size_t r = 1; r < rows; ++r)
-        t[r * cols] = static_cast<double>(p[r * cols]) + t[(r - 1) * cols];
-    for (size_t c = 1; c < cols; ++c)
-        t[c] = static_cast<double>(p[c]) + t[c - 1];
-    for (size_t r = 1; r < rows; ++r) {
-        const float* row = p + r * cols;
-        const double* above = t + (r - 1) * cols;
-        double* out = t + r * cols;
-        for (size_t c = 1; c < cols; ++c)
-            out[c] = ((out[c - 1] + above[c]) - above[c - 1]) + static_cast<double>(row[c]);
-    }
-}
-
 void BuildSummedAreaTable(const CFloatMatrix& map, CDoubleMatrix& table)
 {
-    const ptrdiff_t rows = map.Rows;
+    ExtendSummedAreaTable(map, table, 0, map.Rows);
+}
+
+void ExtendSummedAreaTable(const CFloatMatrix& map, CDoubleMatrix& table, uint32_t firstRow,
+                           uint32_t rows)
+{
+    const ptrdiff_t height = map.Rows;
     const ptrdiff_t cols = map.Cols;
+    const ptrdiff_t end = ptrdiff_t{firstRow} + rows;
     const float* p = map.Data;
     double* t = table.Data;
 
-    t[0] = p[0];
-    for (ptrdiff_t c = 1; c < cols; ++c)
-        t[c] = static_cast<double>(p[c]) + t[c - 1];
-    ptrdiff_t r = 1;
+    ptrdiff_t r = firstRow;
+    if (r == 0) {
+        t[0] = p[0];
+        for (ptrdiff_t c = 1; c < cols; ++c)
+            t[c] = static_cast<double>(p[c]) + t[c - 1];
+        r = 1;
+    }
     if (cols > kFrontRows)
-        for (; r + kFrontRows <= rows; r += kFrontRows)
-            AddRowsSkewed(p, t, r, cols, r + 2 * kFrontRows <= rows);
-    for (; r < rows; ++r)
+        for (; r + kFrontRows <= end; r += kFrontRows)
+            AddRowsSkewed(p, t, r, cols, r + 2 * kFrontRows <= height);
+    for (; r < end; ++r)
         AddRow(p + r * cols, t + (r - 1) * cols, t + r * cols, 0, cols);
-}
-
-void BuildPlaneTablePlain(const float* plane, float* table, int32_t cols, int32_t rows)
-{
-    const size_t width = static_cast<size_t>(cols);
-    const size_t height = static_cast<size_t>(rows);
-    const size_t stride = width + 1;
-    std::fill_n(table, stride, 0.0f);
-    for (size_t r = 0; r < height; ++r) {
-        float* out = table + (r + 1) * stride;
-        out[0] = 0.0f;
-        float sum = 0.0f;
-        for (size_t c = 0; c < width; ++c) {
-            sum = sum + plane[r * width + c];
-            out[c + 1] = sum;
-        }
-    }
-    for (size_t c = 1; c <= width; ++c) {
-        float sum = 0.0f;
-        for (size_t r = 1; r <= height; ++r) {
-            sum = sum + table[r * stride + c];
-            table[r * stride + c] = sum;
-        }
-    }
-}
-
-void BuildPairTablePlain(const float* planeA, const float* planeB, float* table, int32_t cols,
-                         int32_t rows)
-{
-    const size_t width = static_cast<size_t>(cols);
-    const size_t height = static_cast<size_t>(rows);
-    const size_t stride = width + 1;
-    std::fill_n(table, stride, 0.0f);
-    for (size_t r = 0; r < height; ++r) {
-        float* out = table + (r + 1) * stride;
-        out[0] = 0.0f;
-        float sum = 0.0f;
-        for (size_t c = 0; c < width; ++c) {
-            // Exact: two floats have 48 bits between them.
-            const double product = static_cast<double>(planeA[r * width + c]) *
-                                   static_cast<double>(planeB[r * width + c]);
-            sum = static_cast<float>(product + static_cast<double>(sum));
-            out[c + 1] = sum;
-        }
-    }
-    for (size_t c = 1; c <= width; ++c) {
-        float sum = 0.0f;
-        for (size_t r = 1; r <= height; ++r) {
-            sum = sum + table[r * stride + c];
-            table[r * stride + c] = sum;
-        }
-    }
 }
 
 void BuildPlaneTable(const float* plane, float* table, int32_t cols, int32_t rows)

@@ -18,8 +18,11 @@ namespace vistaTrim {
 
 // map must hold at least one element; table has its size already.
 void BuildSummedAreaTable(const CFloatMatrix& map, CDoubleMatrix& table);
-// The definition, element after element; the fast form has its bits.
-void BuildSummedAreaTablePlain(const CFloatMatrix& map, CDoubleMatrix& table);
+// Rows firstRow .. firstRow + rows - 1 of it, where all rows above stand already. Fastest for
+// kTableBand rows, or a multiple of them, after the first kTableBand + 1.
+void ExtendSummedAreaTable(const CFloatMatrix& map, CDoubleMatrix& table, uint32_t firstRow,
+                           uint32_t rows);
+constexpr uint32_t kTableBand = 6;
 
 // Sum of the table's map over an inclusive rectangle: ((A - B) - C) + D, in this order.
 // The last limits must lie inside the table; crossed limits give the signed sum.
@@ -47,10 +50,6 @@ void BuildPlaneTable(const float* plane, float* table, int32_t cols, int32_t row
 // The same over the products of two planes.
 void BuildPairTable(const float* planeA, const float* planeB, float* table, int32_t cols,
                     int32_t rows);
-// The definitions of both, row after row; the fast forms have their bits.
-void BuildPlaneTablePlain(const float* plane, float* table, int32_t cols, int32_t rows);
-void BuildPairTablePlain(const float* planeA, const float* planeB, float* table, int32_t cols,
-                         int32_t rows);
 // Allocates and fills all plane and pair tables of a stack; once per stack.
 void BuildTables(CPlaneStack& stack);
 

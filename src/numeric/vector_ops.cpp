@@ -94,6 +94,13 @@ VISTATRIM_FORM_BODY void BitExtremesBody(const float* x, int32_t n, uint32_t* ex
 }
 VISTATRIM_FORMS(BitExtremes, (const float* x, int32_t n, uint32_t* extremes), (x, n, extremes))
 
+float FloatOfBits(uint32_t bits)
+{
+    float x;
+    std::memcpy(&x, &bits, sizeof(x));
+    return x;
+}
+
 // Two roundings, as if in two passes.
 VISTATRIM_FORM_BODY void ShiftAndScaleBody(float* x, int32_t n, float shift, float scale)
 {
@@ -122,9 +129,7 @@ float LargestElement(const float* x, int32_t n)
     seen.Include(x, n);
     if (n < 1 || seen.Highest > kInfinityBits)
         return x[linearAlgebra::IndexOfLargest(n, x)];
-    float largest;
-    std::memcpy(&largest, &seen.Highest, sizeof(float));
-    return largest;
+    return seen.Largest();
 }
 
 void VectorAbs(int32_t n, const float* a, float* y)
@@ -208,16 +213,30 @@ bool CPlaneRange::IsOrdinary() const
     return Highest < kInfinityBits;
 }
 
+float CPlaneRange::Largest() const
+{
+    return FloatOfBits(Highest);
+}
+
+void CPlaneRange::ClearBelow(float level)
+{
+    if (FloatOfBits(Lowest) < level)
+        Lowest = 0;
+}
+
 CNormalisation::CNormalisation(const CPlaneRange& seen)
 {
-    float smallest;
-    float largest;
-    std::memcpy(&smallest, &seen.Lowest, sizeof(float));
-    std::memcpy(&largest, &seen.Highest, sizeof(float));
+    const float smallest = FloatOfBits(seen.Lowest);
     Shift = -smallest;
-    const float shifted = largest + Shift;
+    const float shifted = seen.Largest() + Shift;
     Scale = ScaleOfRange(shifted - (smallest + Shift));
     Largest = shifted * Scale;
+}
+
+void CNormalisation::Apply(float* x, int32_t n) const
+{
+    if (Shift != 0.0f || Scale != 1.0f)
+        ShiftAndScale(x, n, Shift, Scale);
 }
 
 void NormaliseMeasuredPlane(float* x, int32_t n, const CPlaneRange& seen)
@@ -226,8 +245,7 @@ void NormaliseMeasuredPlane(float* x, int32_t n, const CPlaneRange& seen)
         NormaliseOddPlane(x, n);
         return;
     }
-    const CNormalisation normalisation(seen);
-    ShiftAndScale(x, n, normalisation.Shift, normalisation.Scale);
+    CNormalisation(seen).Apply(x, n);
 }
 
 void NormalisePlane(float* x, int32_t n)

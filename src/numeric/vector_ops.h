@@ -32,6 +32,10 @@ void NormalisePlane(float* x, int32_t n);
 struct CPlaneRange {
     void Include(const float* x, int32_t n);
 
+    // As if all elements below level had been 0.
+    void ClearBelow(float level);
+    float Largest() const;
+
     // False if a sign, a NaN or an infinity was among what was included.
     bool IsOrdinary() const;
 
@@ -41,11 +45,14 @@ struct CPlaneRange {
 };
 // What NormalisePlane does to each element: x = (x + Shift) * Scale, rounded twice.
 struct CNormalisation {
+    CNormalisation() = default;                       // changes nothing
     explicit CNormalisation(const CPlaneRange& seen); // which is ordinary
 
-    float Shift;
-    float Scale;
-    float Largest; // what the largest element becomes
+    void Apply(float* x, int32_t n) const;
+
+    float Shift = 0.0f;
+    float Scale = 1.0f;
+    float Largest = 0.0f; // what the largest element becomes
 };
 // NormalisePlane without the search: seen has included exactly the n elements of x.
 void NormaliseMeasuredPlane(float* x, int32_t n, const CPlaneRange& seen);

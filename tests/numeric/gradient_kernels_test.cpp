@@ -246,5 +246,46 @@ TEST_F(GradientKernels, StrengthFallsBackOnTheStepsWhenItsOwnScratchIsDenied)
     EXPECT_EQ(dst.Pixels(), GuardedPlane(9, 4, 3.0f).Pixels());
 }
 
+// Added in the order of the planes, in every variant, and when the scratch of the single pass is
+// denied as well.
+TEST_F(GradientKernels, SumOfStrengthsAddsThePlanesInTheirOrder)
+{
+    const FormScope scope;
+    for (const PlaneSize& size : AwkwardSizes())
+        for (const size_t count : {size_t{1}, size_t{3}}) {
+            std::vector<GuardedPlane> planes;
+            for (uint32_t k = 0; k < count; ++k)
+                planes.push_back(GuardedPlane::Fractions(size.Cols, size.Rows, 30 + k));
+            CPlaneStack stack;
+            stack.WrapPlaneOnly(size.Cols, size.Rows, planes[0].Data());
+            stack.Planes.clear();
+            for (GuardedPlane& plane : planes)
+                stack.Planes.push_back(plane.Data());
+            stack.PlaneCount = static_cast<int32_t>(count);
+            GuardedPlane expected(size.Cols, size.Rows);
+            for (GuardedPlane& plane : planes) {
+                GuardedPlane strength(size.Cols, size.Rows);
+                GradientStrength(plane.Data(), strength.Data(), size.Cols, size.Rows);
+                for (int32_t i = 0; i < stack.ElementCount; ++i)
+                    expected.Data()[i] += strength.Data()[i];
+            }
+            for (const CpuForm form : AvailableForms()) {
+                SCOPED_TRACE(testing::Message() << "form " << form << ", " << count << " of "
+                                                << size.Cols << " x " << size.Rows);
+                SelectCpuForm(form);
+                GuardedPlane sum(size.Cols, size.Rows, 3.0f);
+                SumGradientStrengths(stack, sum.Data());
+                EXPECT_EQ(sum.Bits(), expected.Bits());
+                EXPECT_TRUE(sum.GuardsIntact());
+
+                AllocationFaults faults({0});
+                GuardedPlane stepwise(size.Cols, size.Rows, 3.0f);
+                SumGradientStrengths(stack, stepwise.Data());
+                EXPECT_EQ(stepwise.Bits(), expected.Bits());
+                EXPECT_EQ(faults.Live, 0);
+            }
+        }
+}
+
 } // namespace
 } // namespace vistaTrim

@@ -1,3 +1,4 @@
+#include <algorithm>
 #include <cmath>
 #include <limits>
 #include <random>
@@ -56,6 +57,42 @@ TEST(PlaneRange, IsTheSameInEveryForm)
         EXPECT_EQ(range.Highest, plain.Highest) << form;
     }
     SelectCpuForm(before);
+}
+
+// What is known of a plane after a threshold, without looking at it again.
+TEST(PlaneRange, ClearedBelowIsThatOfTheClearedPlane)
+{
+    const std::vector<float> x = Noise(333, 0.5f, 5.0f);
+    for (const float level : {0.0f, 0.4f, 0.6f, 4.9f}) {
+        CPlaneRange range;
+        range.Include(x.data(), 333);
+        range.ClearBelow(level);
+        std::vector<float> cleared = x;
+        for (float& v : cleared)
+            v = v >= level ? v : 0.0f;
+        CPlaneRange expected;
+        expected.Include(cleared.data(), 333);
+        EXPECT_EQ(range.Lowest, expected.Lowest) << level;
+        EXPECT_EQ(range.Highest, expected.Highest) << level;
+        EXPECT_EQ(range.Largest(), LargestElement(cleared.data(), 333));
+    }
+}
+
+TEST(Normalisation, AppliedPieceByPieceIsNormalisePlane)
+{
+    std::vector<float> pieces = Noise(333, 0.5f, 300.0f);
+    std::vector<float> whole = pieces;
+    CPlaneRange range;
+    range.Include(pieces.data(), 333);
+    const CNormalisation normalisation(range);
+    for (int32_t i = 0; i < 333; i += 20)
+        normalisation.Apply(&pieces[size_t(i)], std::min(20, 333 - i));
+    NormalisePlane(whole.data(), 333);
+    EXPECT_EQ(pieces, whole);
+    EXPECT_EQ(normalisation.Largest, LargestElement(whole.data(), 333));
+
+    CNormalisation().Apply(pieces.data(), 333);
+    EXPECT_EQ(pieces, whole);
 }
 
 // The extremes are by absolute value, and the element keeps its sign.
