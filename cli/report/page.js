@@ -322,13 +322,13 @@ function showPhoto(index) {
     const overlap = figure(crop, "expectedOverlap");
     const sizing = overlap === undefined
       ? [sizeText(crop)] : [make("span", { class: "word" }, "overlap "), overlap.toFixed(2)];
-    const about = make("span", {}, make("b", {}, (rank + 1) + " · " + photo.data.ratios[rank]),
-                       make("em", {}, ...sizing));
     const thumb = drawnCrop(photo, crop, 320);
     thumb.setAttribute("aria-hidden", "true");
     return make("button", { type: "button", role: "radio", "data-rank": rank },
                 make("span", { class: "thumb" }, thumb),
-                make("span", { class: "about" }, about, sketch(photo, crop)));
+                make("span", { class: "about" },
+                     make("b", {}, (rank + 1) + " · " + photo.data.ratios[rank]),
+                     sketch(photo, crop), make("em", {}, ...sizing)));
   }));
   fillMaps(photo);
   showCrop();

@@ -1,7 +1,5 @@
 #include "report/report_data.h"
 
-#include <algorithm>
-
 #include <nlohmann/json.hpp>
 
 #include "output/result_text.h"
@@ -45,42 +43,57 @@ Json LineWithoutExplanations(const Json& line)
     return plain;
 }
 
-// The wishes of the request.
-Json RegionsOf(const Json& explanation)
+Json Labelled(const Json& rect, const Json& label)
+{
+    return {{"label", label},
+            {"x", rect.at("x")},
+            {"y", rect.at("y")},
+            {"width", rect.at("width")},
+            {"height", rect.at("height")}};
+}
+
+// What was found in the photograph, by its name or else its kind, and what the request named. The
+// wishes that come of what was found would only outline it a second time.
+Json RegionsOf(const Json& line)
 {
     Json regions = Json::array();
-    for (const Json& wish : explanation.at("wishes"))
-        regions.push_back({{"label", wish.at("kind")},
-                           {"x", wish.at("x")},
-                           {"y", wish.at("y")},
-                           {"width", wish.at("width")},
-                           {"height", wish.at("height")}});
+    for (const Json& found : line.value("regions", Json::array()))
+        regions.push_back(Labelled(found, found.value("label", found.value("kind", "region"))));
+    if (line.contains("explain"))
+        for (const Json& wish : line.at("explain").at("wishes"))
+            if (wish.value("source", "request") == "request")
+                regions.push_back(Labelled(wish, wish.at("kind")));
     return regions;
 }
 
 } // namespace
 
-std::string ReportData(const PhotoResult& result)
+std::string ReportDataOf(const std::string& text, const std::vector<std::string>& ratios)
 {
-    const Json line = Json::parse(JsonLine(result));
+    const Json line = Json::parse(text);
     Json data = {{"line", LineWithoutExplanations(line)},
-                 {"ratios", Json::array()},
+                 {"ratios", ratios},
                  {"ranks", Json::array()},
                  {"candidates", 0},
-                 {"regions", Json::array()},
+                 {"regions", RegionsOf(line)},
                  {"note", ""}};
-    for (const photo::Crop& crop : result.Found.Crops)
-        data["ratios"].push_back(crop.Aspect.CommonName());
     for (const Json& crop : line.at("crops"))
         if (crop.contains("explain"))
             data["ranks"].push_back(crop.at("explain").at("ranks"));
     if (line.contains("explain")) {
         const Json& explanation = line.at("explain");
         data["candidates"] = explanation.at("passing");
-        data["regions"] = RegionsOf(explanation);
         data["note"] = explanation.at("note");
     }
     return Block(data);
+}
+
+std::string ReportData(const PhotoResult& result)
+{
+    std::vector<std::string> ratios;
+    for (const photo::Crop& crop : result.Found.Crops)
+        ratios.push_back(crop.Aspect.CommonName());
+    return ReportDataOf(JsonLine(result), ratios);
 }
 
 std::string ReportMaps(const std::vector<ReportMap>& maps)
@@ -93,23 +106,23 @@ std::string ReportMaps(const std::vector<ReportMap>& maps)
 
 std::string ReportMeasures()
 {
-    Json measures = Json::array();
+    // Not one of the measures: those look at a single crop, this one at all of them.
+    Json measures = {{{"name", kExpectedOverlap},
+                      {"label", "Expected overlap"},
+                      {"text", "How far this crop is likely to agree with the one that a person "
+                               "would make: the area that both share, over the area that either "
+                               "covers. 1 is the same rectangle."}}};
     for (const photo::Measure& measure : photo::kMeasures)
         measures.push_back(
             {{"name", measure.Name}, {"label", measure.Label}, {"text", measure.Hint}});
-    const auto first = std::find_if(measures.begin(), measures.end(), [](const Json& measure) {
-        return measure.at("name") == kExpectedOverlap;
-    });
-    if (first != measures.end())
-        std::rotate(measures.begin(), first, first + 1);
     return Block(measures);
 }
 
-std::vector<double> ExpectedOverlaps(const PhotoResult& result)
+std::vector<double> ExpectedOverlaps(const std::string& line)
 {
     std::vector<double> overlaps;
-    const Json line = Json::parse(JsonLine(result));
-    for (const Json& crop : line.at("crops")) {
+    const Json parsed = Json::parse(line);
+    for (const Json& crop : parsed.at("crops")) {
         const Json* overlap = Figure(crop, kExpectedOverlap);
         if (overlap == nullptr)
             return {};

@@ -6,6 +6,7 @@
 #include <cstdlib>
 #include <filesystem>
 
+#include "output/result_text.h"
 #include "report/base64.h"
 #include "report/report_data.h"
 #include "report_page_assets.h"
@@ -90,7 +91,7 @@ std::string Frames(const photo::Suggestions& found)
 std::string CropList(const PhotoResult& result)
 {
     const std::vector<photo::Crop>& crops = result.Found.Crops;
-    const std::vector<double> overlaps = ExpectedOverlaps(result);
+    const std::vector<double> overlaps = ExpectedOverlaps(JsonLine(result));
     std::string html = "<ol class=\"list\">";
     for (size_t i = 0; i < crops.size(); ++i) {
         const PixelRect& rect = crops[i].Rect;

@@ -41,9 +41,13 @@ PhotoResult TwoCrops(const std::string& file)
 // RFC 4648, section 10.
 TEST(Base64, EncodesThePublishedExamples)
 {
-    const std::vector<std::pair<std::string, std::string>> examples = {
-        {"", ""},         {"f", "Zg=="},         {"fo", "Zm8="},        {"foo", "Zm9v"},
-        {"foob", "Zm9vYg=="}, {"fooba", "Zm9vYmE="}, {"foobar", "Zm9vYmFy"}};
+    const std::vector<std::pair<std::string, std::string>> examples = {{"", ""},
+                                                                       {"f", "Zg=="},
+                                                                       {"fo", "Zm8="},
+                                                                       {"foo", "Zm9v"},
+                                                                       {"foob", "Zm9vYg=="},
+                                                                       {"fooba", "Zm9vYmE="},
+                                                                       {"foobar", "Zm9vYmFy"}};
     for (const auto& [text, encoded] : examples)
         EXPECT_EQ(Base64({text.begin(), text.end()}), encoded);
     EXPECT_EQ(Base64({0xFB, 0xFF, 0xBF}), "+/+/");
@@ -66,8 +70,38 @@ TEST(ReportData, HoldsWhatPeopleNeedBesideIt)
     EXPECT_EQ(data.at("ratios"), (json{"21:9", "21:9"}));
     EXPECT_EQ(data.at("candidates"), 800); // that the ranks are shares of
     EXPECT_EQ(data.at("ranks").at(0).at("coverage"), 0.75);
-    EXPECT_EQ(data.at("regions"),
-              json::parse(R"([{"label": "must-keep", "x": 10, "y": 400, "width": 20, "height": 30}])"));
+    EXPECT_EQ(
+        data.at("regions"),
+        json::parse(R"([{"label": "must-keep", "x": 10, "y": 400, "width": 20, "height": 30}])"));
+}
+
+TEST(ReportData, NamesFoundRegionsAndThoseOfTheRequest)
+{
+    const std::string line =
+        R"({"file": "a.jpg", "width": 100, "height": 80, "crops": [], "regions": [)"
+        R"({"x": 1, "y": 2, "width": 3, "height": 4, "kind": "face", "label": "Ada"},)"
+        R"({"x": 5, "y": 6, "width": 7, "height": 8, "kind": "animal"}],)"
+        R"("explain": {"candidates": 9, "passing": 9, "note": "", "wishes": [)"
+        R"({"kind": "keep", "x": 0, "y": 1, "width": 5, "height": 6, "source": "face-finder"},)"
+        R"({"kind": "avoid", "x": 9, "y": 8, "width": 7, "height": 6, "source": "request"}]}})";
+    const json data = json::parse(ReportDataOf(line, {}));
+    EXPECT_EQ(data.at("regions"), json::parse(R"([
+        {"label": "Ada", "x": 1, "y": 2, "width": 3, "height": 4},
+        {"label": "animal", "x": 5, "y": 6, "width": 7, "height": 8},
+        {"label": "avoid", "x": 9, "y": 8, "width": 7, "height": 6}])"));
+    EXPECT_FALSE(data.at("line").contains("regions"));
+}
+
+TEST(ReportData, ExpectsAnOverlapOfAllCropsOrOfNone)
+{
+    const auto line = [](const char* first, const char* second) {
+        return R"({"crops": [{"scores": {}, )" + std::string(first) + R"(}, {"scores": {}, )" +
+               second + "}]}";
+    };
+    EXPECT_THAT(ExpectedOverlaps(line("\"expectedOverlap\": 0.5", "\"expectedOverlap\": 0.25")),
+                testing::ElementsAre(0.5, 0.25));
+    EXPECT_THAT(ExpectedOverlaps(line("\"expectedOverlap\": 0.5", "\"x\": 1")), testing::IsEmpty());
+    EXPECT_EQ(json::parse(ReportMeasures()).at(0).at("name"), "expectedOverlap");
 }
 
 TEST(ReportData, CannotEndItsBlockWhateverTheFileIsCalled)
@@ -105,12 +139,12 @@ TEST(ReportPage, FillsEveryMarkOfItsTemplate)
 TEST(ReportPage, PlacesFramesAndNumbers)
 {
     const std::string section = ReportSection(TwoCrops("a.jpg"), {"data:,", {}}, 0);
-    EXPECT_THAT(section,
-                HasSubstr("left:0.0000%;top:10.0000%;width:100.0000%;height:56.2667%\">"
-                          "<span class=\"badge at-left at-top\">1</span>"));
+    EXPECT_THAT(section, HasSubstr("left:0.0000%;top:10.0000%;width:100.0000%;height:56.2667%\">"
+                                   "<span class=\"badge at-left at-top\">1</span>"));
     // The first number has the corner that both crops share.
     EXPECT_THAT(section, HasSubstr("<span class=\"badge at-right at-top\">2</span>"));
-    EXPECT_THAT(section, HasSubstr("<b>1 &middot; 21:9</b><span>4000 &times; 1688 at 0, 300</span>"));
+    EXPECT_THAT(section,
+                HasSubstr("<b>1 &middot; 21:9</b><span>4000 &times; 1688 at 0, 300</span>"));
 }
 
 } // namespace
