@@ -12,11 +12,11 @@ set -euo pipefail
 
 declare -A packages=(
     [build]="g++ cmake ninja-build pkg-config libvips-dev
-             libcli11-dev nlohmann-json3-dev"
+             libcli11-dev nlohmann-json3-dev libdlib-dev libexiv2-dev"
     [test]="libgtest-dev libgmock-dev libbenchmark-dev binutils libopenblas-dev liblapacke-dev
             lomiri-wallpapers-16.04
             libvips-tools fonts-dejavu-core python3 chromium chromium-driver python3-selenium
-            python3-jsonschema bash-completion man-db"
+            python3-jsonschema bash-completion man-db python3-skimage"
     [check]="clang clang-format clang-tidy cppcheck libclang-rt-14-dev abigail-tools lcov"
     [sheet]="libvips-tools fonts-dejavu-core"
     [demo]="lomiri-wallpapers-16.04"

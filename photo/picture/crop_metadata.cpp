@@ -1,7 +1,10 @@
 #include "picture/crop_metadata.h"
 
 #include <cstdint>
+#include <optional>
 #include <vector>
+
+#include "regions/metadata_regions.h"
 
 namespace vistaTrim::photo {
 
@@ -18,7 +21,8 @@ bool IsUntrueOfCrop(const std::string& field)
 {
     return field == "jpeg-thumbnail-data" || field == "orientation" || field == "n-pages" ||
            field == "page-height" || field == "delay" || field == "loop" || field == "n-subifds" ||
-           field == "heif-primary";
+           field == "heif-primary" || field == "exif-ifd2-SubjectArea" ||
+           field == "exif-ifd2-SubjectLocation";
 }
 
 bool IsMetadata(const std::string& field)
@@ -39,28 +43,43 @@ std::vector<std::string> FieldsOf(const vips::VImage& image)
     return fields;
 }
 
-void MakeXmpUpright(vips::VImage& image)
+void SetXmp(vips::VImage& image, const std::string& xmp)
 {
-    if (image.get_typeof(kXmpField) == 0)
-        return;
-    size_t size = 0;
-    const auto* bytes = static_cast<const char*>(image.get_blob(kXmpField, &size));
-    const std::string before(bytes, size);
-    const std::string after = UprightXmp(before);
-    if (after == before)
-        return;
-    void* copy = g_malloc(after.size());
-    after.copy(static_cast<char*>(copy), after.size());
+    void* copy = g_malloc(xmp.size());
+    xmp.copy(static_cast<char*>(copy), xmp.size());
     image.set(
         kXmpField,
         [](void* data, void*) -> int {
             g_free(data);
             return 0;
         },
-        copy, after.size());
+        copy, xmp.size());
+}
+
+void MakeXmpTrue(vips::VImage& image, const CropPlace& place)
+{
+    const std::string before = XmpOf(image);
+    const std::optional<std::string> moved = XmpForCrop(
+        before, place.Photo, place.Orientation, place.Rect, {image.width(), image.height()});
+    if (!moved || moved->empty()) {
+        image.remove(kXmpField);
+        return;
+    }
+    const std::string after = UprightXmp(*moved);
+    if (after != before)
+        SetXmp(image, after);
 }
 
 } // namespace
+
+std::string XmpOf(const vips::VImage& image)
+{
+    if (image.get_typeof(kXmpField) == 0)
+        return "";
+    size_t size = 0;
+    const auto* bytes = static_cast<const char*>(image.get_blob(kXmpField, &size));
+    return {bytes, size};
+}
 
 std::string UprightXmp(std::string xmp)
 {
@@ -78,14 +97,14 @@ std::string UprightXmp(std::string xmp)
     return xmp;
 }
 
-vips::VImage WithMetadataForCrop(const vips::VImage& image, bool strip)
+vips::VImage WithMetadataForCrop(const vips::VImage& image, const CropPlace& place, bool strip)
 {
     vips::VImage copy = image.copy(); // fields may only be changed in a picture of one's own
     for (const std::string& field : FieldsOf(image))
         if (IsUntrueOfCrop(field) || (strip && IsMetadata(field)))
             copy.remove(field.c_str());
     if (!strip)
-        MakeXmpUpright(copy);
+        MakeXmpTrue(copy, place);
     return copy;
 }
 

@@ -6,12 +6,27 @@
 
 #include <vips/vips8>
 
+#include "vistaTrimPhoto/geometry.h"
+
 namespace vistaTrim::photo {
+
+// Where a crop comes from.
+struct CropPlace {
+    PixelSize Photo; // as displayed
+    int Orientation = 1;
+    PixelRect Rect;
+};
+
+// The XMP that came with the picture; empty if none did.
+std::string XmpOf(const vips::VImage& image);
 
 // All but what is untrue of a crop: the small picture of the whole photograph that cameras
 // embed (it would show what was cropped away), the orientation, which is in the pixels now,
-// and the number of pages. With strip only the colour profile stays.
-vips::VImage WithMetadataForCrop(const vips::VImage& image, bool strip);
+// and the number of pages. Regions that the metadata names are moved and clipped with the crop.
+// With strip only the colour profile stays.
+//
+// image  the crop as it is written
+vips::VImage WithMetadataForCrop(const vips::VImage& image, const CropPlace& place, bool strip);
 
 // The XMP text with every tiff:Orientation set to 1, upright; its length stays the same.
 std::string UprightXmp(std::string xmp);

@@ -88,12 +88,13 @@ void CutEach(const PhotographSource& source, const std::vector<CropOutput>& crop
 }
 
 // As it goes into a file.
-VImage Finished(const VImage& cut, const CropOutput& crop, const Colour& background)
+VImage Finished(const VImage& cut, const CropOutput& crop, const PhotographSource& source)
 {
-    VImage image = FitForFormat(cut, crop.Format, background);
+    VImage image = FitForFormat(cut, crop.Format, source.Background());
     if (crop.Size)
         image = Resized(image, *crop.Size);
-    return WithMetadataForCrop(image, crop.Strip);
+    return WithMetadataForCrop(image, {source.Size(), source.StoredOrientation(), crop.Rect},
+                               crop.Strip);
 }
 
 SaveOptions SaveOptionsOf(const VImage& image, const CropOutput& crop)
@@ -148,7 +149,7 @@ void SaveEach(const Photograph& photograph, const std::vector<CropOutput>& crops
         RunVips(
             [&] {
                 CutEach(source, crops, [&](size_t i, const VImage& cut) {
-                    save(i, Finished(cut, crops[i], source.Background()));
+                    save(i, Finished(cut, crops[i], source));
                 });
             },
             PhotoError::Kind::NotWritable);

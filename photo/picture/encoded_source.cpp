@@ -8,7 +8,9 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include "picture/crop_metadata.h"
 #include "picture/vips_runtime.h"
+#include "regions/metadata_regions.h"
 #include "vistaTrimPhoto/photo_error.h"
 
 namespace vistaTrim::photo {
@@ -118,6 +120,7 @@ private:
                 Orientation = vips_image_get_orientation(header.get_image());
                 if (Orientation >= 5) // these lie on their side
                     std::swap(Displayed.Width, Displayed.Height);
+                Named = RegionsOfXmp(XmpOf(header), Displayed, Orientation);
             },
             PhotoError::Kind::Damaged);
         return isKnown;
@@ -155,7 +158,6 @@ private:
     }
 
     Opener Open;
-    int Orientation = 1; // as EXIF counts them
     bool IsCmyk = false;
     bool HasProfile = false;
 };

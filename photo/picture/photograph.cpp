@@ -59,6 +59,7 @@ WorkingPicture Photograph::ReadWorkingPicture() const
     WorkingPicture picture;
     picture.Photo = Size();
     picture.Pixels = ReadScaled(*Shared, WorkingSize(Size()));
+    picture.NamedRegions = Shared->NamedRegions();
     picture.ReadMilliseconds = reading.Milliseconds();
     return picture;
 }

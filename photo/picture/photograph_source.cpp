@@ -28,6 +28,16 @@ const Colour& PhotographSource::Background() const
     return Under;
 }
 
+int PhotographSource::StoredOrientation() const
+{
+    return Orientation;
+}
+
+const std::vector<FoundRegion>& PhotographSource::NamedRegions() const
+{
+    return Named;
+}
+
 vips::VImage PhotographSource::ReadThumbnail(PixelSize size) const
 {
     vips::VImage image = ReadThumbnailInColours(size);

@@ -3,9 +3,11 @@
 #define VISTATRIM_PHOTO_PICTURE_PHOTOGRAPH_SOURCE_H
 
 #include <memory>
+#include <vector>
 
 #include <vips/vips8>
 
+#include "vistaTrimPhoto/found_region.h"
 #include "vistaTrimPhoto/photograph.h"
 
 namespace vistaTrim::photo {
@@ -23,6 +25,8 @@ public:
     PixelSize Size() const;
     ImageFormat NativeFormat() const;
     const Colour& Background() const;
+    int StoredOrientation() const; // 1 to 8 as EXIF counts them; what is read is upright
+    const std::vector<FoundRegion>& NamedRegions() const; // by the photograph's own metadata
 
     // Upright sRGB of three 8-bit channels, exactly this size.
     vips::VImage ReadThumbnail(PixelSize size) const;
@@ -37,6 +41,8 @@ protected:
 
     PixelSize Displayed;
     ImageFormat Native = ImageFormat::Png;
+    int Orientation = 1;
+    std::vector<FoundRegion> Named;
 
 private:
     Colour Under;

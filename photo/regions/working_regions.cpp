@@ -28,6 +28,14 @@ CInt32Rect ToWorkingOutward(const PixelRect& rect, PixelSize photo, PixelSize wo
             CeilScaled(int64_t{rect.Y} + rect.Height, working.Height, photo.Height) - 1};
 }
 
+PixelRect ToPhotographOutward(const PixelRect& rect, PixelSize working, PixelSize photo)
+{
+    const int32_t left = FloorScaled(rect.X, photo.Width, working.Width);
+    const int32_t top = FloorScaled(rect.Y, photo.Height, working.Height);
+    return {left, top, CeilScaled(int64_t{rect.X} + rect.Width, photo.Width, working.Width) - left,
+            CeilScaled(int64_t{rect.Y} + rect.Height, photo.Height, working.Height) - top};
+}
+
 std::vector<Wish> WishesInside(const std::vector<Wish>& wishes, PixelSize photo)
 {
     std::vector<Wish> inside;

@@ -15,6 +15,9 @@ namespace vistaTrim::photo {
 // of them keeps clear of the rectangle. The rectangle must lie inside the photograph.
 CInt32Rect ToWorkingOutward(const PixelRect& rect, PixelSize photo, PixelSize working);
 
+// The other way: every pixel of the photograph that the working rectangle touches.
+PixelRect ToPhotographOutward(const PixelRect& rect, PixelSize working, PixelSize photo);
+
 // All wishes as far as they lie inside the photograph. Throws PhotoError for a region that must
 // or should be kept and lies outside; one that is to be avoided is avoided already, and dropped.
 std::vector<Wish> WishesInside(const std::vector<Wish>& wishes, PixelSize photo);

@@ -10,6 +10,8 @@
 #include "public/analysed_picture.h"
 #include "ranking/engine_lists.h"
 #include "ranking/serving.h"
+#include "regions/find_regions.h"
+#include "regions/region_wishes.h"
 #include "regions/working_regions.h"
 #include "suggest/check_request.h"
 #include "suggest/engine_scores.h"
@@ -121,7 +123,10 @@ void Ask(const WorkingPicture& picture, const CAnalysedPicture& analysed, const 
          Suggestions& result)
 {
     CheckRequest(request);
-    const std::vector<Wish> wishes = WishesInside(request.Wishes, picture.Photo);
+    std::vector<Wish> wishes = WishesInside(request.Wishes, picture.Photo);
+    const std::vector<RegionWish> found = WishesOf(result.Regions, picture.Photo);
+    for (const RegionWish& wish : found)
+        wishes.push_back(wish.Wish);
     const std::vector<Ratio> ratios = AskedRatios(request);
     const SuggestionParameters engineRequest = MakeEngineRequest(request, picture);
     VistaTrimParameters parameters;
@@ -148,7 +153,7 @@ void Ask(const WorkingPicture& picture, const CAnalysedPicture& analysed, const 
     }
 
     if (request.Explain)
-        Explain(AllOf(*driver, engineRequest), wishes, picture, request.Top, result);
+        Explain(AllOf(*driver, engineRequest), wishes, found, picture, request.Top, result);
 }
 
 // The engine throws bare texts that end in a line feed.
@@ -182,27 +187,33 @@ void CheckPicture(const WorkingPicture& picture)
 
 class Analysis::State {
 public:
-    explicit State(WorkingPicture picture)
-        : Picture(std::move(picture)), Engine(*LendToEngine(Picture.Pixels)),
-          Milliseconds(Analysing.Milliseconds())
+    State(WorkingPicture picture, const RegionOptions& regions)
+        : Picture(std::move(picture)), Search(Picture, regions),
+          Engine(*LendToEngine(Picture.Pixels)), Milliseconds(Analysing.Milliseconds()),
+          Regions(Search.Finish()), FacesMilliseconds(Analysing.Milliseconds() - Milliseconds)
     {
     }
 
+    // In this order: the search may run beside the engine.
     const WorkingPicture Picture;
+    RegionSearch Search;
     const Stopwatch Analysing; // declared before the engine, so that it starts first
     const CAnalysedPicture Engine;
     const double Milliseconds; // that the analysis took
+    const std::vector<FoundRegion> Regions;
+    const double FacesMilliseconds; // that it waited for the face finder
 };
 
-Analysis::Analysis(const Photograph& photograph) : Analysis(photograph.ReadWorkingPicture())
+Analysis::Analysis(const Photograph& photograph, const RegionOptions& regions)
+    : Analysis(photograph.ReadWorkingPicture(), regions)
 {
 }
 
-Analysis::Analysis(WorkingPicture picture)
+Analysis::Analysis(WorkingPicture picture, const RegionOptions& regions)
 {
     CheckPicture(picture);
     try {
-        Shared = std::make_shared<const State>(std::move(picture));
+        Shared = std::make_shared<const State>(std::move(picture), regions);
     } catch (const char* text) {
         ThrowEngineText(text);
     } catch (const std::bad_alloc&) {
@@ -213,6 +224,16 @@ Analysis::Analysis(WorkingPicture picture)
 const WorkingPicture& Analysis::Picture() const
 {
     return Shared->Picture;
+}
+
+const std::vector<FoundRegion>& Analysis::Regions() const
+{
+    return Shared->Regions;
+}
+
+double Analysis::FacesMilliseconds() const
+{
+    return Shared->FacesMilliseconds;
 }
 
 double Analysis::Milliseconds() const
@@ -226,6 +247,8 @@ Suggestions Analysis::Suggest(const Request& request) const
     result.Size = Shared->Picture.Photo;
     result.Times.Read = Shared->Picture.ReadMilliseconds;
     result.Times.Analyse = Shared->Milliseconds;
+    result.Times.Faces = Shared->FacesMilliseconds;
+    result.Regions = Shared->Regions;
     try {
         Ask(Shared->Picture, Shared->Engine, request, result);
     } catch (const char* text) {

@@ -56,12 +56,16 @@ std::string NoteOf(const Explanation& explanation, const std::string& wishPrefix
     return "";
 }
 
-void Explain(const CropList& all, const std::vector<Wish>& wishes, const WorkingPicture& picture,
-             int32_t asked, Suggestions& result)
+void Explain(const CropList& all, const std::vector<Wish>& wishes,
+             const std::vector<RegionWish>& found, const WorkingPicture& picture, int32_t asked,
+             Suggestions& result)
 {
     Explanation explanation;
     explanation.Candidates = static_cast<int64_t>(all.size());
     explanation.Wishes = wishes;
+    explanation.WishRegions.resize(wishes.size() - found.size());
+    for (const RegionWish& wish : found)
+        explanation.WishRegions.emplace_back(wish.Region);
     explanation.MetBy.assign(wishes.size(), 0);
     std::vector<CInt32Rect> regions;
     regions.reserve(wishes.size());

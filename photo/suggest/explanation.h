@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "ranking/turns.h"
+#include "regions/region_wishes.h"
 #include "vistaTrimPhoto/photograph.h"
 #include "vistaTrimPhoto/result.h"
 
@@ -13,10 +14,12 @@ namespace vistaTrim::photo {
 // Fills Explained of the result, whose crops are complete, and of each of its crops.
 //
 // all     every candidate of the request
-// wishes  clipped to the photograph
+// wishes  clipped to the photograph; the first ones are of the request, the others are those of
+//         `found`
 // asked   how many crops were asked for
-void Explain(const CropList& all, const std::vector<Wish>& wishes, const WorkingPicture& picture,
-             int32_t asked, Suggestions& result);
+void Explain(const CropList& all, const std::vector<Wish>& wishes,
+             const std::vector<RegionWish>& found, const WorkingPicture& picture, int32_t asked,
+             Suggestions& result);
 
 } // namespace vistaTrim::photo
 

@@ -6,6 +6,7 @@
 #include <string>
 #include <vector>
 
+#include "vistaTrimPhoto/found_region.h"
 #include "vistaTrimPhoto/geometry.h"
 #include "vistaTrimPhoto/photograph.h"
 #include "vistaTrimPhoto/request.h"
@@ -24,15 +25,18 @@ struct Map {
 PixelImage GreyOf(const Map& map);
 
 // Owns all that it needs: the photograph may go. Cheap to copy; copies share one analysis. Its
-// operations may be called from several threads. They throw PhotoError.
+// operations may be called from several threads. They throw PhotoError, the constructors also for
+// a region to keep that lies outside the photograph.
 class Analysis {
 public:
-    explicit Analysis(const Photograph& photograph);
+    explicit Analysis(const Photograph& photograph, const RegionOptions& regions = {});
     // For a caller that has something to do between reading and analysing.
-    explicit Analysis(WorkingPicture picture);
+    explicit Analysis(WorkingPicture picture, const RegionOptions& regions = {});
 
     const WorkingPicture& Picture() const;
-    double Milliseconds() const; // that the analysis took
+    const std::vector<FoundRegion>& Regions() const;
+    double Milliseconds() const;      // that the analysis took
+    double FacesMilliseconds() const; // that it then waited for the face finder
 
     // Throws PhotoError for a request that is invalid (InvalidRequest) or that this photograph
     // cannot meet (DoesNotFit): a size that does not fit, a region to keep that lies outside.

@@ -6,7 +6,9 @@
 #include <cstddef>
 #include <memory>
 #include <string>
+#include <vector>
 
+#include "vistaTrimPhoto/found_region.h"
 #include "vistaTrimPhoto/geometry.h"
 #include "vistaTrimPhoto/image_format.h"
 #include "vistaTrimPhoto/pixels.h"
@@ -21,9 +23,10 @@ struct ReadOptions {
 
 // What the engine sees of a photograph.
 struct WorkingPicture {
-    PixelSize Photo;             // the photograph as displayed
-    PixelImage Pixels;           // upright sRGB, three channels, longer side kWorkingLongSide
-    double ReadMilliseconds = 0; // that reading and scaling took
+    PixelSize Photo;   // the photograph as displayed
+    PixelImage Pixels; // upright sRGB, three channels, longer side kWorkingLongSide
+    std::vector<FoundRegion> NamedRegions; // by the photograph's own metadata
+    double ReadMilliseconds = 0;           // that reading and scaling took
 };
 
 class PhotographSource; // internal

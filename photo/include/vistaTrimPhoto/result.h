@@ -8,6 +8,7 @@
 #include <string>
 #include <vector>
 
+#include "vistaTrimPhoto/found_region.h"
 #include "vistaTrimPhoto/geometry.h"
 #include "vistaTrimPhoto/measures.h"
 #include "vistaTrimPhoto/ratio.h"
@@ -41,9 +42,12 @@ enum class Shortfall {
 };
 
 struct Explanation {
-    int64_t Candidates = 0;     // tried
-    int64_t Passing = 0;        // of these, the ones that meet every hard wish
-    std::vector<Wish> Wishes;   // clipped to the photograph
+    int64_t Candidates = 0;   // tried
+    int64_t Passing = 0;      // of these, the ones that meet every hard wish
+    std::vector<Wish> Wishes; // clipped to the photograph
+    // What found region each wish comes from, an index into Suggestions::Regions; none: it is a
+    // wish of the request.
+    std::vector<std::optional<size_t>> WishRegions;
     std::vector<int64_t> MetBy; // how many candidates meet each wish
     Shortfall Why = Shortfall::None;
     std::optional<WishKind> UnmetWish;
@@ -57,12 +61,14 @@ std::string NoteOf(const Explanation& explanation, const std::string& wishPrefix
 struct Timings {
     double Read = 0;    // of the working picture
     double Analyse = 0; // its maps
+    double Faces = 0;   // waiting for the face finder, once the maps are there
     double Score = 0;   // the request itself
 };
 
 struct Suggestions {
     PixelSize Size;          // of the photograph
     std::vector<Crop> Crops; // best first
+    std::vector<FoundRegion> Regions;
     std::optional<Explanation> Explained;
     Timings Times;
 };

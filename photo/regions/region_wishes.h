@@ -1,0 +1,27 @@
+// What found regions ask of the crops.
+#ifndef VISTATRIM_PHOTO_REGIONS_REGION_WISHES_H
+#define VISTATRIM_PHOTO_REGIONS_REGION_WISHES_H
+
+#include <cstddef>
+#include <vector>
+
+#include "vistaTrimPhoto/found_region.h"
+
+namespace vistaTrim::photo {
+
+// The head that belongs to a face from brows to chin: with hair, chin and ears. Clipped to the
+// photograph.
+PixelRect HeadOf(const PixelRect& face, PixelSize photo);
+
+struct RegionWish {
+    photo::Wish Wish;
+    size_t Region = 0; // which one it comes from
+};
+
+// One wish for each region that has one, clipped to the photograph. A face asks for room for its
+// head. A region to keep that fills the photograph asks for nothing: it would only forbid to crop.
+std::vector<RegionWish> WishesOf(const std::vector<FoundRegion>& regions, PixelSize photo);
+
+} // namespace vistaTrim::photo
+
+#endif

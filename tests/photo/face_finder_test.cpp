@@ -1,0 +1,147 @@
+// The face finder, on a portrait that Debian ships and on pictures without a face. Without dlib
+// or the portrait, what needs them is skipped.
+#include "regions/face_finder.h"
+
+#include <algorithm>
+#include <string>
+#include <thread>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <unistd.h>
+
+#include "vistaTrimPhoto/photograph.h"
+
+namespace vistaTrim::photo {
+namespace {
+
+using testing::IsEmpty;
+using testing::SizeIs;
+
+// NASA's portrait of Eileen Collins, 512 x 512, in the public domain. Her face takes about the
+// columns 175 to 265 and the rows 65 to 165.
+const std::string kPortrait =
+    "/usr/lib/python3/dist-packages/skimage/data/astronaut.png";
+constexpr PixelRect kFaceInPortrait{175, 65, 90, 100};
+
+class FaceFinder : public testing::Test {
+protected:
+    void SetUp() override
+    {
+        if (!HasFaceFinder())
+            GTEST_SKIP() << "built without dlib";
+    }
+
+    // The portrait with a longer side of `side`, in the top left corner of a grey square.
+    static PixelImage PortraitOf(int32_t side)
+    {
+        const PixelImage portrait = Photograph::FromFile(kPortrait).ReadPreview(side);
+        PixelImage image;
+        image.Size = {kWorkingLongSide, kWorkingLongSide};
+        image.Bytes.assign(size_t{3} * kWorkingLongSide * kWorkingLongSide, 128);
+        const size_t row = size_t{3} * static_cast<size_t>(portrait.Size.Width);
+        for (int32_t y = 0; y < portrait.Size.Height; ++y)
+            std::copy_n(portrait.Bytes.begin() + static_cast<ptrdiff_t>(row) * y, row,
+                        image.Bytes.begin() + ptrdiff_t{3} * kWorkingLongSide * y);
+        return image;
+    }
+
+    static PixelImage Plain(int32_t width, int32_t height)
+    {
+        PixelImage image;
+        image.Size = {width, height};
+        image.Bytes.assign(size_t{3} * static_cast<size_t>(width) * static_cast<size_t>(height),
+                           90);
+        return image;
+    }
+};
+
+class FaceFinderOnPortrait : public FaceFinder {
+protected:
+    void SetUp() override
+    {
+        FaceFinder::SetUp();
+        if (!IsSkipped() && access(kPortrait.c_str(), R_OK) != 0)
+            GTEST_SKIP() << "python3-skimage is not installed";
+    }
+};
+
+// Half of what the two cover together, as detectors are commonly judged.
+void ExpectOverlap(const PixelRect& a, const PixelRect& b)
+{
+    const int width = std::min(a.X + a.Width, b.X + b.Width) - std::max(a.X, b.X);
+    const int height = std::min(a.Y + a.Height, b.Y + b.Height) - std::max(a.Y, b.Y);
+    ASSERT_GT(width, 0);
+    ASSERT_GT(height, 0);
+    const double common = static_cast<double>(width) * height;
+    EXPECT_GT(common / (a.Width * a.Height + b.Width * b.Height - common), 0.5);
+}
+
+TEST_F(FaceFinderOnPortrait, BothSearchesFindTheLargeFace)
+{
+    const PixelImage portrait = PortraitOf(512);
+    for (const FaceSearch search : {FaceSearch::Large, FaceSearch::All}) {
+        const auto faces = FindFaces(portrait, search);
+        ASSERT_FALSE(faces.empty()); // the coarse search takes part of her suit for another one
+        ExpectOverlap(faces[0].Rect, kFaceInPortrait);
+        EXPECT_EQ(faces[0].Kind, RegionKind::Face);
+        EXPECT_EQ(faces[0].Source, RegionSource::FaceFinder);
+        EXPECT_EQ(faces[0].Wish, WishKind::Keep);
+        EXPECT_GT(faces[0].Confidence, 0.9);
+    }
+}
+
+TEST_F(FaceFinderOnPortrait, OnlyTheFineSearchFindsTheSmallFace)
+{
+    const PixelImage portrait = PortraitOf(256); // the face takes some 45 x 50 pixels
+    EXPECT_THAT(FindFaces(portrait, FaceSearch::Large), IsEmpty());
+
+    const auto faces = FindFaces(portrait, FaceSearch::All);
+    ASSERT_THAT(faces, SizeIs(1));
+    ExpectOverlap(faces[0].Rect, {kFaceInPortrait.X / 2, kFaceInPortrait.Y / 2,
+                                  kFaceInPortrait.Width / 2, kFaceInPortrait.Height / 2});
+}
+
+TEST_F(FaceFinderOnPortrait, ThreadsFindTheSame)
+{
+    const PixelImage portrait = PortraitOf(512);
+    const auto alone = FindFaces(portrait, FaceSearch::All);
+    std::vector<std::vector<FoundRegion>> found(4);
+    std::vector<std::thread> threads;
+    for (auto& faces : found)
+        threads.emplace_back([&] { faces = FindFaces(portrait, FaceSearch::All); });
+    for (std::thread& thread : threads)
+        thread.join();
+    for (const auto& faces : found) {
+        ASSERT_EQ(faces.size(), alone.size());
+        for (size_t i = 0; i < faces.size(); ++i) {
+            EXPECT_EQ(faces[i].Rect, alone[i].Rect);
+            EXPECT_EQ(faces[i].Confidence, alone[i].Confidence);
+        }
+    }
+}
+
+TEST_F(FaceFinderOnPortrait, OffFindsNone)
+{
+    EXPECT_THAT(FindFaces(PortraitOf(512), FaceSearch::Off), IsEmpty());
+}
+
+TEST_F(FaceFinder, PlainAndThinPicturesHaveNoFace)
+{
+    for (const FaceSearch search : {FaceSearch::Large, FaceSearch::All})
+        for (const PixelSize size : {PixelSize{640, 427}, {640, 1}, {1, 640}, {640, 20}, {1, 1}})
+            EXPECT_THAT(FindFaces(Plain(size.Width, size.Height), search), IsEmpty());
+}
+
+TEST(NoFaceFinder, FindsNone)
+{
+    if (HasFaceFinder())
+        GTEST_SKIP() << "built with dlib";
+    PixelImage image;
+    image.Size = {640, 480};
+    image.Bytes.assign(size_t{640} * 480 * 3, 90);
+    EXPECT_THAT(FindFaces(image, FaceSearch::All), IsEmpty());
+}
+
+} // namespace
+} // namespace vistaTrim::photo

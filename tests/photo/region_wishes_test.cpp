@@ -1,0 +1,81 @@
+// What found regions ask of the crops.
+#include "regions/region_wishes.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "regions/same_region.h"
+
+namespace vistaTrim::photo {
+namespace {
+
+using testing::IsEmpty;
+using testing::SizeIs;
+
+constexpr PixelSize kPhoto{1000, 800};
+
+FoundRegion Region(const PixelRect& rect, RegionKind kind)
+{
+    return {rect, kind, RegionSource::File, 1.0, "", WishKind::Keep};
+}
+
+TEST(RegionWishes, AFaceAsksForRoomForItsHead)
+{
+    const auto wishes = WishesOf({Region({400, 300, 100, 100}, RegionKind::Face)}, kPhoto);
+
+    ASSERT_THAT(wishes, SizeIs(1));
+    EXPECT_EQ(wishes[0].Wish.Kind, WishKind::Keep);
+    EXPECT_EQ(wishes[0].Wish.Rect, (PixelRect{380, 260, 140, 160}));
+}
+
+TEST(RegionWishes, AHeadEndsWhereThePhotographEnds)
+{
+    EXPECT_EQ(HeadOf({0, 10, 100, 100}, kPhoto), (PixelRect{0, 0, 120, 130}));
+    EXPECT_EQ(HeadOf({900, 700, 100, 100}, kPhoto), (PixelRect{880, 660, 120, 140}));
+}
+
+TEST(RegionWishes, OtherRegionsAndFacesToAvoidAskForJustTheirPlace)
+{
+    FoundRegion avoided = Region({400, 300, 100, 100}, RegionKind::Face);
+    avoided.Wish = WishKind::Avoid;
+    const auto wishes =
+        WishesOf({Region({10, 20, 30, 40}, RegionKind::Animal), avoided}, kPhoto);
+
+    ASSERT_THAT(wishes, SizeIs(2));
+    EXPECT_EQ(wishes[0].Wish.Rect, (PixelRect{10, 20, 30, 40}));
+    EXPECT_EQ(wishes[1].Region, 1u);
+    EXPECT_EQ(wishes[1].Wish.Kind, WishKind::Avoid);
+    EXPECT_EQ(wishes[1].Wish.Rect, (PixelRect{400, 300, 100, 100}));
+}
+
+TEST(RegionWishes, ARegionWithoutWishOrPlaceAsksForNothing)
+{
+    FoundRegion shown = Region({10, 20, 30, 40}, RegionKind::Other);
+    shown.Wish.reset();
+    EXPECT_THAT(WishesOf({shown, Region({2000, 20, 30, 40}, RegionKind::Subject)}, kPhoto),
+                IsEmpty());
+}
+
+TEST(RegionWishes, ASoftWishForTheWholePhotographIsNone)
+{
+    FoundRegion whole = Region({0, 0, 1000, 800}, RegionKind::Subject);
+    EXPECT_THAT(WishesOf({whole}, kPhoto), IsEmpty());
+    whole.Wish = WishKind::MustKeep; // what must be, must be
+    EXPECT_THAT(WishesOf({whole}, kPhoto), SizeIs(1));
+}
+
+TEST(SameRegion, MoreThanHalfInCommonIsTheSame)
+{
+    const FoundRegion face = Region({0, 0, 100, 100}, RegionKind::Face);
+    EXPECT_TRUE(AreTheSame(face, Region({32, 0, 100, 100}, RegionKind::Face)));  // 68 of 132
+    EXPECT_FALSE(AreTheSame(face, Region({34, 0, 100, 100}, RegionKind::Face))); // 66 of 134
+    EXPECT_FALSE(AreTheSame(face, Region({0, 0, 100, 100}, RegionKind::Animal)));
+
+    std::vector<FoundRegion> regions = {face};
+    AddUnlessKnown(Region({10, 0, 100, 100}, RegionKind::Face), regions);
+    AddUnlessKnown(Region({200, 0, 100, 100}, RegionKind::Face), regions);
+    EXPECT_THAT(regions, SizeIs(2));
+}
+
+} // namespace
+} // namespace vistaTrim::photo
