@@ -1,10 +1,12 @@
 // vistatrim: finds good crops of photographs.
+#include <algorithm>
 #include <iostream>
 #include <vector>
 
 #include "batch/blas_threads.h"
 #include "batch/interruption.h"
 #include "batch/photo_list.h"
+#include "batch/program_error.h"
 #include "batch/run_photos.h"
 #include "commands/commands.h"
 #include "options/options.h"
@@ -15,10 +17,23 @@ namespace photo = vistaTrim::photo;
 
 namespace {
 
-int RunChosen(const Options& options)
+// A file that names none of the photographs was made for others, or names them differently.
+void ReadRegions(Options& options, const std::vector<ListedPhoto>& photos)
+{
+    if (options.RegionsPath.empty())
+        return;
+    options.Regions = photo::RegionsFile(options.RegionsPath);
+    if (std::none_of(photos.begin(), photos.end(), [&options](const ListedPhoto& photo) {
+            return options.Regions.Names(photo.Path);
+        }))
+        throw ProgramError(options.RegionsPath + " names none of the photographs");
+}
+
+int RunChosen(Options options)
 {
     const std::vector<ListedPhoto> photos =
         ListPhotos(options.Photos, {options.Recursive, options.NullSeparated}, std::cin);
+    ReadRegions(options, photos);
     switch (options.Chosen) {
     case Command::Suggest: return RunSuggest(options, photos);
     case Command::Crop: return RunCrop(options, photos);

@@ -1,5 +1,6 @@
 #include "batch/run_photos.h"
 
+#include <algorithm>
 #include <chrono>
 #include <cstdio>
 #include <exception>
@@ -41,8 +42,9 @@ std::string TimingLine(const PhotoResult& result)
 {
     const photo::Timings& times = result.Found.Times;
     char line[200];
-    std::snprintf(line, sizeof line, "read %.1f ms, analyse %.1f ms, score %.1f ms, write %.1f ms",
-                  times.Read, times.Analyse, times.Score, result.WriteMilliseconds);
+    std::snprintf(line, sizeof line,
+                  "read %.1f ms, analyse %.1f ms, faces %.1f ms, score %.1f ms, write %.1f ms",
+                  times.Read, times.Analyse, times.Faces, times.Score, result.WriteMilliseconds);
     return result.File + ": " + line;
 }
 
@@ -53,12 +55,27 @@ void Complain(const std::string& text)
     std::fprintf(stderr, "vistatrim: %s\n", text.c_str());
 }
 
+namespace {
+
+int WorkersOf(const Options& options)
+{
+    return options.Workers != 0
+               ? options.Workers
+               : std::max(1, static_cast<int>(std::thread::hardware_concurrency()));
+}
+
+} // namespace
+
+int ThreadsPerPhoto(const Options& options, size_t photos)
+{
+    const auto workers = static_cast<size_t>(WorkersOf(options));
+    return static_cast<int>(workers / std::clamp<size_t>(photos, 1, workers));
+}
+
 int RunPhotos(const Options& options, const std::vector<ListedPhoto>& photos,
               const PhotoSteps& steps)
 {
-    const int workers = options.Workers != 0
-                            ? options.Workers
-                            : static_cast<int>(std::thread::hardware_concurrency());
+    const int workers = WorkersOf(options);
     // A photograph that is alone may use all processors; of several, each has one worker, and
     // more threads inside it would fight the others.
     photo::SetThreadsPerPicture(photos.size() == 1 ? workers : 1);

@@ -19,6 +19,10 @@ struct PhotoSteps {
     std::function<void(const PhotoResult& result)> Emit;
 };
 
+// Threads that the work on one photograph of a run over `photos` of them may use, so that all
+// photographs under work together use no more than there are workers.
+int ThreadsPerPhoto(const Options& options, size_t photos);
+
 // Returns the exit status: 0, 1 if anything failed, 128 + the signal's number if interrupted.
 int RunPhotos(const Options& options, const std::vector<ListedPhoto>& photos,
               const PhotoSteps& steps);

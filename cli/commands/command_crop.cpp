@@ -45,12 +45,14 @@ int RunCrop(const Options& options, const std::vector<ListedPhoto>& photos)
             paths.insert(Canonical(photo.Path));
 
     PhotoSteps steps;
-    steps.Work = [&options, &paths](const ListedPhoto& photo, PhotoResult& result) {
+    steps.Work = [&options, &paths, count = photos.size()](const ListedPhoto& photo,
+                                                           PhotoResult& result) {
         const std::string prefix = OutputPrefix(options, photo);
         const photo::Photograph photograph = OpenPhoto(options, photo);
         if (options.Resume && HasAllCrops(photograph, prefix, options))
             return;
-        result.Found = Analyse(photograph).Suggest(options.Request);
+        result.Found =
+            Analyse(photograph, RegionsFor(options, photo, count)).Suggest(options.Request);
         const std::vector<photo::Crop>& crops = result.Found.Crops;
         if (crops.empty())
             throw ProgramError("no crop meets the request; suggest --explain tells why");

@@ -14,7 +14,9 @@ int RunMaps(const Options& options, const std::vector<ListedPhoto>& photos)
     PhotoSteps steps;
     steps.Work = [&options](const ListedPhoto& photo, PhotoResult& result) {
         const std::string prefix = OutputPrefix(options, photo);
-        const photo::Analysis analysis = Analyse(OpenPhoto(options, photo));
+        photo::RegionOptions noRegions;
+        noRegions.Faces = photo::FaceSearch::Off;
+        const photo::Analysis analysis = Analyse(OpenPhoto(options, photo), noRegions);
         result.Found.Times.Read = analysis.Picture().ReadMilliseconds;
         result.Found.Times.Analyse = analysis.Milliseconds();
         const photo::Stopwatch writing;

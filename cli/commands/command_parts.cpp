@@ -7,6 +7,7 @@
 
 #include "batch/freed_memory.h"
 #include "batch/program_error.h"
+#include "batch/run_photos.h"
 
 namespace vistaTrim::cli {
 
@@ -15,11 +16,19 @@ photo::Photograph OpenPhoto(const Options& options, const ListedPhoto& photo)
     return photo::Photograph::FromFile(photo.Path, options.Reading);
 }
 
-photo::Analysis Analyse(const photo::Photograph& photograph)
+photo::Analysis Analyse(const photo::Photograph& photograph, const photo::RegionOptions& regions)
 {
     photo::WorkingPicture picture = photograph.ReadWorkingPicture();
     ReturnFreedMemory();
-    return photo::Analysis(std::move(picture));
+    return photo::Analysis(std::move(picture), regions);
+}
+
+photo::RegionOptions RegionsFor(const Options& options, const ListedPhoto& photo, size_t photos)
+{
+    photo::RegionOptions regions = options.RegionUse;
+    regions.Regions = options.Regions.RegionsOf(photo.Path);
+    regions.Threads = ThreadsPerPhoto(options, photos);
+    return regions;
 }
 
 std::string OutputPrefix(const Options& options, const ListedPhoto& photo)

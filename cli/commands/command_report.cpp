@@ -58,7 +58,8 @@ int RunReport(const Options& options, const std::vector<ListedPhoto>& photos)
         PhotoSteps steps;
         steps.Work = [&](const ListedPhoto& photo, PhotoResult& result) {
             const photo::Photograph photograph = OpenPhoto(options, photo);
-            const photo::Analysis analysis = Analyse(photograph);
+            const photo::Analysis analysis =
+                Analyse(photograph, RegionsFor(options, photo, photos.size()));
             result.Found = analysis.Suggest(explained.Request);
             const photo::Stopwatch writing;
             const ReportPictures pictures = MakeReportPictures(

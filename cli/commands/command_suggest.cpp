@@ -10,12 +10,15 @@ int RunSuggest(const Options& options, const std::vector<ListedPhoto>& photos)
 {
     try {
         ListOutput output(options);
+        const std::vector<ListedPhoto> todo = output.StillToDo(photos);
         PhotoSteps steps;
-        steps.Work = [&options](const ListedPhoto& photo, PhotoResult& result) {
-            result.Found = Analyse(OpenPhoto(options, photo)).Suggest(options.Request);
+        steps.Work = [&options, count = todo.size()](const ListedPhoto& photo,
+                                                     PhotoResult& result) {
+            result.Found = Analyse(OpenPhoto(options, photo), RegionsFor(options, photo, count))
+                               .Suggest(options.Request);
         };
         steps.Emit = [&output](const PhotoResult& result) { output.Write(result); };
-        return RunPhotos(options, output.StillToDo(photos), steps);
+        return RunPhotos(options, todo, steps);
     } catch (const ProgramError& error) {
         Complain(error.what());
         return 1;

@@ -22,7 +22,10 @@ int RunMaps(const Options& options, const std::vector<ListedPhoto>& photos);
 photo::Photograph OpenPhoto(const Options& options, const ListedPhoto& photo);
 
 // What every command begins with. What decoding took is given back before the analysis.
-photo::Analysis Analyse(const photo::Photograph& photograph);
+photo::Analysis Analyse(const photo::Photograph& photograph, const photo::RegionOptions& regions);
+
+// The regions that the options ask for, of this photograph of a run over `photos` of them.
+photo::RegionOptions RegionsFor(const Options& options, const ListedPhoto& photo, size_t photos);
 
 // OUTPUT/INSIDE/STEM, for the files that come of a photograph; makes the folder.
 std::string OutputPrefix(const Options& options, const ListedPhoto& photo);

@@ -28,6 +28,10 @@ _vistatrim() {
         mapfile -t COMPREPLY < <(compgen -W "yes no" -- "$word")
         return
         ;;
+    --faces)
+        mapfile -t COMPREPLY < <(compgen -W "off large all" -- "$word")
+        return
+        ;;
     --format)
         mapfile -t COMPREPLY < <(compgen -W "jpg png webp tif avif heic" -- "$word")
         return
@@ -43,7 +47,7 @@ _vistatrim() {
         local options="--help --background --jobs --null --quiet --recursive --timings --output
             --force"
         local request="--top --rank-by --weights --aspect --scale --size --density --keep --avoid
-            --must-keep --must-avoid"
+            --must-keep --must-avoid --faces --regions --ignore-metadata-regions"
         case $command in
         suggest) options="$options $request --json --csv --explain --resume" ;;
         crop) options="$options $request --resize --format --quality --strip --resume" ;;

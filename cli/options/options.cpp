@@ -10,6 +10,7 @@
 
 namespace vistaTrim::cli {
 
+using photo::FaceSearch;
 using photo::RankBy;
 using photo::Request;
 using photo::WishKind;
@@ -185,10 +186,44 @@ void AddRequest(CLI::App& app, Request& request)
     AddWish(app, request, WishKind::MustAvoid, "Only crops that do not touch this region");
 }
 
+void AddRegions(CLI::App& app, Options& values)
+{
+    constexpr const char* kGroup = "People and other regions";
+    AddRead(
+        app, "--faces", "off, large or all",
+        "Look for faces: off, large (from 1/8 of the longer side) or all (from 1/16; the default)",
+        [&use = values.RegionUse](const std::string& text) {
+            static const std::map<std::string, FaceSearch> searches = {
+                {"off", FaceSearch::Off}, {"large", FaceSearch::Large}, {"all", FaceSearch::All}};
+            const auto found = searches.find(text);
+            if (found == searches.end())
+                return false;
+            if (found->second != FaceSearch::Off && !photo::HasFaceFinder())
+                throw CLI::ValidationError("--faces", "this program was built without dlib and "
+                                                      "finds no faces; --regions takes them from "
+                                                      "another detector");
+            use.Faces = found->second;
+            return true;
+        },
+        false)
+        ->type_name("WHICH")
+        ->group(kGroup);
+    app.add_option("--regions", values.RegionsPath,
+                   "JSON lines of regions that another detector found")
+        ->check(NotEmpty())
+        ->type_name("FILE")
+        ->group(kGroup);
+    app.add_flag_callback(
+           "--ignore-metadata-regions", [&values] { values.RegionUse.UseNamed = false; },
+           "Ignore faces and subjects that a photograph's own metadata names")
+        ->group(kGroup);
+}
+
 void AddSuggest(CLI::App& app, Options& values)
 {
     AddInput(app, values);
     AddRequest(app, values.Request);
+    AddRegions(app, values);
     constexpr const char* kGroup = "Output";
     CLI::Option* json = app.add_flag_callback(
                                "--json", [&values] { values.Format = ListFormat::Json; },
@@ -222,6 +257,7 @@ void AddCrop(CLI::App& app, Options& values)
 {
     AddInput(app, values);
     AddRequest(app, values.Request);
+    AddRegions(app, values);
     constexpr const char* kGroup = "Output";
     app.add_option("-o,--output", values.Output, "Folder for the crops; made if it is not there")
         ->check(NotEmpty())
@@ -267,6 +303,7 @@ void AddReport(CLI::App& app, Options& values)
 {
     AddInput(app, values);
     AddRequest(app, values.Request);
+    AddRegions(app, values);
     app.add_option("-o,--output", values.Output, "The page to write")
         ->check(NotEmpty())
         ->type_name("FILE.html")
@@ -312,7 +349,9 @@ CommandLine ParseCommandLine(int argc, const char* const* argv)
     CommandLine line;
     Options& values = line.Values;
     CLI::App app("Finds good crops of photographs.", "vistatrim");
-    app.set_version_flag("-V,--version", "vistatrim " VISTATRIM_VERSION_STRING);
+    app.set_version_flag("-V,--version",
+                         std::string("vistatrim " VISTATRIM_VERSION_STRING) +
+                             (photo::HasFaceFinder() ? "" : " (without dlib: finds no faces)"));
     app.require_subcommand(1);
     app.footer("vistatrim COMMAND --help tells the options of a command.");
     // In the order of Command.

@@ -7,8 +7,10 @@
 #include <vector>
 
 #include "vistaTrimPhoto/crop_writer.h"
+#include "vistaTrimPhoto/found_region.h"
 #include "vistaTrimPhoto/image_format.h"
 #include "vistaTrimPhoto/photograph.h"
+#include "vistaTrimPhoto/regions_file.h"
 #include "vistaTrimPhoto/request.h"
 
 namespace vistaTrim::cli {
@@ -29,6 +31,9 @@ struct Options {
     bool Recursive = false;
     bool NullSeparated = false;
     photo::Request Request;
+    photo::RegionOptions RegionUse; // but for what the file below names
+    std::string RegionsPath;        // empty: none
+    photo::RegionsFile Regions;     // what the file at RegionsPath names
     photo::ReadOptions Reading;
     ListFormat Format = ListFormat::Text;
     std::string Output; // file or folder; empty: standard output

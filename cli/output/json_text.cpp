@@ -26,6 +26,18 @@ Json RectJson(const photo::PixelRect& rect)
     return {{"x", rect.X}, {"y", rect.Y}, {"width", rect.Width}, {"height", rect.Height}};
 }
 
+Json RegionJson(const photo::FoundRegion& region)
+{
+    Json json = RectJson(region.Rect);
+    json["kind"] = photo::NameOf(region.Kind);
+    json["source"] = photo::NameOf(region.Source);
+    json["confidence"] = region.Confidence;
+    if (!region.Label.empty())
+        json["label"] = region.Label;
+    json["wish"] = region.Wish ? photo::NameOf(*region.Wish) : "none";
+    return json;
+}
+
 Json CropJson(const Crop& crop)
 {
     Json json = RectJson(crop.Rect);
@@ -42,12 +54,15 @@ Json CropJson(const Crop& crop)
     return json;
 }
 
-Json ExplanationJson(const photo::Explanation& explanation)
+Json ExplanationJson(const photo::Suggestions& found)
 {
+    const photo::Explanation& explanation = *found.Explained;
     Json wishes = Json::array();
     for (size_t i = 0; i < explanation.Wishes.size(); ++i) {
         Json wish = {{"kind", photo::NameOf(explanation.Wishes[i].Kind)}};
         wish.update(RectJson(explanation.Wishes[i].Rect));
+        const std::optional<size_t> region = explanation.WishRegions[i];
+        wish["source"] = region ? photo::NameOf(found.Regions[*region].Source) : "request";
         wish["metByCandidates"] = explanation.MetBy[i];
         wishes.push_back(wish);
     }
@@ -67,11 +82,16 @@ std::string JsonLine(const PhotoResult& result)
     } else {
         json["width"] = result.Found.Size.Width;
         json["height"] = result.Found.Size.Height;
+        if (!result.Found.Regions.empty()) {
+            json["regions"] = Json::array();
+            for (const photo::FoundRegion& region : result.Found.Regions)
+                json["regions"].push_back(RegionJson(region));
+        }
         json["crops"] = Json::array();
         for (const Crop& crop : result.Found.Crops)
             json["crops"].push_back(CropJson(crop));
         if (result.Found.Explained)
-            json["explain"] = ExplanationJson(*result.Found.Explained);
+            json["explain"] = ExplanationJson(result.Found);
     }
     return json.dump(-1, ' ', false, Json::error_handler_t::replace) + "\n";
 }

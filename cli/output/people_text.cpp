@@ -2,6 +2,7 @@
 
 #include <cstdarg>
 #include <cstdio>
+#include <optional>
 #include <vector>
 
 namespace vistaTrim::cli {
@@ -54,7 +55,24 @@ std::string MeasureColumns(const photo::Scores& scores)
     return text;
 }
 
-std::string CropExplanationText(const Crop& crop, const Explanation& explanation)
+// A wish of the request as it was given, one that comes of a found region by what that is.
+std::string WishText(const photo::Suggestions& found, size_t wish)
+{
+    const Explanation& explanation = *found.Explained;
+    const std::optional<size_t> region = explanation.WishRegions[wish];
+    const std::string name = photo::NameOf(explanation.Wishes[wish].Kind);
+    return (region ? std::string(photo::NameOf(found.Regions[*region].Kind)) + ", " + name
+                   : kWishPrefix + name) +
+           " " + RectText(explanation.Wishes[wish].Rect);
+}
+
+std::string RegionLine(const photo::FoundRegion& region)
+{
+    return std::string("  ") + photo::NameOf(region.Kind) + " " + RectText(region.Rect) +
+           Format(", from %s, confidence %.2f\n", photo::NameOf(region.Source), region.Confidence);
+}
+
+std::string CropExplanationText(const Crop& crop, const photo::Suggestions& found)
 {
     std::string text;
     for (size_t i = 0; i < photo::kNumWeighed; ++i) {
@@ -65,9 +83,8 @@ std::string CropExplanationText(const Crop& crop, const Explanation& explanation
     text += crop.CoversContent
                 ? "       covers the content, which counts for more than the measures\n"
                 : "       does not cover the content\n";
-    for (size_t i = 0; i < explanation.Wishes.size(); ++i)
-        text += std::string("       ") + kWishPrefix + photo::NameOf(explanation.Wishes[i].Kind) +
-                " " + RectText(explanation.Wishes[i].Rect) +
+    for (size_t i = 0; i < found.Explained->Wishes.size(); ++i)
+        text += "       " + WishText(found, i) +
                 (crop.Explained->WishesMet[i] ? " met\n" : " missed\n");
     return text;
 }
@@ -88,7 +105,7 @@ std::string PeopleText(const PhotoResult& result)
                        crop.Rect.Y, crop.Rect.Width, crop.Rect.Height) +
                 MeasureColumns(crop.Scores) + (crop.CoversContent ? "  covered\n" : "  -\n");
         if (crop.Explained && result.Found.Explained)
-            text += CropExplanationText(crop, *result.Found.Explained);
+            text += CropExplanationText(crop, result.Found);
     }
     if (result.Found.Explained) {
         const Explanation& explanation = *result.Found.Explained;
@@ -97,9 +114,10 @@ std::string PeopleText(const PhotoResult& result)
                        static_cast<long long>(explanation.Passing));
         for (size_t i = 0; i < explanation.Wishes.size(); ++i)
             text +=
-                std::string("  ") + kWishPrefix + photo::NameOf(explanation.Wishes[i].Kind) + " " +
-                RectText(explanation.Wishes[i].Rect) +
+                "  " + WishText(result.Found, i) +
                 Format(": met by %lld candidates\n", static_cast<long long>(explanation.MetBy[i]));
+        for (const photo::FoundRegion& region : result.Found.Regions)
+            text += RegionLine(region);
         const std::string note = photo::NoteOf(explanation, kWishPrefix);
         if (!note.empty())
             text += "  " + note + "\n";
