@@ -3,7 +3,7 @@
 // alone finds its planes in the cache more often than in the whole, so the sum of the stages is
 // less than the whole.
 //
-//     OPENBLAS_NUM_THREADS=1 taskset -c 0 build/benchmarks/analysis_bench
+//     taskset -c 0 build/benchmarks/analysis_bench
 
 #include <benchmark/benchmark.h>
 

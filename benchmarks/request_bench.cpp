@@ -1,30 +1,45 @@
-// Requests on one picture, and libvips' smart crop on the same picture in the same run. The
-// figures are medians of interleaved rounds, so that ratios hold on a machine that others use.
+// Requests on photographs, and libvips' attention crop on the same pictures in the same run.
 //
-//     OPENBLAS_NUM_THREADS=1 taskset -c 0 build/benchmarks/request_bench [photograph]
+//     taskset -c 0 build/benchmarks/request_bench [photograph...]
 //
-// Ours judges every candidate and returns ten crops that differ; theirs returns one crop.
+// Without arguments: the photographs of the Debian package lomiri-wallpapers-16.04, or a synthetic
+// image where it is not installed. Figures are processor time, so that they hold on a machine that
+// others use: per picture the median of interleaved rounds, then the sum over the pictures. Ours
+// returns ten crops that differ; theirs returns one.
+
+#include <malloc.h>
+#include <sched.h>
 
 #include <algorithm>
 #include <chrono>
 #include <cmath>
 #include <cstdint>
 #include <cstdio>
+#include <ctime>
+#include <filesystem>
 #include <functional>
 #include <random>
 #include <stdexcept>
 #include <string>
+#include <system_error>
+#include <thread>
 #include <vector>
 
 #include <vips/vips.h>
 
+#include "analysis/border_contrast.h"
+#include "analysis/multi_scale_edges.h"
+#include "analysis/owned_stack.h"
+#include "numeric/cpu_forms.h"
+#include "numeric/image_kernels.h"
+#include "numeric/linear_algebra.h"
 #include "vistaTrim/vistaTrim.h"
 
 using namespace vistaTrim;
 
 namespace {
 
-constexpr int kRounds = 41;
+constexpr int kRounds = 15;
 
 struct Picture {
     uint32_t Width = 0;
@@ -33,7 +48,7 @@ struct Picture {
 };
 
 // A soft disc on a gradient, with grain.
-Picture MadePicture()
+Picture SyntheticImage()
 {
     Picture picture{640, 480, {}};
     std::mt19937 random(1);
@@ -74,32 +89,59 @@ IImage* MakeImage(const Picture& picture)
     return CreateImageObj(picture.Height, picture.Width, 3, offsets, picture.Pixels.data());
 }
 
-double Milliseconds(const std::function<void()>& work)
+// Of all threads of the process: libvips has some.
+double ProcessorMilliseconds(const std::function<void()>& work)
 {
-    const auto start = std::chrono::steady_clock::now();
+    const auto now = [] {
+        timespec time;
+        clock_gettime(CLOCK_PROCESS_CPUTIME_ID, &time);
+        return double(time.tv_sec) * 1e3 + double(time.tv_nsec) * 1e-6;
+    };
+    const double start = now();
     work();
-    const std::chrono::duration<double, std::milli> spent =
-        std::chrono::steady_clock::now() - start;
-    return spent.count();
+    return now() - start;
 }
 
-struct Row {
-    std::string Name;
-    std::vector<double> Times;
-
-    double Median()
-    {
-        std::sort(Times.begin(), Times.end());
-        return Times[Times.size() / 2];
-    }
+enum RowIndex {
+    kAnalysis,
+    kFirst,
+    kRepeat,
+    kBest,
+    kWhole,
+    kOneRatio,
+    kAttentionSix,
+    kAttentionOne,
+    kSmoothing,
+    kBorders,
+    kCoarseEdges,
+    kEdgeGradients,
+    kRows
 };
+const char* const kNames[kRows] = {"analysis (CreateVistaTrimObj)",
+                                   "first full request",
+                                   "the same request again",
+                                   "best ten of that",
+                                   "picture to best ten of everything",
+                                   "picture to ten crops of one ratio",
+                                   "attention crop, six ratios",
+                                   "attention crop, one ratio",
+                                   "floats and their smoothing",
+                                   "contrasts against the borders",
+                                   "coarse edges",
+                                   "blur and gradients of the edge map"};
+
+double MedianOf(std::vector<double>& times)
+{
+    std::sort(times.begin(), times.end());
+    return times[times.size() / 2];
+}
 
 const SuggestionParameters kEverything;
 
-void BestTen(IVistaTrim* driver)
+void BestTen(IVistaTrim* driver, const SuggestionParameters& request)
 {
     ICropRects* list = nullptr;
-    GetNTopCropSuggestions(driver, 10, &list, &kEverything, 0,
+    GetNTopCropSuggestions(driver, 10, &list, &request, 0,
                            WeightDistribution(0.2, 0.2, 0.2, 0.2, 0.2));
     list->Release();
 }
@@ -113,13 +155,179 @@ uint32_t All(IVistaTrim* driver)
     return count;
 }
 
-void SmartCrop(VipsImage* in, VipsInteresting interesting)
+void PictureToBestTen(const Picture& picture, const VistaTrimParameters& parameters,
+                      const SuggestionParameters& request)
 {
+    IImage* const image = MakeImage(picture);
+    IVistaTrim* const driver = CreateVistaTrimObj(image, &parameters);
+    BestTen(driver, request);
+    DestroyVistaTrimObj(driver);
+    DestroyImageObj(image);
+}
+
+// The largest rectangle of a ratio.
+void AttentionCrop(VipsImage* in, double ratio)
+{
+    const double width = std::min<double>(in->Xsize, in->Ysize * ratio);
     VipsImage* out = nullptr;
-    if (vips_smartcrop(in, &out, vips_image_get_width(in) / 2, vips_image_get_height(in) / 2,
-                       "interesting", interesting, nullptr) != 0)
+    if (vips_smartcrop(in, &out, static_cast<int>(width), static_cast<int>(width / ratio),
+                       "interesting", VIPS_INTERESTING_ATTENTION, nullptr) != 0)
         throw std::runtime_error(vips_error_buffer());
     g_object_unref(out);
+}
+
+// The stages that can be run by themselves, on memory of their own.
+void TimeStages(const Picture& picture, std::vector<double> (&times)[kRows])
+{
+    const int32_t cols = static_cast<int32_t>(picture.Width);
+    const int32_t rows = static_cast<int32_t>(picture.Height);
+    static COwnedStack pixels, blurred, scratch, maps;
+    for (COwnedStack* stack : {&pixels, &blurred})
+        stack->Create(3, cols, rows);
+    scratch.Create(1, cols, rows);
+    maps.Create(6, cols, rows);
+    const BorderContrastMaps borders = {
+        maps.Planes[0],
+        maps.Planes[1],
+        {maps.Planes[2], maps.Planes[3], maps.Planes[4], maps.Planes[5]}};
+    const auto time = [&](RowIndex row, const std::function<void()>& work) {
+        work(); // so that the planes are in memory
+        times[row].push_back(ProcessorMilliseconds(work));
+    };
+    time(kSmoothing, [&] {
+        pixels.FillFromBytes(picture.Pixels.data());
+        SmoothStack(pixels, blurred, 0.7f);
+    });
+    time(kBorders, [&] { MeasureBorderContrasts(blurred, scratch.Planes[0], borders); });
+    time(kCoarseEdges, [&] {
+        ComputeMultiScaleEdges(pixels, scratch, false, false, {0.04f, 0.2f});
+    });
+    time(kEdgeGradients, [&] {
+        BlurPlanes(pixels, 2.0f, blurred.Planes.data());
+        SumGradientStrengths(blurred, scratch.Planes[0]);
+    });
+}
+
+// Adds the medians of one picture to the sums. Returns its number of candidates.
+uint32_t MeasurePicture(const Picture& picture, double (&sums)[kRows])
+{
+    VipsImage* theirs = vips_image_new_from_memory_copy(
+        picture.Pixels.data(), picture.Pixels.size(), static_cast<int>(picture.Width),
+        static_cast<int>(picture.Height), 3, VIPS_FORMAT_UCHAR);
+    theirs->Type = VIPS_INTERPRETATION_sRGB;
+    VistaTrimParameters parameters;
+    parameters.SetDefaults();
+    const double oneRatio = parameters.AspectRatios[0].Value;
+    const SuggestionParameters ofOneRatio(oneRatio, false);
+
+    std::vector<double> times[kRows];
+    uint32_t candidates = 0;
+    for (int round = 0; round < kRounds; ++round) {
+        const auto time = [&](RowIndex row, const std::function<void()>& work) {
+            times[row].push_back(ProcessorMilliseconds(work));
+        };
+        IImage* const image = MakeImage(picture);
+        IVistaTrim* driver = nullptr;
+        time(kAnalysis, [&] { driver = CreateVistaTrimObj(image, &parameters); });
+        time(kFirst, [&] { candidates = All(driver); });
+        time(kRepeat, [&] { All(driver); });
+        time(kBest, [&] { BestTen(driver, kEverything); });
+        DestroyVistaTrimObj(driver);
+        DestroyImageObj(image);
+
+        time(kWhole, [&] { PictureToBestTen(picture, parameters, kEverything); });
+        time(kOneRatio, [&] { PictureToBestTen(picture, parameters, ofOneRatio); });
+        time(kAttentionSix, [&] {
+            for (uint32_t k = 0; k < parameters.NumAspectRatios; ++k)
+                AttentionCrop(theirs, parameters.AspectRatios[k].Value);
+        });
+        time(kAttentionOne, [&] { AttentionCrop(theirs, oneRatio); });
+        TimeStages(picture, times);
+    }
+    for (size_t row = 0; row < kRows; ++row)
+        sums[row] += MedianOf(times[row]);
+    g_object_unref(theirs);
+    return candidates;
+}
+
+// What the allocator holds for one driver of a picture of 640 x 480, in 10^6 bytes.
+double DriverMegabytes()
+{
+    IImage* const image = MakeImage(SyntheticImage());
+    const VistaTrimParameters parameters;
+    const auto held = [] {
+        const struct mallinfo2 info = mallinfo2();
+        return double(info.uordblks) + double(info.hblkhd);
+    };
+    const double before = held();
+    IVistaTrim* const driver = CreateVistaTrimObj(image, &parameters);
+    const double after = held();
+    DestroyVistaTrimObj(driver);
+    DestroyImageObj(image);
+    return (after - before) / 1e6;
+}
+
+// Pictures a second of two threads over those of one, each with drivers of its own.
+double TwoThreadsOverOne()
+{
+    const Picture picture = SyntheticImage();
+    const VistaTrimParameters parameters;
+    const auto work = [&] {
+        for (int k = 0; k < 20; ++k)
+            PictureToBestTen(picture, parameters, kEverything);
+    };
+    const auto seconds = [](const std::function<void()>& run) {
+        const auto start = std::chrono::steady_clock::now();
+        run();
+        return std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
+    };
+    std::vector<double> ratios;
+    for (int round = 0; round < 7; ++round) {
+        const double one = seconds(work);
+        const double two = seconds([&] {
+            std::thread other(work);
+            work();
+            other.join();
+        });
+        ratios.push_back(2 * one / two);
+    }
+    return MedianOf(ratios);
+}
+
+std::vector<std::string> PhotographFiles(int argc, char** argv)
+{
+    if (argc > 1)
+        return std::vector<std::string>(argv + 1, argv + argc);
+    std::vector<std::string> files;
+    std::error_code none;
+    for (const auto& entry : std::filesystem::directory_iterator("/usr/share/backgrounds", none))
+        if (entry.path().extension() == ".jpg")
+            files.push_back(entry.path().string());
+    std::sort(files.begin(), files.end());
+    return files;
+}
+
+// The rows of the stages, and what is left of the whole.
+void PrintShares(const double (&sums)[kRows])
+{
+    const auto print = [&](const char* name, double time) {
+        std::printf("  %-36s %9.2f %8.1f %%\n", name, time, 100 * time / sums[kWhole]);
+    };
+    double rest = sums[kAnalysis];
+    std::printf("\nshares of picture to best ten of everything\n");
+    for (const RowIndex row : {kSmoothing, kBorders, kCoarseEdges, kEdgeGradients}) {
+        print(kNames[row], sums[row]);
+        rest -= sums[row];
+    }
+    print("cleaning of edges, ten maps and tables", rest);
+    print("candidates and their scores", sums[kFirst]);
+    print("selection of ten", sums[kBest]);
+}
+
+int CoresAllowed()
+{
+    cpu_set_t set;
+    return sched_getaffinity(0, sizeof set, &set) == 0 ? CPU_COUNT(&set) : 1;
 }
 
 } // namespace
@@ -131,57 +339,37 @@ int main(int argc, char** argv)
     vips_concurrency_set(1);
     vips_cache_set_max(0); // or its second call would return the first one's result
 
-    const Picture picture = argc > 1 ? ReadPhotograph(argv[1]) : MadePicture();
-    VipsImage* theirs = vips_image_new_from_memory_copy(
-        picture.Pixels.data(), picture.Pixels.size(), static_cast<int>(picture.Width),
-        static_cast<int>(picture.Height), 3, VIPS_FORMAT_UCHAR);
-    theirs->Type = VIPS_INTERPRETATION_sRGB;
+    try {
+        std::vector<Picture> pictures;
+        for (const std::string& file : PhotographFiles(argc, argv))
+            pictures.push_back(ReadPhotograph(file.c_str()));
+        if (pictures.empty())
+            pictures.push_back(SyntheticImage());
 
-    const VistaTrimParameters parameters;
-    Row analysis{"analysis (CreateVistaTrimObj)", {}};
-    Row first{"first full request", {}};
-    Row repeat{"the same request again", {}};
-    Row best{"best 10 after that", {}};
-    Row whole{"photograph to best 10", {}};
-    Row attention{"vips_smartcrop, attention", {}};
-    Row entropy{"vips_smartcrop, entropy", {}};
-    uint32_t candidates = 0;
-    for (int round = 0; round < kRounds; ++round) {
-        IImage* image = MakeImage(picture);
-        IVistaTrim* driver = nullptr;
-        analysis.Times.push_back(
-            Milliseconds([&] { driver = CreateVistaTrimObj(image, &parameters); }));
-        first.Times.push_back(Milliseconds([&] { candidates = All(driver); }));
-        repeat.Times.push_back(Milliseconds([&] { All(driver); }));
-        best.Times.push_back(Milliseconds([&] { BestTen(driver); }));
-        DestroyVistaTrimObj(driver);
-        DestroyImageObj(image);
+        double sums[kRows] = {};
+        uint64_t candidates = 0;
+        for (const Picture& picture : pictures)
+            candidates += MeasurePicture(picture, sums);
 
-        whole.Times.push_back(Milliseconds([&] {
-            IImage* own = MakeImage(picture);
-            IVistaTrim* ownDriver = CreateVistaTrimObj(own, &parameters);
-            BestTen(ownDriver);
-            DestroyVistaTrimObj(ownDriver);
-            DestroyImageObj(own);
-        }));
-        attention.Times.push_back(
-            Milliseconds([&] { SmartCrop(theirs, VIPS_INTERESTING_ATTENTION); }));
-        entropy.Times.push_back(Milliseconds([&] { SmartCrop(theirs, VIPS_INTERESTING_ENTROPY); }));
+        const char* const variants[CpuFormCount] = {"baseline", "SSE4.2", "AVX2", "AVX-512"};
+        std::printf("%zu pictures, %llu candidates, %d rounds, %s, linear algebra: %s\n",
+                    pictures.size(), static_cast<unsigned long long>(candidates), kRounds,
+                    variants[ActiveCpuForm()], kFixedOrder ? "fixed order" : "BLAS");
+        std::printf("%-38s %9s %12s %11s\n", "", "ms", "/ attention", "/ six");
+        for (int row = 0; row <= kAttentionOne; ++row)
+            std::printf("%-38s %9.2f %12.3f %11.3f\n", kNames[row], sums[row],
+                        sums[row] / sums[kAttentionOne], sums[row] / sums[kAttentionSix]);
+        PrintShares(sums);
+        std::printf("\n%.2f us a candidate in the first request\n",
+                    sums[kFirst] * 1000 / double(std::max<uint64_t>(candidates, 1)));
+        std::printf("%.2f MB held by a driver of 640 x 480\n", DriverMegabytes());
+        if (CoresAllowed() > 1)
+            std::printf("%.2f times as many pictures a second in two threads as in one\n",
+                        TwoThreadsOverOne());
+    } catch (const std::exception& error) {
+        std::fprintf(stderr, "request_bench: %s\n", error.what());
+        return 1;
     }
-
-    const double attentionTime = attention.Median();
-    const double entropyTime = entropy.Median();
-    std::printf("%u x %u, %u candidates, %d rounds, medians\n", picture.Width, picture.Height,
-                candidates, kRounds);
-    std::printf("%-32s %9s %9s %12s %12s\n", "", "ms", "least", "/ attention", "/ entropy");
-    for (Row* row : {&analysis, &first, &repeat, &best, &whole, &attention, &entropy}) {
-        const double median = row->Median();
-        std::printf("%-32s %9.3f %9.3f %12.3f %12.3f\n", row->Name.c_str(), median,
-                    row->Times.front(), median / attentionTime, median / entropyTime);
-    }
-    std::printf("%-32s %9.3f\n", "us a candidate, first request",
-                first.Median() * 1000 / std::max(candidates, 1u));
-    g_object_unref(theirs);
     vips_shutdown();
     return 0;
 }
