@@ -76,10 +76,10 @@ std::vector<FoundRegion> FindFaces(const PixelImage& picture, FaceSearch search)
     for (const dlib::rect_detection& face : found) {
         const dlib::rectangle box =
             search == FaceSearch::All ? dlib::rectangle(half.rect_down(face.rect)) : face.rect;
-        const PixelRect rect = ClippedTo(
-            {static_cast<int32_t>(box.left()), static_cast<int32_t>(box.top()),
-             static_cast<int32_t>(box.width()), static_cast<int32_t>(box.height())},
-            picture.Size);
+        const PixelRect rect =
+            ClippedTo({static_cast<int32_t>(box.left()), static_cast<int32_t>(box.top()),
+                       static_cast<int32_t>(box.width()), static_cast<int32_t>(box.height())},
+                      picture.Size);
         if (rect.Width > 0 && rect.Height > 0)
             faces.push_back({rect, RegionKind::Face, RegionSource::FaceFinder,
                              ConfidenceOf(face.detection_confidence), "", WishKind::Keep});

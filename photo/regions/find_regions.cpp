@@ -34,9 +34,8 @@ void AddRegionsOfCaller(const std::vector<FoundRegion>& regions, PixelSize photo
 
 bool NamesAFace(const std::vector<FoundRegion>& regions)
 {
-    return std::any_of(regions.begin(), regions.end(), [](const FoundRegion& region) {
-        return region.Kind == RegionKind::Face;
-    });
+    return std::any_of(regions.begin(), regions.end(),
+                       [](const FoundRegion& region) { return region.Kind == RegionKind::Face; });
 }
 
 } // namespace

@@ -14,12 +14,11 @@ namespace vistaTrim::photo {
 // orientation  that of the stored photograph, as EXIF counts them
 //
 // A region that two standards name comes once.
-std::vector<FoundRegion> RegionsOfXmp(const std::string& xmp, PixelSize displayed,
-                                      int orientation);
+std::vector<FoundRegion> RegionsOfXmp(const std::string& xmp, PixelSize displayed, int orientation);
 
-// The photograph's XMP as it is true for a crop, which is stored upright: regions are moved, clipped
-// to the crop, and left out if nothing of them is inside. What has no regions comes back as it
-// is. Nothing if it has regions that cannot be made true: no XMP is better than a false one.
+// The photograph's XMP as it is true for a crop, which is stored upright: regions are moved,
+// clipped to the crop, and left out if nothing of them is inside. What has no regions comes back as
+// it is. Nothing if it has regions that cannot be made true: no XMP is better than a false one.
 //
 // crop    inside the photograph as displayed
 // output  pixels of the file that is written

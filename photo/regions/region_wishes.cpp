@@ -29,9 +29,9 @@ PixelRect HeadOf(const PixelRect& face, PixelSize photo)
     const auto above = static_cast<int32_t>(std::lround(kRoomAbove * face.Height));
     const auto below = static_cast<int32_t>(std::lround(kRoomBelow * face.Height));
     const auto beside = static_cast<int32_t>(std::lround(kRoomBeside * face.Width));
-    return ClippedTo({face.X - beside, face.Y - above, face.Width + 2 * beside,
-                      face.Height + above + below},
-                     photo);
+    return ClippedTo(
+        {face.X - beside, face.Y - above, face.Width + 2 * beside, face.Height + above + below},
+        photo);
 }
 
 std::vector<RegionWish> WishesOf(const std::vector<FoundRegion>& regions, PixelSize photo)
@@ -42,8 +42,7 @@ std::vector<RegionWish> WishesOf(const std::vector<FoundRegion>& regions, PixelS
         if (!region.Wish)
             continue;
         const bool isFace = region.Kind == RegionKind::Face && WantsInside(*region.Wish);
-        const PixelRect rect =
-            isFace ? HeadOf(region.Rect, photo) : ClippedTo(region.Rect, photo);
+        const PixelRect rect = isFace ? HeadOf(region.Rect, photo) : ClippedTo(region.Rect, photo);
         if (rect.Width < 1 || rect.Height < 1)
             continue;
         if (*region.Wish == WishKind::Keep && FillsPhotograph(rect, photo))

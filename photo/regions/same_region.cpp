@@ -13,10 +13,8 @@ int64_t AreaOf(const PixelRect& rect)
 
 int64_t CommonArea(const PixelRect& a, const PixelRect& b)
 {
-    const int64_t width =
-        std::min(a.X + a.Width, b.X + b.Width) - int64_t{std::max(a.X, b.X)};
-    const int64_t height =
-        std::min(a.Y + a.Height, b.Y + b.Height) - int64_t{std::max(a.Y, b.Y)};
+    const int64_t width = std::min(a.X + a.Width, b.X + b.Width) - int64_t{std::max(a.X, b.X)};
+    const int64_t height = std::min(a.Y + a.Height, b.Y + b.Height) - int64_t{std::max(a.Y, b.Y)};
     return std::max<int64_t>(0, width) * std::max<int64_t>(0, height);
 }
 
@@ -30,9 +28,8 @@ bool AreTheSame(const FoundRegion& a, const FoundRegion& b)
 
 void AddUnlessKnown(const FoundRegion& region, std::vector<FoundRegion>& regions)
 {
-    if (std::none_of(regions.begin(), regions.end(), [&region](const FoundRegion& other) {
-            return AreTheSame(region, other);
-        }))
+    if (std::none_of(regions.begin(), regions.end(),
+                     [&region](const FoundRegion& other) { return AreTheSame(region, other); }))
         regions.push_back(region);
 }
 

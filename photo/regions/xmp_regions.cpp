@@ -65,9 +65,9 @@ std::string TextAt(const Fields& fields, const std::string& path)
 std::string LabelText(const Exiv2::Xmpdatum& datum)
 {
     if (const auto* languages = dynamic_cast<const Exiv2::LangAltValue*>(&datum.value()))
-        return languages->value_.empty() ? "" : languages->toString("x-default").empty()
-                                                    ? languages->value_.begin()->second
-                                                    : languages->toString("x-default");
+        return languages->value_.empty()                  ? ""
+               : languages->toString("x-default").empty() ? languages->value_.begin()->second
+                                                          : languages->toString("x-default");
     return datum.toString();
 }
 
@@ -209,9 +209,8 @@ void AddMicrosoftRegions(const Exiv2::XmpData& data, int orientation,
     for (const Item& item : ItemsOf(data, root, "Regions")) {
         const auto rect = RectOfText(TextAt(item.Values, "Rectangle"));
         if (rect && IsSensible(*rect))
-            regions.push_back({RegionStandard::Microsoft, item.Key,
-                               ToDisplayed(*rect, orientation), RegionKind::Face,
-                               TextAt(item.Values, "PersonDisplayName")});
+            regions.push_back({RegionStandard::Microsoft, item.Key, ToDisplayed(*rect, orientation),
+                               RegionKind::Face, TextAt(item.Values, "PersonDisplayName")});
     }
 }
 

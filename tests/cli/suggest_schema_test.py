@@ -1,7 +1,9 @@
 #!/usr/bin/env python3
 """Holds what `suggest --json` prints against its published schema.
 
-usage: suggest_schema_test.py VISTATRIM SCHEMA
+Also holds the schema of --regions against what the program takes.
+
+usage: suggest_schema_test.py VISTATRIM SCHEMA REGIONS_SCHEMA
 """
 import json
 import os
@@ -27,13 +29,50 @@ def write_photo(path, width, height):
         file.write(b"P6 %d %d 255\n" % (width, height) + bytes(pixels))
 
 
-def main():
-    program, schema_path = sys.argv[1:3]
-    with open(schema_path, encoding="utf-8") as file:
+def validator_of(path):
+    with open(path, encoding="utf-8") as file:
         schema = json.load(file)
     validator_class = jsonschema.validators.validator_for(schema)
     validator_class.check_schema(schema)
-    validator = validator_class(schema)
+    return validator_class(schema)
+
+
+def check_regions_schema(program, output, regions):
+    """The program takes the lines that the schema allows, and no others."""
+    place = {"x": 10, "y": 20.5, "width": 30, "h": 40}
+    lines = [{"file": "a.ppm", "regions": []},
+             {"file": "a.ppm", "regions": [place]},
+             {"file": "a.ppm", "regions": [{**place, "kind": "face", "label": "Ada",
+                                            "confidence": 0.5, "wish": "avoid", "more": [1]}]},
+             {"file": "a.ppm", "regions": [{**place, "wish": "none"}]},
+             [], {"file": "a.ppm"}, {"file": "", "regions": []}, {"regions": []},
+             {"file": "a.ppm", "regions": [{"x": 1, "y": 2, "width": 3}]},
+             {"file": "a.ppm", "regions": [{**place, "width": 0}]},
+             {"file": "a.ppm", "regions": [{**place, "x": "10"}]},
+             {"file": "a.ppm", "regions": [{**place, "kind": "cat"}]},
+             {"file": "a.ppm", "regions": [{**place, "wish": "hold"}]},
+             {"file": "a.ppm", "regions": [{**place, "confidence": 1.5}]}]
+    with tempfile.TemporaryDirectory() as folder:
+        photo, path = os.path.join(folder, "a.ppm"), os.path.join(folder, "regions.jsonl")
+        write_photo(photo, 300, 200)
+        taken = 0
+        for line in lines:
+            with open(path, "w", encoding="utf-8") as file:
+                file.write(json.dumps(line) + "\n")
+            done = subprocess.run([program, "suggest", "--json", "--explain", photo, "--regions",
+                                   path], stdout=subprocess.PIPE, stderr=subprocess.DEVNULL,
+                                  check=False)
+            assert (done.returncode == 0) == regions.is_valid(line), line
+            if done.returncode == 0:
+                output.validate(json.loads(done.stdout))
+                taken += 1
+    assert taken == 4, taken
+
+
+def main():
+    program, schema_path, regions_path = sys.argv[1:4]
+    validator = validator_of(schema_path)
+    check_regions_schema(program, validator, validator_of(regions_path))
 
     with tempfile.TemporaryDirectory() as folder:
         good, tiny, broken = (os.path.join(folder, name) for name in

@@ -20,8 +20,7 @@ using testing::SizeIs;
 
 // NASA's portrait of Eileen Collins, 512 x 512, in the public domain. Her face takes about the
 // columns 175 to 265 and the rows 65 to 165.
-const std::string kPortrait =
-    "/usr/lib/python3/dist-packages/skimage/data/astronaut.png";
+const std::string kPortrait = "/usr/lib/python3/dist-packages/skimage/data/astronaut.png";
 constexpr PixelRect kFaceInPortrait{175, 65, 90, 100};
 
 class FaceFinder : public testing::Test {

@@ -48,10 +48,11 @@ std::string WorkingGroup(const std::vector<Area>& areas, int width, int height)
                 "\" stArea:y=\"" + std::to_string(area.Y) + "\" stArea:w=\"" +
                 std::to_string(area.Width) + "\" stArea:h=\"" + std::to_string(area.Height) +
                 "\" stArea:unit=\"normalized\"/></rdf:Description></rdf:li>";
-    return Packet("<mwg-rs:Regions rdf:parseType=\"Resource\"><mwg-rs:AppliedToDimensions stDim:w=\"" +
-                  std::to_string(width) + "\" stDim:h=\"" + std::to_string(height) +
-                  "\" stDim:unit=\"pixel\"/><mwg-rs:RegionList><rdf:Bag>" + list +
-                  "</rdf:Bag></mwg-rs:RegionList></mwg-rs:Regions>");
+    return Packet(
+        "<mwg-rs:Regions rdf:parseType=\"Resource\"><mwg-rs:AppliedToDimensions stDim:w=\"" +
+        std::to_string(width) + "\" stDim:h=\"" + std::to_string(height) +
+        "\" stDim:unit=\"pixel\"/><mwg-rs:RegionList><rdf:Bag>" + list +
+        "</rdf:Bag></mwg-rs:RegionList></mwg-rs:Regions>");
 }
 
 std::string PeopleTags(const std::string& rectangle)
@@ -126,9 +127,8 @@ TEST(MetadataRegions, FollowTheOrientation)
                                   {160, 360, 40, 40}, {0, 360, 40, 40}};
     for (int orientation = 1; orientation <= 8; ++orientation) {
         SCOPED_TRACE(orientation);
-        EXPECT_THAT(
-            RectsOf(RegionsOfXmp(stored, orientation < 5 ? upright : turned, orientation)),
-            ElementsAre(expected[orientation - 1]));
+        EXPECT_THAT(RectsOf(RegionsOfXmp(stored, orientation < 5 ? upright : turned, orientation)),
+                    ElementsAre(expected[orientation - 1]));
     }
 }
 
@@ -151,9 +151,8 @@ TEST(MetadataRegions, AreasOfAPictureOfAnotherShapeAreStale)
 
 TEST(MetadataRegions, IptcRegionsOfEachShape)
 {
-    const std::string rectangle =
-        IptcField("rbX", "0.25") + IptcField("rbY", "0.5") + IptcField("rbW", "0.5") +
-        IptcField("rbH", "0.25");
+    const std::string rectangle = IptcField("rbX", "0.25") + IptcField("rbY", "0.5") +
+                                  IptcField("rbW", "0.5") + IptcField("rbH", "0.25");
     EXPECT_THAT(RectsOf(RegionsOfXmp(Iptc(RelativeIptc(rectangle, "rectangle")), kPhoto, 1)),
                 ElementsAre(PixelRect{100, 100, 200, 50}));
 
@@ -179,10 +178,10 @@ TEST(MetadataRegions, IptcRegionsOfEachShape)
 
 TEST(MetadataRegions, ARegionThatSaysHowToCropIsNoWish)
 {
-    const std::string rectangle = RelativeIptc(
-        IptcField("rbX", "0.25") + IptcField("rbY", "0.5") + IptcField("rbW", "0.5") +
-            IptcField("rbH", "0.25"),
-        "rectangle");
+    const std::string rectangle =
+        RelativeIptc(IptcField("rbX", "0.25") + IptcField("rbY", "0.5") + IptcField("rbW", "0.5") +
+                         IptcField("rbH", "0.25"),
+                     "rectangle");
 
     const auto subject = RegionsOfXmp(Iptc(rectangle), kPhoto, 1);
     const auto cropping = RegionsOfXmp(Iptc(rectangle, "cropping"), kPhoto, 1);
@@ -223,7 +222,8 @@ TEST(MetadataRegions, NonsenseGivesNone)
 // is either readable or gone.
 TEST(MetadataRegions, DamagedPacketsAreHarmless)
 {
-    const std::string sound = WorkingGroup({{0.25, 0.5, 0.1, 0.2}, {0.75, 0.5, 0.2, 0.2}}, 400, 200);
+    const std::string sound =
+        WorkingGroup({{0.25, 0.5, 0.1, 0.2}, {0.75, 0.5, 0.2, 0.2}}, 400, 200);
     std::mt19937 random(1);
     int withRegions = 0;
     for (int round = 0; round < 2000; ++round) {
@@ -296,8 +296,7 @@ TEST(CropRegions, AreUprightWhateverTheOrientationWas)
     for (const std::string& xmp : {stored, area}) {
         for (int orientation = 1; orientation <= 8; ++orientation) {
             SCOPED_TRACE(orientation);
-            const PixelSize displayed =
-                orientation < 5 ? PixelSize{400, 200} : PixelSize{200, 400};
+            const PixelSize displayed = orientation < 5 ? PixelSize{400, 200} : PixelSize{200, 400};
             const PixelRect whole{0, 0, displayed.Width, displayed.Height};
             const auto crop = XmpForCrop(xmp, displayed, orientation, whole, displayed);
             ASSERT_TRUE(crop.has_value());
@@ -360,8 +359,7 @@ TEST(CropRegions, APacketThatCannotBeReadIsDropped)
 {
     const std::string xmp = WorkingGroup({{0.25, 0.5, 0.1, 0.2}}, 400, 200);
 
-    EXPECT_FALSE(
-        XmpForCrop(xmp.substr(0, xmp.size() - 20), kPhoto, 1, {0, 0, 10, 10}, {10, 10}));
+    EXPECT_FALSE(XmpForCrop(xmp.substr(0, xmp.size() - 20), kPhoto, 1, {0, 0, 10, 10}, {10, 10}));
 }
 
 } // namespace

@@ -38,8 +38,7 @@ TEST(RegionWishes, OtherRegionsAndFacesToAvoidAskForJustTheirPlace)
 {
     FoundRegion avoided = Region({400, 300, 100, 100}, RegionKind::Face);
     avoided.Wish = WishKind::Avoid;
-    const auto wishes =
-        WishesOf({Region({10, 20, 30, 40}, RegionKind::Animal), avoided}, kPhoto);
+    const auto wishes = WishesOf({Region({10, 20, 30, 40}, RegionKind::Animal), avoided}, kPhoto);
 
     ASSERT_THAT(wishes, SizeIs(2));
     EXPECT_EQ(wishes[0].Wish.Rect, (PixelRect{10, 20, 30, 40}));
