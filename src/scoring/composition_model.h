@@ -7,6 +7,7 @@
 #include "analysis/working_rect.h"
 #include "numeric/matrix.h"
 #include "scoring/crop_analyzer.h"
+#include "scoring/descriptor_grids.h"
 
 namespace vistaTrim {
 
@@ -19,6 +20,16 @@ constexpr int32_t SaliencyGridSizes[] = {4, 8, 12};
 void ComputeCompositionDescriptor(const CDoubleMatrix& contrastTable,
                                   const CDoubleMatrix& saliencyTable, float* descriptor,
                                   const WorkingRect& rect);
+
+// The score of a crop whose limits are known.
+float ScoreOnGrids(const CDoubleMatrix& contrastTable, const CDoubleMatrix& saliencyTable,
+                   const GridLimits& rows, const GridLimits& cols);
+
+// The model's score, 0..1, of a descriptor, which is left standardised.
+float ScoreDescriptor(float* descriptor);
+
+// From the dot product of standardised descriptor and weights to 0..1.
+float MapModelOutput(float dot);
 
 } // namespace vistaTrim
 

@@ -5,12 +5,16 @@
 #include <iterator>
 #include <vector>
 
+#include "numeric/cpu_forms.h"
+#include "numeric/linear_algebra.h"
 #include "numeric/summed_area.h"
+#include "scoring/composition_lanes.h"
 #include "scoring/composition_model.h"
 #include "scoring/crop_analyzer.h"
 #include "scoring/descriptor_grids.h"
 #include "scoring/measures.h"
 #include "scoring/rects_of_interest.h"
+#include "scoring/row_means.h"
 
 namespace vistaTrim {
 
@@ -48,50 +52,15 @@ float ScaledCoordinate(int32_t coordinate, float scaleFactor)
     return std::min(std::max(scaled, -kFarOutside), kFarOutside);
 }
 
-// A record to be measured, and where it lies on the maps.
-struct Item {
-    CInt32CropRect* Crop;
-    WorkingRect Rect;
-    uint32_t Cols; // which of the kept column limits are its own
-};
-
-// Four lists of a double an item, for what is not stored yet.
-struct MeasureScratch {
-    double* Lists[4];
-};
-
-// Every measure is rounded to float and widened again as it is stored. All items read one table
-// before the next is opened: what they share of it stays in the cache, and the ten tables
-// together do not fit there.
-void MeasureContent(const CCropAnalyzer& analyzer, const Item* items, size_t count,
-                    const MeasureScratch& scratch)
+// From shares of the totals to CoverageScore and to CoversContent.
+VISTATRIM_FORM_BODY float Coverage(double mask, double color, double edges)
 {
-    const auto share = [](const CDoubleMatrix& table, float total, const WorkingRect& rect) {
-        return RegionMean(table, rect.FirstRow, rect.FirstCol, rect.LastRow, rect.LastCol, total);
-    };
-    double* mask = scratch.Lists[0];
-    double* color = scratch.Lists[1];
-    for (size_t i = 0; i < count; ++i)
-        mask[i] = share(analyzer.ContrastMaskTable, analyzer.ContrastMaskTotal, items[i].Rect);
-    for (size_t i = 0; i < count; ++i)
-        color[i] = share(analyzer.ColorContrastTable, analyzer.ColorContrastTotal, items[i].Rect);
-    for (size_t i = 0; i < count; ++i) {
-        CInt32CropRect& crop = *items[i].Crop;
-        const double edges = share(analyzer.EdgeTable, analyzer.EdgeTotal, items[i].Rect);
-        crop.Score.CoverageScore = static_cast<float>(
-            kMaskWeight * mask[i] + kColorWeight * color[i] + kEdgeWeight * edges);
-        // Only ever set: a host may hand in a record that has it already.
-        if (mask[i] >= kContentShare && color[i] >= kContentShare)
-            crop.CoversContent = true;
-    }
-    for (size_t i = 0; i < count; ++i) {
-        CInt32CropRect& crop = *items[i].Crop;
-        crop.Score.PeakScore =
-            static_cast<float>(share(analyzer.PeakTable, analyzer.PeakTotal, items[i].Rect));
-        crop.Score.CentrePeakScore =
-            static_cast<float>(share(analyzer.PeakTable, analyzer.PeakTotal,
-                                     analyzer.ShrinkAboutCentre(items[i].Rect, kCentreFraction)));
-    }
+    return static_cast<float>(kMaskWeight * mask + kColorWeight * color + kEdgeWeight * edges);
+}
+
+VISTATRIM_FORM_BODY bool Covers(double mask, double color)
+{
+    return mask >= kContentShare && color >= kContentShare;
 }
 
 int32_t BandDepth(const CCropAnalyzer& analyzer)
@@ -99,9 +68,8 @@ int32_t BandDepth(const CCropAnalyzer& analyzer)
     return std::max(1, static_cast<int32_t>(analyzer.BorderBand * 0.5));
 }
 
-// How much the band along one side of a crop differs from the picture's strip on that side,
-// times the side's gain. A product of two floats is exact in double, and is not rounded here.
-double GainedSide(const CCropAnalyzer& analyzer, int side, int32_t depth, const WorkingRect& rect)
+// The band along the inside of one side of a crop.
+WorkingRect BandOf(const WorkingRect& rect, int side, int32_t depth)
 {
     WorkingRect band = rect;
     switch (side) {
@@ -110,42 +78,51 @@ double GainedSide(const CCropAnalyzer& analyzer, int side, int32_t depth, const 
     case kLeft: band.LastCol = rect.FirstCol + depth - 1; break;
     default: band.FirstCol = rect.LastCol - depth + 1; break;
     }
-    // Only the limits across a band are tested: in a crop less deep than its bands they may
-    // reach past its other side, as long as they stay on the map.
-    const bool outside = side == kTop || side == kBottom
-                             ? band.FirstRow < 0 || band.LastRow > analyzer.WorkRows - 1
-                             : band.FirstCol < 0 || band.LastCol > analyzer.WorkCols - 1;
-    float value = kBandOutside;
-    if (!outside)
-        value = static_cast<float>(RegionSum(analyzer.SideTables[side], band.FirstRow,
-                                             band.FirstCol, band.LastRow, band.LastCol) /
-                                   depth);
-    return static_cast<double>(value) * static_cast<double>(analyzer.SideGain[side]);
+    return band;
+}
+
+// Only the limits across a band are tested: in a crop less deep than its bands they may reach past
+// its other side, as long as they stay on the map.
+bool BandLeavesMap(const CCropAnalyzer& analyzer, int side, const WorkingRect& band)
+{
+    return side == kTop || side == kBottom
+               ? band.FirstRow < 0 || band.LastRow > analyzer.WorkRows - 1
+               : band.FirstCol < 0 || band.LastCol > analyzer.WorkCols - 1;
+}
+
+// The value of a side, rounded to float, times its gain. A product of two floats is exact in
+// double, and is not rounded here.
+VISTATRIM_FORM_BODY double Gained(bool outside, double mean, float gain)
+{
+    const float value = outside ? kBandOutside : static_cast<float>(mean);
+    return static_cast<double>(value) * static_cast<double>(gain);
 }
 
 // Means per pixel of edge: each direction's, and the whole perimeter's on top.
-float CostOfSides(const WorkingRect& rect, double top, double bottom, double left, double right)
+VISTATRIM_FORM_BODY float CostOfSides(double width, double height, double top, double bottom,
+                                      double left, double right)
 {
-    const int32_t width = rect.LastCol - rect.FirstCol + 1;
-    const int32_t height = rect.LastRow - rect.FirstRow + 1;
     const float perDirection = static_cast<float>((left + right) / height + (top + bottom) / width);
     const float perimeter = static_cast<float>((top + bottom + left + right) / (width + height));
     return perDirection + perimeter;
 }
 
-void MeasureBorders(const CCropAnalyzer& analyzer, const Item* items, size_t count,
-                    const MeasureScratch& scratch)
+float ScoreOfCost(float cost)
 {
-    const int32_t depth = BandDepth(analyzer);
-    for (int side = 0; side < 4; ++side)
-        for (size_t i = 0; i < count; ++i)
-            scratch.Lists[side][i] = GainedSide(analyzer, side, depth, items[i].Rect);
-    for (size_t i = 0; i < count; ++i) {
-        const double cost =
-            CostOfSides(items[i].Rect, scratch.Lists[kTop][i], scratch.Lists[kBottom][i],
-                        scratch.Lists[kLeft][i], scratch.Lists[kRight][i]);
-        items[i].Crop->Score.BorderScore = static_cast<float>(std::exp(cost / -10.0));
-    }
+    return static_cast<float>(std::exp(cost / -10.0));
+}
+
+int32_t ShrunkCoordinate(int32_t coordinate, float centre, float fraction)
+{
+    const double keep = fraction;
+    // A half goes up, and what is negative is cut toward zero.
+    // NOLINTNEXTLINE(bugprone-incorrect-roundings)
+    return static_cast<int32_t>(coordinate * keep + centre * (1.0 - keep) + 0.5);
+}
+
+float CentreOf(int32_t first, int32_t last)
+{
+    return static_cast<float>((static_cast<double>(first) + last) * 0.5);
 }
 
 // Nothing can be measured where there is no pixel.
@@ -156,10 +133,48 @@ void LeaveUnmeasured(CInt32CropRect& crop)
     crop.Score.Scored = true;
 }
 
-// The unscored records of a walk, measured together. Records do not depend on one another, so
-// the order in which they are measured shows nowhere but in time: the crops of a row of the
-// lattice read the same few rows of a table and share their row limits, the crops of a column
-// share their column limits.
+VISTATRIM_FORM_BODY void CoverageOfListsBody(const double* mask, const double* color,
+                                             const double* edges, size_t count, float* coverage,
+                                             uint8_t* covers)
+{
+    VISTATRIM_INDEPENDENT_STEPS
+    for (size_t i = 0; i < count; ++i) {
+        coverage[i] = Coverage(mask[i], color[i], edges[i]);
+        covers[i] = Covers(mask[i], color[i]);
+    }
+}
+VISTATRIM_FORMS(CoverageOfLists,
+                (const double* mask, const double* color, const double* edges, size_t count,
+                 float* coverage, uint8_t* covers),
+                (mask, color, edges, count, coverage, covers))
+
+VISTATRIM_FORM_BODY void CostOfListsBody(const int32_t* firstCols, const int32_t* lastCols,
+                                         int32_t height, const double* top, const double* bottom,
+                                         const double* left, const double* right, size_t count,
+                                         float* costs)
+{
+    VISTATRIM_INDEPENDENT_STEPS
+    for (size_t i = 0; i < count; ++i)
+        costs[i] = CostOfSides(lastCols[i] - firstCols[i] + 1, height, top[i], bottom[i], left[i],
+                               right[i]);
+}
+VISTATRIM_FORMS(CostOfLists,
+                (const int32_t* firstCols, const int32_t* lastCols, int32_t height,
+                 const double* top, const double* bottom, const double* left, const double* right,
+                 size_t count, float* costs),
+                (firstCols, lastCols, height, top, bottom, left, right, count, costs))
+
+// Crops of a walk that share their rows.
+struct LatticeRow {
+    int32_t FirstRow, LastRow;
+    size_t Begin, End; // in the lists of the walk
+    uint32_t Limits;
+};
+
+// The unscored records of a walk, measured together. Records do not depend on one another, so the
+// order in which they are measured shows nowhere but in time: the crops of a lattice row read the
+// same few rows of a table, and all crops read one table before the next is opened, because the
+// ten tables together do not fit the cache.
 class CandidateWalk {
 public:
     explicit CandidateWalk(const CCropAnalyzer& analyzer) : Analyzer(analyzer)
@@ -172,15 +187,35 @@ public:
 
 private:
     void AddRecord(CInt32CropRect& crop, size_t column);
+    void MeasureContent();
+    void MeasureCentres();
+    void MeasureBorders();
     void MeasureComposition();
+    // Shares of the map that each crop holds.
+    void SharesOf(const CDoubleMatrix& table, float total, std::vector<double>& shares) const;
+    // One side of each crop, its gain included.
+    void SidesOf(int side, int32_t depth, std::vector<double>& values);
 
-    // Bounds the scratch. The default tables give no picture more candidates.
+    // Bounds the lists. The default tables give no picture more candidates.
     static constexpr size_t kMeasuredTogether = 16384;
 
     const CCropAnalyzer& Analyzer;
-    std::vector<Item> Items;
-    std::vector<GridLimits> Cols;
-    std::vector<uint32_t> ColsOfColumn; // of the cell in hand
+    std::vector<LatticeRow> Rows;
+    std::vector<GridLimits> RowLimits;
+    std::vector<GridLimits> ColLimits;
+    std::vector<uint32_t> LimitsOfColumn; // of the cell in hand
+
+    // One entry a crop.
+    std::vector<CInt32CropRect*> Crops;
+    std::vector<int32_t> FirstCols;
+    std::vector<int32_t> LastCols;
+    std::vector<uint32_t> LimitsOfCrop; // place of its column limits
+    // The same, of a part of each crop; scratch.
+    std::vector<int32_t> PartFirstCols;
+    std::vector<int32_t> PartLastCols;
+    std::vector<double> Lists[4];
+    std::vector<float> Values;
+    std::vector<uint8_t> Flags;
 };
 
 // A cell stands column by column; it is taken row by row.
@@ -189,7 +224,7 @@ void CandidateWalk::Add(CropCell& cell)
     size_t perColumn = 1;
     while (perColumn < cell.size() && cell[perColumn].Left == cell[0].Left)
         ++perColumn;
-    ColsOfColumn.clear();
+    LimitsOfColumn.clear();
     for (size_t j = 0; j < perColumn; ++j) {
         size_t column = 0;
         for (size_t i = j; i < cell.size(); i += perColumn, ++column)
@@ -205,58 +240,180 @@ void CandidateWalk::AddRecord(CInt32CropRect& crop, size_t column)
         LeaveUnmeasured(crop);
         return;
     }
-    if (Items.size() == kMeasuredTogether)
+    if (Crops.size() == kMeasuredTogether)
         Measure();
-    if (column >= ColsOfColumn.size())
-        ColsOfColumn.resize(column + 1, UINT32_MAX);
-    uint32_t& cols = ColsOfColumn[column];
-    if (cols == UINT32_MAX || Cols[cols].First != rect.FirstCol ||
-        Cols[cols].Last != rect.LastCol) {
-        cols = static_cast<uint32_t>(Cols.size());
-        Cols.emplace_back();
-        FillGridLimits(rect.FirstCol, rect.LastCol, Cols.back());
+
+    if (Rows.empty() || Rows.back().FirstRow != rect.FirstRow ||
+        Rows.back().LastRow != rect.LastRow) {
+        Rows.push_back({rect.FirstRow, rect.LastRow, Crops.size(), Crops.size(),
+                        static_cast<uint32_t>(RowLimits.size())});
+        RowLimits.emplace_back();
+        FillGridLimits(rect.FirstRow, rect.LastRow, RowLimits.back());
     }
-    Items.push_back({&crop, rect, cols});
+    if (column >= LimitsOfColumn.size())
+        LimitsOfColumn.resize(column + 1, UINT32_MAX);
+    uint32_t& limits = LimitsOfColumn[column];
+    if (limits == UINT32_MAX || ColLimits[limits].First != rect.FirstCol ||
+        ColLimits[limits].Last != rect.LastCol) {
+        limits = static_cast<uint32_t>(ColLimits.size());
+        ColLimits.emplace_back();
+        FillGridLimits(rect.FirstCol, rect.LastCol, ColLimits.back());
+    }
+    Crops.push_back(&crop);
+    FirstCols.push_back(rect.FirstCol);
+    LastCols.push_back(rect.LastCol);
+    LimitsOfCrop.push_back(limits);
+    Rows.back().End = Crops.size();
 }
 
 void CandidateWalk::Measure()
 {
-    std::vector<double> lists(4 * Items.size());
-    MeasureScratch scratch;
-    for (size_t i = 0; i < 4; ++i)
-        scratch.Lists[i] = lists.data() + i * Items.size();
-    MeasureContent(Analyzer, Items.data(), Items.size(), scratch);
-    MeasureBorders(Analyzer, Items.data(), Items.size(), scratch);
+    for (std::vector<double>& list : Lists)
+        list.resize(Crops.size());
+    Values.resize(Crops.size());
+    Flags.resize(Crops.size());
+    PartFirstCols.resize(Crops.size());
+    PartLastCols.resize(Crops.size());
+    MeasureContent();
+    MeasureCentres();
+    MeasureBorders();
     MeasureComposition();
-    for (const Item& item : Items)
-        item.Crop->Score.Scored = true;
-    Items.clear();
-    Cols.clear();
-    ColsOfColumn.clear();
+    for (CInt32CropRect* crop : Crops)
+        crop->Score.Scored = true;
+
+    Rows.clear();
+    RowLimits.clear();
+    ColLimits.clear();
+    LimitsOfColumn.clear();
+    Crops.clear();
+    FirstCols.clear();
+    LastCols.clear();
+    LimitsOfCrop.clear();
 }
 
-// By runs of items that share their rows.
+void CandidateWalk::SharesOf(const CDoubleMatrix& table, float total,
+                             std::vector<double>& shares) const
+{
+    for (const LatticeRow& row : Rows)
+        RowMeans(table, row.FirstRow, row.LastRow, &FirstCols[row.Begin], &LastCols[row.Begin],
+                 row.End - row.Begin, total, &shares[row.Begin]);
+}
+
+void CandidateWalk::MeasureContent()
+{
+    std::vector<double>& mask = Lists[0];
+    std::vector<double>& color = Lists[1];
+    std::vector<double>& edges = Lists[2];
+    std::vector<double>& peaks = Lists[3];
+    SharesOf(Analyzer.ContrastMaskTable, Analyzer.ContrastMaskTotal, mask);
+    SharesOf(Analyzer.ColorContrastTable, Analyzer.ColorContrastTotal, color);
+    SharesOf(Analyzer.EdgeTable, Analyzer.EdgeTotal, edges);
+    SharesOf(Analyzer.PeakTable, Analyzer.PeakTotal, peaks);
+    CoverageOfLists(mask.data(), color.data(), edges.data(), Crops.size(), Values.data(),
+                    Flags.data());
+    for (size_t i = 0; i < Crops.size(); ++i) {
+        CInt32CropRect& crop = *Crops[i];
+        crop.Score.CoverageScore = Values[i];
+        crop.Score.PeakScore = static_cast<float>(peaks[i]);
+        // Only ever set: a host may hand in a record that has it already.
+        if (Flags[i] != 0)
+            crop.CoversContent = true;
+    }
+}
+
+void CandidateWalk::MeasureCentres()
+{
+    for (size_t i = 0; i < Crops.size(); ++i) {
+        const float centre = CentreOf(FirstCols[i], LastCols[i]);
+        PartFirstCols[i] = ShrunkCoordinate(FirstCols[i], centre, kCentreFraction);
+        PartLastCols[i] = ShrunkCoordinate(LastCols[i], centre, kCentreFraction);
+    }
+    std::vector<double>& shares = Lists[0];
+    for (const LatticeRow& row : Rows) {
+        const float centre = CentreOf(row.FirstRow, row.LastRow);
+        RowMeans(Analyzer.PeakTable, ShrunkCoordinate(row.FirstRow, centre, kCentreFraction),
+                 ShrunkCoordinate(row.LastRow, centre, kCentreFraction), &PartFirstCols[row.Begin],
+                 &PartLastCols[row.Begin], row.End - row.Begin, Analyzer.PeakTotal,
+                 &shares[row.Begin]);
+    }
+    for (size_t i = 0; i < Crops.size(); ++i)
+        Crops[i]->Score.CentrePeakScore = static_cast<float>(shares[i]);
+}
+
+void CandidateWalk::SidesOf(int side, int32_t depth, std::vector<double>& values)
+{
+    const CDoubleMatrix& table = Analyzer.SideTables[side];
+    const float gain = Analyzer.SideGain[side];
+    const int32_t* firstCols = FirstCols.data();
+    const int32_t* lastCols = LastCols.data();
+    if (side == kLeft) {
+        for (size_t i = 0; i < Crops.size(); ++i)
+            PartLastCols[i] = FirstCols[i] + depth - 1;
+        lastCols = PartLastCols.data();
+    } else if (side == kRight) {
+        for (size_t i = 0; i < Crops.size(); ++i)
+            PartFirstCols[i] = LastCols[i] - depth + 1;
+        firstCols = PartFirstCols.data();
+    }
+    for (const LatticeRow& row : Rows) {
+        // Rows of the band are the same for all crops of the row, and columns are not looked at.
+        const WorkingRect band = BandOf({row.FirstRow, 0, row.LastRow, 0}, side, depth);
+        const bool rowsLeave = (side == kTop || side == kBottom) &&
+                               (band.FirstRow < 0 || band.LastRow > Analyzer.WorkRows - 1);
+        if (!rowsLeave)
+            RowMeans(table, band.FirstRow, band.LastRow, firstCols + row.Begin,
+                     lastCols + row.Begin, row.End - row.Begin, depth, &values[row.Begin]);
+        for (size_t i = row.Begin; i < row.End; ++i) {
+            const bool colsLeave = firstCols[i] < 0 || lastCols[i] > Analyzer.WorkCols - 1;
+            values[i] = Gained(rowsLeave || colsLeave, values[i], gain);
+        }
+    }
+}
+
+void CandidateWalk::MeasureBorders()
+{
+    const int32_t depth = BandDepth(Analyzer);
+    for (int side = 0; side < 4; ++side)
+        SidesOf(side, depth, Lists[side]);
+    for (const LatticeRow& row : Rows)
+        CostOfLists(&FirstCols[row.Begin], &LastCols[row.Begin], row.LastRow - row.FirstRow + 1,
+                    &Lists[kTop][row.Begin], &Lists[kBottom][row.Begin], &Lists[kLeft][row.Begin],
+                    &Lists[kRight][row.Begin], row.End - row.Begin, &Values[row.Begin]);
+    for (size_t i = 0; i < Crops.size(); ++i)
+        Crops[i]->Score.BorderScore = ScoreOfCost(Values[i]);
+}
+
 void CandidateWalk::MeasureComposition()
 {
-    GridLimits rows;
-    const GridLimits* cols[kDescribedTogether];
-    float descriptors[kDescribedTogether * kDescriptorSize];
-    for (size_t first = 0; first < Items.size();) {
-        const WorkingRect& rect = Items[first].Rect;
-        int32_t count = 0;
-        for (size_t i = first;
-             i < Items.size() && count < kDescribedTogether &&
-             Items[i].Rect.FirstRow == rect.FirstRow && Items[i].Rect.LastRow == rect.LastRow;
-             ++i)
-            cols[count++] = &Cols[Items[i].Cols];
-        if (rows.First != rect.FirstRow || rows.Last != rect.LastRow)
-            FillGridLimits(rect.FirstRow, rect.LastRow, rows);
-        ComputeDescriptorsOnGrids(Analyzer.ContrastTable, Analyzer.SaliencyTable, rows, cols, count,
-                                  descriptors);
-        for (int32_t i = 0; i < count; ++i, ++first)
-            Items[first].Crop->Score.CompositionScore =
-                ScoreDescriptor(descriptors + i * kDescriptorSize);
-    }
+    const GridLimits* rowsOf[kScoredTogether];
+    const GridLimits* colsOf[kScoredTogether];
+    CInt32CropRect* crops[kScoredTogether];
+    float scores[kScoredTogether];
+    int32_t count = 0;
+    const auto scoreGroup = [&] {
+        if (count > 0)
+            ScoreTogether(Analyzer.ContrastTable, Analyzer.SaliencyTable, rowsOf, colsOf, count,
+                          scores);
+        for (int32_t i = 0; i < count; ++i)
+            crops[i]->Score.CompositionScore = scores[i];
+        count = 0;
+    };
+    for (const LatticeRow& row : Rows)
+        for (size_t i = row.Begin; i < row.End; ++i) {
+            const GridLimits& rows = RowLimits[row.Limits];
+            const GridLimits& cols = ColLimits[LimitsOfCrop[i]];
+            if (!kFixedOrder || !rows.Tiles || !cols.Tiles) {
+                Crops[i]->Score.CompositionScore =
+                    ScoreOnGrids(Analyzer.ContrastTable, Analyzer.SaliencyTable, rows, cols);
+                continue;
+            }
+            rowsOf[count] = &rows;
+            colsOf[count] = &cols;
+            crops[count] = Crops[i];
+            if (++count == kScoredTogether)
+                scoreGroup();
+        }
+    scoreGroup();
 }
 
 } // namespace
@@ -282,44 +439,56 @@ WorkingRect CCropAnalyzer::ToWorkingRect(const CInt32CropRect& crop) const
 
 WorkingRect CCropAnalyzer::ShrinkAboutCentre(const WorkingRect& rect, float fraction) const
 {
-    const double keep = fraction;
-    const double pull = 1.0 - keep;
-    const float centreRow =
-        static_cast<float>((static_cast<double>(rect.FirstRow) + rect.LastRow) * 0.5);
-    const float centreCol =
-        static_cast<float>((static_cast<double>(rect.FirstCol) + rect.LastCol) * 0.5);
-    const auto toward = [keep, pull](int32_t coordinate, float centre) {
-        // A half goes up, and what is negative is cut toward zero.
-        // NOLINTNEXTLINE(bugprone-incorrect-roundings)
-        return static_cast<int32_t>(coordinate * keep + centre * pull + 0.5);
-    };
-    return {toward(rect.FirstRow, centreRow), toward(rect.FirstCol, centreCol),
-            toward(rect.LastRow, centreRow), toward(rect.LastCol, centreCol)};
+    const float row = CentreOf(rect.FirstRow, rect.LastRow);
+    const float col = CentreOf(rect.FirstCol, rect.LastCol);
+    return {ShrunkCoordinate(rect.FirstRow, row, fraction),
+            ShrunkCoordinate(rect.FirstCol, col, fraction),
+            ShrunkCoordinate(rect.LastRow, row, fraction),
+            ShrunkCoordinate(rect.LastCol, col, fraction)};
 }
 
 float CCropAnalyzer::BorderCost(const WorkingRect& rect) const
 {
     const int32_t depth = BandDepth(*this);
-    return CostOfSides(
-        rect, GainedSide(*this, kTop, depth, rect), GainedSide(*this, kBottom, depth, rect),
-        GainedSide(*this, kLeft, depth, rect), GainedSide(*this, kRight, depth, rect));
+    double sides[4];
+    for (int side = 0; side < 4; ++side) {
+        const WorkingRect band = BandOf(rect, side, depth);
+        const bool outside = BandLeavesMap(*this, side, band);
+        const double mean = outside ? 0.0
+                                    : RegionMean(SideTables[side], band.FirstRow, band.FirstCol,
+                                                 band.LastRow, band.LastCol, depth);
+        sides[side] = Gained(outside, mean, SideGain[side]);
+    }
+    return CostOfSides(rect.LastCol - rect.FirstCol + 1, rect.LastRow - rect.FirstRow + 1,
+                       sides[kTop], sides[kBottom], sides[kLeft], sides[kRight]);
 }
 
 void CCropAnalyzer::EvaluateCropRect(CInt32CropRect& crop)
 {
     if (crop.Score.Scored)
         return;
-    const Item item{&crop, ToWorkingRect(crop), 0};
-    if (HoldsNoPixel(item.Rect)) {
+    const WorkingRect rect = ToWorkingRect(crop);
+    if (HoldsNoPixel(rect)) {
         LeaveUnmeasured(crop);
         return;
     }
-    double values[4];
-    const MeasureScratch scratch{{&values[0], &values[1], &values[2], &values[3]}};
-    MeasureContent(*this, &item, 1, scratch);
-    MeasureBorders(*this, &item, 1, scratch);
-    crop.Score.CompositionScore = ComputeCompositionScore(item.Rect);
+    // Every measure is rounded to float and widened again as it is stored.
+    const auto share = [](const CDoubleMatrix& table, float total, const WorkingRect& part) {
+        return RegionMean(table, part.FirstRow, part.FirstCol, part.LastRow, part.LastCol, total);
+    };
+    const double mask = share(ContrastMaskTable, ContrastMaskTotal, rect);
+    const double color = share(ColorContrastTable, ColorContrastTotal, rect);
+    const double edges = share(EdgeTable, EdgeTotal, rect);
+    crop.Score.CoverageScore = Coverage(mask, color, edges);
+    crop.Score.PeakScore = static_cast<float>(share(PeakTable, PeakTotal, rect));
+    crop.Score.CentrePeakScore =
+        static_cast<float>(share(PeakTable, PeakTotal, ShrinkAboutCentre(rect, kCentreFraction)));
+    crop.Score.BorderScore = ScoreOfCost(BorderCost(rect));
+    crop.Score.CompositionScore = ComputeCompositionScore(rect);
     crop.Score.Scored = true;
+    // Only ever set: a host may hand in a record that has it already.
+    if (Covers(mask, color))
+        crop.CoversContent = true;
 }
 
 void CCropAnalyzer::EvaluateCropRects(CropGridRows& grid, uint32_t aspectIndex, uint32_t scaleIndex)

@@ -8,13 +8,18 @@
 
 #include <cstdint>
 
-#include "numeric/matrix.h"
-
 namespace vistaTrim {
 
 // The cells of the 4-, 8- and 12-fold division stand one after the other.
 constexpr int32_t kGridFirstCell[] = {0, 4, 12};
 constexpr int32_t kGridCells = 24;
+
+// First slot of each grid in the descriptor.
+constexpr int32_t kContrast4Slot = 0;
+constexpr int32_t kContrast8Slot = 16;
+constexpr int32_t kSaliency4Slot = 80;
+constexpr int32_t kSaliency8Slot = 96;
+constexpr int32_t kSaliency12Slot = 160;
 
 struct GridLimits {
     int32_t First = -1; // the pixels that the limits were made for, inclusive; none yet
@@ -34,21 +39,6 @@ struct GridLimits {
 
 // first >= 0, last >= first.
 void FillGridLimits(int32_t first, int32_t last, GridLimits& limits);
-
-// Crops that are described together.
-constexpr int32_t kDescribedTogether = 16;
-
-// The 304 cell means of up to kDescribedTogether crops that share their rows, one descriptor
-// after the other. A crop's values do not depend on its company.
-void ComputeDescriptorsOnGrids(const CDoubleMatrix& contrastTable,
-                               const CDoubleMatrix& saliencyTable, const GridLimits& rows,
-                               const GridLimits* const* cols, int32_t count, float* descriptors);
-
-// The model's score, 0..1, of a descriptor, which is left standardised.
-float ScoreDescriptor(float* descriptor);
-
-// From the dot product of standardised descriptor and weights to 0..1.
-float MapModelOutput(float dot);
 
 } // namespace vistaTrim
 

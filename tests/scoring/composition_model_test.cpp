@@ -198,37 +198,6 @@ TEST(CompositionModel, RandomRectanglesMatchTheSlowFormInEveryProcessorForm)
     }
 }
 
-TEST(CompositionModel, CropsDescribedTogetherGetWhatTheyGetAlone)
-{
-    const auto analyzer = NoiseAnalyzer(200, 300, 8);
-    std::mt19937 random(9);
-    for (int trial = 0; trial < 200; ++trial) {
-        const WorkingRect first = RandomRect(random, 200, 300);
-        GridLimits rows;
-        FillGridLimits(first.FirstRow, first.LastRow, rows);
-        const int32_t count = 1 + static_cast<int32_t>(random() % kDescribedTogether);
-        std::vector<GridLimits> cols(static_cast<size_t>(count));
-        std::vector<const GridLimits*> pointers;
-        for (GridLimits& limits : cols) {
-            const WorkingRect other = RandomRect(random, 200, 300);
-            FillGridLimits(other.FirstCol, other.LastCol, limits);
-            pointers.push_back(&limits);
-        }
-        // What is not this crop's must stay as it was.
-        std::vector<float> together(static_cast<size_t>(count + 1) * kDescriptorSize, -7.0f);
-        ComputeDescriptorsOnGrids(analyzer->ContrastTable, analyzer->SaliencyTable, rows,
-                                  pointers.data(), count, together.data());
-        for (size_t i = 0; i < cols.size(); ++i) {
-            const std::vector<float> alone =
-                Descriptor(*analyzer, {first.FirstRow, cols[i].First, first.LastRow, cols[i].Last});
-            ASSERT_TRUE(std::equal(alone.begin(), alone.end(),
-                                   together.begin() + static_cast<long>(i) * kDescriptorSize));
-        }
-        EXPECT_TRUE(std::all_of(together.end() - kDescriptorSize, together.end(),
-                                [](float value) { return value == -7.0f; }));
-    }
-}
-
 TEST(CompositionModel, OutputsBeyondThreeSaturateExactly)
 {
     const float bias = static_cast<float>(DescriptorBias);

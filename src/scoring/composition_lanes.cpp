@@ -1,0 +1,167 @@
+#include "scoring/composition_lanes.h"
+
+#include "numeric/cpu_forms.h"
+#include "scoring/composition_coefficients.h"
+#include "scoring/composition_model.h"
+
+namespace vistaTrim {
+
+namespace {
+
+constexpr int32_t kLanes = 8;
+constexpr int32_t kBlocks = kScoredTogether / kLanes;
+
+// Eight numbers, one of each crop. The compiler splits them where registers are narrower.
+typedef double Doubles __attribute__((vector_size(kLanes * sizeof(double)), may_alias));
+typedef float Floats __attribute__((vector_size(kLanes * sizeof(float)), may_alias));
+
+// Running sums of the fixed-order dot product: slot i goes to sum i % 16, in ascending order.
+constexpr int32_t kDotSums = 16;
+static_assert(kDescriptorSize % kDotSums == 0, "no slots are left over");
+
+// The crops of a group. Those of a last block that is not full repeat the first.
+struct Group {
+    const GridLimits* Rows[kScoredTogether];
+    const GridLimits* Cols[kScoredTogether];
+    int32_t Blocks;
+    Floats RowLengths[kBlocks][kGridCells];
+    Floats ColLengths[kBlocks][kGridCells];
+    Floats Sums[kBlocks][kDotSums];
+};
+
+VISTATRIM_FORM_BODY void StartGroup(const GridLimits* const* rows, const GridLimits* const* cols,
+                                    int32_t count, Group& group)
+{
+    group.Blocks = (count + kLanes - 1) / kLanes;
+    for (int32_t crop = 0; crop < group.Blocks * kLanes; ++crop) {
+        group.Rows[crop] = rows[crop < count ? crop : 0];
+        group.Cols[crop] = cols[crop < count ? crop : 0];
+    }
+    for (int32_t block = 0; block < group.Blocks; ++block) {
+        for (int32_t cell = 0; cell < kGridCells; ++cell)
+            for (int32_t lane = 0; lane < kLanes; ++lane) {
+                const int32_t crop = block * kLanes + lane;
+                group.RowLengths[block][cell][lane] = group.Rows[crop]->Length[cell];
+                group.ColLengths[block][cell][lane] = group.Cols[crop]->Length[cell];
+            }
+        for (int32_t k = 0; k < kDotSums; ++k)
+            group.Sums[block][k] = Floats{};
+    }
+}
+
+// One row of corners of a crop in its lane: corner k = row[edge k], 0 left of the map. The row is
+// null above the map.
+VISTATRIM_FORM_BODY void GatherRow(const double* row, const int32_t* edges, int32_t points,
+                                   double* lane)
+{
+    if (row == nullptr) {
+        for (int32_t k = 0; k < points; ++k)
+            lane[k * kLanes] = 0.0;
+        return;
+    }
+    lane[0] = edges[0] < 0 ? 0.0 : row[edges[0]];
+    for (int32_t k = 1; k < points; ++k)
+        lane[k * kLanes] = row[edges[k]];
+}
+
+// The weighted mean of each cell of a row of cells, whose corners stand `step` apart, goes to its
+// running sum. The terms of a cell are those of RegionSum in its order. Lengths are at least 1,
+// and so is an area.
+VISTATRIM_FORM_BODY void AddCells(const Doubles* upper, const Doubles* lower, int32_t step,
+                                  int32_t cells, const Floats& rowLength, const Floats* colLengths,
+                                  int32_t firstSlot, Floats* sums)
+{
+    for (int32_t j = 0; j < cells; ++j, upper += step, lower += step) {
+        const int32_t slot = firstSlot + j;
+        const Doubles inside = ((lower[step] - upper[step]) - lower[0]) + upper[0];
+        const Floats value = __builtin_convertvector(inside, Floats) / (rowLength * colLengths[j]);
+        const Floats product =
+            ((value - DescriptorMean[slot]) * DescriptorScale[slot]) * DescriptorWeights[slot];
+        sums[slot % kDotSums] += product;
+    }
+}
+
+// The 4-fold and the 8-fold grid of a table. The corners of the first are every second one of the
+// second.
+VISTATRIM_FORM_BODY void AddCoarseGrids(const double* table, int64_t stride, int32_t slot4,
+                                        int32_t slot8, Group& group)
+{
+    Doubles corners[9][kBlocks][9];
+    for (int32_t i = 0; i < 9; ++i)
+        for (int32_t crop = 0; crop < group.Blocks * kLanes; ++crop) {
+            const int32_t rowEdge = group.Rows[crop]->Edges8[i];
+            GatherRow(rowEdge < 0 ? nullptr : table + rowEdge * stride, group.Cols[crop]->Edges8, 9,
+                      reinterpret_cast<double*>(corners[i][crop / kLanes]) + crop % kLanes);
+        }
+    for (int32_t block = 0; block < group.Blocks; ++block) {
+        const Floats* const rowLengths = group.RowLengths[block];
+        const Floats* const colLengths = group.ColLengths[block];
+        Floats* const sums = group.Sums[block];
+        for (int32_t i = 0; i < 4; ++i)
+            AddCells(corners[2 * i][block], corners[2 * i + 2][block], 2, 4,
+                     rowLengths[kGridFirstCell[0] + i], colLengths + kGridFirstCell[0],
+                     slot4 + i * 4, sums);
+        for (int32_t i = 0; i < 8; ++i)
+            AddCells(corners[i][block], corners[i + 1][block], 1, 8,
+                     rowLengths[kGridFirstCell[1] + i], colLengths + kGridFirstCell[1],
+                     slot8 + i * 8, sums);
+    }
+}
+
+VISTATRIM_FORM_BODY void AddFineGrid(const double* table, int64_t stride, int32_t slot12,
+                                     Group& group)
+{
+    Doubles corners[2][kBlocks][13];
+    for (int32_t i = 0; i < 13; ++i) {
+        for (int32_t crop = 0; crop < group.Blocks * kLanes; ++crop) {
+            const int32_t rowEdge = group.Rows[crop]->Edges12[i];
+            GatherRow(rowEdge < 0 ? nullptr : table + rowEdge * stride, group.Cols[crop]->Edges12,
+                      13, reinterpret_cast<double*>(corners[i % 2][crop / kLanes]) + crop % kLanes);
+        }
+        for (int32_t block = 0; i > 0 && block < group.Blocks; ++block)
+            AddCells(corners[(i - 1) % 2][block], corners[i % 2][block], 1, 12,
+                     group.RowLengths[block][kGridFirstCell[2] + i - 1],
+                     group.ColLengths[block] + kGridFirstCell[2], slot12 + (i - 1) * 12,
+                     group.Sums[block]);
+    }
+}
+
+VISTATRIM_FORM_BODY void DotProductsBody(const double* contrast, const double* saliency,
+                                         int64_t stride, const GridLimits* const* rows,
+                                         const GridLimits* const* cols, int32_t count, float* dots)
+{
+    Group group;
+    StartGroup(rows, cols, count, group);
+    AddCoarseGrids(contrast, stride, kContrast4Slot, kContrast8Slot, group);
+    AddCoarseGrids(saliency, stride, kSaliency4Slot, kSaliency8Slot, group);
+    AddFineGrid(saliency, stride, kSaliency12Slot, group);
+    for (int32_t crop = 0; crop < count; ++crop) {
+        const Floats* const sums = group.Sums[crop / kLanes];
+        const int32_t lane = crop % kLanes;
+        float quarters[4];
+        for (int32_t k = 0; k < 4; ++k)
+            quarters[k] =
+                (sums[k][lane] + sums[4 + k][lane]) + (sums[8 + k][lane] + sums[12 + k][lane]);
+        dots[crop] = (quarters[0] + quarters[1]) + (quarters[2] + quarters[3]);
+    }
+}
+
+VISTATRIM_FORMS(DotProducts,
+                (const double* contrast, const double* saliency, int64_t stride,
+                 const GridLimits* const* rows, const GridLimits* const* cols, int32_t count,
+                 float* dots),
+                (contrast, saliency, stride, rows, cols, count, dots))
+
+} // namespace
+
+void ScoreTogether(const CDoubleMatrix& contrastTable, const CDoubleMatrix& saliencyTable,
+                   const GridLimits* const* rows, const GridLimits* const* cols, int32_t count,
+                   float* scores)
+{
+    DotProducts(contrastTable.Data, saliencyTable.Data, contrastTable.Cols, rows, cols, count,
+                scores);
+    for (int32_t crop = 0; crop < count; ++crop)
+        scores[crop] = MapModelOutput(scores[crop]);
+}
+
+} // namespace vistaTrim
