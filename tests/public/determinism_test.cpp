@@ -20,10 +20,10 @@
 
 #include <gtest/gtest.h>
 
-#include "analysis/map_access.h"
 #include "analysis/test_pictures.h"
 #include "answers.h"
 #include "numeric/cpu_forms.h"
+#include "public/analysed_picture.h"
 #include "vistaTrim/vistaTrim.h"
 
 // OpenBLAS' own calls; weak, so that these tests build with another library as well.
@@ -69,8 +69,8 @@ Results ResultsOf(const Picture& picture)
 {
     const testPictures::ImageHolder image = testPictures::MakeImage(picture);
     Results results;
-    const CMapReader reader(image.get());
-    for (const NamedMap& map : reader.Maps())
+    const CAnalysedPicture reader(*image);
+    for (const NamedPictureMap& map : reader.Maps())
         results.Maps.push_back(
             {map.Name, std::vector<float>(map.Data, map.Data + int64_t{map.Cols} * map.Rows)});
     VistaTrimParameters parameters;
