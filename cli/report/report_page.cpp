@@ -8,8 +8,8 @@
 
 #include "output/result_text.h"
 #include "report/base64.h"
+#include "report/page_assets.h"
 #include "report/report_data.h"
-#include "report_page_assets.h"
 
 namespace vistaTrim::cli {
 

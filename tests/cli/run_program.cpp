@@ -2,9 +2,12 @@
 
 #include <cstdio>
 #include <cstdlib>
+#include <stdexcept>
+#include <thread>
 
 #include <fcntl.h>
 #include <sys/wait.h>
+#include <termios.h>
 #include <unistd.h>
 
 #include "photo/sample_pictures.h"
@@ -15,7 +18,7 @@ namespace {
 
 void Redirect(const std::string& path, int flags, int descriptor)
 {
-    const int opened = open(path.c_str(), flags, 0644);
+    const int opened = open(path.c_str(), flags | O_NOCTTY, 0644);
     if (opened < 0 || dup2(opened, descriptor) < 0)
         _exit(126);
     close(opened);
@@ -43,6 +46,61 @@ pid_t Spawn(const std::vector<std::string>& arguments, const std::string& in,
     _exit(127);
 }
 
+// What is written to it comes out as it was written.
+class PseudoTerminal {
+public:
+    PseudoTerminal()
+    {
+        Master = posix_openpt(O_RDWR | O_NOCTTY | O_CLOEXEC);
+        if (Master < 0 || grantpt(Master) != 0 || unlockpt(Master) != 0)
+            throw std::runtime_error("no pseudo-terminal");
+        char name[64] = {};
+        if (ptsname_r(Master, name, sizeof name) != 0)
+            throw std::runtime_error("a pseudo-terminal without a name");
+        SlaveName = name;
+        // Held open, so that the master does not fail before the program opens its end.
+        Slave = open(name, O_RDWR | O_NOCTTY | O_CLOEXEC);
+        termios settings = {};
+        tcgetattr(Slave, &settings);
+        cfmakeraw(&settings);
+        tcsetattr(Slave, TCSANOW, &settings);
+    }
+    ~PseudoTerminal()
+    {
+        Finish();
+        close(Master);
+    }
+    PseudoTerminal(const PseudoTerminal&) = delete;
+    PseudoTerminal& operator=(const PseudoTerminal&) = delete;
+
+    const std::string& Name() const
+    {
+        return SlaveName;
+    }
+
+    // Until Finish was called and everything is read.
+    std::string ReadAll()
+    {
+        std::string text;
+        char block[4096];
+        for (ssize_t count = 0; (count = read(Master, block, sizeof block)) > 0;)
+            text.append(block, static_cast<size_t>(count));
+        return text;
+    }
+
+    void Finish()
+    {
+        if (Slave >= 0)
+            close(Slave);
+        Slave = -1;
+    }
+
+private:
+    int Master = -1;
+    int Slave = -1;
+    std::string SlaveName;
+};
+
 } // namespace
 
 pid_t BeginProgram(const std::vector<std::string>& arguments)
@@ -62,13 +120,26 @@ Outcome RunProgram(const std::vector<std::string>& arguments, const RunOptions& 
 {
     const photo::TempFolder folder;
     photo::WriteText(folder.Path("in"), options.Input);
-    const std::string out = options.OutTo.empty() ? folder.Path("out") : options.OutTo;
-    const pid_t child =
-        Spawn(arguments, folder.Path("in"), out, folder.Path("err"), options.AsNobody);
+    PseudoTerminal outTerminal;
+    PseudoTerminal errTerminal;
+    const std::string out = options.OutIsTerminal   ? outTerminal.Name()
+                            : options.OutTo.empty() ? folder.Path("out")
+                                                    : options.OutTo;
+    const std::string err = options.ErrIsTerminal ? errTerminal.Name() : folder.Path("err");
+    const pid_t child = Spawn(arguments, folder.Path("in"), out, err, options.AsNobody);
     Outcome outcome;
+    // A terminal holds little: whoever writes more waits until somebody reads.
+    std::thread outReader([&] { outcome.Out = outTerminal.ReadAll(); });
+    std::thread errReader([&] { outcome.Err = errTerminal.ReadAll(); });
     outcome.Status = WaitFor(child);
-    outcome.Out = options.OutTo.empty() ? photo::ReadText(out) : "";
-    outcome.Err = photo::ReadText(folder.Path("err"));
+    outTerminal.Finish();
+    errTerminal.Finish();
+    outReader.join();
+    errReader.join();
+    if (!options.OutIsTerminal && options.OutTo.empty())
+        outcome.Out = photo::ReadText(out);
+    if (!options.ErrIsTerminal)
+        outcome.Err = photo::ReadText(err);
     return outcome;
 }
 

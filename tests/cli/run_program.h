@@ -16,9 +16,11 @@ struct Outcome {
 };
 
 struct RunOptions {
-    std::string Input;     // standard input
-    std::string OutTo;     // standard output goes to this file instead
-    bool AsNobody = false; // as a user without rights, if the tests run as root
+    std::string Input;          // standard input
+    std::string OutTo;          // standard output goes to this file instead
+    bool AsNobody = false;      // as a user without rights, if the tests run as root
+    bool OutIsTerminal = false; // standard output is a pseudo-terminal
+    bool ErrIsTerminal = false;
 };
 
 Outcome RunProgram(const std::vector<std::string>& arguments, const RunOptions& options = {});
