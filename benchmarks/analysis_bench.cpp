@@ -14,11 +14,11 @@
 #include <vector>
 
 #include "analysis/multi_scale_edges.h"
-#include "analysis/owned_stack.h"
 #include "analysis/saliency_driver.h"
 #include "analysis/strip_contrast.h"
 #include "numeric/aligned_memory.h"
 #include "numeric/image_kernels.h"
+#include "numeric/owned_stack.h"
 #include "numeric/summed_area.h"
 #include "numeric/vector_ops.h"
 #include "scoring/crop_analyzer.h"
@@ -64,11 +64,11 @@ struct Stages {
         Sides.Create(4, kCols, kRows);
         Planes.Create(3, kCols, kRows);
         Pixels.FillFromBytes(Bytes.data());
-        SmoothStack(Pixels, Blurred, double(0.7f));
-        BuildTables(Blurred);
+        SmoothStack(Pixels.Handle(), Blurred.Handle(), double(0.7f));
+        BuildTables(Blurred.Handle());
         Map.Resize(kRows, kCols);
         Table.Resize(kRows, kCols);
-        ComputeTopContrast(Blurred, Out, 0.25f);
+        ComputeTopContrast(Blurred.Handle(), Out.Handle(), 0.25f);
         std::copy_n(Out.Planes[0], kCount, Map.Data);
         BuildSummedAreaTable(Map, Table);
     }
@@ -125,7 +125,7 @@ void FillAndSmooth(benchmark::State& state)
     Stages& s = Shared();
     for (auto _ : state) {
         s.Pixels.FillFromBytes(s.Bytes.data());
-        SmoothStack(s.Pixels, s.Planes, double(0.7f));
+        SmoothStack(s.Pixels.Handle(), s.Planes.Handle(), double(0.7f));
     }
     CountPixels(state);
 }
@@ -135,7 +135,8 @@ void PlaneTables(benchmark::State& state)
 {
     Stages& s = Shared();
     for (auto _ : state) {
-        COwnedStack stack;
+        COwnedStack ownStack;
+        CPlaneStack& stack = ownStack.Handle();
         stack.Create(3, kCols, kRows);
         for (size_t k = 0; k < 3; ++k)
             std::swap(stack.Planes[k], s.Planes.Planes[k]);
@@ -151,8 +152,8 @@ void JointContrasts(benchmark::State& state)
 {
     Stages& s = Shared();
     for (auto _ : state) {
-        ComputeTopContrast(s.Blurred, s.Out, 0.25f);
-        ComputeBottomContrast(s.Blurred, s.Out, 0.25f);
+        ComputeTopContrast(s.Blurred.Handle(), s.Out.Handle(), 0.25f);
+        ComputeBottomContrast(s.Blurred.Handle(), s.Out.Handle(), 0.25f);
     }
     CountPixels(state);
 }
@@ -161,11 +162,11 @@ BENCHMARK(JointContrasts)->Name("JointContrasts/top_bottom")->Unit(benchmark::kM
 void PlaneContrasts(benchmark::State& state)
 {
     Stages& s = Shared();
-    const std::vector<CPlaneStack> views = SplitPlaneViews(s.Blurred);
+    const std::vector<CPlaneStack> views = SplitPlaneViews(s.Blurred.Handle());
     for (auto _ : state)
         for (const CPlaneStack& view : views) {
-            ComputeTopContrast(view, s.Out, 0.25f);
-            ComputeBottomContrast(view, s.Out, 0.25f);
+            ComputeTopContrast(view, s.Out.Handle(), 0.25f);
+            ComputeBottomContrast(view, s.Out.Handle(), 0.25f);
         }
     CountPixels(state);
 }
@@ -178,7 +179,7 @@ void SideContrasts(benchmark::State& state)
     for (size_t k = 0; k < 4; ++k)
         outs[k].WrapPlane(kCols, kRows, s.Sides.Planes[k]);
     for (auto _ : state)
-        ComputeSideContrasts(s.Blurred, outs, 0.2f);
+        ComputeSideContrasts(s.Blurred.Handle(), outs, 0.2f);
     CountPixels(state);
 }
 BENCHMARK(SideContrasts)->Name("SideContrasts/4sides")->Unit(benchmark::kMillisecond);
@@ -187,7 +188,7 @@ void MultiScaleEdges(benchmark::State& state)
 {
     Stages& s = Shared();
     for (auto _ : state)
-        ComputeMultiScaleEdges(s.Pixels, s.Out, false, false, {0.04f, 0.2f});
+        ComputeMultiScaleEdges(s.Pixels.Handle(), s.Out.Handle(), false, false, {0.04f, 0.2f});
     CountPixels(state);
 }
 BENCHMARK(MultiScaleEdges)->Name("MultiScaleEdges/2scales")->Unit(benchmark::kMillisecond);

@@ -29,10 +29,10 @@
 
 #include "analysis/border_contrast.h"
 #include "analysis/multi_scale_edges.h"
-#include "analysis/owned_stack.h"
 #include "numeric/cpu_forms.h"
 #include "numeric/image_kernels.h"
 #include "numeric/linear_algebra.h"
+#include "numeric/owned_stack.h"
 #include "vistaTrim/vistaTrim.h"
 
 using namespace vistaTrim;
@@ -196,15 +196,15 @@ void TimeStages(const Picture& picture, std::vector<double> (&times)[kRows])
     };
     time(kSmoothing, [&] {
         pixels.FillFromBytes(picture.Pixels.data());
-        SmoothStack(pixels, blurred, 0.7f);
+        SmoothStack(pixels.Handle(), blurred.Handle(), 0.7f);
     });
-    time(kBorders, [&] { MeasureBorderContrasts(blurred, scratch.Planes[0], borders); });
+    time(kBorders, [&] { MeasureBorderContrasts(blurred.Handle(), scratch.Planes[0], borders); });
     time(kCoarseEdges, [&] {
-        ComputeMultiScaleEdges(pixels, scratch, false, false, {0.04f, 0.2f});
+        ComputeMultiScaleEdges(pixels.Handle(), scratch.Handle(), false, false, {0.04f, 0.2f});
     });
     time(kEdgeGradients, [&] {
-        BlurPlanes(pixels, 2.0f, blurred.Planes.data());
-        SumGradientStrengths(blurred, scratch.Planes[0]);
+        BlurPlanes(pixels.Handle(), 2.0f, blurred.Planes.data());
+        SumGradientStrengths(blurred.Handle(), scratch.Planes[0]);
     });
 }
 

@@ -6,12 +6,12 @@
 #include <vector>
 
 #include "analysis/distance_maps.h"
-#include "analysis/owned_stack.h"
 #include "analysis/saliency_driver.h"
 #include "analysis/strip_contrast.h"
 #include "analysis/strip_moments.h"
 #include "numeric/cpu_forms.h"
 #include "numeric/linear_algebra.h"
+#include "numeric/owned_stack.h"
 #include "numeric/summed_area.h"
 #include "numeric/vector_ops.h"
 
@@ -400,10 +400,10 @@ void ComputeBorderContrastsStepwise(CPlaneStack& blurred, float* scratch,
     COwnedStack planeStack;
     planeStack.Create(1, cols, rows);
     for (const CPlaneStack& view : SplitPlaneViews(blurred)) {
-        ComputeTopContrast(view, planeStack, kAnchorFraction);
-        AddPlanes(topStack, planeStack, kPlaneWeight);
-        ComputeBottomContrast(view, planeStack, kAnchorFraction);
-        AddPlanes(bottomStack, planeStack, kPlaneWeight);
+        ComputeTopContrast(view, planeStack.Handle(), kAnchorFraction);
+        AddPlanes(topStack, planeStack.Handle(), kPlaneWeight);
+        ComputeBottomContrast(view, planeStack.Handle(), kAnchorFraction);
+        AddPlanes(bottomStack, planeStack.Handle(), kPlaneWeight);
     }
     NormalisePlane(scratch, count);
     NormalisePlane(maps.Contrast, count);

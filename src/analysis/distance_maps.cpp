@@ -3,9 +3,9 @@
 #include <algorithm>
 #include <cmath>
 
-#include "analysis/owned_stack.h"
 #include "numeric/cpu_forms.h"
 #include "numeric/linear_algebra.h"
+#include "numeric/owned_stack.h"
 #include "numeric/vector_ops.h"
 
 namespace vistaTrim {

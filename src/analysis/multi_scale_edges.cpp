@@ -3,9 +3,9 @@
 #include <algorithm>
 #include <list>
 
-#include "analysis/owned_stack.h"
 #include "numeric/cpu_forms.h"
 #include "numeric/image_kernels.h"
+#include "numeric/owned_stack.h"
 #include "numeric/vector_ops.h"
 
 namespace vistaTrim {
@@ -61,7 +61,7 @@ void ComputeMultiScaleEdges(const CPlaneStack& source, CPlaneStack& out, bool no
             continue;
         COwnedStack& scaled = scaledStacks.emplace_back();
         scaled.Create(source.PlaneCount, cols, rows);
-        ResizeStackLinear(source, scaled);
+        ResizeStackLinear(source, scaled.Handle());
         refusal = refusal || std::min(cols, rows) < 2;
     }
 
@@ -92,7 +92,7 @@ void ComputeMultiScaleEdges(const CPlaneStack& source, CPlaneStack& out, bool no
         smallSmoothed.WrapPlaneOnly(cols, rows, smoothBuffer);
         fullEdges.WrapPlaneOnly(source.Cols, source.Rows, full);
 
-        SumGradientStrengths(scaled, edgeBuffer); // no plane counts more than another
+        SumGradientStrengths(scaled.Handle(), edgeBuffer); // no plane counts more than another
         NormalisePlane(edgeBuffer, count);
         if (normaliseRows)
             NormaliseRowsBySum(smallEdges);

@@ -7,10 +7,10 @@
 #include <new>
 
 #include "analysis/multi_scale_edges.h"
-#include "analysis/owned_stack.h"
 #include "analysis/saliency_driver.h"
 #include "numeric/aligned_memory.h"
 #include "numeric/image_kernels.h"
+#include "numeric/owned_stack.h"
 #include "numeric/plane_stack.h"
 #include "numeric/raw_kernels.h"
 #include "numeric/summed_area.h"
@@ -71,7 +71,7 @@ void SumColourEdges(const CPlaneStack& pixels, CFloatMatrix& edgeMap)
     COwnedStack planes;
     planes.Create(3, pixels.Cols, pixels.Rows);
     BlurPlanes(pixels, kEdgeBlurSigma, planes.Planes.data());
-    SumGradientStrengths(planes, edgeMap.Data);
+    SumGradientStrengths(planes.Handle(), edgeMap.Data);
 }
 
 // Rows taken through all their steps while they are in the cache.
@@ -244,13 +244,13 @@ void CPictureAnalysis::FillMaps(const uint8_t* bytes, CNormalisation* scales)
                                         Maps[MapColorContrast].Data,
                                         {Maps[MapSideTop].Data, Maps[MapSideBottom].Data,
                                          Maps[MapSideLeft].Data, Maps[MapSideRight].Data}};
-    const SaliencyMapScales saliency = MeasureSaliencyMaps(pixels, buffers);
+    const SaliencyMapScales saliency = MeasureSaliencyMaps(pixels.Handle(), buffers);
     scales[MapContrast] = saliency.ContrastMap;
     scales[MapSaliency] = saliency.SaliencyMap;
     scales[MapColorContrast] = saliency.ColorContrastMap;
     std::copy_n(saliency.SideMaps, kPictureSides, scales + MapSideTop);
 
-    SumColourEdges(pixels, Maps[MapEdge]);
+    SumColourEdges(pixels.Handle(), Maps[MapEdge]);
     scales[MapEdge] = CleanEdgeMap(Maps[MapEdge]);
 }
 

@@ -5,9 +5,9 @@
 
 #include "analysis/border_contrast.h"
 #include "analysis/multi_scale_edges.h"
-#include "analysis/owned_stack.h"
 #include "numeric/cpu_forms.h"
 #include "numeric/image_kernels.h"
+#include "numeric/owned_stack.h"
 #include "numeric/vector_ops.h"
 
 namespace vistaTrim {
@@ -54,11 +54,11 @@ SaliencyMapScales MeasureSaliencyMaps(const CPlaneStack& pixels, const SaliencyM
         COwnedStack scratch;
         blurred.Create(3, cols, rows);
         scratch.Create(1, cols, rows);
-        SmoothStack(pixels, blurred, kStripSigma);
+        SmoothStack(pixels, blurred.Handle(), kStripSigma);
         BorderContrastMaps maps = {buffers.ContrastMap, buffers.ColorContrastMap, {}};
         std::copy_n(buffers.SideMaps, 4, maps.Sides);
         const BorderContrastScales borders =
-            MeasureBorderContrasts(blurred, scratch.Planes[0], maps);
+            MeasureBorderContrasts(blurred.Handle(), scratch.Planes[0], maps);
         scales.ContrastMap = borders.Contrast;
         scales.ColorContrastMap = borders.ColorContrast;
         std::copy_n(borders.Sides, 4, scales.SideMaps);
@@ -88,7 +88,7 @@ void ComputeSaliencyMaps(const uint8_t* pixels, int32_t cols, int32_t rows,
     COwnedStack planes;
     planes.Create(3, cols, rows);
     planes.FillFromBytes(pixels);
-    const SaliencyMapScales scales = MeasureSaliencyMaps(planes, buffers);
+    const SaliencyMapScales scales = MeasureSaliencyMaps(planes.Handle(), buffers);
     scales.ContrastMap.Apply(buffers.ContrastMap, planes.ElementCount);
     scales.SaliencyMap.Apply(buffers.SaliencyMap, planes.ElementCount);
     for (size_t side = 0; side < 4; ++side)

@@ -4,7 +4,7 @@
 #include <cmath>
 
 #include "analysis/distance_maps.h"
-#include "analysis/owned_stack.h"
+#include "numeric/owned_stack.h"
 #include "numeric/vector_ops.h"
 
 namespace vistaTrim {
@@ -54,11 +54,11 @@ void MeasureGroup(const CPlaneStack& stack, CPlaneStack& out, const StripGroup& 
     COwnedStack covariance;
     mean.Create(1, stack.PlaneCount, 1);
     covariance.Create(1, stack.PlaneCount, stack.PlaneCount);
-    ComputeStripStatistics(stack, mean, covariance, group);
+    ComputeStripStatistics(stack, mean.Handle(), covariance.Handle(), group);
     if (stack.PlaneCount == 1)
-        ComputeScalarDistanceMap(stack, out, mean, covariance, normalise);
+        ComputeScalarDistanceMap(stack, out, mean.Handle(), covariance.Handle(), normalise);
     else
-        ComputeMahalanobisMap(stack, out, mean, covariance, normalise);
+        ComputeMahalanobisMap(stack, out, mean.Handle(), covariance.Handle(), normalise);
 }
 
 // The two distances are added with their natural weights; only their sum is brought to 0..1.
@@ -68,8 +68,8 @@ void ComputeAnchoredContrast(const CPlaneStack& stack, CPlaneStack& out, const S
     COwnedStack restDistance;
     restDistance.Create(1, stack.Cols, stack.Rows);
     MeasureGroup(stack, out, anchor, false);
-    MeasureGroup(stack, restDistance, rest, false);
-    AddPlanes(out, restDistance, 1.0f);
+    MeasureGroup(stack, restDistance.Handle(), rest, false);
+    AddPlanes(out, restDistance.Handle(), 1.0f);
     NormalisePlane(out.Planes[0], out.ElementCount);
 }
 

@@ -32,14 +32,16 @@ double* NewDoubles(uint32_t count)
 
 } // namespace
 
-CFloatArray::CFloatArray(uint32_t count) : Count(count), Data(NewFloats(count))
+CFloatArray::CFloatArray(uint32_t count) : Count(count), Owned(NewFloats(count))
 {
+    Data = Owned.get();
 }
 
-CFloatArray::~CFloatArray()
+void CFloatArray::View(uint32_t count, float* data)
 {
-    if (Count != 0 && !Borrowed)
-        delete[] Data;
+    Count = count;
+    Data = count != 0 ? data : nullptr;
+    Owned.reset();
 }
 
 void CFloatArray::CopyFrom(const CFloatArray& other)
@@ -57,7 +59,7 @@ void CFloatArray::Swap(CFloatArray& other)
 {
     std::swap(Count, other.Count);
     std::swap(Data, other.Data);
-    std::swap(Borrowed, other.Borrowed);
+    std::swap(Owned, other.Owned);
 }
 
 void CFloatMatrix::Resize(uint32_t rows, uint32_t cols)
@@ -75,11 +77,7 @@ void CFloatMatrix::Resize(uint32_t rows, uint32_t cols)
 void CFloatMatrix::Borrow(uint32_t rows, uint32_t cols, float* data)
 {
     RefuseOversized(rows * cols, kFloatLimit);
-    CFloatArray given;
-    given.Count = rows * cols;
-    given.Data = given.Count != 0 ? data : nullptr;
-    given.Borrowed = true;
-    Swap(given);
+    View(rows * cols, data);
     Rows = rows;
     Cols = cols;
 }
@@ -103,14 +101,16 @@ void CFloatMatrix::CopyFrom(const CFloatMatrix& other)
     Cols = other.Cols;
 }
 
-CDoubleArray::CDoubleArray(uint32_t count) : Count(count), Data(NewDoubles(count))
+CDoubleArray::CDoubleArray(uint32_t count) : Count(count), Owned(NewDoubles(count))
 {
+    Data = Owned.get();
 }
 
-CDoubleArray::~CDoubleArray()
+void CDoubleArray::View(uint32_t count, double* data)
 {
-    if (Count != 0 && !Borrowed)
-        delete[] Data;
+    Count = count;
+    Data = count != 0 ? data : nullptr;
+    Owned.reset();
 }
 
 void CDoubleArray::CopyFrom(const CDoubleArray& other)
@@ -128,7 +128,7 @@ void CDoubleArray::Swap(CDoubleArray& other)
 {
     std::swap(Count, other.Count);
     std::swap(Data, other.Data);
-    std::swap(Borrowed, other.Borrowed);
+    std::swap(Owned, other.Owned);
 }
 
 void CDoubleMatrix::Resize(uint32_t rows, uint32_t cols)
@@ -146,11 +146,7 @@ void CDoubleMatrix::Resize(uint32_t rows, uint32_t cols)
 void CDoubleMatrix::Borrow(uint32_t rows, uint32_t cols, double* data)
 {
     RefuseOversized(rows * cols, kDoubleLimit);
-    CDoubleArray given;
-    given.Count = rows * cols;
-    given.Data = given.Count != 0 ? data : nullptr;
-    given.Borrowed = true;
-    Swap(given);
+    View(rows * cols, data);
     Rows = rows;
     Cols = cols;
 }

@@ -3,6 +3,7 @@
 #define VISTATRIM_NUMERIC_MATRIX_H
 
 #include <cstdint>
+#include <memory>
 
 namespace vistaTrim {
 
@@ -11,13 +12,12 @@ struct CMatrixSize {
     uint32_t Cols = 0;
 };
 
-// Storage of Count floats, owned unless it is borrowed; Data is null when Count is 0.
+// Count floats at Data, which is null when Count is 0.
 class CFloatArray {
 public:
     CFloatArray() = default;
     // New storage, contents undefined. 2^30 elements or more: std::bad_alloc, nothing tried.
     explicit CFloatArray(uint32_t count);
-    ~CFloatArray();
     CFloatArray(const CFloatArray&) = delete;
     CFloatArray& operator=(const CFloatArray&) = delete;
 
@@ -27,7 +27,13 @@ public:
 
     uint32_t Count = 0;
     float* Data = nullptr;
-    bool Borrowed = false; // Data belongs to somebody else
+
+protected:
+    // Count elements that somebody else keeps. Owned storage is given up.
+    void View(uint32_t count, float* data);
+
+private:
+    std::unique_ptr<float[]> Owned; // empty if Data belongs to somebody else
 };
 
 class CFloatMatrix : public CMatrixSize, public CFloatArray {
@@ -50,7 +56,6 @@ class CDoubleArray {
 public:
     CDoubleArray() = default;
     explicit CDoubleArray(uint32_t count);
-    ~CDoubleArray();
     CDoubleArray(const CDoubleArray&) = delete;
     CDoubleArray& operator=(const CDoubleArray&) = delete;
 
@@ -59,7 +64,12 @@ public:
 
     uint32_t Count = 0;
     double* Data = nullptr;
-    bool Borrowed = false; // Data belongs to somebody else
+
+protected:
+    void View(uint32_t count, double* data);
+
+private:
+    std::unique_ptr<double[]> Owned;
 };
 
 class CDoubleMatrix : public CMatrixSize, public CDoubleArray {

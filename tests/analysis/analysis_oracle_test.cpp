@@ -22,10 +22,10 @@
 #include <gtest/gtest.h>
 
 #include "analysis/multi_scale_edges.h"
-#include "analysis/owned_stack.h"
 #include "analysis/saliency_driver.h"
 #include "analysis/strip_contrast.h"
 #include "numeric/image_kernels.h"
+#include "numeric/owned_stack.h"
 #include "numeric/summed_area.h"
 #include "oracle/slow_analysis.h"
 #include "oracle/synthetic_images.h"
@@ -317,8 +317,10 @@ TEST(AnalysisOracle, FromTheSamePlanesStatisticsHaveTheSameBits)
         for (const auto& [cols, rows] : {std::pair(640, 480), std::pair(640, 64)}) {
             SCOPED_TRACE(testing::Message() << name << " " << cols << " x " << rows);
             const slowOracle::Picture picture = slowOracle::MakePicture(name, cols, rows);
-            COwnedStack pixels;
-            COwnedStack blurred;
+            COwnedStack ownPixels;
+            CPlaneStack& pixels = ownPixels.Handle();
+            COwnedStack ownBlurred;
+            CPlaneStack& blurred = ownBlurred.Handle();
             pixels.Create(3, cols, rows);
             blurred.Create(3, cols, rows);
             pixels.FillFromBytes(picture.Bytes.data());
@@ -338,8 +340,10 @@ TEST(AnalysisOracle, FromTheSamePlanesStatisticsHaveTheSameBits)
 
             const BorderStrips strips = MakeBorderStrips(cols, rows, 0.25f);
             const int band = slowOracle::StripBand(cols, rows, 0.25f);
-            COwnedStack mean;
-            COwnedStack covariance;
+            COwnedStack ownMean;
+            CPlaneStack& mean = ownMean.Handle();
+            COwnedStack ownCovariance;
+            CPlaneStack& covariance = ownCovariance.Handle();
             mean.Create(1, 3, 1);
             covariance.Create(1, 3, 3);
             ComputeStripStatistics(blurred, mean, covariance,
@@ -352,7 +356,8 @@ TEST(AnalysisOracle, FromTheSamePlanesStatisticsHaveTheSameBits)
             EXPECT_EQ(PlaneOf(covariance), statistics.Covariance);
 
             const auto precision = slowOracle::InversePrecision::kSingle;
-            COwnedStack out;
+            COwnedStack ownOut;
+            CPlaneStack& out = ownOut.Handle();
             out.Create(4, cols, rows);
             ComputeTopContrast(blurred, out, 0.25f);
             contrasts =
@@ -433,9 +438,12 @@ MapsApart SaliencyApart(const slowOracle::Picture& picture)
 {
     const int cols = picture.Cols;
     const int rows = picture.Rows;
-    COwnedStack pixels;
-    COwnedStack blurred;
-    COwnedStack maps;
+    COwnedStack ownPixels;
+    CPlaneStack& pixels = ownPixels.Handle();
+    COwnedStack ownBlurred;
+    CPlaneStack& blurred = ownBlurred.Handle();
+    COwnedStack ownMaps;
+    CPlaneStack& maps = ownMaps.Handle();
     pixels.Create(3, cols, rows);
     blurred.Create(3, cols, rows);
     maps.Create(7, cols, rows);
@@ -558,8 +566,10 @@ TEST(AnalysisOracle, MultiScaleEdgesAgreeWithEverySwitch)
                 SCOPED_TRACE(testing::Message() << cols << " x " << rows);
                 const slowOracle::Picture picture =
                     slowOracle::MakePicture("photograph:2", cols, rows);
-                COwnedStack pixels;
-                COwnedStack out;
+                COwnedStack ownPixels;
+                CPlaneStack& pixels = ownPixels.Handle();
+                COwnedStack ownOut;
+                CPlaneStack& out = ownOut.Handle();
                 pixels.Create(3, cols, rows);
                 out.Create(1, cols, rows);
                 pixels.FillFromBytes(picture.Bytes.data());

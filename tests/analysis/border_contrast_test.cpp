@@ -7,11 +7,11 @@
 #include <string>
 #include <vector>
 
-#include "analysis/owned_stack.h"
 #include "analysis/test_pictures.h"
 #include "numeric/image_kernels.h"
 #include "numeric/kernel_test_support.h"
 #include "numeric/linear_algebra.h"
+#include "numeric/owned_stack.h"
 
 namespace vistaTrim {
 namespace {
@@ -35,9 +35,10 @@ struct Maps {
     BorderContrastMaps Buffers;
 };
 
-void Blur(const Picture& picture, COwnedStack& blurred)
+void Blur(const Picture& picture, CPlaneStack& blurred)
 {
-    COwnedStack pixels;
+    COwnedStack ownPixels;
+    CPlaneStack& pixels = ownPixels.Handle();
     pixels.Create(3, picture.Cols, picture.Rows);
     pixels.FillFromBytes(picture.Bytes.data());
     blurred.Create(3, picture.Cols, picture.Rows);
@@ -84,7 +85,8 @@ TEST(BorderContrast, SweepHasTheBitsOfTheStepwiseFormInEveryVariant)
         GTEST_SKIP() << "the sweep is not used with BLAS, whose products round in their own way";
     const FormScope scope;
     for (const Picture& picture : OrdinaryPictures()) {
-        COwnedStack blurred;
+        COwnedStack ownBlurred;
+        CPlaneStack& blurred = ownBlurred.Handle();
         Blur(picture, blurred);
         Maps expected(blurred);
         SelectCpuForm(CpuFormPlain);
@@ -107,7 +109,8 @@ TEST(BorderContrast, SweepHasTheBitsOfTheStepwiseFormInEveryVariant)
 // below -10: it has no root, and the joint covariance is indefinite. No picture tried came near.
 TEST(BorderContrast, OfAModelWithoutARootIsTheStepwiseOne)
 {
-    COwnedStack blurred;
+    COwnedStack ownBlurred;
+    CPlaneStack& blurred = ownBlurred.Handle();
     blurred.Create(3, 640, 480);
     for (size_t k = 0; k < 3; ++k)
         std::fill_n(blurred.Planes[k], blurred.ElementCount, 3000.7f + 11.3f * float(k));
@@ -118,7 +121,8 @@ TEST(BorderContrast, OfAModelWithoutARootIsTheStepwiseOne)
     Maps found(blurred);
     Finish(found, MeasureBorderContrasts(blurred, found.Scratch.Planes[0], found.Buffers));
     EXPECT_TRUE(blurred.TablesBuilt);
-    COwnedStack again;
+    COwnedStack ownAgain;
+    CPlaneStack& again = ownAgain.Handle();
     again.Create(3, 640, 480);
     for (size_t k = 0; k < 3; ++k)
         std::copy_n(blurred.Planes[k], blurred.ElementCount, again.Planes[k]);
@@ -130,13 +134,15 @@ TEST(BorderContrast, OfAModelWithoutARootIsTheStepwiseOne)
 TEST(BorderContrast, IsTheStepwiseOneWithEitherLinearAlgebra)
 {
     const Picture picture = testPictures::Blobs(320, 200, 7);
-    COwnedStack blurred;
+    COwnedStack ownBlurred;
+    CPlaneStack& blurred = ownBlurred.Handle();
     Blur(picture, blurred);
     Maps found(blurred);
     Finish(found, MeasureBorderContrasts(blurred, found.Scratch.Planes[0], found.Buffers));
     EXPECT_EQ(blurred.TablesBuilt, !kFixedOrder);
 
-    COwnedStack again;
+    COwnedStack ownAgain;
+    CPlaneStack& again = ownAgain.Handle();
     Blur(picture, again);
     Maps expected(again);
     ComputeBorderContrastsStepwise(again, expected.Scratch.Planes[0], expected.Buffers);

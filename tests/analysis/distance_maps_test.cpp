@@ -9,6 +9,7 @@
 
 #include "numeric/kernel_test_support.h"
 #include "numeric/linear_algebra.h"
+#include "numeric/owned_stack.h"
 #include "numeric/vector_ops.h"
 
 namespace vistaTrim {
@@ -38,13 +39,6 @@ struct Scene {
                                                            : 310.7f / static_cast<float>(1 + i + j);
         }
     }
-    ~Scene()
-    {
-        Covariance.Release();
-        Mean.Release();
-    }
-    Scene(const Scene&) = delete;
-    Scene& operator=(const Scene&) = delete;
 
     void SetCovariance(const std::vector<float>& values)
     {
@@ -52,19 +46,19 @@ struct Scene {
     }
     void Mahalanobis(bool normalise)
     {
-        ComputeMahalanobisMap(Stack, OutStack, Mean, Covariance, normalise);
+        ComputeMahalanobisMap(Stack, OutStack, Mean.Handle(), Covariance.Handle(), normalise);
     }
     void Scalar(bool normalise)
     {
-        ComputeScalarDistanceMap(Stack, OutStack, Mean, Covariance, normalise);
+        ComputeScalarDistanceMap(Stack, OutStack, Mean.Handle(), Covariance.Handle(), normalise);
     }
 
     std::vector<GuardedPlane> Planes;
     GuardedPlane Out;
     CPlaneStack Stack;
     CPlaneStack OutStack;
-    CPlaneStack Mean;
-    CPlaneStack Covariance;
+    COwnedStack Mean;
+    COwnedStack Covariance;
 };
 
 // One product of the whole plane, then one pass for each further step.

@@ -6,26 +6,22 @@
 #include <gtest/gtest.h>
 
 #include "numeric/image_kernels.h"
+#include "numeric/owned_stack.h"
 #include "numeric/vector_ops.h"
 
 namespace vistaTrim {
 namespace {
 
 struct Stack {
-    CPlaneStack Planes;
+    COwnedStack Own;
+    CPlaneStack& Planes = Own.Handle();
 
     Stack(int32_t planes, int32_t cols, int32_t rows)
     {
-        Planes.Create(planes, cols, rows);
+        Own.Create(planes, cols, rows);
         for (float* plane : Planes.Planes)
             std::fill_n(plane, Planes.ElementCount, 0.0f);
     }
-    ~Stack()
-    {
-        Planes.Release();
-    }
-    Stack(const Stack&) = delete;
-    Stack& operator=(const Stack&) = delete;
 
     float* Plane(size_t k)
     {

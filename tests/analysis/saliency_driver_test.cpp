@@ -9,6 +9,7 @@
 #include "analysis/multi_scale_edges.h"
 #include "analysis/strip_contrast.h"
 #include "numeric/image_kernels.h"
+#include "numeric/owned_stack.h"
 #include "numeric/summed_area.h"
 #include "numeric/vector_ops.h"
 #include "test_pictures.h"
@@ -133,7 +134,10 @@ TEST(SaliencyDriver, FusesTheStagesInOrder)
     const int32_t n = cols * rows;
     const Maps maps(picture);
 
-    CPlaneStack pixels, blurred, scratch;
+    COwnedStack ownPixels, ownBlurred, ownScratch;
+    CPlaneStack& pixels = ownPixels.Handle();
+    CPlaneStack& blurred = ownBlurred.Handle();
+    CPlaneStack& scratch = ownScratch.Handle();
     pixels.Create(3, cols, rows);
     blurred.Create(3, cols, rows);
     scratch.Create(1, cols, rows);
@@ -178,9 +182,6 @@ TEST(SaliencyDriver, FusesTheStagesInOrder)
     EXPECT_EQ(maps.ColorContrast(), color);
     EXPECT_EQ(maps.Contrast(), enriched);
     EXPECT_EQ(maps.Saliency(), saliency);
-    scratch.Release();
-    blurred.Release();
-    pixels.Release();
 }
 
 TEST(SaliencyDriver, SideStripsAreAFifthOfTheShorterSide)

@@ -7,6 +7,7 @@
 #include <gtest/gtest.h>
 
 #include "analysis/saliency_driver.h"
+#include "numeric/owned_stack.h"
 #include "numeric/plane_stack.h"
 #include "numeric/summed_area.h"
 
@@ -15,18 +16,13 @@ namespace {
 
 // A stack with its tables, released with its scope.
 struct TabledStack {
-    CPlaneStack Stack;
+    COwnedStack Planes;
+    CPlaneStack& Stack = Planes.Handle();
 
     TabledStack(int32_t planes, int32_t cols, int32_t rows)
     {
-        Stack.Create(planes, cols, rows);
+        Planes.Create(planes, cols, rows);
     }
-    ~TabledStack()
-    {
-        Stack.Release();
-    }
-    TabledStack(const TabledStack&) = delete;
-    TabledStack& operator=(const TabledStack&) = delete;
 
     float& At(int plane, int32_t row, int32_t col)
     {
@@ -43,22 +39,15 @@ struct TabledStack {
 };
 
 struct Statistics {
-    CPlaneStack Mean;
-    CPlaneStack Covariance;
+    COwnedStack Mean;
+    COwnedStack Covariance;
 
     Statistics(const CPlaneStack& stack, const std::vector<CStripRect>& group)
     {
         Mean.Create(1, stack.PlaneCount, 1);
         Covariance.Create(1, stack.PlaneCount, stack.PlaneCount);
-        ComputeStripStatistics(stack, Mean, Covariance, group);
+        ComputeStripStatistics(stack, Mean.Handle(), Covariance.Handle(), group);
     }
-    ~Statistics()
-    {
-        Mean.Release();
-        Covariance.Release();
-    }
-    Statistics(const Statistics&) = delete;
-    Statistics& operator=(const Statistics&) = delete;
 
     float MeanOf(int plane) const
     {

@@ -4,8 +4,8 @@
 #include <cstring>
 #include <vector>
 
-#include "analysis/owned_stack.h"
 #include "numeric/kernel_test_support.h"
+#include "numeric/owned_stack.h"
 #include "numeric/summed_area.h"
 
 namespace vistaTrim {
@@ -23,7 +23,8 @@ struct Scene {
         BuildTables(Stack);
     }
 
-    COwnedStack Stack;
+    COwnedStack Owned;
+    CPlaneStack& Stack = Owned.Handle();
 };
 
 void ExpectStatisticsOfTheTables(const CPlaneStack& stack, const CStripMoments& moments,
@@ -33,8 +34,10 @@ void ExpectStatisticsOfTheTables(const CPlaneStack& stack, const CStripMoments& 
     float covariances[9];
     moments.Statistics(group, means, covariances);
 
-    COwnedStack mean;
-    COwnedStack covariance;
+    COwnedStack ownMean;
+    CPlaneStack& mean = ownMean.Handle();
+    COwnedStack ownCovariance;
+    CPlaneStack& covariance = ownCovariance.Handle();
     mean.Create(1, 3, 1);
     covariance.Create(1, 3, 3);
     ComputeStripStatistics(stack, mean, covariance, group);
