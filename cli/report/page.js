@@ -311,9 +311,11 @@ function showPhoto(index) {
     framed.append(badge);
     return framed;
   }));
-  const regions = photo.data.regions || [];
+  const { regions } = photo.data;
   byId("regions").replaceChildren(...regions.map((region) => {
-    const box = frame(photo, region, "region");
+    // The name stands below the region, or inside where there is no room below.
+    const isLow = region.y + region.height > 0.9 * line.height;
+    const box = frame(photo, region, isLow ? "region low" : "region");
     box.append(make("span", {}, region.label));
     return box;
   }));
@@ -368,6 +370,7 @@ function showDetails(photo, crop) {
                                       photo.data.ratios[view.crop];
   byId("details-text").textContent = sizeText(crop) + " at " + crop.x + ", " + crop.y + " · " +
     share + " % of the photograph" + (crop.coversContent ? " · covers the content" : "");
+  byId("details-regions").textContent = regionText(photo, crop);
   const picked = photo.picked.has(view.crop);
   byId("choose").setAttribute("aria-pressed", String(picked));
   byId("choose").textContent = picked ? "✓ Chosen" : "Choose crop";
@@ -393,6 +396,26 @@ function scoreRow(photo, name, label, text, value, open) {
                    make("p", {}, full));
   row.open = open;
   return row;
+}
+
+// Which regions the crop holds, cuts and leaves out, in words.
+function regionText(photo, crop) {
+  const kinds = { Holds: [], Cuts: [], "Leaves out": [] };
+  for (const region of photo.data.regions) {
+    const wide = Math.min(crop.x + crop.width, region.x + region.width) -
+                 Math.max(crop.x, region.x);
+    const high = Math.min(crop.y + crop.height, region.y + region.height) -
+                 Math.max(crop.y, region.y);
+    const kind = wide <= 0 || high <= 0 ? "Leaves out"
+      : wide === region.width && high === region.height ? "Holds" : "Cuts";
+    kinds[kind].push(region.label);
+  }
+  const counted = (labels) => [...new Set(labels)].map((label) => {
+    const count = labels.filter((other) => other === label).length;
+    return count > 1 ? label + " × " + count : label;
+  });
+  return Object.entries(kinds).filter(([, labels]) => labels.length > 0)
+    .map(([kind, labels]) => kind + ": " + counted(labels).join(", ")).join(" · ");
 }
 
 // Every badge stands in a corner of its own frame; the first corner whose place is still free.
@@ -443,7 +466,7 @@ function showMode() {
   byId("stage").hidden = mode !== "place";
   byId("alone").hidden = mode === "place";
   byId("outlines").hidden = mode !== "place" || cropsOf(photo).length < 2;
-  byId("show-regions").hidden = mode !== "place" || !photo.data.regions?.length;
+  byId("show-regions").hidden = mode !== "place" || photo.data.regions.length === 0;
   byId("map-tools").hidden = byId("map-text").hidden =
     mode !== "place" || mapsOf(photo).length === 0;
   byId("alone").classList.toggle("pair", mode === "compare");

@@ -48,12 +48,12 @@ std::string RectStyle(const PixelRect& rect, PixelSize photo)
 }
 
 // In which corner of its frame each crop's number stands: the first where it hides no other,
-// taking the photograph to be shown about thirty numbers wide.
+// taking the photograph to be shown about twenty-four numbers wide, as on paper.
 std::vector<const char*> NumberCorners(const std::vector<photo::Crop>& crops, PixelSize photo)
 {
     constexpr std::array<const char*, 4> kCorners = {"at-left at-top", "at-right at-top",
                                                      "at-left at-bottom", "at-right at-bottom"};
-    const int32_t size = photo.Width / 30 + 1;
+    const int32_t size = std::max(photo.Width, photo.Height) / 24 + 1;
     std::vector<std::pair<int32_t, int32_t>> taken;
     std::vector<const char*> corners;
     for (const photo::Crop& crop : crops) {

@@ -33,7 +33,8 @@ std::string PetXmp()
            "rdf:about=\"\" xmlns:mwg-rs=\"http://www.metadataworkinggroup.com/schemas/regions/\" "
            "xmlns:stArea=\"http://ns.adobe.com/xmp/sType/Area#\">"
            "<mwg-rs:Regions rdf:parseType=\"Resource\"><mwg-rs:RegionList><rdf:Bag><rdf:li>"
-           "<rdf:Description mwg-rs:Name=\"Rex\" mwg-rs:Type=\"Pet\"><mwg-rs:Area stArea:x=\"0.85\" "
+           "<rdf:Description mwg-rs:Name=\"Rex\" mwg-rs:Type=\"Pet\"><mwg-rs:Area "
+           "stArea:x=\"0.85\" "
            "stArea:y=\"0.15\" stArea:w=\"0.1\" stArea:h=\"0.1\" stArea:unit=\"normalized\"/>"
            "</rdf:Description></rdf:li></rdf:Bag></mwg-rs:RegionList></mwg-rs:Regions>"
            "</rdf:Description></rdf:RDF></x:xmpmeta>";
@@ -144,13 +145,9 @@ TEST(Regions, OutsideACropAreNotInIt)
 {
     const TempFolder folder;
     WriteWithPet(Scene(kPhoto.Width, kPhoto.Height, 0.2, 0.7), folder.Path("a.jpg"));
-    std::vector<std::string> arguments = {"crop",
-                                          folder.Path("a.jpg"),
-                                          "-o",
-                                          folder.Path("out"),
-                                          "--ignore-metadata-regions",
-                                          "--must-avoid",
-                                          "720,60,90,60"};
+    std::vector<std::string> arguments = {
+        "crop",         folder.Path("a.jpg"), "-o", folder.Path("out"), "--ignore-metadata-regions",
+        "--must-avoid", "720,60,90,60"};
     arguments.insert(arguments.end(), kSmallSquare.begin(), kSmallSquare.end());
 
     const Outcome outcome = RunProgram(arguments);

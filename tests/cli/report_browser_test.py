@@ -323,6 +323,37 @@ def frames_lie_where_the_crops_are(browser, sample):
     assert browser.run("return document.getElementById('whole').naturalWidth") < 1100
 
 
+def regions_are_drawn_and_told(browser, sample):
+    line = sample.lines[0]
+    crop = line["crops"][0]
+    right, bottom = crop["x"] + crop["width"], crop["y"] + crop["height"]
+    assert crop["x"] > 20 and right < line["width"] - 20, crop  # there is something to leave out
+    held = {"x": crop["x"], "y": crop["y"], "width": 200, "height": 150}
+    cut = {"x": right - 99, "y": bottom - 120, "width": 100, "height": 100}
+    left_out = {"x": right, "y": crop["y"], "width": 20, "height": 80}
+    path = os.path.join(sample.folder, "regions.json")
+    hostile = "</script><i>Ada</i>"
+    with open(path, "w", encoding="utf-8") as file:
+        json.dump({"file": sample.large, "regions": [
+            {**held, "kind": "face", "label": hostile, "wish": "none"},
+            {**cut, "kind": "animal", "wish": "none"},
+            {**left_out, "kind": "face", "wish": "none"},
+            {**left_out, "y": left_out["y"] + 300, "kind": "face", "wish": "none"}]}, file)
+    browser.open(sample.report("regions.html", "--keep", sample.wish, "--regions", path,
+                               sample.large))
+    browser.wait(lambda: browser.one("#viewer").is_displayed())
+    stage = browser.box(browser.one("#stage"))
+    assert near(browser.box(browser.all("#frames .frame")[0]), expected_box(stage, crop, line), 0.5)
+    regions = browser.shown("#regions .region")
+    assert [region.text for region in regions] == [hostile, "animal", "face", "face", "keep"]
+    for region, box in zip(regions, (held, cut, left_out)):
+        assert near(browser.box(region), expected_box(stage, box, line), 0.5), region.text
+    told = browser.one("#details-regions")
+    assert told.text == f"Holds: {hostile}, keep · Cuts: animal · Leaves out: face × 2", told.text
+    browser.one("#show-regions").click()
+    assert not browser.shown("#regions .region")
+
+
 def badges_stand_at_corners_of_their_frames(browser, sample):
     for width in (1400, 390):
         browser.size(width, 900, phone=width < 500)
@@ -768,8 +799,14 @@ def paper_gets_the_plain_list(browser, sample):
     assert browser.run("return document.documentElement.scrollWidth") <= 700
     line = sample.lines[0]
     stage = browser.box(browser.one("#photo-1 .stage"))
+    numbers = []
     for frame, crop in zip(browser.all("#photo-1 .frame"), line["crops"]):
         assert near(browser.box(frame), expected_box(stage, crop, line), 0.5)
+        x, y, w, h = browser.box(frame.find_element(By.CSS_SELECTOR, ".badge"))
+        assert not [other for other in numbers
+                    if x < other[0] + w and other[0] < x + w and
+                    y < other[1] + h and other[1] < y + h], "numbers hide each other"
+        numbers.append((x, y))
     browser.run("dispatchEvent(new Event('afterprint'))")
     assert not browser.all("#photo-1 canvas")
 
@@ -863,7 +900,8 @@ def accessibility(browser, sample):
 
 
 CASES = [overview_comes_first, thirty_photographs_fit_a_few_screens, search_finds_names,
-         frames_lie_where_the_crops_are, badges_stand_at_corners_of_their_frames,
+         frames_lie_where_the_crops_are, regions_are_drawn_and_told,
+         badges_stand_at_corners_of_their_frames,
          only_the_shown_crop_stands_out, clicks_choose_what_is_shown, keys_reach_everything,
          scores_are_explained, ratios_have_their_common_names, crops_are_cut_from_the_picture,
          compare_shows_both, thirds_divide_the_crop, maps_are_coloured_in_the_page,

@@ -33,6 +33,7 @@ PhotoResult TwoCrops(const std::string& file)
     explanation.Candidates = 900;
     explanation.Passing = 800;
     explanation.Wishes = {{photo::WishKind::MustKeep, {10, 400, 20, 30}}};
+    explanation.WishRegions = {std::nullopt};
     explanation.MetBy = {800};
     result.Found.Explained = explanation;
     return result;
