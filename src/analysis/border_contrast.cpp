@@ -46,7 +46,7 @@ BorderModel ModelOfGroup(const CStripMoments& moments, const std::vector<CStripR
     float means[kPlanes];
     float covariances[kPlanes * kPlanes];
     moments.Statistics(group, means, covariances);
-    InvertRegularised(covariances, int32_t(kPlanes), kRegulariser, model.Inverse);
+    InvertRegularised(covariances, static_cast<int32_t>(kPlanes), kRegulariser, model.Inverse);
     for (size_t k = 0; k < kPlanes; ++k) {
         model.Shift[k] = -means[k];
         model.Plane[k] = {-means[k], InverseDeviation(covariances[k * kPlanes + k])};

@@ -37,11 +37,12 @@ void NormaliseRows(float* rows, int32_t length, float offset, float threshold)
     float sums[kRowsAtOnce] = {};
     for (int32_t i = 0; i < length; ++i)
         for (int32_t r = 0; r < kRowsAtOnce; ++r) {
-            const float x = rows[int64_t(r) * length + i];
+            const float x = rows[static_cast<int64_t>(r) * length + i];
             sums[r] += x > threshold ? x : 0.0f;
         }
     for (int32_t r = 0; r < kRowsAtOnce; ++r)
-        DivideRow(rows + int64_t(r) * length, length, double(sums[r]) + double(offset));
+        DivideRow(rows + static_cast<int64_t>(r) * length, length,
+                  static_cast<double>(sums[r]) + static_cast<double>(offset));
 }
 
 } // namespace
@@ -120,9 +121,11 @@ void NormaliseRowsBySum(CPlaneStack& stack)
     float* const plane = stack.Planes[0];
     int32_t row = 0;
     for (; row + kRowsAtOnce <= stack.Rows; row += kRowsAtOnce)
-        NormaliseRows(plane + int64_t(row) * stack.Cols, stack.Cols, offset, threshold);
+        NormaliseRows(plane + static_cast<int64_t>(row) * stack.Cols, stack.Cols, offset,
+                      threshold);
     for (; row < stack.Rows; ++row)
-        NormaliseRowBySum(plane + int64_t(row) * stack.Cols, stack.Cols, offset, threshold);
+        NormaliseRowBySum(plane + static_cast<int64_t>(row) * stack.Cols, stack.Cols, offset,
+                          threshold);
 }
 
 // The threshold keeps faint elements out of the sum and out of nothing else: every element is
@@ -133,7 +136,7 @@ void NormaliseRowBySum(float* row, int32_t length, float offset, float threshold
     for (int32_t i = 0; i < length; ++i)
         if (row[i] > threshold)
             sum += row[i];
-    DivideRow(row, length, double(sum) + double(offset));
+    DivideRow(row, length, static_cast<double>(sum) + static_cast<double>(offset));
 }
 
 } // namespace vistaTrim

@@ -36,7 +36,8 @@ constexpr uint32_t kFinishedRows = 2 * kTableBand;
 // for the NaN that a picture of no pixels gives.
 int32_t WorkLength(int32_t sourceLength, float scaleFactor)
 {
-    const double length = double(sourceLength) * double(scaleFactor) + 0.5;
+    const double length =
+        static_cast<double>(sourceLength) * static_cast<double>(scaleFactor) + 0.5;
     return length >= 1.0 ? static_cast<int32_t>(length) : 0;
 }
 

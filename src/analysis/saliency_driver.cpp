@@ -97,7 +97,7 @@ void ComputeSaliencyMaps(const uint8_t* pixels, int32_t cols, int32_t rows,
 
 std::vector<CPlaneStack> SplitPlaneViews(const CPlaneStack& stack)
 {
-    const size_t n = size_t(stack.PlaneCount);
+    const size_t n = static_cast<size_t>(stack.PlaneCount);
     std::vector<CPlaneStack> views(n);
     for (size_t plane = 0; plane < n; ++plane) {
         const size_t ownPair = (n + 1) * plane - plane * (plane + 1) / 2;

@@ -113,7 +113,7 @@ void ComputeSideContrasts(const CPlaneStack& stack, CPlaneStack outs[4], float f
 void ComputeStripStatistics(const CPlaneStack& stack, CPlaneStack& mean, CPlaneStack& covariance,
                             std::vector<CStripRect> group)
 {
-    const int64_t stride = int64_t(stack.Cols) + 1;
+    const int64_t stride = static_cast<int64_t>(stack.Cols) + 1;
     std::vector<float> sums;
     for (const auto* tables : {&stack.PlaneTables, &stack.PairTables})
         for (const float* table : *tables)
@@ -133,7 +133,7 @@ void StatisticsOfSums(int32_t planes, const float* sums, float area, float* mean
     // regulariser of the distance absorbs that.
     for (int32_t i = 0; i < planes; ++i)
         for (int32_t j = i; j < planes; ++j) {
-            const double moment = double(*sums++) / double(area);
+            const double moment = static_cast<double>(*sums++) / static_cast<double>(area);
             covariances[i * planes + j] =
                 static_cast<float>(moment - double(means[i]) * double(means[j]));
         }

@@ -129,7 +129,8 @@ CStripMoments::CStripMoments(const CPlaneStack& planes, const std::vector<CStrip
         for (size_t plane = 0; plane < kPlanes; ++plane)
             for (int32_t k = 0; k < kLanes; ++k)
                 starts[plane][k] =
-                    planes.Planes[plane] + int64_t(firstRow + std::min(k, rows - 1)) * planes.Cols;
+                    planes.Planes[plane] +
+                    static_cast<int64_t>(firstRow + std::min(k, rows - 1)) * planes.Cols;
 
         RowSums sums = {};
         int32_t col = 0;
@@ -186,7 +187,7 @@ void CStripMoments::Statistics(const std::vector<CStripRect>& group, float* mean
             sums[table] += StripSum(table, strip);
         area += static_cast<float>(strip.Area);
     }
-    StatisticsOfSums(int32_t(kPlanes), sums, area, means, covariances);
+    StatisticsOfSums(static_cast<int32_t>(kPlanes), sums, area, means, covariances);
 }
 
 } // namespace vistaTrim

@@ -12,19 +12,19 @@ namespace {
 
 constexpr size_t kPlaneAlignment = 64;
 
-VISTATRIM_FORM_BODY void WidenBytesBody(const uint8_t* __restrict bytes, float* __restrict plane,
-                                        int32_t count)
+VISTATRIM_FORM_BODY void WidenBytesBody(const uint8_t* __restrict__ bytes,
+                                        float* __restrict__ plane, int32_t count)
 {
     for (int32_t i = 0; i < count; ++i)
         plane[i] = bytes[i];
 }
 VISTATRIM_FORMS(WidenBytes,
-                (const uint8_t* __restrict bytes, float* __restrict plane, int32_t count),
+                (const uint8_t* __restrict__ bytes, float* __restrict__ plane, int32_t count),
                 (bytes, plane, count))
 
-VISTATRIM_FORM_BODY void WidenPixelsBody(const uint8_t* __restrict bytes, float* __restrict plane0,
-                                         float* __restrict plane1, float* __restrict plane2,
-                                         int32_t count)
+VISTATRIM_FORM_BODY void WidenPixelsBody(const uint8_t* __restrict__ bytes,
+                                         float* __restrict__ plane0, float* __restrict__ plane1,
+                                         float* __restrict__ plane2, int32_t count)
 {
     // Three times a count of pixels can pass 32 bits.
     const ptrdiff_t pixels = count;
@@ -35,8 +35,8 @@ VISTATRIM_FORM_BODY void WidenPixelsBody(const uint8_t* __restrict bytes, float*
     }
 }
 VISTATRIM_FORMS(WidenPixels,
-                (const uint8_t* __restrict bytes, float* __restrict plane0,
-                 float* __restrict plane1, float* __restrict plane2, int32_t count),
+                (const uint8_t* __restrict__ bytes, float* __restrict__ plane0,
+                 float* __restrict__ plane1, float* __restrict__ plane2, int32_t count),
                 (bytes, plane0, plane1, plane2, count))
 
 } // namespace

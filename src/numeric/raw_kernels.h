@@ -27,7 +27,7 @@ enum KernelStatus : int32_t {
 // Floats up to a whole number of cache lines, where the next piece of scratch starts.
 int64_t RoundUpToLine(int64_t floats);
 
-// Never below 1 for a bad size: it is the kernel that refuses that.
+// Above 0 for a bad width, which the kernel refuses; 0 for one whose scratch 32 bits cannot count.
 int32_t SobelBufferSize(int32_t cols);
 int32_t SobelRowKernel(const float* src, float* dst, int32_t cols, int32_t rows, void* buffer);
 int32_t SobelColumnKernel(const float* src, float* dst, int32_t cols, int32_t rows, void* buffer);

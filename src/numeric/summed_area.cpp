@@ -98,7 +98,7 @@ VISTATRIM_FORM_BODY void AskForNextRows(float* present, size_t stride, size_t c,
 }
 
 // rows table rows below `above`; rows is a constant once this is inlined.
-VISTATRIM_FORM_BODY void AddPlaneRows(const float* __restrict plane, float* __restrict above,
+VISTATRIM_FORM_BODY void AddPlaneRows(const float* __restrict__ plane, float* __restrict__ above,
                                       size_t cols, size_t rows, size_t ahead)
 {
     const size_t stride = cols + 1;
@@ -116,9 +116,9 @@ VISTATRIM_FORM_BODY void AddPlaneRows(const float* __restrict plane, float* __re
     }
 }
 
-VISTATRIM_FORM_BODY void AddPairRows(const float* __restrict planeA, const float* __restrict planeB,
-                                     float* __restrict above, size_t cols, size_t rows,
-                                     size_t ahead)
+VISTATRIM_FORM_BODY void AddPairRows(const float* __restrict__ planeA,
+                                     const float* __restrict__ planeB, float* __restrict__ above,
+                                     size_t cols, size_t rows, size_t ahead)
 {
     const size_t stride = cols + 1;
     float rowSum[kRowsAtOnce] = {};

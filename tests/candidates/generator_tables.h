@@ -6,17 +6,23 @@
 #include <vector>
 
 #include "candidates/random_crop_generator.h"
+#include "vistaTrim/parameters.h"
 
 namespace vistaTrim {
 
 inline std::vector<DoubleInfo> UsualAspects()
 {
-    return {64.0 / 27.0, 16.0 / 9.0, 3.0 / 2.0, 4.0 / 3.0, 3.0 / 4.0, 2.0 / 3.0};
+    VistaTrimParameters usual;
+    usual.SetDefaultAspectRatios();
+    return std::vector<DoubleInfo>(usual.AspectRatios, usual.AspectRatios + usual.NumAspectRatios);
 }
 
 inline std::vector<DoubleInfo> UsualScales()
 {
-    return {0.4, 0.5, 0.6, 0.7, 0.8, 0.9, 1.0};
+    VistaTrimParameters usual;
+    usual.SetDefaultCropRectScaleRatios();
+    return std::vector<DoubleInfo>(usual.CropRectScaleRatios,
+                                   usual.CropRectScaleRatios + usual.NumCropRectScaleRatios);
 }
 
 // A generator with one cell, which GenerateAspectRow(0) fills.

@@ -91,12 +91,13 @@ TEST(Driver, WithoutAnyWishEveryPairIsHandedOut)
 TEST(Driver, EmptyParametersMeanAllDefaults)
 {
     HostObjects host(640, 480, VistaTrimParameters());
-    EXPECT_EQ(host.NumAspectRows(), 6U);
-    EXPECT_EQ(host.NumScaleRows(), 7U);
+    const VistaTrimParameters usual = UsualParameters();
+    EXPECT_EQ(host.NumAspectRows(), usual.NumAspectRatios);
+    EXPECT_EQ(host.NumScaleRows(), usual.NumCropRectScaleRatios);
     const VistaTrimParameters stored = host.Driver->GetParameters();
-    EXPECT_EQ(stored.NumAspectRatios, 6U);
-    EXPECT_EQ(stored.NumMaxCropRectsPerSide, 25U);
-    EXPECT_EQ(stored.AspectRatios[0].Value, 64.0 / 27.0);
+    EXPECT_EQ(stored.NumAspectRatios, usual.NumAspectRatios);
+    EXPECT_EQ(stored.NumMaxCropRectsPerSide, usual.NumMaxCropRectsPerSide);
+    EXPECT_EQ(stored.AspectRatios[0].Value, usual.AspectRatios[0].Value);
     EXPECT_EQ(host.Suggestions(SuggestionParameters(4.0 / 3.0, false)).size(),
               HostObjects(640, 480).Suggestions(SuggestionParameters(4.0 / 3.0, false)).size());
 }
@@ -192,7 +193,8 @@ TEST(Driver, ParametersAreCopied)
     VistaTrimParameters parameters = UsualParameters();
     HostObjects host(640, 96, parameters);
     parameters.AspectRatios[0].Value = 9.0;
-    EXPECT_EQ(host.Driver->GetParameters().AspectRatios[0].Value, 64.0 / 27.0);
+    EXPECT_EQ(host.Driver->GetParameters().AspectRatios[0].Value,
+              UsualParameters().AspectRatios[0].Value);
 }
 
 TEST(Driver, TwoRequestsGiveTwoListsOfEqualContents)

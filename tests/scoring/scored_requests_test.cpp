@@ -292,8 +292,10 @@ TEST(ScoredRequests, DisabledRatiosAreScoredButNotServed)
 TEST(ScoredRequests, WithEveryScaleDisabledTheListsAreEmpty)
 {
     Session session(SmallPicture());
-    for (const double scale : {0.4, 0.5, 0.6, 0.7, 0.8, 0.9, 1.0})
-        session->SetCropRectScaleRatioEnabled(scale, false);
+    VistaTrimParameters usual;
+    usual.SetDefaultCropRectScaleRatios();
+    for (uint32_t s = 0; s < usual.NumCropRectScaleRatios; ++s)
+        session->SetCropRectScaleRatioEnabled(usual.CropRectScaleRatios[s].Value, false);
     const List best = session.Best(5);
     EXPECT_EQ(best->Count(), 0u);
     EXPECT_EQ(best->Data(), nullptr);
