@@ -88,10 +88,10 @@ Ratio Reduced(int64_t width, int64_t height)
 
 std::optional<Ratio> ParseRatio(const std::string& text)
 {
-    const size_t colon = text.find(':');
-    const std::optional<int64_t> width = ParseTerm(text.substr(0, colon));
+    const size_t separator = text.find_first_of(":/x");
+    const std::optional<int64_t> width = ParseTerm(text.substr(0, separator));
     const std::optional<int64_t> height =
-        colon == std::string::npos ? kDecimalUnit : ParseTerm(text.substr(colon + 1));
+        separator == std::string::npos ? kDecimalUnit : ParseTerm(text.substr(separator + 1));
     if (!width || !height)
         return std::nullopt;
     return Reduced(*width, *height);

@@ -12,6 +12,13 @@ TEST(Ratio, IsReducedToItsSmallestTerms)
     EXPECT_EQ(ParseRatio("6:4"), ParseRatio("3:2"));
 }
 
+TEST(Ratio, TakesTheUsualSeparators)
+{
+    for (const char* text : {"16:9", "16/9", "16x9"})
+        EXPECT_EQ(ParseRatio(text), (Ratio{16, 9})) << text;
+    EXPECT_EQ(ParseRatio("2.35/1"), (Ratio{47, 20}));
+}
+
 TEST(Ratio, TakesDecimals)
 {
     EXPECT_EQ(ParseRatio("2.35:1"), (Ratio{47, 20}));
@@ -22,8 +29,9 @@ TEST(Ratio, TakesDecimals)
 
 TEST(Ratio, RefusesWhatIsNone)
 {
-    for (const char* text : {"", ":", "16:", ":9", "0:9", "16:0", "-3:2", "3:-2", "3/2", "3:2:1",
-                             " 3:2", "3:2 ", "1e3:1", "nan", "1.00001", "1000000:1", "1..5", "."})
+    for (const char* text :
+         {"",      ":",    "16:",  ":9",   "0:9",   "16:0", "-3:2",    "3:-2",      "3-2",  "3:2:1",
+          "3:2x1", "16X9", " 3:2", "3:2 ", "1e3:1", "nan",  "1.00001", "1000000:1", "1..5", "."})
         EXPECT_FALSE(ParseRatio(text)) << text;
 }
 

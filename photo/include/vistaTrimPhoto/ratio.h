@@ -23,7 +23,8 @@ bool operator==(const Ratio& a, const Ratio& b);
 // Divides both terms by their greatest common divisor. Both must be above 0.
 Ratio Reduced(int64_t width, int64_t height);
 
-// "16:9", "2.35:1" or "1.5"; up to four decimals a term. Nothing for any other text.
+// "16:9", "16/9", "16x9", "2.35:1" or "1.5"; up to four decimals a term. Nothing for any other
+// text.
 std::optional<Ratio> ParseRatio(const std::string& text);
 
 // The fraction of the smallest terms that gives the value, for ratios that come as doubles.
