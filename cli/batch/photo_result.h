@@ -2,19 +2,38 @@
 #ifndef VISTATRIM_CLI_BATCH_PHOTO_RESULT_H
 #define VISTATRIM_CLI_BATCH_PHOTO_RESULT_H
 
+#include <cstdint>
+#include <optional>
 #include <string>
 #include <vector>
 
+#include "vistaTrimPhoto/geometry.h"
 #include "vistaTrimPhoto/result.h"
 
 namespace vistaTrim::cli {
 
+// What a crop was asked to be, for the names of its files.
+struct CropLabel {
+    std::string Shape; // "og-image", "16x9"; empty if all shapes were ranked together
+    std::string Ratio; // "16x9"
+    int32_t Rank = 1;  // among the crops of its shape
+    std::optional<photo::PixelSize> Fill; // scaled to exactly this
+};
+
+struct WrittenCrop {
+    std::string File;
+    size_t Crop = 0; // index into PhotoResult::Found.Crops
+    photo::PixelSize Size;
+};
+
 struct PhotoResult {
     std::string File;
     photo::Suggestions Found;
-    std::string Error; // empty if all went well
+    std::vector<CropLabel> Labels; // one for each crop
+    std::string Error;             // empty if all went well
     double WriteMilliseconds = 0;
     std::vector<std::string> Written; // files
+    std::vector<WrittenCrop> Crops;   // of these, the crops
     std::string ReportSection;        // its piece of the page, for `report`
 };
 

@@ -7,6 +7,7 @@
 #include "batch/program_error.h"
 #include "batch/run_photos.h"
 #include "batch/whole_file.h"
+#include "commands/asked_crops.h"
 #include "report/report_page.h"
 #include "vistaTrimPhoto/stopwatch.h"
 
@@ -60,7 +61,7 @@ int RunReport(const Options& options, const std::vector<ListedPhoto>& photos)
             const photo::Photograph photograph = OpenPhoto(options, photo);
             const photo::Analysis analysis =
                 Analyse(photograph, RegionsFor(options, photo, photos.size()));
-            result.Found = analysis.Suggest(explained.Request);
+            SuggestAsked(analysis, explained, result);
             const photo::Stopwatch writing;
             const ReportPictures pictures = MakeReportPictures(
                 photograph, options.ReportMaps ? analysis.Maps() : std::vector<photo::Map>());

@@ -2,6 +2,7 @@
 
 #include "batch/program_error.h"
 #include "batch/run_photos.h"
+#include "commands/asked_crops.h"
 #include "output/list_output.h"
 
 namespace vistaTrim::cli {
@@ -14,8 +15,8 @@ int RunSuggest(const Options& options, const std::vector<ListedPhoto>& photos)
         PhotoSteps steps;
         steps.Work = [&options, count = todo.size()](const ListedPhoto& photo,
                                                      PhotoResult& result) {
-            result.Found = Analyse(OpenPhoto(options, photo), RegionsFor(options, photo, count))
-                               .Suggest(options.Request);
+            SuggestAsked(Analyse(OpenPhoto(options, photo), RegionsFor(options, photo, count)),
+                         options, result);
         };
         steps.Emit = [&output](const PhotoResult& result) { output.Write(result); };
         return RunPhotos(options, todo, steps);

@@ -1,9 +1,12 @@
 #include "commands/crop_files.h"
 
+#include <filesystem>
 #include <memory>
+#include <system_error>
 
 #include <unistd.h>
 
+#include "batch/program_error.h"
 #include "batch/whole_file.h"
 #include "vistaTrimPhoto/crop_writer.h"
 
@@ -11,72 +14,60 @@ namespace vistaTrim::cli {
 
 namespace {
 
-photo::ImageFormat FormatFor(const photo::Photograph& photograph, const Options& options)
-{
-    return options.CropFiles.Format.value_or(photograph.NativeFormat());
-}
+namespace fs = std::filesystem;
 
 bool Exists(const std::string& file)
 {
     return access(file.c_str(), F_OK) == 0;
 }
 
-photo::CropOutput OutputOf(const photo::PixelRect& rect, photo::ImageFormat format,
-                           const CropFileOptions& how)
+void MakeFolderOf(const std::string& file)
 {
-    photo::CropOutput output;
-    output.Rect = rect;
-    if (how.ResizeTo)
-        output.Size = photo::FittedSize({rect.Width, rect.Height}, *how.ResizeTo);
-    output.Format = format;
-    output.Quality = how.Quality;
-    output.Strip = how.Strip;
-    return output;
+    const fs::path folder = fs::path(file).parent_path();
+    if (folder.empty())
+        return;
+    std::error_code error;
+    fs::create_directories(folder, error);
+    if (error)
+        throw ProgramError("cannot make the folder " + folder.string() + ": " + error.message());
 }
 
 } // namespace
 
-std::string CropFile(const photo::Photograph& photograph, const std::string& prefix, size_t rank,
-                     const Options& options)
+std::vector<PlannedFile> WriteCropFiles(const photo::Photograph& photograph,
+                                        const std::vector<PlannedFile>& files,
+                                        const Options& options)
 {
-    return prefix + "-" + std::to_string(rank) + "." +
-           photo::EndingOf(FormatFor(photograph, options));
-}
-
-std::vector<std::string> WriteCropFiles(const photo::Photograph& photograph,
-                                        const std::vector<photo::Crop>& crops,
-                                        const std::string& prefix, const Options& options)
-{
-    std::vector<photo::CropOutput> outputs; // of the files to write
+    std::vector<PlannedFile> written;
+    std::vector<photo::CropOutput> outputs;
     std::vector<std::string> paths;
-    std::vector<std::unique_ptr<WholeFile>> files;
-    for (size_t i = 0; i < crops.size(); ++i) {
-        const std::string name = CropFile(photograph, prefix, i + 1, options);
-        if (options.Resume && Exists(name))
+    std::vector<std::unique_ptr<WholeFile>> whole;
+    for (const PlannedFile& file : files) {
+        if (options.Resume && Exists(file.Path))
             continue;
-        outputs.push_back(
-            OutputOf(crops[i].Rect, FormatFor(photograph, options), options.CropFiles));
-        files.push_back(std::make_unique<WholeFile>(name, options.Force));
-        paths.push_back(files.back()->TemporaryPath());
+        written.push_back(file);
+        outputs.push_back(file.Output);
+        whole.push_back(std::make_unique<WholeFile>(file.Path, options.Force));
+        paths.push_back(whole.back()->TemporaryPath());
     }
 
+    for (const PlannedFile& file : written)
+        MakeFolderOf(file.Path);
     photo::WriteCrops(photograph, outputs, paths);
-
-    std::vector<std::string> written;
-    written.reserve(files.size());
-    for (size_t i = files.size(); i-- > 0;)
-        files[i]->Appear();
-    for (const std::unique_ptr<WholeFile>& file : files)
-        written.push_back(file->Target());
+    for (size_t i = whole.size(); i-- > 0;)
+        whole[i]->Appear();
     return written;
 }
 
-bool HasAllCrops(const photo::Photograph& photograph, const std::string& prefix,
+bool HasAllCrops(const photo::Photograph& photograph, const ListedPhoto& photo,
                  const Options& options)
 {
-    for (int32_t rank = 1; rank <= options.Request.Top; ++rank)
-        if (!Exists(CropFile(photograph, prefix, static_cast<size_t>(rank), options)))
-            return false;
+    const std::string ending =
+        "." + photo::EndingOf(options.CropFiles.Format.value_or(photograph.NativeFormat()));
+    for (const CropLabel& label : ExpectedLabels(options, options.Request.Top))
+        for (const std::string& name : ExpectedNames(options, photo, label))
+            if (!Exists((fs::path(options.Output) / (name + ending)).string()))
+                return false;
     return true;
 }
 

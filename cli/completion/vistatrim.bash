@@ -36,7 +36,13 @@ _vistatrim() {
         mapfile -t COMPREPLY < <(compgen -W "jpg png webp tif avif heic" -- "$word")
         return
         ;;
-    --aspect | --size | --scale | --density | --keep | --avoid | --must-keep | --must-avoid | \
+    --preset)
+        mapfile -t COMPREPLY < <(compgen -W "square portrait landscape classic wide cinema vertical
+            banner panorama story post og-image thumbnail avatar hd uhd print-10x15 print-13x18
+            print-a4 passport" -- "$word")
+        return
+        ;;
+    --name | --fill | --widths | --sizes | --aspect | --size | --scale | --density | --keep | --avoid | --must-keep | --must-avoid | \
         --weights | --background | --resize | --quality | -n | --top | -j | --jobs)
         COMPREPLY=()
         return
@@ -46,11 +52,13 @@ _vistatrim() {
     if [[ $word == -* ]]; then
         local options="--help --background --jobs --null --quiet --recursive --timings --output
             --force"
-        local request="--top --rank-by --weights --aspect --scale --size --density --keep --avoid
-            --must-keep --must-avoid --faces --regions --ignore-metadata-regions"
+        local request="--top --rank-by --weights --aspect --preset --presets --each-ratio --largest
+            --scale --size --density --keep --avoid --must-keep --must-avoid --faces --regions
+            --ignore-metadata-regions"
         case $command in
         suggest) options="$options $request --json --csv --explain --resume" ;;
-        crop) options="$options $request --resize --format --quality --strip --resume" ;;
+        crop) options="$options $request --resize --format --quality --strip --resume
+            --name --fill --widths --upscale --manifest --picture --sizes" ;;
         report) options="$options $request --maps" ;;
         esac
         mapfile -t COMPREPLY < <(compgen -W "$options" -- "$word")

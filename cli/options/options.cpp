@@ -6,6 +6,9 @@
 
 #include <CLI/CLI.hpp>
 
+#include "options/crop_options.h"
+#include "options/read_option.h"
+#include "options/shape_options.h"
 #include "options/text_values.h"
 
 namespace vistaTrim::cli {
@@ -17,33 +20,6 @@ using photo::WishKind;
 
 namespace {
 
-using Reader = std::function<bool(const std::string&)>;
-
-// An option that takes one text at a time, each read by `read`; `form` tells what is expected.
-CLI::Option* AddRead(CLI::App& app, const std::string& name, const std::string& form,
-                     const std::string& description, const Reader& read, bool repeatable)
-{
-    CLI::Option* option = app.add_option_function<std::vector<std::string>>(
-        name,
-        [name, form, read](const std::vector<std::string>& texts) {
-            for (const std::string& text : texts)
-                if (!read(text))
-                    throw CLI::ValidationError(name, "'" + text + "' is not " + form);
-        },
-        description);
-    option->type_name(form)->expected(1)->allow_extra_args(false);
-    option->multi_option_policy(repeatable ? CLI::MultiOptionPolicy::TakeAll
-                                           : CLI::MultiOptionPolicy::Throw);
-    return option;
-}
-
-CLI::Validator NotEmpty()
-{
-    return CLI::Validator(
-        [](const std::string& text) { return text.empty() ? "a name is missing" : std::string(); },
-        "");
-}
-
 void AddInput(CLI::App& app, Options& values)
 {
     app.add_option("PHOTO", values.Photos,
@@ -53,13 +29,15 @@ void AddInput(CLI::App& app, Options& values)
     app.add_flag("-0,--null", values.NullSeparated,
                  "Names of the list end in a null byte, not in a line feed");
     AddRead(
-        app, "--background", "#rrggbb", "What shows through transparent places (white)",
+        app, "--background", "#rrggbb, #rgb or the name of a colour",
+        "What shows through transparent places (white)",
         [&values](const std::string& text) {
             const auto colour = ParseColour(text);
             values.Reading.Background = colour.value_or(values.Reading.Background);
             return colour.has_value();
         },
         false)
+        ->type_name("COLOUR")
         ->group("Reading");
 }
 
@@ -89,55 +67,6 @@ void AddWish(CLI::App& app, Request& request, WishKind kind, const std::string& 
         },
         true)
         ->group("Wishes (pixels of the photograph as displayed; may be repeated)");
-}
-
-void AddShape(CLI::App& app, Request& request)
-{
-    constexpr const char* kGroup = "Shape of the crops";
-    CLI::Option* aspect =
-        AddRead(
-            app, "--aspect", "W:H", "A ratio to try; may be repeated (default: six ratios)",
-            [&request](const std::string& text) {
-                const auto ratio = photo::ParseRatio(text);
-                if (ratio)
-                    request.Aspects.push_back(*ratio);
-                return ratio.has_value();
-            },
-            true)
-            ->group(kGroup);
-    CLI::Option* scale =
-        AddRead(
-            app, "--scale", "a number above 0, at most 1",
-            "Crop side over photograph side; may be repeated (default: 0.5, 0.55 to 1)",
-            [&request](const std::string& text) {
-                const auto numbers = ParseNumbers(text);
-                if (!numbers)
-                    return false;
-                for (const double number : *numbers) {
-                    if (number <= 0.0 || number > 1.0)
-                        return false;
-                    request.Scales.push_back(number);
-                }
-                return true;
-            },
-            true)
-            ->type_name("S")
-            ->group(kGroup);
-    AddRead(
-        app, "--size", "WxH", "Crops of exactly this size, in pixels of the photograph",
-        [&request](const std::string& text) {
-            request.Size = ParseSize(text);
-            return request.Size.has_value();
-        },
-        false)
-        ->excludes(aspect)
-        ->excludes(scale)
-        ->group(kGroup);
-    app.add_option("--density", request.Density,
-                   "Positions tried along the side with more free room (8)")
-        ->check(CLI::Range(1, static_cast<int>(photo::kHighestDensity)))
-        ->type_name("N")
-        ->group(kGroup);
 }
 
 void AddRequest(CLI::App& app, Request& request)
@@ -179,7 +108,6 @@ void AddRequest(CLI::App& app, Request& request)
         false)
         ->type_name("a,b,c,d,e")
         ->group(kGroup);
-    AddShape(app, request);
     AddWish(app, request, WishKind::Keep, "Prefer crops that hold this region");
     AddWish(app, request, WishKind::Avoid, "Prefer crops that keep clear of this region");
     AddWish(app, request, WishKind::MustKeep, "Only crops that hold this region whole");
@@ -224,6 +152,7 @@ void AddSuggest(CLI::App& app, Options& values)
     AddInput(app, values);
     AddRequest(app, values.Request);
     AddRegions(app, values);
+    AddShapes(app, values);
     constexpr const char* kGroup = "Output";
     CLI::Option* json = app.add_flag_callback(
                                "--json", [&values] { values.Format = ListFormat::Json; },
@@ -258,6 +187,7 @@ void AddCrop(CLI::App& app, Options& values)
     AddInput(app, values);
     AddRequest(app, values.Request);
     AddRegions(app, values);
+    AddShapes(app, values);
     constexpr const char* kGroup = "Output";
     app.add_option("-o,--output", values.Output, "Folder for the crops; made if it is not there")
         ->check(NotEmpty())
@@ -296,6 +226,7 @@ void AddCrop(CLI::App& app, Options& values)
     app.add_flag("--resume", values.Resume, "Write only the crops that are not in the folder yet")
         ->excludes(force)
         ->group(kGroup);
+    AddCropFiles(app, values);
     AddRun(app, values);
 }
 
@@ -304,6 +235,7 @@ void AddReport(CLI::App& app, Options& values)
     AddInput(app, values);
     AddRequest(app, values.Request);
     AddRegions(app, values);
+    AddShapes(app, values);
     app.add_option("-o,--output", values.Output, "The page to write")
         ->check(NotEmpty())
         ->type_name("FILE.html")
@@ -390,8 +322,10 @@ CommandLine ParseCommandLine(int argc, const char* const* argv)
         return line;
     }
     for (size_t i = 0; i < commands.size(); ++i)
-        if (commands[i]->parsed())
+        if (commands[i]->parsed()) {
             values.Chosen = static_cast<Command>(i);
+            FinishShapes(*commands[i], values);
+        }
     const std::string fault = FaultOfAll(values);
     if (!fault.empty()) {
         std::cerr << "vistatrim: " << fault << "\n";

@@ -6,6 +6,7 @@
 #include <string>
 #include <vector>
 
+#include "options/shape.h"
 #include "vistaTrimPhoto/crop_writer.h"
 #include "vistaTrimPhoto/found_region.h"
 #include "vistaTrimPhoto/image_format.h"
@@ -23,6 +24,12 @@ struct CropFileOptions {
     std::optional<photo::PixelSize> ResizeTo;
     std::optional<photo::ImageFormat> Format; // none: as the photograph
     int Quality = photo::kDefaultQuality;
+    std::vector<int32_t> Widths; // each crop at each of them; none: one size
+    bool Upscale = false;        // to widths beyond that of the crop
+    std::string Name;            // template; empty: the usual names
+    std::string Manifest;        // file; empty: none
+    std::string Picture;         // file for <picture> elements; empty: none
+    std::string Sizes = "100vw"; // their sizes attribute
 };
 
 struct Options {
@@ -31,6 +38,8 @@ struct Options {
     bool Recursive = false;
     bool NullSeparated = false;
     photo::Request Request;
+    std::vector<Shape> Shapes;      // asked for by name or ratio
+    bool EachShape = false;         // the best crops of each of them, not of all together
     photo::RegionOptions RegionUse; // but for what the file below names
     std::string RegionsPath;        // empty: none
     photo::RegionsFile Regions;     // what the file at RegionsPath names

@@ -2,6 +2,8 @@
 
 #include <charconv>
 
+#include "options/colour_names.h"
+
 namespace vistaTrim::cli {
 
 using photo::Colour;
@@ -82,22 +84,23 @@ std::optional<std::vector<double>> ParseNumbers(const std::string& text)
 
 std::optional<Colour> ParseColour(const std::string& text)
 {
-    if (text == "white")
-        return Colour{255, 255, 255};
-    if (text == "black")
-        return Colour{0, 0, 0};
-    if (text.size() != 7 || text[0] != '#')
+    const auto ofRgb = [](uint32_t rgb) {
+        return Colour{static_cast<double>(rgb >> 16), static_cast<double>(rgb >> 8 & 0xFF),
+                      static_cast<double>(rgb & 0xFF)};
+    };
+    if (const std::optional<uint32_t> named = ColourOfName(text))
+        return ofRgb(*named);
+    if ((text.size() != 4 && text.size() != 7) || text[0] != '#')
         return std::nullopt;
-    Colour colour{};
-    for (size_t i = 0; i < 3; ++i) {
-        unsigned value = 0;
-        const char* begin = text.data() + 1 + 2 * i;
-        const std::from_chars_result parsed = std::from_chars(begin, begin + 2, value, 16);
-        if (parsed.ec != std::errc() || parsed.ptr != begin + 2)
-            return std::nullopt;
-        colour[i] = value;
-    }
-    return colour;
+    std::string digits;
+    for (size_t i = 1; i < text.size(); ++i)
+        digits.append(text.size() == 4 ? 2 : 1, text[i]); // #fa0 is short for #ffaa00
+    uint32_t rgb = 0;
+    const char* end = digits.data() + digits.size();
+    const std::from_chars_result parsed = std::from_chars(digits.data(), end, rgb, 16);
+    if (parsed.ec != std::errc() || parsed.ptr != end)
+        return std::nullopt;
+    return ofRgb(rgb);
 }
 
 } // namespace vistaTrim::cli

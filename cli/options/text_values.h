@@ -20,7 +20,7 @@ std::optional<photo::PixelRect> ParseRect(const std::string& text);
 // Numbers with commas between them, in the notation of C whatever the locale.
 std::optional<std::vector<double>> ParseNumbers(const std::string& text);
 
-// "#rrggbb", or "white" or "black": red, green, blue, 0..255.
+// "#rrggbb", "#rgb" or a name of style sheets, as "tomato": red, green, blue, 0..255.
 std::optional<photo::Colour> ParseColour(const std::string& text);
 
 } // namespace vistaTrim::cli

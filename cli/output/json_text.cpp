@@ -38,9 +38,16 @@ Json RegionJson(const photo::FoundRegion& region)
     return json;
 }
 
-Json CropJson(const Crop& crop)
+Json CropJson(const Crop& crop, const CropLabel* label)
 {
     Json json = RectJson(crop.Rect);
+    json["aspect"] = crop.Aspect.Text();
+    if (label != nullptr && !label->Shape.empty()) {
+        json["shape"] = label->Shape;
+        json["rank"] = label->Rank;
+        if (label->Fill)
+            json["fill"] = {{"width", label->Fill->Width}, {"height", label->Fill->Height}};
+    }
     json["coversContent"] = crop.CoversContent;
     json["scores"] = ScoresJson(crop.Scores);
     if (crop.Explained) {
@@ -88,8 +95,9 @@ std::string JsonLine(const PhotoResult& result)
                 json["regions"].push_back(RegionJson(region));
         }
         json["crops"] = Json::array();
-        for (const Crop& crop : result.Found.Crops)
-            json["crops"].push_back(CropJson(crop));
+        for (size_t i = 0; i < result.Found.Crops.size(); ++i)
+            json["crops"].push_back(CropJson(
+                result.Found.Crops[i], i < result.Labels.size() ? &result.Labels[i] : nullptr));
         if (result.Found.Explained)
             json["explain"] = ExplanationJson(result.Found);
     }

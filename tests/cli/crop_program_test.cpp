@@ -292,7 +292,7 @@ TEST(Crop, NeverReplacesAPhotographOfTheSameRun)
     EXPECT_NE(outcome.Err.find("p-1.jpg would replace one of the photographs"), std::string::npos)
         << outcome.Err;
     EXPECT_EQ(Open(folder.Path("p-1.jpg")).width(), 600);
-    EXPECT_TRUE(std::filesystem::exists(folder.Path("p-1-1.jpg")));
+    EXPECT_FALSE(std::filesystem::exists(folder.Path("p-1-1.jpg"))); // nothing was written
 }
 
 TEST(Crop, AFolderWithoutPhotographsTakesNoName)

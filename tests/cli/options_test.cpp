@@ -80,9 +80,9 @@ TEST(Options, OfCropAreRead)
 
 TEST(Options, ThatAreWrongAreNamedWithTheReason)
 {
-    EXPECT_NE(FaultOf({"suggest", "a.jpg", "--aspect", "wide"}).find("--aspect"),
+    EXPECT_NE(FaultOf({"suggest", "a.jpg", "--aspect", "broad"}).find("--aspect"),
               std::string::npos);
-    EXPECT_NE(FaultOf({"suggest", "a.jpg", "--aspect", "wide"}).find("'wide' is not W:H"),
+    EXPECT_NE(FaultOf({"suggest", "a.jpg", "--aspect", "broad"}).find("'broad' is not W:H"),
               std::string::npos);
     EXPECT_NE(FaultOf({"suggest", "a.jpg", "--scale", "1.5"}).find("--scale"), std::string::npos);
     EXPECT_NE(FaultOf({"suggest", "a.jpg", "--keep", "1,2,3"}).find("--keep"), std::string::npos);

@@ -60,7 +60,8 @@ TEST(JsonLine, HoldsTheCropsOfAPhotograph)
     EXPECT_EQ(crop["scores"]["centrePeak"], 0.5);
     EXPECT_EQ(crop["scores"]["roi"], 1.0);
     EXPECT_EQ(crop["scores"]["merged"], 0.7);
-    EXPECT_EQ(crop.size(), 6U);
+    EXPECT_EQ(crop["aspect"], "16:9");
+    EXPECT_EQ(crop.size(), 7U);
     EXPECT_EQ(crop["scores"].size(), 7U);
 }
 

@@ -1,0 +1,21 @@
+// The crops of a photograph, shape by shape where that is asked.
+#ifndef VISTATRIM_CLI_COMMANDS_ASKED_CROPS_H
+#define VISTATRIM_CLI_COMMANDS_ASKED_CROPS_H
+
+#include <string>
+#include <vector>
+
+#include "batch/photo_result.h"
+#include "options/options.h"
+#include "vistaTrimPhoto/analysis.h"
+
+namespace vistaTrim::cli {
+
+// Fills Found and Labels. With options.EachShape every shape is a request of its own: its crops
+// come together, in the order of the shapes. Returns the names of shapes that got no crop.
+std::vector<std::string> SuggestAsked(const photo::Analysis& analysis, const Options& options,
+                                      PhotoResult& result);
+
+} // namespace vistaTrim::cli
+
+#endif

@@ -1,0 +1,120 @@
+#include "options/crop_options.h"
+
+#include <stdexcept>
+
+#include "options/name_template.h"
+#include "options/read_option.h"
+#include "options/text_values.h"
+
+namespace vistaTrim::cli {
+
+namespace {
+
+constexpr const char* kNames = "Names and sizes of the files";
+constexpr const char* kBeside = "Files beside the crops";
+
+bool ReadWidths(const std::string& text, std::vector<int32_t>& widths)
+{
+    const auto numbers = ParseNumbers(text);
+    if (!numbers)
+        return false;
+    for (const double number : *numbers) {
+        constexpr double kWidest = 100000;
+        if (number < 1 || number > kWidest || number != static_cast<int32_t>(number))
+            return false;
+        widths.push_back(static_cast<int32_t>(number));
+    }
+    return true;
+}
+
+void AddSizes(CLI::App& command, Options& values)
+{
+    CLI::Option* resize = command.get_option("--resize");
+    CLI::Option* size = command.get_option("--size");
+    CLI::Option* fill =
+        AddRead(
+            command, "--fill", "WxH",
+            "The best crop of this ratio, scaled to exactly this size; may be repeated",
+            [&values](const std::string& text) {
+                const auto read = ParseSize(text);
+                if (read)
+                    values.Shapes.push_back(ShapeOfSize(*read));
+                values.EachShape = true;
+                return read.has_value();
+            },
+            true)
+            ->excludes(resize)
+            ->excludes(size)
+            ->group(kNames);
+    CLI::Option* widths = AddRead(
+                              command, "--widths", "whole numbers with commas between them",
+                              "Each crop at several widths, as 400,800,1600",
+                              [&values](const std::string& text) {
+                                  return ReadWidths(text, values.CropFiles.Widths);
+                              },
+                              false)
+                              ->type_name("A,B,C")
+                              ->excludes(resize)
+                              ->excludes(fill)
+                              ->group(kNames);
+    command
+        .add_flag("--upscale", values.CropFiles.Upscale,
+                  "Scale up to widths that a crop does not have; else the crop's own is the last")
+        ->needs(widths)
+        ->group(kNames);
+    command
+        .add_option_function<std::string>(
+            "--name",
+            [&values](const std::string& text) {
+                try {
+                    const NameTemplate checked(text);
+                } catch (const std::runtime_error& error) {
+                    throw CLI::ValidationError("--name", error.what());
+                }
+                values.CropFiles.Name = text;
+            },
+            "Names of the files, of {stem}, {shape}, {ratio}, {rank}, {width} and {height}")
+        ->type_name("TEMPLATE")
+        ->group(kNames);
+}
+
+void AddFilesBeside(CLI::App& command, Options& values)
+{
+    CLI::Option* resume = command.get_option("--resume");
+    command
+        .add_option("--manifest", values.CropFiles.Manifest,
+                    "Write a JSON list of photographs, crops, files, sizes and scores")
+        ->check(NotEmpty())
+        ->type_name("FILE")
+        ->excludes(resume)
+        ->group(kBeside);
+    CLI::Option* picture =
+        command
+            .add_option("--picture", values.CropFiles.Picture,
+                        "Write a <picture> element of each photograph, with srcset and sizes")
+            ->check(NotEmpty())
+            ->type_name("FILE.html")
+            ->excludes(resume)
+            ->group(kBeside);
+    command
+        .add_option("--sizes", values.CropFiles.Sizes,
+                    "How wide the page shows the picture, for its sizes attribute (100vw)")
+        ->needs(picture)
+        ->type_name("TEXT")
+        ->group(kBeside);
+}
+
+} // namespace
+
+void AddCropFiles(CLI::App& command, Options& values)
+{
+    AddSizes(command, values);
+    AddFilesBeside(command, values);
+}
+
+std::string FaultOfCropFiles(const CLI::App&, const Options&)
+{
+    return "";
+}
+
+} // namespace vistaTrim::cli

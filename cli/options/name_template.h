@@ -1,0 +1,38 @@
+// How the files of crops are named.
+#ifndef VISTATRIM_CLI_OPTIONS_NAME_TEMPLATE_H
+#define VISTATRIM_CLI_OPTIONS_NAME_TEMPLATE_H
+
+#include <string>
+#include <vector>
+
+namespace vistaTrim::cli {
+
+struct NameFields {
+    std::string Stem; // of the photograph
+    std::string Shape;
+    std::string Ratio;
+    std::string Rank;
+    std::string Width; // of the file
+    std::string Height;
+};
+
+// Text with fields in braces, as "{stem}-{ratio}"; {{ and }} stand for braces. A slash begins a
+// folder. The ending of the file is not part of it.
+class NameTemplate {
+public:
+    // Throws std::runtime_error for an unknown field, and for names that leave the folder.
+    explicit NameTemplate(const std::string& text);
+
+    std::string Expand(const NameFields& fields) const;
+
+private:
+    struct Piece {
+        std::string Text;
+        std::string NameFields::*Field = nullptr; // then the text does not count
+    };
+    std::vector<Piece> Pieces;
+};
+
+} // namespace vistaTrim::cli
+
+#endif

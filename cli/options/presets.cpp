@@ -1,0 +1,123 @@
+#include "options/presets.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <fstream>
+#include <iterator>
+#include <sstream>
+#include <stdexcept>
+#include <system_error>
+
+#include "options/presets_table.h"
+#include "options/text_values.h"
+
+namespace vistaTrim::cli {
+
+namespace {
+
+// Names become parts of file names, and must not be taken for ratios.
+bool IsName(const std::string& text)
+{
+    const auto isPart = [](char c) {
+        return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9') ||
+               c == '-' || c == '_';
+    };
+    return !text.empty() && text[0] != '-' && std::all_of(text.begin(), text.end(), isPart) &&
+           !photo::ParseRatio(text);
+}
+
+Shape ShapeOfRow(const std::string& row)
+{
+    std::vector<std::string> cells;
+    std::istringstream stream(row);
+    for (std::string cell; std::getline(stream, cell, '\t');)
+        cells.push_back(cell);
+    if (cells.size() < 2 || cells.size() > 4)
+        throw std::runtime_error("a row has a name, a ratio, a size or -, and what it is for, "
+                                 "with tabs between them");
+    if (!IsName(cells[0]))
+        throw std::runtime_error(
+            "'" + cells[0] + "' is not a name of letters, digits, - and _, or reads as a ratio");
+    Shape shape{cells[0], "", {}, {}};
+    const bool hasSize = cells.size() > 2 && cells[2] != "-";
+    if (hasSize) {
+        shape.Fill = ParseSize(cells[2]);
+        if (!shape.Fill)
+            throw std::runtime_error("'" + cells[2] + "' is not WxH");
+    }
+    if (cells[1] == "-" && hasSize) {
+        const Shape ofSize = ShapeOfSize(*shape.Fill);
+        shape.Aspect = ofSize.Aspect;
+        shape.RatioText = ofSize.RatioText;
+        return shape;
+    }
+    const std::optional<Shape> ofRatio = ShapeOfRatio(cells[1]);
+    if (!ofRatio)
+        throw std::runtime_error("'" + cells[1] + "' is not W:H");
+    shape.Aspect = ofRatio->Aspect;
+    shape.RatioText = ofRatio->RatioText;
+    if (hasSize && !(photo::Reduced(shape.Fill->Width, shape.Fill->Height) == shape.Aspect))
+        throw std::runtime_error("the size " + cells[2] + " is not of the ratio " + cells[1]);
+    return shape;
+}
+
+} // namespace
+
+Presets::Presets()
+{
+    AddTable(kPresetsTable, "presets.tsv");
+}
+
+void Presets::AddFile(const std::string& path)
+{
+    std::ifstream stream(path, std::ios::binary);
+    const std::string table{std::istreambuf_iterator<char>(stream),
+                            std::istreambuf_iterator<char>()};
+    if (!stream)
+        throw std::runtime_error("cannot read " + path + ": " +
+                                 std::generic_category().message(errno != 0 ? errno : EIO));
+    AddTable(table, path);
+}
+
+void Presets::AddTable(const std::string& table, const std::string& source)
+{
+    std::istringstream stream(table);
+    size_t number = 0;
+    for (std::string row; std::getline(stream, row);) {
+        ++number;
+        if (!row.empty() && row.back() == '\r')
+            row.pop_back();
+        if (row.empty() || row[0] == '#')
+            continue;
+        try {
+            const Shape shape = ShapeOfRow(row);
+            const auto known =
+                std::find_if(Shapes.begin(), Shapes.end(),
+                             [&shape](const Shape& other) { return other.Name == shape.Name; });
+            if (known != Shapes.end())
+                *known = shape;
+            else
+                Shapes.push_back(shape);
+        } catch (const std::runtime_error& error) {
+            throw std::runtime_error(source + ":" + std::to_string(number) + ": " + error.what());
+        }
+    }
+}
+
+std::optional<Shape> Presets::Find(const std::string& name) const
+{
+    for (const Shape& shape : Shapes)
+        if (shape.Name == name)
+            return shape;
+    return std::nullopt;
+}
+
+std::string Presets::Names() const
+{
+    std::string names;
+    for (size_t i = 0; i < Shapes.size(); ++i)
+        names += (i == 0 ? "" : i + 1 == Shapes.size() ? " and " : ", ") + Shapes[i].Name;
+    return names;
+}
+
+} // namespace vistaTrim::cli

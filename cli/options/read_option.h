@@ -1,0 +1,22 @@
+// Options whose texts this program reads itself.
+#ifndef VISTATRIM_CLI_OPTIONS_READ_OPTION_H
+#define VISTATRIM_CLI_OPTIONS_READ_OPTION_H
+
+#include <functional>
+#include <string>
+
+#include <CLI/CLI.hpp>
+
+namespace vistaTrim::cli {
+
+using Reader = std::function<bool(const std::string&)>;
+
+// An option that takes one text at a time, each read by `read`; `form` says what is expected.
+CLI::Option* AddRead(CLI::App& app, const std::string& name, const std::string& form,
+                     const std::string& description, const Reader& read, bool repeatable);
+
+CLI::Validator NotEmpty();
+
+} // namespace vistaTrim::cli
+
+#endif

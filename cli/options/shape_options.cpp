@@ -1,0 +1,147 @@
+#include "options/shape_options.h"
+
+#include <algorithm>
+#include <memory>
+
+#include "options/presets.h"
+#include "options/read_option.h"
+#include "options/text_values.h"
+
+namespace vistaTrim::cli {
+
+namespace {
+
+constexpr const char* kGroup = "Shape of the crops";
+
+// A shape twice would only be cut twice.
+void AddOnce(std::vector<Shape>& shapes, const Shape& shape)
+{
+    const auto same = [&shape](const Shape& other) { return other.Name == shape.Name; };
+    if (std::none_of(shapes.begin(), shapes.end(), same))
+        shapes.push_back(shape);
+}
+
+bool ReadScales(const std::string& text, photo::Request& request)
+{
+    const auto numbers = ParseNumbers(text);
+    if (!numbers)
+        return false;
+    for (const double number : *numbers) {
+        if (number <= 0.0 || number > 1.0)
+            return false;
+        request.Scales.push_back(number);
+    }
+    return true;
+}
+
+void AddPresetsFile(CLI::App& command, const std::shared_ptr<Presets>& presets)
+{
+    const auto read = [presets](const std::vector<std::string>& files) {
+        for (const std::string& file : files) {
+            try {
+                presets->AddFile(file);
+            } catch (const std::exception& error) {
+                throw CLI::ValidationError("--presets", error.what());
+            }
+        }
+    };
+    // Before the options that name presets: options are read in the order in which they were
+    // added.
+    command
+        .add_option_function<std::vector<std::string>>(
+            "--presets", read, "More presets, from a table like presets.tsv")
+        ->type_name("FILE")
+        ->expected(1)
+        ->allow_extra_args(false)
+        ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll)
+        ->group(kGroup);
+}
+
+} // namespace
+
+void AddShapes(CLI::App& command, Options& values)
+{
+    photo::Request& request = values.Request;
+    const auto presets = std::make_shared<Presets>();
+    AddPresetsFile(command, presets);
+    CLI::Option* aspect =
+        AddRead(
+            command, "--aspect", "W:H or the name of a preset",
+            "A ratio to try, 16:9, 16x9 or square; may be repeated (default: six ratios)",
+            [&values, presets](const std::string& text) {
+                std::optional<Shape> shape = presets->Find(text);
+                if (shape)
+                    shape->Fill.reset();
+                else
+                    shape = ShapeOfRatio(text);
+                if (shape)
+                    AddOnce(values.Shapes, *shape);
+                return shape.has_value();
+            },
+            true)
+            ->type_name("W:H")
+            ->group(kGroup);
+    CLI::Option* preset =
+        AddRead(
+            command, "--preset", "the name of a preset; there are " + presets->Names(),
+            "The best crop of a shape with a name, scaled to its size; may be repeated",
+            [&values, presets](const std::string& text) {
+                const std::optional<Shape> shape = presets->Find(text);
+                if (shape)
+                    AddOnce(values.Shapes, *shape);
+                values.EachShape = true;
+                return shape.has_value();
+            },
+            true)
+            ->type_name("NAME")
+            ->group(kGroup);
+    command
+        .add_flag("--each-ratio", values.EachShape,
+                  "The best crop of each --aspect, instead of the best of all of them")
+        ->needs(aspect)
+        ->group(kGroup);
+    CLI::Option* scale =
+        AddRead(
+            command, "--scale", "a number above 0, at most 1",
+            "Crop side over photograph side; may be repeated (default: 0.5, 0.55 "
+            "to 1)",
+            [&request](const std::string& text) { return ReadScales(text, request); }, true)
+            ->type_name("S")
+            ->group(kGroup);
+    CLI::Option* largest =
+        command
+            .add_flag_callback(
+                "--largest", [&request] { request.Scales = {1.0}; },
+                "Only the largest crops of each ratio, which span the photograph one way")
+            ->excludes(scale)
+            ->group(kGroup);
+    AddRead(
+        command, "--size", "WxH", "Crops of exactly this size, in pixels of the photograph",
+        [&request](const std::string& text) {
+            request.Size = ParseSize(text);
+            return request.Size.has_value();
+        },
+        false)
+        ->excludes(aspect)
+        ->excludes(preset)
+        ->excludes(scale)
+        ->excludes(largest)
+        ->group(kGroup);
+    command
+        .add_option("--density", request.Density,
+                    "Positions tried along the side with more free room (8)")
+        ->check(CLI::Range(1, static_cast<int>(photo::kHighestDensity)))
+        ->type_name("N")
+        ->group(kGroup);
+}
+
+void FinishShapes(const CLI::App& command, Options& values)
+{
+    const CLI::Option* top = command.get_option_no_throw("--top");
+    if (values.EachShape && top != nullptr && top->count() == 0)
+        values.Request.Top = 1;
+    for (const Shape& shape : values.Shapes)
+        values.Request.Aspects.push_back(shape.Aspect);
+}
+
+} // namespace vistaTrim::cli

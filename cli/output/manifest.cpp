@@ -1,0 +1,40 @@
+#include "output/manifest.h"
+
+#include <nlohmann/json.hpp>
+
+#include "output/result_text.h"
+
+namespace vistaTrim::cli {
+
+Manifest::Manifest(const std::string& file, bool replace) : File(file), Replace(replace)
+{
+    const WholeFile probe(file, replace); // refuses before the work, not after it
+}
+
+void Manifest::Add(const PhotoResult& result)
+{
+    using Json = nlohmann::ordered_json;
+    // Of several shapes some can be there and others fail; what was written is told all the same.
+    PhotoResult whole = result;
+    if (!result.Crops.empty())
+        whole.Error.clear();
+    Json line = Json::parse(JsonLine(whole));
+    if (whole.Error != result.Error)
+        line["error"] = result.Error;
+    if (line.contains("crops")) {
+        for (Json& crop : line["crops"])
+            crop["files"] = Json::array();
+        for (const WrittenCrop& written : result.Crops)
+            line["crops"][written.Crop]["files"].push_back({{"file", written.File},
+                                                            {"width", written.Size.Width},
+                                                            {"height", written.Size.Height}});
+    }
+    Text += (Text.empty() ? "" : ",\n") + line.dump(-1, ' ', false, Json::error_handler_t::replace);
+}
+
+void Manifest::Finish()
+{
+    WriteWholeFile(File, Replace, "[\n" + Text + (Text.empty() ? "" : "\n") + "]\n");
+}
+
+} // namespace vistaTrim::cli
