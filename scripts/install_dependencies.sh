@@ -2,7 +2,7 @@
 # Installs with apt what is missing for the named jobs. Needs root or sudo.
 #
 # usage: scripts/install_dependencies.sh JOB...
-#   build   the libraries, the program and the developer tools
+#   build   the libraries, the program, the Python package and the developer tools
 #   test    the tests and the benchmarks
 #   check   formatting, static checks, the second compiler
 #   sheet   contact sheets
@@ -12,11 +12,14 @@ set -euo pipefail
 
 declare -A packages=(
     [build]="g++ cmake ninja-build pkg-config libvips-dev
-             libcli11-dev nlohmann-json3-dev libdlib-dev libexiv2-dev"
+             libcli11-dev nlohmann-json3-dev libdlib-dev libexiv2-dev pybind11-dev python3-dev
+             python3-numpy"
     [test]="libgtest-dev libgmock-dev libbenchmark-dev binutils libopenblas-dev liblapacke-dev
             lomiri-wallpapers-16.04
             libvips-tools fonts-dejavu-core python3 chromium chromium-driver python3-selenium
-            python3-jsonschema bash-completion man-db python3-skimage"
+            python3-jsonschema bash-completion man-db python3-skimage
+            python3-pytest python3-hypothesis python3-pil python3-matplotlib python3-distributed
+            python3-fsspec python3-pip python3-setuptools python3-wheel mypy"
     [check]="clang clang-format clang-tidy cppcheck libclang-rt-14-dev abigail-tools lcov"
     [sheet]="libvips-tools fonts-dejavu-core"
     [demo]="lomiri-wallpapers-16.04"

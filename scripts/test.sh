@@ -12,4 +12,10 @@ shift || true
 scripts/install_dependencies.sh build test
 cmake --preset "$preset" -DVISTATRIM_WARNINGS_AS_ERRORS=ON
 cmake --build --preset "$preset"
-ctest --preset "$preset" --output-on-failure --parallel "$(nproc)" --timeout 600 "$@"
+# Those of the Python package come last, for pytest to print their count.
+ctest --preset "$preset" --output-on-failure --parallel "$(nproc)" --timeout 600 \
+    --label-exclude '^python$' "$@"
+build=build/$preset
+if [ $# -eq 0 ] && [ -d "$build/python/vistatrim" ]; then
+    tests/python/run_tests.sh /usr/bin/python3 "$build" "$build/cli/vistatrim"
+fi

@@ -1,0 +1,122 @@
+// photo::Request with one property a field, as plain Python values.
+#include "bindings.h"
+
+#include <stdexcept>
+#include <string>
+#include <tuple>
+#include <utility>
+#include <vector>
+
+#include <pybind11/stl.h>
+
+#include "vistaTrimPhoto/measures.h"
+#include "vistaTrimPhoto/ratio.h"
+#include "vistaTrimPhoto/request.h"
+#include "wish_names.h"
+
+namespace vistaTrim::python {
+
+namespace {
+
+namespace py = pybind11;
+using photo::Request;
+
+using Pair = std::pair<int64_t, int64_t>;
+using NamedRect = std::tuple<std::string, int32_t, int32_t, int32_t, int32_t>;
+
+void SetAspects(Request& request, const std::vector<Pair>& ratios)
+{
+    request.Aspects.clear();
+    for (const auto& [width, height] : ratios) {
+        if (width < 1 || height < 1)
+            throw py::value_error("both terms of a ratio must be above 0");
+        request.Aspects.push_back(photo::Reduced(width, height));
+    }
+}
+
+void SetSize(Request& request, const std::optional<std::pair<int32_t, int32_t>>& size)
+{
+    request.Size.reset();
+    if (size)
+        request.Size = photo::PixelSize{size->first, size->second};
+}
+
+void SetWishes(Request& request, const std::vector<NamedRect>& wishes)
+{
+    request.Wishes.clear();
+    for (const auto& [kind, x, y, width, height] : wishes)
+        request.Wishes.push_back({WishKindOf(kind), {x, y, width, height}});
+}
+
+// In the order of kMeasures.
+void SetWeights(Request& request, const std::vector<double>& weights)
+{
+    if (weights.size() != photo::kNumWeighed)
+        throw py::value_error("one weight for each weighed measure");
+    for (size_t i = 0; i < weights.size(); ++i)
+        request.Weights.*photo::kMeasures[i].Weight = weights[i];
+}
+
+void SetRankBy(Request& request, const std::string& name)
+{
+    using photo::RankBy;
+    if (name == "all")
+        request.Ranking = RankBy::All;
+    else if (name == "composition")
+        request.Ranking = RankBy::Composition;
+    else if (name == "coverage")
+        request.Ranking = RankBy::Coverage;
+    else if (name == "border")
+        request.Ranking = RankBy::Border;
+    else
+        throw py::value_error("no ranking is called " + name);
+}
+
+std::optional<Pair> ParseRatio(const std::string& text)
+{
+    const auto ratio = photo::ParseRatio(text);
+    if (!ratio)
+        return std::nullopt;
+    return Pair{ratio->Width, ratio->Height};
+}
+
+Pair RatioOfValue(double value)
+{
+    if (!(value > 0.0) || !(value - value == 0.0))
+        throw py::value_error("a ratio must be finite and above 0");
+    const photo::Ratio ratio = photo::RatioOfValue(value);
+    return {ratio.Width, ratio.Height};
+}
+
+py::list MeasureNames(size_t count)
+{
+    py::list names;
+    for (size_t i = 0; i < count; ++i)
+        names.append(photo::kMeasures[i].Name);
+    return names;
+}
+
+} // namespace
+
+void BindRequest(py::module_& module)
+{
+    // Properties are written, never read back: the package's own table knows what was asked.
+    const py::cpp_function unread;
+    py::class_<Request>(module, "Request")
+        .def(py::init<>())
+        .def_readwrite("top", &Request::Top)
+        .def_readwrite("scales", &Request::Scales)
+        .def_readwrite("density", &Request::Density)
+        .def_readwrite("explain", &Request::Explain)
+        .def_property("aspects", unread, &SetAspects)
+        .def_property("size", unread, &SetSize)
+        .def_property("wishes", unread, &SetWishes)
+        .def_property("weights", unread, &SetWeights)
+        .def_property("rank_by", unread, &SetRankBy);
+    module.def("parse_ratio", &ParseRatio);
+    module.def("ratio_of_value", &RatioOfValue);
+    module.attr("WEIGHED") = MeasureNames(photo::kNumWeighed);
+    module.attr("MEASURES") = MeasureNames(photo::kNumMeasures);
+}
+
+} // namespace vistaTrim::python

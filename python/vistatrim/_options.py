@@ -1,0 +1,339 @@
+"""What can be asked of a photograph: one table that the functions, the command line of the
+archive and its manifest read. A new option is one line of OPTIONS."""
+from __future__ import annotations
+
+import math
+import numbers
+import operator
+import os
+from dataclasses import dataclass
+from typing import Any, Callable, Dict, Iterable, List, Mapping, Optional, Sequence, Tuple, Union
+
+from . import _vistatrim
+from ._errors import wrong_type, wrong_value
+
+# An option's value after it was checked: plain objects that JSON can hold.
+Plain = Union[None, bool, int, float, str, List[Any]]
+Check = Callable[[str, object], Plain]
+FromText = Callable[[str], object]
+
+_LARGEST_PIXEL = 100_000_000  # sums of two still fit 32 bits
+_WISHES = ("keep", "avoid", "must_keep", "must_avoid")
+
+
+def _integer(name: str, value: object, least: int, most: int) -> int:
+    form = f"a whole number from {least} to {most}"
+    if isinstance(value, bool):
+        raise wrong_type(name, form, value)
+    try:
+        number = operator.index(value)  # type: ignore[arg-type]
+    except TypeError:
+        raise wrong_type(name, form, value) from None
+    if not least <= number <= most:
+        raise wrong_value(name, form, number)
+    return number
+
+
+def _real(name: str, value: object) -> float:
+    if isinstance(value, bool) or not isinstance(value, numbers.Real):
+        raise wrong_type(name, "a number", value)
+    number = float(value)
+    if not math.isfinite(number):
+        raise wrong_value(name, "a finite number", number)
+    return number
+
+
+def _items(name: str, form: str, value: object) -> Sequence[object]:
+    """The items of a list, tuple or array; no text, no mapping."""
+    if isinstance(value, (str, bytes, Mapping)) or not isinstance(value, Iterable):
+        raise wrong_type(name, form, value)
+    return list(value)
+
+
+def integer(least: int, most: int) -> Check:
+    return lambda name, value: _integer(name, value, least, most)
+
+
+def truth(name: str, value: object) -> Plain:
+    if not isinstance(value, bool):
+        raise wrong_type(name, "True or False", value)
+    return value
+
+
+def one_of(*names: str) -> Check:
+    def check(name: str, value: object) -> Plain:
+        if not isinstance(value, str):
+            raise wrong_type(name, "one of " + ", ".join(names), value)
+        if value not in names:
+            raise wrong_value(name, "one of " + ", ".join(names), value)
+        return value
+
+    return check
+
+
+def _ratio(name: str, value: object) -> List[int]:
+    form = "a ratio such as '4:5', (4, 5) or 0.8"
+    found: Optional[Tuple[int, int]]
+    if isinstance(value, str):
+        found = _vistatrim.parse_ratio(value)
+        if found is None:
+            raise wrong_value(name, form, value)
+        return list(found)
+    if isinstance(value, (tuple, list)):
+        if len(value) != 2:
+            raise wrong_value(name, form, value)
+        width, height = (_integer(name, side, 1, _LARGEST_PIXEL) for side in value)
+        divisor = math.gcd(width, height)
+        return [width // divisor, height // divisor]
+    number = _real(name, value)
+    if number <= 0:
+        raise wrong_value(name, form, value)
+    return list(_vistatrim.ratio_of_value(number))
+
+
+def ratios(name: str, value: object) -> Plain:
+    """One ratio, or a list of them. A tuple of two numbers is one ratio."""
+    if isinstance(value, (str, numbers.Real)):
+        return [_ratio(name, value)]
+    if isinstance(value, tuple) and len(value) == 2:
+        if all(isinstance(side, numbers.Integral) for side in value):
+            return [_ratio(name, value)]
+    return [_ratio(name, item) for item in _items(name, "a ratio or a list of ratios", value)]
+
+
+def scales(name: str, value: object) -> Plain:
+    values: Sequence[object] = [value] if isinstance(value, numbers.Real) else _items(
+        name, "a number or a list of numbers", value)
+    checked = [_real(name, item) for item in values]
+    for scale in checked:
+        if not 0 < scale <= 1:
+            raise wrong_value(name, "above 0 and at most 1", scale)
+    return list(checked)
+
+
+def size(name: str, value: object) -> Plain:
+    if value is None:
+        return None
+    sides = _items(name, "a pair (width, height)", value)
+    if len(sides) != 2:
+        raise wrong_value(name, "a pair (width, height)", value)
+    return [_integer(name, side, 1, _LARGEST_PIXEL) for side in sides]
+
+
+def regions(name: str, value: object) -> Plain:
+    """One rectangle (x, y, width, height), or a list of them."""
+    form = "a rectangle (x, y, width, height) or a list of them"
+    items = _items(name, form, value)
+    if items and not any(isinstance(item, Iterable) for item in items):
+        items = [items]
+    checked = []
+    for item in items:
+        sides = _items(name, form, item)
+        if len(sides) != 4:
+            raise wrong_value(name, form, item)
+        checked.append([_integer(name, side, least, _LARGEST_PIXEL)
+                        for side, least in zip(sides, (0, 0, 1, 1))])
+    return list(checked)
+
+
+def weights(name: str, value: object) -> Plain:
+    """Numbers in the order of the measures, or a mapping from their names."""
+    measures = _vistatrim.WEIGHED
+    if isinstance(value, Mapping):
+        for measure in value:
+            if measure not in measures:
+                raise wrong_value(name, "of " + ", ".join(measures), measure)
+        return [_real(name, value.get(measure, 0.0)) for measure in measures]
+    numbers_given = [_real(name, item) for item in _items(name, "three or five numbers", value)]
+    if len(numbers_given) not in (3, 5):
+        raise wrong_value(name, "three or five numbers", value)
+    return list(numbers_given + [0.0] * (5 - len(numbers_given)))
+
+
+def faces(name: str, value: object) -> Plain:
+    which = one_of("off", "large", "all")(name, value)
+    if which != "off" and not _vistatrim.HAS_FACE_FINDER:
+        raise ValueError(f"{name}: this build has no face finder; regions takes faces from another "
+                         "detector")
+    return which
+
+
+_REGION_DEFAULTS: Dict[str, Any] = {"kind": "other", "confidence": 1.0, "label": "", "wish": "keep"}
+
+
+def _region(name: str, value: object) -> List[Any]:
+    """x, y, width, height, kind, confidence, label, wish of a region as docs/regions.schema.json
+    describes it. Fractions of pixels are rounded outward."""
+    form = "a dict with x, y, width and height"
+    if not isinstance(value, Mapping):
+        raise wrong_type(name, form, value)
+    for key in value:
+        if key not in ("x", "y", "width", "height", *_REGION_DEFAULTS):
+            raise ValueError(f"{name}: a region has no {key!r}")
+    sides = []
+    for key in ("x", "y", "width", "height"):
+        if key not in value:
+            raise wrong_value(name, form, value)
+        sides.append(_real(name, value[key]))
+        if abs(sides[-1]) > _LARGEST_PIXEL or (key in ("width", "height") and sides[-1] <= 0):
+            raise wrong_value(name, f"a region of a photograph in its {key}", value)
+    x, y, width, height = sides
+    left, top = math.floor(x), math.floor(y)
+    kind, confidence, label, wish = ({**_REGION_DEFAULTS, **value}[key]
+                                     for key in _REGION_DEFAULTS)
+    if not isinstance(label, str):
+        raise wrong_type(name + " label", "text", label)
+    share = _real(name + " confidence", confidence)
+    if not 0 <= share <= 1:
+        raise wrong_value(name + " confidence", "0 to 1", share)
+    return [left, top, math.ceil(x + width) - left, math.ceil(y + height) - top,
+            one_of("face", "animal", "subject", "other")(name + " kind", kind), share, label,
+            one_of("keep", "must-keep", "avoid", "must-avoid", "none")(name + " wish", wish)]
+
+
+def found_regions(name: str, value: object) -> Plain:
+    """The name of a file of JSON lines, or a list of regions."""
+    if isinstance(value, (str, os.PathLike)):
+        if not os.fspath(value):
+            raise wrong_value(name, "the name of a file", value)
+        return os.fsdecode(value)
+    return [_region(name, item) for item in _items(name, "a file or a list of regions", value)]
+
+
+def _numbers(text: str) -> object:
+    return [float(piece) for piece in text.split(",")]
+
+
+def _pair(text: str) -> object:
+    width, height = text.split("x")
+    return int(width), int(height)
+
+
+def _rectangle(text: str) -> object:
+    x, y, width, height = text.split(",")
+    return [(int(x), int(y), int(width), int(height))]
+
+
+@dataclass(frozen=True)
+class Option:
+    """One option: its checks, and how it is written on a command line."""
+
+    name: str
+    check: Check
+    form: str  # empty: a flag without a value
+    help: str
+    from_text: FromText = str
+    repeats: bool = False
+    short: str = ""
+    field: str = ""  # of the request; empty: as the name
+    of_analysis: bool = False  # asked when the photograph is analysed, not of each request
+
+    @property
+    def flag(self) -> str:
+        return "--" + self.name.replace("_", "-")
+
+
+_REGION = "pixels of the photograph as displayed"
+
+OPTIONS: Tuple[Option, ...] = (
+    Option("top", integer(1, 10000), "N", "crops for each photograph (5)", int, short="-n"),
+    Option("aspect", ratios, "W:H", "a ratio to try (six ratios)", repeats=True, field="aspects"),
+    Option("scale", scales, "S", "crop side over photograph side (0.5, 0.55 to 1)", _numbers, True,
+           field="scales"),
+    Option("size", size, "WxH", "crops of exactly this size, in pixels of the photograph", _pair),
+    Option("density", integer(1, 500), "N", "positions tried along the side with more free room (8)",
+           int),
+    Option("rank_by", one_of("all", "composition", "coverage", "border"), "MEASURE",
+           "composition, coverage, border, or all by their weights (all)"),
+    Option("weights", weights, "a,b,c,d,e",
+           "of composition, coverage, border, peak and centre peak", _numbers),
+    Option("keep", regions, "X,Y,W,H", f"prefer crops that hold this region ({_REGION})",
+           _rectangle, True),
+    Option("avoid", regions, "X,Y,W,H", "prefer crops that stay clear of this region", _rectangle,
+           True),
+    Option("must_keep", regions, "X,Y,W,H", "only crops that hold this region whole", _rectangle,
+           True),
+    Option("must_avoid", regions, "X,Y,W,H", "only crops that do not touch this region",
+           _rectangle, True),
+    Option("faces", faces, "WHICH", "look for faces: off, large or all (all)", of_analysis=True),
+    Option("regions", found_regions, "FILE", "JSON lines of regions that another detector found",
+           of_analysis=True),
+    Option("ignore_metadata_regions", truth, "",
+           "ignore faces and subjects that a photograph's own metadata names", of_analysis=True),
+    Option("explain", truth, "", "also why: ranks, wishes met, candidates tried"),
+)
+NAMES = tuple(option.name for option in OPTIONS)
+
+
+def checked(options: Mapping[str, object]) -> Dict[str, Plain]:
+    """The options with their values checked, in the order of the table. Options whose value is
+    None count as not given."""
+    for name in options:
+        if name not in NAMES:
+            raise TypeError(f"suggest() got an unexpected option '{name}'; there are "
+                            + ", ".join(NAMES))
+    found = {option.name: option.check(option.name, options[option.name])
+             for option in OPTIONS if options.get(option.name) is not None}
+    if "size" in found and ("aspect" in found or "scale" in found):
+        raise ValueError("size cannot be given with aspect or scale")
+    return found
+
+
+def request_of(values: Mapping[str, Plain]) -> _vistatrim.Request:
+    """What checked options ask of the library."""
+    request = _vistatrim.Request()
+    wishes: List[Tuple[str, int, int, int, int]] = []
+    for option in OPTIONS:
+        value = values.get(option.name)
+        if value is None or option.of_analysis:
+            continue
+        if option.name in _WISHES:
+            assert isinstance(value, list)
+            kind = option.name.replace("_", "-")
+            wishes += [(kind, x, y, width, height) for x, y, width, height in value]
+        else:
+            setattr(request, option.field or option.name, value)
+    request.wishes = wishes
+    return request
+
+
+# What an analysis depends on: `faces`, whether metadata is ignored, the regions.
+Use = Tuple[str, bool, Tuple[Tuple[Any, ...], ...]]
+
+
+def use_of(options: Mapping[str, Plain], photograph: str) -> Use:
+    """Of checked options, for the photograph of this name."""
+    given = options.get("regions")
+    if isinstance(given, str):
+        try:
+            regions = _vistatrim.RegionsFile(os.fsencode(given)).regions_of(os.fsencode(photograph))
+        except _vistatrim.Failure as failure:
+            raise ValueError(f"regions: {failure.args[1]}") from None
+    else:
+        regions = [tuple(region) for region in given] if isinstance(given, list) else []
+    return (str(options.get("faces") or "all"), bool(options.get("ignore_metadata_regions")),
+            tuple(regions))
+
+
+def region_options(use: Use) -> _vistatrim.RegionOptions:
+    made = _vistatrim.RegionOptions()
+    faces_asked, ignores_metadata, regions = use
+    made.faces = faces_asked
+    made.use_named = not ignores_metadata
+    made.regions = regions
+    return made
+
+
+def background_colour(value: object) -> List[float]:
+    """'#rrggbb', 'white', 'black' or (red, green, blue), 0 to 255 each."""
+    name, form = "background", "'#rrggbb', 'white', 'black' or (red, green, blue)"
+    if isinstance(value, str):
+        text = {"white": "#ffffff", "black": "#000000"}.get(value, value)
+        digits = "0123456789abcdefABCDEF"
+        if len(text) != 7 or text[0] != "#" or any(digit not in digits for digit in text[1:]):
+            raise wrong_value(name, form, value)
+        return [float(int(text[at:at + 2], 16)) for at in (1, 3, 5)]
+    channels = _items(name, form, value)
+    if len(channels) != 3:
+        raise wrong_value(name, form, value)
+    return [float(_integer(name, channel, 0, 255)) for channel in channels]

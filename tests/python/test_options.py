@@ -1,0 +1,93 @@
+"""Wrong values are ValueErrors, wrong types TypeErrors; both name the option."""
+import numpy as np
+import pytest
+
+import vistatrim
+
+WRONG_VALUES = [
+    dict(top=0), dict(top=10001), dict(top=2**80),
+    dict(aspect="4by5"), dict(aspect="0:5"), dict(aspect=0.0), dict(aspect=-1.5),
+    dict(aspect=float("nan")), dict(aspect=float("inf")), dict(aspect=(4, 0)),
+    dict(aspect=["1:1", "x"]), dict(aspect=[(1, 2, 3)]),
+    dict(scale=0), dict(scale=1.01), dict(scale=[0.5, float("nan")]),
+    dict(size=(0, 10)), dict(size=(10,)), dict(size=(10**9, 1)),
+    dict(density=0), dict(density=501),
+    dict(rank_by="beauty"), dict(weights=[1, 2]), dict(weights=[1, 2, float("inf")]),
+    dict(weights={"beauty": 1}),
+    dict(keep=(1, 2, 3)), dict(keep=(-1, 0, 5, 5)), dict(avoid=(0, 0, 0, 5)),
+    dict(faces="some"), dict(regions=""), dict(regions="missing.jsonl"), dict(regions=[{"x": 1}]),
+    dict(regions=[{"x": 1, "y": 1, "width": 0, "height": 5}]),
+    dict(regions=[{"x": 1, "y": 1, "width": 5, "height": 5, "colour": 5}]),
+    dict(regions=[{"x": 1, "y": 1, "width": 5, "height": 5, "kind": "house"}]),
+    dict(regions=[{"x": 1, "y": 1, "width": 5, "height": 5, "confidence": 2}]),
+    dict(must_keep=[(0, 0, 5, 5), (1, 2)]), dict(must_avoid=(0, 0, 10**9, 1)),
+]
+WRONG_TYPES = [
+    dict(top=1.5), dict(top="3"), dict(top=True), dict(aspect=object()), dict(aspect=[None]),
+    dict(aspect=(1.5, None, 2)), dict(scale="half"), dict(scale=[True]), dict(size="10x10"),
+    dict(size=10), dict(size=(1.0, 2.0)), dict(density=8.0), dict(rank_by=3), dict(weights="all"),
+    dict(weights=[1, "a", 2]), dict(weights=None, keep=5), dict(keep="0,0,5,5"),
+    dict(faces=True), dict(regions=5), dict(regions=[5]), dict(ignore_metadata_regions=0),
+    dict(regions=[{"x": "1", "y": 1, "width": 5, "height": 5}]),
+    dict(regions=[{"x": 1, "y": 1, "width": 5, "height": 5, "label": 5}]),
+    dict(keep=[(0, 0, 5, 1.5)]), dict(explain=1), dict(explain="yes"), dict(tpo=3),
+]
+
+
+def name_of(options):
+    return next(name for name, value in options.items() if value is not None)
+
+
+@pytest.mark.parametrize("options", WRONG_VALUES, ids=str)
+def test_wrong_values_are_refused(options, photo):
+    with pytest.raises(ValueError, match=name_of(options)):
+        photo.suggest(**options)
+
+
+@pytest.mark.parametrize("options", WRONG_TYPES, ids=str)
+def test_wrong_types_are_refused(options, photo):
+    with pytest.raises(TypeError, match=name_of(options)):
+        photo.suggest(**options)
+
+
+def test_size_excludes_ratio_and_scale(photo):
+    for other in (dict(aspect="1:1"), dict(scale=0.5)):
+        with pytest.raises(ValueError, match="size"):
+            photo.suggest(size=(10, 10), **other)
+
+
+def test_what_this_photograph_cannot_meet_names_it(photo, photo_path):
+    with pytest.raises(ValueError, match=r"a\.jpg: .*does not fit"):
+        photo.suggest(size=(641, 100))
+    with pytest.raises(ValueError, match=r"a\.jpg: .*must-keep 700,0,5,5"):
+        photo.suggest(must_keep=(700, 0, 5, 5))
+
+
+def test_numbers_of_numpy_are_numbers(photo):
+    plain = photo.suggest(top=2, aspect=(4, 5), keep=[(10, 20, 30, 40)], scale=[0.5, 1.0])
+    numpy = photo.suggest(top=np.int64(2), aspect=(np.int32(4), np.int32(5)),
+                          keep=np.array([[10, 20, 30, 40]]), scale=np.array([0.5, 1.0]))
+    assert plain == numpy
+
+
+def test_none_is_not_given(photo):
+    assert photo.suggest(top=None, aspect=None, keep=None, size=None) == photo.suggest()
+
+
+def test_ratios_in_every_spelling(photo):
+    expected = photo.suggest(aspect="4:5", top=2)
+    assert expected[0].aspect == "4:5"
+    for same in ((4, 5), (8, 10), 0.8, ["4:5"], [(4, 5)], [0.8], ("4:5",)):
+        assert photo.suggest(aspect=same, top=2) == expected
+
+
+@pytest.mark.parametrize("background", ["#12", "red?", "#gggggg", (1, 2), (1, 2, 300)])
+def test_wrong_backgrounds_are_refused(background, photo_path):
+    with pytest.raises(ValueError, match="background"):
+        vistatrim.Photo(photo_path, background=background)
+
+
+@pytest.mark.parametrize("background", [5, (1, 2, 3.5), None])
+def test_backgrounds_of_wrong_types_are_refused(background, photo_path):
+    with pytest.raises(TypeError, match="background"):
+        vistatrim.Photo(photo_path, background=background)
