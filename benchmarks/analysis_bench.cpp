@@ -13,9 +13,11 @@
 #include <random>
 #include <vector>
 
+#include "analysis/border_contrast.h"
 #include "analysis/multi_scale_edges.h"
 #include "analysis/saliency_driver.h"
 #include "analysis/strip_contrast.h"
+#include "analysis/strip_moments.h"
 #include "numeric/aligned_memory.h"
 #include "numeric/image_kernels.h"
 #include "numeric/owned_stack.h"
@@ -65,11 +67,14 @@ struct Stages {
         Planes.Create(3, kCols, kRows);
         Pixels.FillFromBytes(Bytes.data());
         SmoothStack(Pixels.Handle(), Blurred.Handle(), double(0.7f));
-        BuildTables(Blurred.Handle());
         Map.Resize(kRows, kCols);
         Table.Resize(kRows, kCols);
-        ComputeTopContrast(Blurred.Handle(), Out.Handle(), 0.25f);
-        std::copy_n(Out.Planes[0], kCount, Map.Data);
+        const BorderContrastMaps maps = {
+            Map.Data,
+            Out.Planes[0],
+            {Sides.Planes[0], Sides.Planes[1], Sides.Planes[2], Sides.Planes[3]}};
+        MeasureBorderContrasts(Blurred.Handle(), Planes.Planes[0], maps)
+            .Contrast.Apply(Map.Data, kCount);
         BuildSummedAreaTable(Map, Table);
     }
 };
@@ -131,58 +136,35 @@ void FillAndSmooth(benchmark::State& state)
 }
 BENCHMARK(FillAndSmooth)->Name("FillAndSmooth/3planes")->Unit(benchmark::kMillisecond);
 
-void PlaneTables(benchmark::State& state)
+void StripMoments(benchmark::State& state)
 {
-    Stages& s = Shared();
+    const Stages& s = Shared();
+    const BorderStrips wide = MakeBorderStrips(kCols, kRows, 0.25f);
+    const BorderStrips narrow = MakeBorderStrips(kCols, kRows, 0.2f);
     for (auto _ : state) {
-        COwnedStack ownStack;
-        CPlaneStack& stack = ownStack.Handle();
-        stack.Create(3, kCols, kRows);
-        for (size_t k = 0; k < 3; ++k)
-            std::swap(stack.Planes[k], s.Planes.Planes[k]);
-        BuildTables(stack);
-        for (size_t k = 0; k < 3; ++k)
-            std::swap(stack.Planes[k], s.Planes.Planes[k]);
+        const CStripMoments moments(s.Blurred.Handle(),
+                                    {wide.Top, wide.Bottom, wide.Left, wide.Right, narrow.Top,
+                                     narrow.Bottom, narrow.Left, narrow.Right});
+        benchmark::DoNotOptimize(&moments);
     }
     CountPixels(state);
 }
-BENCHMARK(PlaneTables)->Name("PlaneTables/3planes_6pairs")->Unit(benchmark::kMillisecond);
+BENCHMARK(StripMoments)->Name("StripMoments/3planes_6pairs")->Unit(benchmark::kMillisecond);
 
-void JointContrasts(benchmark::State& state)
+void BorderContrasts(benchmark::State& state)
 {
     Stages& s = Shared();
-    for (auto _ : state) {
-        ComputeTopContrast(s.Blurred.Handle(), s.Out.Handle(), 0.25f);
-        ComputeBottomContrast(s.Blurred.Handle(), s.Out.Handle(), 0.25f);
-    }
-    CountPixels(state);
-}
-BENCHMARK(JointContrasts)->Name("JointContrasts/top_bottom")->Unit(benchmark::kMillisecond);
-
-void PlaneContrasts(benchmark::State& state)
-{
-    Stages& s = Shared();
-    const std::vector<CPlaneStack> views = SplitPlaneViews(s.Blurred.Handle());
+    const BorderContrastMaps maps = {
+        s.Planes.Planes[0],
+        s.Planes.Planes[1],
+        {s.Sides.Planes[0], s.Sides.Planes[1], s.Sides.Planes[2], s.Sides.Planes[3]}};
     for (auto _ : state)
-        for (const CPlaneStack& view : views) {
-            ComputeTopContrast(view, s.Out.Handle(), 0.25f);
-            ComputeBottomContrast(view, s.Out.Handle(), 0.25f);
-        }
+        MeasureBorderContrasts(s.Blurred.Handle(), s.Out.Planes[0], maps);
     CountPixels(state);
 }
-BENCHMARK(PlaneContrasts)->Name("PlaneContrasts/3x_top_bottom")->Unit(benchmark::kMillisecond);
-
-void SideContrasts(benchmark::State& state)
-{
-    Stages& s = Shared();
-    CPlaneStack outs[4];
-    for (size_t k = 0; k < 4; ++k)
-        outs[k].WrapPlane(kCols, kRows, s.Sides.Planes[k]);
-    for (auto _ : state)
-        ComputeSideContrasts(s.Blurred.Handle(), outs, 0.2f);
-    CountPixels(state);
-}
-BENCHMARK(SideContrasts)->Name("SideContrasts/4sides")->Unit(benchmark::kMillisecond);
+BENCHMARK(BorderContrasts)
+    ->Name("BorderContrasts/moments_and_sweeps")
+    ->Unit(benchmark::kMillisecond);
 
 void MultiScaleEdges(benchmark::State& state)
 {
@@ -196,9 +178,8 @@ BENCHMARK(MultiScaleEdges)->Name("MultiScaleEdges/2scales")->Unit(benchmark::kMi
 void ColourBlur(benchmark::State& state)
 {
     Stages& s = Shared();
-    float* const out[3] = {s.Planes.Planes[0], s.Planes.Planes[1], s.Planes.Planes[2]};
     for (auto _ : state)
-        BlurInterleavedPixels(s.Bytes.data(), kCols, kRows, 2.0f, out);
+        BlurPlanes(s.Pixels.Handle(), 2.0f, s.Planes.Planes.data());
     CountPixels(state);
 }
 BENCHMARK(ColourBlur)->Name("ColourBlur/mask15_3planes")->Unit(benchmark::kMillisecond);
@@ -207,8 +188,7 @@ void Gradients(benchmark::State& state)
 {
     const Stages& s = Shared();
     for (auto _ : state)
-        for (size_t k = 0; k < 3; ++k)
-            GradientStrength(s.Blurred.Planes[k], s.Out.Planes[0], kCols, kRows);
+        SumGradientStrengths(s.Blurred.Handle(), s.Out.Planes[0]);
     CountPixels(state);
 }
 BENCHMARK(Gradients)->Name("Gradients/3planes")->Unit(benchmark::kMillisecond);
