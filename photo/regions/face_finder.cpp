@@ -14,10 +14,12 @@
 
 #include "regions/face_finder.h"
 
+#include <algorithm>
 #include <cmath>
 #include <sstream>
 
 #include "regions/face_model.h"
+#include "regions/same_region.h"
 
 namespace vistaTrim::photo {
 
@@ -51,6 +53,29 @@ double ConfidenceOf(double score)
     return 1.0 / (1.0 + std::exp(-6.0 * (score + 0.17)));
 }
 
+// Faces from 80 pixels of the picture, which is `scale` times as large as the one that they are
+// given in.
+std::vector<FoundRegion> FindIn(dlib::frontal_face_detector& detector, const GreyPicture& grey,
+                                int scale, PixelSize size)
+{
+    std::vector<dlib::rect_detection> found;
+    detector(grey, found);
+    std::vector<FoundRegion> faces;
+    for (const dlib::rect_detection& face : found) {
+        const dlib::pyramid_down<2> half;
+        const dlib::rectangle box =
+            scale == 2 ? dlib::rectangle(half.rect_down(face.rect)) : face.rect;
+        const PixelRect rect =
+            ClippedTo({static_cast<int32_t>(box.left()), static_cast<int32_t>(box.top()),
+                       static_cast<int32_t>(box.width()), static_cast<int32_t>(box.height())},
+                      size);
+        if (rect.Width > 0 && rect.Height > 0)
+            faces.push_back({rect, RegionKind::Face, RegionSource::FaceFinder,
+                             ConfidenceOf(face.detection_confidence), "", WishKind::Keep});
+    }
+    return faces;
+}
+
 } // namespace
 
 bool HasFaceFinder()
@@ -60,30 +85,26 @@ bool HasFaceFinder()
 
 std::vector<FoundRegion> FindFaces(const PixelImage& picture, FaceSearch search)
 {
-    std::vector<FoundRegion> faces;
     if (search == FaceSearch::Off)
-        return faces;
+        return {};
     // A detector keeps scratch data, so each call has a copy of its own, which takes 0.1 ms.
     static const dlib::frontal_face_detector kDetector = LoadDetector();
     dlib::frontal_face_detector detector = kDetector;
 
     GreyPicture grey = GreyOf(picture);
-    const dlib::pyramid_down<2> half;
-    if (search == FaceSearch::All)
-        dlib::pyramid_up(grey, half);
-    std::vector<dlib::rect_detection> found;
-    detector(grey, found);
-    for (const dlib::rect_detection& face : found) {
-        const dlib::rectangle box =
-            search == FaceSearch::All ? dlib::rectangle(half.rect_down(face.rect)) : face.rect;
-        const PixelRect rect =
-            ClippedTo({static_cast<int32_t>(box.left()), static_cast<int32_t>(box.top()),
-                       static_cast<int32_t>(box.width()), static_cast<int32_t>(box.height())},
-                      picture.Size);
-        if (rect.Width > 0 && rect.Height > 0)
-            faces.push_back({rect, RegionKind::Face, RegionSource::FaceFinder,
-                             ConfidenceOf(face.detection_confidence), "", WishKind::Keep});
+    std::vector<FoundRegion> found = FindIn(detector, grey, 1, picture.Size);
+    if (search == FaceSearch::All) {
+        // Twice as large, most of the large faces are found again, but not all of them.
+        dlib::pyramid_up(grey, dlib::pyramid_down<2>());
+        const std::vector<FoundRegion> finer = FindIn(detector, grey, 2, picture.Size);
+        found.insert(found.end(), finer.begin(), finer.end());
     }
+    std::stable_sort(found.begin(), found.end(), [](const FoundRegion& a, const FoundRegion& b) {
+        return a.Confidence > b.Confidence;
+    });
+    std::vector<FoundRegion> faces;
+    for (const FoundRegion& face : found)
+        AddUnlessKnown(face, faces);
     return faces;
 }
 

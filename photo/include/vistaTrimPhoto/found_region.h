@@ -33,7 +33,7 @@ struct FoundRegion {
 enum class FaceSearch {
     Off,
     Large, // from about 80 pixels
-    All    // from about 40 pixels, at four times the time
+    All    // from about 40 pixels, at five times the time
 };
 
 // Where an analysis takes its regions from.
