@@ -49,19 +49,39 @@ VISTATRIM_FORM_BODY void StartGroup(const GridLimits* const* rows, const GridLim
     }
 }
 
-// One row of corners of a crop in its lane: corner k = row[edge k], 0 left of the map. The row is
-// null above the map.
-VISTATRIM_FORM_BODY void GatherRow(const double* row, const int32_t* edges, int32_t points,
-                                   double* lane)
+// Rows of corners of a crop, in its lane: corner k = row[edge k], 0 left of the map. The first row
+// is apart because it may lie above the map, where all corners are 0; of the others each edge is
+// looked up once for four.
+VISTATRIM_FORM_BODY void GatherFirstRow(const double* table, int64_t stride, int32_t rowEdge,
+                                        const int32_t* edges, int32_t points, double* lane)
 {
-    if (row == nullptr) {
+    if (rowEdge < 0) {
         for (int32_t k = 0; k < points; ++k)
             lane[k * kLanes] = 0.0;
         return;
     }
+    const double* const row = table + rowEdge * stride;
     lane[0] = edges[0] < 0 ? 0.0 : row[edges[0]];
     for (int32_t k = 1; k < points; ++k)
         lane[k * kLanes] = row[edges[k]];
+}
+
+VISTATRIM_FORM_BODY void GatherFourRows(const double* table, int64_t stride,
+                                        const int32_t* rowEdges, const int32_t* edges,
+                                        int32_t points, double* lane, int64_t laneStride)
+{
+    const double* const rows[4] = {table + rowEdges[0] * stride, table + rowEdges[1] * stride,
+                                   table + rowEdges[2] * stride, table + rowEdges[3] * stride};
+    for (int32_t r = 0; r < 4; ++r)
+        lane[r * laneStride] = edges[0] < 0 ? 0.0 : rows[r][edges[0]];
+    for (int32_t k = 1; k < points; ++k) {
+        const int64_t edge = edges[k];
+        double* const out = lane + k * kLanes;
+        out[0] = rows[0][edge];
+        out[laneStride] = rows[1][edge];
+        out[2 * laneStride] = rows[2][edge];
+        out[3 * laneStride] = rows[3][edge];
+    }
 }
 
 // The weighted mean of each cell of a row of cells, whose corners stand `step` apart, goes to its
@@ -87,12 +107,17 @@ VISTATRIM_FORM_BODY void AddCoarseGrids(const double* table, int64_t stride, int
                                         int32_t slot8, Group& group)
 {
     Doubles corners[9][kBlocks][9];
-    for (int32_t i = 0; i < 9; ++i)
-        for (int32_t crop = 0; crop < group.Blocks * kLanes; ++crop) {
-            const int32_t rowEdge = group.Rows[crop]->Edges8[i];
-            GatherRow(rowEdge < 0 ? nullptr : table + rowEdge * stride, group.Cols[crop]->Edges8, 9,
-                      reinterpret_cast<double*>(corners[i][crop / kLanes]) + crop % kLanes);
-        }
+    constexpr int64_t kRow = kBlocks * 9 * kLanes; // doubles from one row of corners to the next
+    const auto laneOf = [&corners](int32_t i, int32_t crop) {
+        return reinterpret_cast<double*>(corners[i][crop / kLanes]) + crop % kLanes;
+    };
+    for (int32_t crop = 0; crop < group.Blocks * kLanes; ++crop)
+        GatherFirstRow(table, stride, group.Rows[crop]->Edges8[0], group.Cols[crop]->Edges8, 9,
+                       laneOf(0, crop));
+    for (int32_t i = 1; i < 9; i += 4)
+        for (int32_t crop = 0; crop < group.Blocks * kLanes; ++crop)
+            GatherFourRows(table, stride, group.Rows[crop]->Edges8 + i, group.Cols[crop]->Edges8, 9,
+                           laneOf(i, crop), kRow);
     for (int32_t block = 0; block < group.Blocks; ++block) {
         const Floats* const rowLengths = group.RowLengths[block];
         const Floats* const colLengths = group.ColLengths[block];
@@ -111,18 +136,28 @@ VISTATRIM_FORM_BODY void AddCoarseGrids(const double* table, int64_t stride, int
 VISTATRIM_FORM_BODY void AddFineGrid(const double* table, int64_t stride, int32_t slot12,
                                      Group& group)
 {
-    Doubles corners[2][kBlocks][13];
-    for (int32_t i = 0; i < 13; ++i) {
-        for (int32_t crop = 0; crop < group.Blocks * kLanes; ++crop) {
-            const int32_t rowEdge = group.Rows[crop]->Edges12[i];
-            GatherRow(rowEdge < 0 ? nullptr : table + rowEdge * stride, group.Cols[crop]->Edges12,
-                      13, reinterpret_cast<double*>(corners[i % 2][crop / kLanes]) + crop % kLanes);
+    // The first row of a group of four is the last of the group before.
+    Doubles corners[5][kBlocks][13];
+    constexpr int64_t kRow = kBlocks * 13 * kLanes;
+    const auto laneOf = [&corners](int32_t i, int32_t crop) {
+        return reinterpret_cast<double*>(corners[i][crop / kLanes]) + crop % kLanes;
+    };
+    for (int32_t crop = 0; crop < group.Blocks * kLanes; ++crop)
+        GatherFirstRow(table, stride, group.Rows[crop]->Edges12[0], group.Cols[crop]->Edges12, 13,
+                       laneOf(0, crop));
+    for (int32_t i = 0; i < 12; i += 4) {
+        for (int32_t crop = 0; crop < group.Blocks * kLanes; ++crop)
+            GatherFourRows(table, stride, group.Rows[crop]->Edges12 + i + 1,
+                           group.Cols[crop]->Edges12, 13, laneOf(1, crop), kRow);
+        for (int32_t block = 0; block < group.Blocks; ++block) {
+            for (int32_t r = 0; r < 4; ++r)
+                AddCells(corners[r][block], corners[r + 1][block], 1, 12,
+                         group.RowLengths[block][kGridFirstCell[2] + i + r],
+                         group.ColLengths[block] + kGridFirstCell[2], slot12 + (i + r) * 12,
+                         group.Sums[block]);
+            for (int32_t k = 0; k < 13; ++k)
+                corners[0][block][k] = corners[4][block][k];
         }
-        for (int32_t block = 0; i > 0 && block < group.Blocks; ++block)
-            AddCells(corners[(i - 1) % 2][block], corners[i % 2][block], 1, 12,
-                     group.RowLengths[block][kGridFirstCell[2] + i - 1],
-                     group.ColLengths[block] + kGridFirstCell[2], slot12 + (i - 1) * 12,
-                     group.Sums[block]);
     }
 }
 
