@@ -276,6 +276,18 @@ TEST(ScoredRequests, TheBestAreThoseOfASelectionFromTheEnabledCandidates)
         analyzer->SelectTopCrops(4, CropCells(1, &generator.CropGrid[aspect][scale]), 0, weights));
 }
 
+// As driver.h tells hosts: the best fifth is kept, and the turn ends at the first empty cluster.
+TEST(ScoredRequests, ThousandsOfCropsAreNeverHandedOut)
+{
+    Session session(testPictures::Blobs(640, 480, 1));
+    EXPECT_EQ(session.Best(2901)->Count(), 2900u);
+    EXPECT_EQ(session.Best(100000)->Count(), 2900u);
+    const uint32_t ofThousand = session.Best(1000)->Count();
+    EXPECT_GT(ofThousand, 0u);
+    EXPECT_LT(ofThousand, 1000u);
+    RecordProperty("OfThousand", static_cast<int>(ofThousand));
+}
+
 TEST(ScoredRequests, DisabledRatiosAreScoredButNotServed)
 {
     Session session(SmallPicture());
