@@ -111,7 +111,8 @@ std::string ReportMeasures()
                       {"label", "Expected overlap"},
                       {"text", "How far this crop is likely to agree with the one that a person "
                                "would make: the area that both share, over the area that either "
-                               "covers. 1 is the same rectangle."}}};
+                               "covers. 1 is the same rectangle. Where nothing stands out, it "
+                               "is low for all crops."}}};
     for (const photo::Measure& measure : photo::kMeasures)
         measures.push_back(
             {{"name", measure.Name}, {"label", measure.Label}, {"text", measure.Hint}});

@@ -325,12 +325,14 @@ def frames_lie_where_the_crops_are(browser, sample):
 
 def regions_are_drawn_and_told(browser, sample):
     line = sample.lines[0]
-    crop = line["crops"][0]
+    # A crop that leaves something out.
+    rank, crop = next((rank, crop) for rank, crop in enumerate(line["crops"])
+                      if crop["width"] < line["width"] - 40)
     right, bottom = crop["x"] + crop["width"], crop["y"] + crop["height"]
-    assert crop["x"] > 20 and right < line["width"] - 20, crop  # there is something to leave out
+    beside = right if right < line["width"] - 20 else crop["x"] - 20
     held = {"x": crop["x"], "y": crop["y"], "width": 200, "height": 150}
     cut = {"x": right - 99, "y": bottom - 120, "width": 100, "height": 100}
-    left_out = {"x": right, "y": crop["y"], "width": 20, "height": 80}
+    left_out = {"x": beside, "y": crop["y"], "width": 20, "height": 80}
     path = os.path.join(sample.folder, "regions.json")
     hostile = "</script><i>Ada</i>"
     with open(path, "w", encoding="utf-8") as file:
@@ -342,8 +344,10 @@ def regions_are_drawn_and_told(browser, sample):
     browser.open(sample.report("regions.html", "--keep", sample.wish, "--regions", path,
                                sample.large))
     browser.wait(lambda: browser.one("#viewer").is_displayed())
+    browser.all("#strip button")[rank].click()
     stage = browser.box(browser.one("#stage"))
-    assert near(browser.box(browser.all("#frames .frame")[0]), expected_box(stage, crop, line), 0.5)
+    assert near(browser.box(browser.all("#frames .frame")[rank]),
+                expected_box(stage, crop, line), 0.5)
     regions = browser.shown("#regions .region")
     assert [region.text for region in regions] == [hostile, "animal", "face", "face", "keep"]
     for region, box in zip(regions, (held, cut, left_out)):
@@ -538,16 +542,21 @@ def crops_are_cut_from_the_picture(browser, sample):
         canvas = browser.one("#alone canvas")
         width, height = browser.run("return [arguments[0].width, arguments[0].height]", canvas)
         assert abs(width / height - crop["width"] / crop["height"]) < 0.02
-        # Inside the bright square, and outside it, where the crop goes on beyond it.
+        # Inside the corners of the bright square, and around it, as far as the crop goes.
         scale = width / crop["width"]
-        for x, y, bright in ((740, 840, True), (1220, 1320, True), (660, 1000, False),
-                             (1000, 760, False)):
+        seen = []
+        for x, y, bright in ((740, 840, True), (1220, 840, True), (740, 1320, True),
+                             (1220, 1320, True), (660, 1000, False), (1000, 760, False),
+                             (1300, 1000, False), (1000, 1400, False)):
             at = [(x - crop["x"]) * scale, (y - crop["y"]) * scale]
-            assert 0 < at[0] < width and 0 < at[1] < height, at
+            if not (1 <= at[0] < width - 1 and 1 <= at[1] < height - 1):
+                continue
+            seen.append(bright)
             red = browser.run(
                 "return arguments[0].getContext('2d').getImageData(arguments[1], arguments[2], 1, 1)"
                 ".data[0]", canvas, int(at[0]), int(at[1]))
             assert (red > 180) == bright, (x, y, red)
+        assert len(seen) >= 4 and len(set(seen)) == 2, (crop, seen)
         label = canvas.get_attribute("aria-label")
         assert label.startswith(f"Crop {rank + 1} of large.png, "), label
         browser.one('[data-view="place"]').click()
