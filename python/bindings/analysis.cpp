@@ -54,6 +54,7 @@ py::dict CropObject(const photo::Crop& crop)
 {
     py::dict object;
     AddRect(crop.Rect, object);
+    object["aspect"] = crop.Aspect.Text();
     object["coversContent"] = crop.CoversContent;
     object["scores"] = ScoresObject(crop.Scores);
     if (crop.Explained)
@@ -101,8 +102,7 @@ std::unique_ptr<Analysis> Analyse(const BoundPhotograph& photograph, photo::Regi
     return std::make_unique<Analysis>(photograph.Photo, regions);
 }
 
-// The objects, and beside them the ratio of each crop.
-py::tuple Suggest(const Analysis& self, photo::Request request)
+py::dict Suggest(const Analysis& self, photo::Request request)
 {
     photo::Suggestions suggestions;
     {
@@ -110,11 +110,8 @@ py::tuple Suggest(const Analysis& self, photo::Request request)
         suggestions = self.Suggest(request);
     }
     py::list crops;
-    py::list aspects;
-    for (const photo::Crop& crop : suggestions.Crops) {
+    for (const photo::Crop& crop : suggestions.Crops)
         crops.append(CropObject(crop));
-        aspects.append(crop.Aspect.Text());
-    }
     py::dict object;
     object["width"] = suggestions.Size.Width;
     object["height"] = suggestions.Size.Height;
@@ -127,7 +124,7 @@ py::tuple Suggest(const Analysis& self, photo::Request request)
     }
     if (suggestions.Explained)
         object["explain"] = ExplanationObject(suggestions);
-    return py::make_tuple(object, aspects);
+    return object;
 }
 
 py::dict Maps(const Analysis& self)

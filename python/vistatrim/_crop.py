@@ -47,9 +47,9 @@ class Crop:
         return crop_picture(name, source, (self.x, self.y, self.width, self.height), ending)
 
 
-def crop_of(found: Mapping[str, Any], aspect: str, origin: Origin) -> Crop:
+def crop_of(found: Mapping[str, Any], origin: Origin) -> Crop:
     """The crop that one object of the program's JSON describes."""
-    return Crop(found["x"], found["y"], found["width"], found["height"], aspect,
+    return Crop(found["x"], found["y"], found["width"], found["height"], found["aspect"],
                 found["coversContent"], found["scores"], found.get("expectedOverlap"),
                 found.get("explain"), origin)
 

@@ -71,14 +71,17 @@ def one_of(*names: str) -> Check:
     return check
 
 
-def _ratio(name: str, value: object) -> List[int]:
+def _ratio(name: str, value: object) -> List[Any]:
+    """Width and height in smallest terms; then the name for each_ratio, if it was written with
+    other ones: '21:9' is [7, 3, '21x9']."""
     form = "a ratio such as '4:5', (4, 5) or 0.8"
     found: Optional[Tuple[int, int]]
     if isinstance(value, str):
         found = _vistatrim.parse_ratio(value)
         if found is None:
             raise wrong_value(name, form, value)
-        return list(found)
+        shape = value.replace(":", "x").replace("/", "x")
+        return list(found) if shape == _shape_of(list(found)) else [*found, shape]
     if isinstance(value, (tuple, list)):
         if len(value) != 2:
             raise wrong_value(name, form, value)
@@ -89,6 +92,10 @@ def _ratio(name: str, value: object) -> List[int]:
     if number <= 0:
         raise wrong_value(name, form, value)
     return list(_vistatrim.ratio_of_value(number))
+
+
+def _shape_of(ratio: Sequence[Any]) -> str:
+    return str(ratio[2]) if len(ratio) > 2 else f"{ratio[0]}x{ratio[1]}"
 
 
 def ratios(name: str, value: object) -> Plain:
@@ -237,9 +244,11 @@ _REGION = "pixels of the photograph as displayed"
 
 OPTIONS: Tuple[Option, ...] = (
     Option("top", integer(1, 10000), "N", "crops for each photograph (5)", int, short="-n"),
-    Option("aspect", ratios, "W:H", "a ratio to try (six ratios)", repeats=True, field="aspects"),
+    Option("aspect", ratios, "W:H", "a ratio to try (six ratios)", repeats=True),
     Option("scale", scales, "S", "crop side over photograph side (0.5, 0.55 to 1)", _numbers, True,
            field="scales"),
+    Option("each_ratio", truth, "", "the best crop of each ratio instead of the best of all of them"),
+    Option("largest", truth, "", "only the largest crops of each ratio"),
     Option("size", size, "WxH", "crops of exactly this size, in pixels of the photograph", _pair),
     Option("density", integer(1, 500), "N", "positions tried along the side with more free room (8)",
            int),
@@ -274,20 +283,81 @@ def checked(options: Mapping[str, object]) -> Dict[str, Plain]:
                             + ", ".join(NAMES))
     found = {option.name: option.check(option.name, options[option.name])
              for option in OPTIONS if options.get(option.name) is not None}
-    if "size" in found and ("aspect" in found or "scale" in found):
-        raise ValueError("size cannot be given with aspect or scale")
+    if "size" in found:
+        for other in ("aspect", "scale", "largest"):
+            if found.get(other):
+                raise ValueError(f"size cannot be given with {other}")
+    if found.get("largest") and "scale" in found:
+        raise ValueError("largest cannot be given with scale")
+    if found.get("each_ratio") and not found.get("aspect"):
+        raise ValueError("each_ratio needs aspect")
     return found
 
 
-def request_of(values: Mapping[str, Plain]) -> _vistatrim.Request:
-    """What checked options ask of the library."""
+# A request, and the name of the ratio that it is for if each ratio has one of its own.
+Asked = Tuple[Optional[str], _vistatrim.Request]
+
+
+def requests_of(values: Mapping[str, Plain]) -> List[Asked]:
+    """What checked options ask of the library: one request, or one for each ratio."""
+    aspects = values.get("aspect")
+    if not values.get("each_ratio") or not isinstance(aspects, list):
+        return [(None, _request_of(values))]
+    shapes = {_shape_of(aspect): aspect for aspect in reversed(aspects)}
+    return [(shape, _request_of({"top": 1, **values, "aspect": [shapes[shape]]}))
+            for shape in dict.fromkeys(map(_shape_of, aspects))]
+
+
+def suggest(analysis: _vistatrim.Analysis, requests: Iterable[Asked]) -> Dict[str, Any]:
+    """The objects of the program's JSON, without the name of the file. The crops and explanations
+    of several requests add up."""
+    total: Dict[str, Any] = {}
+    for shape, request in requests:
+        found = analysis.suggest(request)
+        if shape is not None:
+            found["crops"] = [_with_shape(crop, shape, rank)
+                              for rank, crop in enumerate(found["crops"], 1)]
+        if not total:
+            total = found
+            continue
+        total["crops"] += found["crops"]
+        if "explain" in total:
+            _add_explanation(total["explain"], found["explain"])
+    return total
+
+
+def _with_shape(crop: Mapping[str, Any], shape: str, rank: int) -> Dict[str, Any]:
+    """In the order of the program, which puts them behind the ratio."""
+    made: Dict[str, Any] = {}
+    for name, value in crop.items():
+        made[name] = value
+        if name == "aspect":
+            made.update(shape=shape, rank=rank)
+    return made
+
+
+def _add_explanation(total: Dict[str, Any], more: Mapping[str, Any]) -> None:
+    for name in ("candidates", "passing"):
+        total[name] += more[name]
+    for wish, other in zip(total["wishes"], more["wishes"]):
+        wish["metByCandidates"] += other["metByCandidates"]
+    total["note"] = total["note"] or more["note"]
+
+
+def _request_of(values: Mapping[str, Plain]) -> _vistatrim.Request:
     request = _vistatrim.Request()
     wishes: List[Tuple[str, int, int, int, int]] = []
     for option in OPTIONS:
         value = values.get(option.name)
-        if value is None or option.of_analysis:
+        if value is None or option.of_analysis or option.name == "each_ratio":
             continue
-        if option.name in _WISHES:
+        if option.name == "largest":
+            if value:
+                request.scales = [1.0]
+        elif option.name == "aspect":
+            assert isinstance(value, list)
+            request.aspects = [aspect[:2] for aspect in value]
+        elif option.name in _WISHES:
             assert isinstance(value, list)
             kind = option.name.replace("_", "-")
             wishes += [(kind, x, y, width, height) for x, y, width, height in value]

@@ -74,11 +74,10 @@ class Photo:
 
     def suggest(self, **options: Any) -> Crops:
         """The best crops, best first. The options are those of ``vistatrim suggest``."""
-        found, aspects = self._ask(options)
+        found = self._ask(options)
         origin = (self.name, self._source)
-        return Crops((crop_of(crop, aspect, origin)
-                      for crop, aspect in zip(found["crops"], aspects)),
-                     found.get("explain"), found.get("regions", ()))
+        return Crops((crop_of(crop, origin) for crop in found["crops"]), found.get("explain"),
+                     found.get("regions", ()))
 
     def maps(self) -> Dict[str, np.ndarray[Any, np.dtype[np.float32]]]:
         """The maps that the measures are read from, by name: float32 arrays (h, w), about 0 to 1.
@@ -136,13 +135,13 @@ class Photo:
     def _repr_png_(self) -> bytes:
         return photo_picture(self.name, self._source)
 
-    def _ask(self, options: Mapping[str, object]) -> Tuple[Dict[str, Any], Sequence[str]]:
-        """The objects of the program's JSON, and the ratio of each crop."""
+    def _ask(self, options: Mapping[str, object]) -> Dict[str, Any]:
+        """The objects of the program's JSON, without the name of the file."""
         checked = _options.checked(options)
-        request = _options.request_of(checked)
+        requests = _options.requests_of(checked)
         use = _options.use_of(checked, self.name)
         with named(self.name):
-            return self._analysed(use).suggest(request)
+            return _options.suggest(self._analysed(use), requests)
 
     def _analysed(self, use: Optional[_options.Use]) -> _vistatrim.Analysis:
         """The analysis for this use of faces and regions; without one, whichever there is."""

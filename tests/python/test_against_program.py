@@ -1,13 +1,14 @@
 """The same photograph gives the same crops as `vistatrim suggest --json`."""
 import io
 import json
+import re
 
 import numpy as np
 import pytest
 from PIL import Image
 
 import vistatrim
-from conftest import scene, suggested
+from conftest import program, scene, suggested
 from vistatrim import _options
 
 # Options of the program beside those of the package. All options of the table appear.
@@ -16,6 +17,14 @@ REQUESTS = [
     (["--top", "3", "--aspect", "4:5"], dict(top=3, aspect="4:5")),
     (["--aspect", "16:9", "--aspect", "1:1", "--aspect", "1.5"], dict(aspect=["16:9", (1, 1), 1.5])),
     (["--scale", "0.5,0.75", "--scale", "1"], dict(scale=[0.5, 0.75, 1])),
+    (["--aspect", "16:9", "--aspect", "1:1", "--aspect", "16:9", "--each-ratio", "--largest",
+      "--keep", "10,10,30,20", "--explain"],
+     dict(aspect=["16:9", "1:1", "16:9"], each_ratio=True, largest=True, keep=(10, 10, 30, 20),
+          explain=True)),
+    (["--aspect", "16:9", "--aspect", "1:1", "--each-ratio", "--top", "2"],
+     dict(aspect=["16:9", "1:1"], each_ratio=True, top=2)),
+    (["--aspect", "21:9", "--aspect", "1.5", "--aspect", "64:36", "--each-ratio"],
+     dict(aspect=["21:9", "1.5", "64:36"], each_ratio=True)),
     (["--size", "60x60", "--top", "2"], dict(size=(60, 60), top=2)),
     (["--density", "12", "--rank-by", "coverage"], dict(density=12, rank_by="coverage")),
     (["--weights", "0.5,0.3,0.2"], dict(weights=[0.5, 0.3, 0.2])),
@@ -29,8 +38,17 @@ REQUESTS = [
 
 
 def line_of(photo, **options):
-    found, _ = photo._ask(options)
-    return found
+    return photo._ask(options)
+
+
+def test_the_table_has_every_option_of_the_program():
+    """But for those that say where photographs are listed, what is written, and how it runs; and
+    for the named shapes, which stand in a table of the program."""
+    flags = set(re.findall(r"--[a-z][a-z-]*", program("suggest", "--help").stdout.decode()))
+    others = {"--help", "--recursive", "--null", "--background", "--json", "--csv", "--output",
+              "--force", "--resume", "--preset", "--presets", "--jobs", "--quiet", "--timings"}
+    assert others < flags
+    assert {option.flag for option in _options.OPTIONS} == flags - others
 
 
 def test_requests_cover_every_option():
@@ -74,7 +92,7 @@ def test_crops_carry_what_the_line_holds(formats):
         assert crop.box == (crop.x, crop.y, crop.x + crop.width, crop.y + crop.height)
         assert crop.scores == found["scores"]
         assert crop.covers_content == found["coversContent"]
-        assert crop.aspect == found["explain"]["aspect"]
+        assert crop.aspect == found["aspect"] == found["explain"]["aspect"]
         assert crop.explanation == found["explain"]
         assert crop.expected_overlap == found.get("expectedOverlap")
     assert crops.explanation == line["explain"]

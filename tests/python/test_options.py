@@ -56,6 +56,13 @@ def test_size_excludes_ratio_and_scale(photo):
             photo.suggest(size=(10, 10), **other)
 
 
+def test_ratios_on_their_own_need_ratios(photo):
+    with pytest.raises(ValueError, match="each_ratio"):
+        photo.suggest(each_ratio=True)
+    with pytest.raises(ValueError, match="largest"):
+        photo.suggest(largest=True, scale=0.5)
+
+
 def test_what_this_photograph_cannot_meet_names_it(photo, photo_path):
     with pytest.raises(ValueError, match=r"a\.jpg: .*does not fit"):
         photo.suggest(size=(641, 100))

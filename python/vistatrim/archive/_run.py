@@ -76,7 +76,7 @@ def run(names: Any, *, output: str, client: Any, recursive: bool, background: ob
         workers = _options._integer("workers", workers, 1, 10_000)
     tries = _options._integer("tries", tries, 1, 100)
     began = time.monotonic()
-    recorded = {**checked, "background": colour}
+    recorded: Dict[str, Any] = {**checked, "background": colour}
     regions = None
     if "regions" in checked:
         regions, recorded["regions"] = _regions_file(checked.pop("regions"))

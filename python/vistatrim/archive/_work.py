@@ -50,7 +50,7 @@ def run_partition(job: Job, index: int, photographs: List[str], regions: Regions
     if store.exists(partition_name(index)):
         return counts
     _vistatrim.set_threads_per_picture(1)  # the other processors have workers of their own
-    request = _options.request_of(job.options)
+    requests = _options.requests_of(job.options)
     faces, ignores_metadata, _ = _options.use_of(job.options, "")
     tries = _Tries(store, index, job.tries)
     lines = []
@@ -58,7 +58,7 @@ def run_partition(job: Job, index: int, photographs: List[str], regions: Regions
         for number, (path, content) in enumerate(_read_ahead(photographs, job)):
             use = (faces, ignores_metadata, tuple(regions.get(path, ())))
             line = tries.guarded(number, lambda: _line(
-                content(), request, _options.region_options(use), job))
+                content(), requests, _options.region_options(use), job))
             counts.add(Counts(1, int("error" in line), len(line.get("crops", ()))))
             lines.append(_text(path, line))
     store.write(partition_name(index), "".join(lines).encode())
@@ -111,7 +111,7 @@ class _Tries:
         self._store.write_json(self._name, {"at": at, "deaths": self._deaths})
 
 
-def _line(content: Content, request: _vistatrim.Request, regions: _vistatrim.RegionOptions,
+def _line(content: Content, requests: List[_options.Asked], regions: _vistatrim.RegionOptions,
           job: Job) -> Dict[str, Any]:
     """The objects of the program's JSON, without the name."""
     if isinstance(content, Exception):
@@ -124,8 +124,7 @@ def _line(content: Content, request: _vistatrim.Request, regions: _vistatrim.Reg
                 source = _vistatrim.Photograph.from_file(os.fsencode(content), job.background)
             else:
                 source = _vistatrim.Photograph.from_bytes(content, job.background)
-            found, _ = _vistatrim.Analysis(source, regions).suggest(request)
-            return found
+            return _options.suggest(_vistatrim.Analysis(source, regions), requests)
         except _vistatrim.Failure as failure:
             kind, _, reason = failure.args
             if kind != "out-of-memory" or not remaining:
