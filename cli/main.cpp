@@ -31,16 +31,17 @@ void ReadRegions(Options& options, const std::vector<ListedPhoto>& photos)
 
 int RunChosen(Options options)
 {
-    const std::vector<ListedPhoto> photos =
-        ListPhotos(options.Photos, {options.Recursive, options.NullSeparated}, std::cin);
+    const std::vector<ListedPhoto> photos = ListPhotos(
+        options.Photos, {options.Recursive, options.NullSeparated, options.FilesFrom}, std::cin);
     ReadRegions(options, photos);
     switch (options.Chosen) {
     case Command::Suggest: return RunSuggest(options, photos);
     case Command::Crop: return RunCrop(options, photos);
     case Command::Report: return RunReport(options, photos);
-    case Command::Maps: break;
+    case Command::Maps: return RunMaps(options, photos);
+    case Command::ContactSheet: break;
     }
-    return RunMaps(options, photos);
+    return RunContactSheet(options, photos);
 }
 
 } // namespace

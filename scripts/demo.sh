@@ -30,7 +30,7 @@ mkdir -p out
 status=0
 "$vistatrim" suggest --top 3 "${photos[@]}" || status=1
 "$vistatrim" crop --top 3 --force "${photos[@]}" -o out/crops || status=1
-scripts/contact_sheet.sh "$vistatrim" out/contact_sheet.jpg 3 "${photos[@]}" || status=1
+"$vistatrim" contact-sheet --top 3 --force "${photos[@]}" -o out/contact_sheet.jpg || status=1
 "$vistatrim" report "${photos[@]}" --force -o out/report.html || status=1
 
 echo

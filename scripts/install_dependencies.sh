@@ -5,7 +5,7 @@
 #   build   the libraries, the program, the Python package and the developer tools
 #   test    the tests and the benchmarks
 #   check   formatting, static checks, the second compiler
-#   sheet   contact sheets
+#   sheet   a font for the captions of contact sheets
 #   demo    photographs for the demonstration
 #   fit     refitting the composition model
 set -euo pipefail
@@ -21,7 +21,7 @@ declare -A packages=(
             python3-pytest python3-hypothesis python3-pil python3-matplotlib python3-distributed
             python3-fsspec python3-pip python3-setuptools python3-wheel mypy"
     [check]="clang clang-format clang-tidy cppcheck libclang-rt-14-dev abigail-tools lcov"
-    [sheet]="libvips-tools fonts-dejavu-core"
+    [sheet]="fonts-dejavu-core"
     [demo]="lomiri-wallpapers-16.04"
     [fit]="python3 python3-numpy python3-scipy"
 )

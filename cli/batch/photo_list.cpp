@@ -2,7 +2,9 @@
 
 #include <algorithm>
 #include <cctype>
+#include <cerrno>
 #include <filesystem>
+#include <fstream>
 #include <iterator>
 #include <system_error>
 
@@ -38,7 +40,7 @@ void WalkFolder(const fs::path& folder, const fs::path& inside, bool recursive,
          it.increment(error))
         entries.push_back(it->path());
     if (error) {
-        photos.push_back({folder.string(), "", error.message()});
+        photos.push_back({folder.string(), "", error.message(), nullptr});
         return;
     }
     std::sort(entries.begin(), entries.end());
@@ -51,7 +53,7 @@ void WalkFolder(const fs::path& folder, const fs::path& inside, bool recursive,
             if (recursive && !fs::is_symlink(entry, unknown))
                 WalkFolder(entry, inside / entry.filename(), recursive, photos);
         } else if (EndsLikePhotograph(entry)) {
-            photos.push_back({entry.string(), inside.string(), ""});
+            photos.push_back({entry.string(), inside.string(), "", nullptr});
         }
     }
 }
@@ -60,7 +62,7 @@ void AddName(const std::string& name, bool recursive, std::vector<ListedPhoto>& 
 {
     std::error_code unknown;
     if (!fs::is_directory(name, unknown)) {
-        photos.push_back({name, "", ""});
+        photos.push_back({name, "", "", nullptr});
         return;
     }
     const size_t before = photos.size();
@@ -68,26 +70,75 @@ void AddName(const std::string& name, bool recursive, std::vector<ListedPhoto>& 
     if (photos.size() == before)
         photos.push_back({name, "",
                           recursive ? "no photograph in this folder or below it"
-                                    : "no photograph in this folder; --recursive looks below it"});
+                                    : "no photograph in this folder; --recursive looks below it",
+                          nullptr});
+}
+
+ListedPhoto FromStandardInput(std::istream& input)
+{
+    auto bytes = std::make_shared<const std::string>(std::istreambuf_iterator<char>(input),
+                                                     std::istreambuf_iterator<char>());
+    if (bytes->empty())
+        return {"-", "", "there is nothing to read", nullptr};
+    return {"-", "", "", bytes};
+}
+
+void AddList(const std::string& name, std::istream& list, const ListOptions& options,
+             std::vector<ListedPhoto>& photos)
+{
+    constexpr const char* kByteOrderMark = "\xEF\xBB\xBF";
+    bool any = false;
+    bool first = true;
+    std::string listed;
+    while (std::getline(list, listed, options.NullSeparated ? '\0' : '\n')) {
+        if (first && listed.compare(0, 3, kByteOrderMark) == 0)
+            listed.erase(0, 3);
+        first = false;
+        if (!options.NullSeparated && !listed.empty() && listed.back() == '\r')
+            listed.pop_back(); // lists from other systems
+        if (listed.empty())
+            continue;
+        any = true;
+        AddName(listed, options.Recursive, photos);
+    }
+    if (!any)
+        photos.push_back({name, "", "the list names no photograph", nullptr});
 }
 
 } // namespace
 
 std::vector<ListedPhoto> ListPhotos(const std::vector<std::string>& names,
-                                    const ListOptions& options, std::istream& list)
+                                    const ListOptions& options, std::istream& input)
 {
     std::vector<ListedPhoto> photos;
     for (const std::string& name : names) {
-        if (name != "-") {
+        if (name == "-")
+            photos.push_back(FromStandardInput(input));
+        else
             AddName(name, options.Recursive, photos);
+    }
+    for (const std::string& name : options.FilesFrom) {
+        if (name == "-") {
+            AddList(name, input, options, photos);
             continue;
         }
-        std::string listed;
-        while (std::getline(list, listed, options.NullSeparated ? '\0' : '\n'))
-            if (!listed.empty())
-                AddName(listed, options.Recursive, photos);
+        std::error_code unknown;
+        std::ifstream list(name, std::ios::binary);
+        if (!list)
+            photos.push_back({name, "",
+                              "cannot read the list: " + std::generic_category().message(errno),
+                              nullptr});
+        else if (fs::is_directory(name, unknown))
+            photos.push_back({name, "", "is a folder, not a list of names", nullptr});
+        else
+            AddList(name, list, options, photos);
     }
     return photos;
+}
+
+std::string ShownName(const std::string& path)
+{
+    return path == "-" ? "standard input" : path;
 }
 
 } // namespace vistaTrim::cli

@@ -3,6 +3,7 @@
 #define VISTATRIM_CLI_BATCH_PHOTO_LIST_H
 
 #include <istream>
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -12,18 +13,24 @@ struct ListedPhoto {
     std::string Path;
     std::string Inside; // its folder below the folder that was named; empty for a named file
     std::string Error;  // why there is nothing to work on, as with an empty folder
+    std::shared_ptr<const std::string> Bytes; // of the photograph on standard input, "-"
 };
 
 struct ListOptions {
     bool Recursive = false;
-    bool NullSeparated = false; // names in the list end in a null byte, not in a line feed
+    bool NullSeparated = false;         // names in lists end in a null byte, not in a line feed
+    std::vector<std::string> FilesFrom; // lists of names; "-" is the one on standard input
 };
 
 // Folders give the files in them whose ending is that of a photograph, by name; with
-// Recursive also those further down. "-" stands for the names in `list`. A named file is taken
-// as it is, whatever its ending, even if it is not there: whoever opens it says so.
+// Recursive also those further down. "-" is a photograph that is read from `input`. A named file is
+// taken as it is, whatever its ending, even if it is not there: whoever opens it says so. Names in
+// lists are treated alike, but "-" is none of them.
 std::vector<ListedPhoto> ListPhotos(const std::vector<std::string>& names,
-                                    const ListOptions& options, std::istream& list);
+                                    const ListOptions& options, std::istream& input);
+
+// "standard input" for "-".
+std::string ShownName(const std::string& path);
 
 } // namespace vistaTrim::cli
 

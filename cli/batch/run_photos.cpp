@@ -45,7 +45,7 @@ std::string TimingLine(const PhotoResult& result)
     std::snprintf(line, sizeof line,
                   "read %.1f ms, analyse %.1f ms, faces %.1f ms, score %.1f ms, write %.1f ms",
                   times.Read, times.Analyse, times.Faces, times.Score, result.WriteMilliseconds);
-    return result.File + ": " + line;
+    return ShownName(result.File) + ": " + line;
 }
 
 } // namespace
@@ -94,7 +94,7 @@ int RunPhotos(const Options& options, const std::vector<ListedPhoto>& photos,
         progress.Hide();
         if (!result.Error.empty()) {
             anyFailed = true;
-            Complain(result.File + ": " + result.Error);
+            Complain(ShownName(result.File) + ": " + result.Error);
         }
         try {
             steps.Emit(result);

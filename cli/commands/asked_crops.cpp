@@ -26,9 +26,8 @@ std::vector<double> ScalesToFill(const Shape& shape, const Request& request, Pix
     std::vector<double> scales = request.Scales;
     if (scales.empty())
         scales.assign(std::begin(photo::kDefaultScales), std::end(photo::kDefaultScales));
-    const PixelSize large{1'000'000, static_cast<int32_t>(1'000'000 / shape.Aspect.Value())};
-    const PixelSize largest = photo::FittedSize(large, photo);
-    const auto tooSmall = [&](double scale) { return largest.Width * scale < shape.Fill->Width; };
+    const double largest = std::min<double>(photo.Width, photo.Height * shape.Aspect.Value());
+    const auto tooSmall = [&](double scale) { return largest * scale < shape.Fill->Width; };
     const double top = *std::max_element(scales.begin(), scales.end());
     scales.erase(std::remove_if(scales.begin(), scales.end(), tooSmall), scales.end());
     if (scales.empty())

@@ -1,18 +1,23 @@
 #include "commands/commands.h"
 
 #include <cstdio>
+#include <iostream>
 #include <optional>
 #include <set>
+
+#include <unistd.h>
 
 #include "batch/program_error.h"
 #include "batch/run_photos.h"
 #include "batch/whole_file.h"
 #include "commands/asked_crops.h"
+#include "commands/crop_choice.h"
 #include "commands/crop_files.h"
 #include "commands/crop_plan.h"
 #include "commands/name_clashes.h"
 #include "output/manifest.h"
 #include "output/picture_snippet.h"
+#include "output/xmp_sidecar.h"
 #include "vistaTrimPhoto/stopwatch.h"
 
 namespace vistaTrim::cli {
@@ -84,64 +89,140 @@ private:
     std::string Pictures;
 };
 
-void WriteCropsOf(const ListedPhoto& photo, const photo::Photograph& photograph,
-                  const Options& options, const std::set<std::string>& photographs,
-                  ClaimedNames& claimed, PhotoResult& result)
-{
-    const std::vector<PlannedFile> files = PlanCropFiles(options, photo, photograph, result);
-    CheckThatNoPhotographIsReplaced(photographs, files);
-    claimed.Claim(files, photo.Path);
-    const photo::Stopwatch writing;
-    for (const PlannedFile& file : WriteCropFiles(photograph, files, options)) {
-        result.Written.push_back(file.Path);
-        result.Crops.push_back({file.Path, file.Crop, file.Size});
+class CropRun {
+public:
+    CropRun(const Options& options, const std::vector<ListedPhoto>& photos,
+            const ChosenCrops& chosen)
+        : Asked(options), Photos(photos), Chosen(chosen), Beside(options)
+    {
+        if (options.Force)
+            for (const ListedPhoto& photo : photos)
+                Originals.insert(CanonicalPath(photo.Path));
     }
-    result.WriteMilliseconds = writing.Milliseconds();
+
+    int Run()
+    {
+        PhotoSteps steps;
+        steps.Work = [this](const ListedPhoto& photo, PhotoResult& result) { Work(photo, result); };
+        steps.Emit = [this](const PhotoResult& result) { Emit(result); };
+        const int status = RunPhotos(Asked, Photos, steps);
+        Beside.Finish();
+        return status;
+    }
+
+private:
+    void Work(const ListedPhoto& photo, PhotoResult& result)
+    {
+        const photo::Photograph photograph = OpenPhoto(Asked, photo);
+        std::vector<std::string> missing;
+        if (!Chosen.Photos.empty()) {
+            TakeChosen(Chosen.Photos[static_cast<size_t>(&photo - Photos.data())], photograph,
+                       result);
+        } else {
+            const bool sidecar = Asked.CropFiles.Xmp || Asked.CropFiles.XmpOnly;
+            if (Asked.Resume && !sidecar && HasAllCrops(photograph, photo, Asked))
+                return;
+            missing = SuggestAsked(Analyse(photograph, RegionsFor(Asked, photo, Photos.size())),
+                                   Asked, result);
+        }
+        const photo::Stopwatch writing;
+        if (!result.Found.Crops.empty())
+            Write(photo, photograph, result);
+        result.WriteMilliseconds = writing.Milliseconds();
+        if (result.Found.Crops.empty() && missing.size() < 2)
+            throw ProgramError("no crop meets the request; suggest --explain tells why");
+        if (!missing.empty())
+            throw ProgramError("no crop of " + ListOf(missing) +
+                               " meets the request; suggest --explain tells why");
+    }
+
+    void Write(const ListedPhoto& photo, const photo::Photograph& photograph, PhotoResult& result)
+    {
+        const std::vector<PlannedFile> files = PlanCropFiles(Asked, photo, photograph, result);
+        if (Asked.Output == "-") {
+            if (files.size() != 1)
+                throw ProgramError("standard output takes one crop, not " +
+                                   std::to_string(files.size()));
+            Encoded = photo::EncodeCrops(photograph, {files[0].Output}).at(0);
+            return;
+        }
+        // The sidecar is refused before the crops are written, not after.
+        std::optional<WholeFile> sidecar;
+        if (Asked.CropFiles.Xmp || Asked.CropFiles.XmpOnly) {
+            const std::string path = OutputPrefix(Asked, photo) + ".xmp";
+            if (!Asked.Resume || access(path.c_str(), F_OK) != 0)
+                sidecar.emplace(path, Asked.Force);
+        }
+        if (!Asked.CropFiles.XmpOnly) {
+            CheckThatNoPhotographIsReplaced(Originals, files);
+            Claimed.Claim(files, photo.Path);
+            for (const PlannedFile& file : WriteCropFiles(photograph, files, Asked)) {
+                result.Written.push_back(file.Path);
+                result.Crops.push_back({file.Path, file.Crop, file.Size});
+            }
+        }
+        if (sidecar) {
+            WriteWholeFile(sidecar->Target(), Asked.Force,
+                           XmpSidecar(result.Found.Crops[0].Rect, photograph.Size(),
+                                      photograph.StoredOrientation()));
+            result.Written.push_back(sidecar->Target());
+        }
+    }
+
+    void Emit(const PhotoResult& result)
+    {
+        if (Asked.Output == "-")
+            std::fwrite(Encoded.data(), 1, Encoded.size(), stdout);
+        else
+            for (const std::string& name : result.Written)
+                std::printf("%s\n", name.c_str());
+        if (std::fflush(stdout) != 0 || std::ferror(stdout) != 0)
+            throw ProgramError("cannot write standard output");
+        Beside.Add(result);
+    }
+
+    const Options& Asked;
+    const std::vector<ListedPhoto>& Photos;
+    const ChosenCrops& Chosen; // empty: the crops are searched
+    FilesBeside Beside;
+    std::set<std::string> Originals; // that --force must not replace
+    ClaimedNames Claimed;
+    std::vector<uint8_t> Encoded; // the one crop for standard output
+};
+
+void CheckStandardOutput(const std::vector<ListedPhoto>& photos)
+{
+    if (photos.size() != 1)
+        throw ProgramError("standard output takes a crop of one photograph, not of " +
+                           std::to_string(photos.size()));
+    if (isatty(STDOUT_FILENO) != 0)
+        throw ProgramError("standard output is a terminal, which cannot show a picture; send it "
+                           "to a file or a program");
 }
 
 } // namespace
 
-int RunCrop(const Options& options, const std::vector<ListedPhoto>& photos)
+int RunCrop(const Options& options, const std::vector<ListedPhoto>& named)
 {
-    constexpr int32_t kRanksToCompare = 20; // those further down differ as these do
-    if (ComplainOfClashes(NameClashes(options, photos, [&options](size_t) {
-            return ExpectedLabels(options, kRanksToCompare);
-        })))
-        return 1;
-
-    std::set<std::string> paths;
-    if (options.Force)
-        for (const ListedPhoto& photo : photos)
-            paths.insert(CanonicalPath(photo.Path));
-
     try {
-        FilesBeside beside(options);
-        ClaimedNames claimed;
-        PhotoSteps steps;
-        steps.Work = [&](const ListedPhoto& photo, PhotoResult& result) {
-            const photo::Photograph photograph = OpenPhoto(options, photo);
-            if (options.Resume && HasAllCrops(photograph, photo, options))
-                return;
-            const std::vector<std::string> missing = SuggestAsked(
-                Analyse(photograph, RegionsFor(options, photo, photos.size())), options, result);
-            if (!result.Found.Crops.empty())
-                WriteCropsOf(photo, photograph, options, paths, claimed, result);
-            else if (missing.size() < 2)
-                throw ProgramError("no crop meets the request; suggest --explain tells why");
-            if (!missing.empty())
-                throw ProgramError("no crop of " + ListOf(missing) +
-                                   " meets the request; suggest --explain tells why");
-        };
-        steps.Emit = [&beside](const PhotoResult& result) {
-            for (const std::string& name : result.Written)
-                std::printf("%s\n", name.c_str());
-            if (std::fflush(stdout) != 0)
-                throw ProgramError("cannot write standard output");
-            beside.Add(result);
-        };
-        const int status = RunPhotos(options, photos, steps);
-        beside.Finish();
-        return status;
+        ChosenCrops chosen;
+        std::vector<ListedPhoto> photos = named;
+        if (!options.CropFiles.From.empty()) {
+            chosen = ReadChoice(options.CropFiles.From, std::cin);
+            photos = PhotosOf(chosen);
+        }
+        if (options.Output == "-") {
+            CheckStandardOutput(photos);
+        } else {
+            constexpr int32_t kRanksToCompare = 20; // those further down differ as these do
+            const auto labelsOf = [&](size_t photo) {
+                return chosen.Photos.empty() ? ExpectedLabels(options, kRanksToCompare)
+                                             : chosen.Photos[photo].Labels;
+            };
+            if (ComplainOfClashes(NameClashes(options, photos, labelsOf)))
+                return 1;
+        }
+        return CropRun(options, photos, chosen).Run();
     } catch (const ProgramError& error) {
         Complain(error.what());
         return 1;

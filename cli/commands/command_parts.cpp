@@ -8,12 +8,23 @@
 #include "batch/freed_memory.h"
 #include "batch/program_error.h"
 #include "batch/run_photos.h"
+#include "vistaTrimPhoto/photo_error.h"
 
 namespace vistaTrim::cli {
 
 photo::Photograph OpenPhoto(const Options& options, const ListedPhoto& photo)
 {
-    return photo::Photograph::FromFile(photo.Path, options.Reading);
+    if (!photo.Bytes)
+        return photo::Photograph::FromFile(photo.Path, options.Reading);
+    try {
+        return photo::Photograph::FromBytes(photo.Bytes->data(), photo.Bytes->size(),
+                                            options.Reading);
+    } catch (const photo::PhotoError& error) {
+        if (error.GetKind() != photo::PhotoError::Kind::Unsupported)
+            throw;
+        throw ProgramError(std::string(error.what()) +
+                           "; a list of names is read by --files-from -");
+    }
 }
 
 photo::Analysis Analyse(const photo::Photograph& photograph, const photo::RegionOptions& regions)
@@ -31,6 +42,11 @@ photo::RegionOptions RegionsFor(const Options& options, const ListedPhoto& photo
     return regions;
 }
 
+std::string StemOf(const ListedPhoto& photo)
+{
+    return photo.Path == "-" ? "stdin" : std::filesystem::path(photo.Path).stem().string();
+}
+
 std::string OutputPrefix(const Options& options, const ListedPhoto& photo)
 {
     namespace fs = std::filesystem;
@@ -39,7 +55,7 @@ std::string OutputPrefix(const Options& options, const ListedPhoto& photo)
     fs::create_directories(folder, error);
     if (error)
         throw ProgramError("cannot make the folder " + folder.string() + ": " + error.message());
-    return (folder / fs::path(photo.Path).stem()).string();
+    return (folder / StemOf(photo)).string();
 }
 
 std::vector<ListedPhoto> WithoutNameClashes(const std::vector<ListedPhoto>& photos)
@@ -48,7 +64,7 @@ std::vector<ListedPhoto> WithoutNameClashes(const std::vector<ListedPhoto>& phot
     std::map<std::string, std::string> owners;
     std::vector<ListedPhoto> checked = photos;
     for (ListedPhoto& photo : checked) {
-        const std::string name = (fs::path(photo.Inside) / fs::path(photo.Path).stem()).string();
+        const std::string name = (fs::path(photo.Inside) / StemOf(photo)).string();
         if (!photo.Error.empty())
             continue; // nothing will be written for it
         const auto [owner, isFirst] = owners.emplace(name, photo.Path);

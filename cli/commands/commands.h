@@ -1,4 +1,4 @@
-// The four commands. Each returns the exit status of the program.
+// The commands. Each returns the exit status of the program.
 #ifndef VISTATRIM_CLI_COMMANDS_COMMANDS_H
 #define VISTATRIM_CLI_COMMANDS_COMMANDS_H
 
@@ -17,6 +17,7 @@ int RunSuggest(const Options& options, const std::vector<ListedPhoto>& photos);
 int RunCrop(const Options& options, const std::vector<ListedPhoto>& photos);
 int RunReport(const Options& options, const std::vector<ListedPhoto>& photos);
 int RunMaps(const Options& options, const std::vector<ListedPhoto>& photos);
+int RunContactSheet(const Options& options, const std::vector<ListedPhoto>& photos);
 
 // Reads the photograph of the list.
 photo::Photograph OpenPhoto(const Options& options, const ListedPhoto& photo);
@@ -26,6 +27,9 @@ photo::Analysis Analyse(const photo::Photograph& photograph, const photo::Region
 
 // The regions that the options ask for, of this photograph of a run over `photos` of them.
 photo::RegionOptions RegionsFor(const Options& options, const ListedPhoto& photo, size_t photos);
+
+// The photograph's name without folders and ending; "stdin" for standard input.
+std::string StemOf(const ListedPhoto& photo);
 
 // OUTPUT/INSIDE/STEM, for the files that come of a photograph; makes the folder.
 std::string OutputPrefix(const Options& options, const ListedPhoto& photo);

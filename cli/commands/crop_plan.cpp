@@ -6,6 +6,7 @@
 #include <set>
 
 #include "batch/program_error.h"
+#include "commands/commands.h"
 #include "options/name_template.h"
 
 namespace vistaTrim::cli {
@@ -14,11 +15,6 @@ namespace {
 
 namespace fs = std::filesystem;
 using photo::PixelSize;
-
-std::string StemOf(const ListedPhoto& photo)
-{
-    return fs::path(photo.Path).stem().string();
-}
 
 // The template of --name, or the usual one: rank 1 of a shape needs no number.
 NameTemplate TemplateFor(const CropLabel& label, const CropFileOptions& how)

@@ -3,7 +3,7 @@
 _vistatrim() {
     local word=${COMP_WORDS[COMP_CWORD]}
     local before=${COMP_WORDS[COMP_CWORD - 1]}
-    local commands="suggest crop report maps"
+    local commands="suggest crop report maps contact-sheet"
     local command="" i
     for ((i = 1; i < COMP_CWORD; ++i)); do
         case " $commands " in
@@ -42,7 +42,7 @@ _vistatrim() {
             print-a4 passport" -- "$word")
         return
         ;;
-    --name | --fill | --widths | --sizes | --aspect | --size | --scale | --density | --keep | --avoid | --must-keep | --must-avoid | \
+    --cell | --name | --fill | --widths | --sizes | --aspect | --size | --scale | --density | --keep | --avoid | --must-keep | --must-avoid | \
         --weights | --background | --resize | --quality | -n | --top | -j | --jobs)
         COMPREPLY=()
         return
@@ -50,7 +50,7 @@ _vistatrim() {
     esac
 
     if [[ $word == -* ]]; then
-        local options="--help --background --jobs --null --quiet --recursive --timings --output
+        local options="--help --background --files-from --jobs --null --quiet --recursive --timings --output
             --force"
         local request="--top --rank-by --weights --aspect --preset --presets --each-ratio --largest
             --scale --size --density --keep --avoid --must-keep --must-avoid --faces --regions
@@ -58,8 +58,9 @@ _vistatrim() {
         case $command in
         suggest) options="$options $request --json --csv --explain --resume" ;;
         crop) options="$options $request --resize --format --quality --strip --resume
-            --name --fill --widths --upscale --manifest --picture --sizes" ;;
+            --name --fill --widths --upscale --from --manifest --picture --sizes --xmp --xmp-only" ;;
         report) options="$options $request --maps" ;;
+        contact-sheet) options="$options $request --cell" ;;
         esac
         mapfile -t COMPREPLY < <(compgen -W "$options" -- "$word")
         return

@@ -81,6 +81,13 @@ void AddSizes(CLI::App& command, Options& values)
 void AddFilesBeside(CLI::App& command, Options& values)
 {
     CLI::Option* resume = command.get_option("--resume");
+    CLI::Option* xmp = command
+                           .add_flag("--xmp", values.CropFiles.Xmp,
+                                     "Also NAME.xmp with the best crop, for raw developers")
+                           ->group(kBeside);
+    command.add_flag("--xmp-only", values.CropFiles.XmpOnly, "Only NAME.xmp, and no pictures")
+        ->excludes(xmp)
+        ->group(kBeside);
     command
         .add_option("--manifest", values.CropFiles.Manifest,
                     "Write a JSON list of photographs, crops, files, sizes and scores")
@@ -104,17 +111,60 @@ void AddFilesBeside(CLI::App& command, Options& values)
         ->group(kBeside);
 }
 
+void AddFrom(CLI::App& command, Options& values)
+{
+    command
+        .add_option("--from", values.CropFiles.From,
+                    "Cut the crops that a file names: suggest --json, a choice, a manifest")
+        ->check(NotEmpty())
+        ->type_name("FILE");
+}
+
+// The crops that a file names leave nothing to search for.
+std::string FaultOfFrom(const CLI::App& command)
+{
+    for (const CLI::Option* option : command.get_options()) {
+        const std::string& group = option->get_group();
+        const bool searches = group == "Ranking" || group == "Shape of the crops" ||
+                              group.compare(0, 6, "Wishes") == 0 ||
+                              group.compare(0, 6, "People") == 0;
+        const std::string name = option->get_name();
+        if (option->count() != 0 &&
+            (searches || name == "PHOTO" || name == "--files-from" || name == "--fill"))
+            return "--from says which crops of which photographs are cut; " + name +
+                   " has no place beside it";
+    }
+    return "";
+}
+
 } // namespace
 
 void AddCropFiles(CLI::App& command, Options& values)
 {
     AddSizes(command, values);
     AddFilesBeside(command, values);
+    AddFrom(command, values);
 }
 
-std::string FaultOfCropFiles(const CLI::App&, const Options&)
+std::string FaultOfCropFiles(const CLI::App& command, const Options& values)
 {
-    return "";
+    const CropFileOptions& how = values.CropFiles;
+    if (!how.From.empty()) {
+        const std::string fault = FaultOfFrom(command);
+        if (!fault.empty())
+            return fault;
+    }
+    if (how.XmpOnly && !how.Picture.empty())
+        return "--picture needs pictures; --xmp-only writes none";
+    if (values.Output != "-")
+        return "";
+    for (const char* name : {"--resume", "--manifest", "--picture", "--xmp", "--xmp-only"})
+        if (command.get_option(name)->count() != 0)
+            return std::string("-o - writes one picture and nothing else; ") + name +
+                   " needs a folder";
+    const bool several = values.Request.Top > 1 || how.Widths.size() > 1 ||
+                         (values.EachShape && values.Shapes.size() > 1);
+    return several ? "-o - takes one picture; the options ask for several" : "";
 }
 
 } // namespace vistaTrim::cli

@@ -23,11 +23,17 @@ namespace {
 void AddInput(CLI::App& app, Options& values)
 {
     app.add_option("PHOTO", values.Photos,
-                   "Photographs, folders of photographs, or - for a list on standard input")
-        ->required();
+                   "Photographs, folders of photographs, or - for the one on standard input");
+    app.add_option("--files-from", values.FilesFrom,
+                   "Also what a list of names holds; - is a list on standard input")
+        ->check(NotEmpty())
+        ->type_name("FILE")
+        ->expected(1)
+        ->allow_extra_args(false)
+        ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll);
     app.add_flag("-r,--recursive", values.Recursive, "Go into the folders of a folder");
     app.add_flag("-0,--null", values.NullSeparated,
-                 "Names of the list end in a null byte, not in a line feed");
+                 "Names in lists end in a null byte, not in a line feed");
     AddRead(
         app, "--background", "#rrggbb, #rgb or the name of a colour",
         "What shows through transparent places (white)",
@@ -189,7 +195,8 @@ void AddCrop(CLI::App& app, Options& values)
     AddRegions(app, values);
     AddShapes(app, values);
     constexpr const char* kGroup = "Output";
-    app.add_option("-o,--output", values.Output, "Folder for the crops; made if it is not there")
+    app.add_option("-o,--output", values.Output,
+                   "Folder for the crops, made if it is not there, or - for standard output")
         ->check(NotEmpty())
         ->type_name("DIR")
         ->required()
@@ -266,9 +273,53 @@ void AddMaps(CLI::App& app, Options& values)
     AddRun(app, values);
 }
 
-// What the options cannot tell one by one. Empty if all is well.
-std::string FaultOfAll(const Options& values)
+void AddContactSheet(CLI::App& app, Options& values)
 {
+    AddInput(app, values);
+    AddRequest(app, values.Request);
+    AddRegions(app, values);
+    AddShapes(app, values);
+    app.add_option("-o,--output", values.Output,
+                   "The picture to write; its ending says in which format")
+        ->check(NotEmpty())
+        ->type_name("FILE.jpg")
+        ->required()
+        ->group("Output");
+    AddRead(
+        app, "--cell", "WxH, 16x16 to 2000x2000", "The room of each picture on the sheet (360x240)",
+        [&values](const std::string& text) {
+            const auto size = ParseSize(text);
+            values.SheetCell = size.value_or(values.SheetCell);
+            const auto fits = [](int32_t side) { return side >= 16 && side <= 2000; };
+            return size && fits(size->Width) && fits(size->Height);
+        },
+        false)
+        ->type_name("WxH")
+        ->group("Output");
+    app.add_flag("--force", values.Force, "Replace the picture if it exists")->group("Output");
+    AddRun(app, values);
+}
+
+std::string FaultOfInput(const Options& values)
+{
+    const auto count = [](const std::vector<std::string>& names) {
+        return std::count(names.begin(), names.end(), "-");
+    };
+    if (values.Photos.empty() && values.FilesFrom.empty() && values.CropFiles.From.empty())
+        return "PHOTO is missing: name photographs, folders or --files-from";
+    if (count(values.Photos) + count(values.FilesFrom) + (values.CropFiles.From == "-" ? 1 : 0) > 1)
+        return "standard input can be read only once: - stands twice";
+    return "";
+}
+
+// What the options cannot tell one by one. Empty if all is well.
+std::string FaultOfAll(const CLI::App& command, const Options& values)
+{
+    std::string fault = FaultOfInput(values);
+    if (fault.empty() && values.Chosen == Command::Crop)
+        fault = FaultOfCropFiles(command, values);
+    if (!fault.empty())
+        return fault;
     if (values.Resume && values.Chosen == Command::Suggest && values.Format == ListFormat::Text)
         return "--resume needs --json or --csv: text for people is not read back";
     return "";
@@ -292,11 +343,14 @@ CommandLine ParseCommandLine(int argc, const char* const* argv)
         app.add_subcommand("crop", "Write the best crops as files, at full resolution"),
         app.add_subcommand("report",
                            "Write one page to look at: photographs, crops, measures, maps"),
-        app.add_subcommand("maps", "Write the maps of each photograph as pictures")};
+        app.add_subcommand("maps", "Write the maps of each photograph as pictures"),
+        app.add_subcommand("contact-sheet",
+                           "Write one picture with a row for each photograph and its crops")};
     AddSuggest(*commands[0], values);
     AddCrop(*commands[1], values);
     AddReport(*commands[2], values);
     AddMaps(*commands[3], values);
+    AddContactSheet(*commands[4], values);
 
     // The parser would only say that a command is missing.
     const std::string first = argc > 1 ? argv[1] : "";
@@ -304,7 +358,7 @@ CommandLine ParseCommandLine(int argc, const char* const* argv)
         std::none_of(commands.begin(), commands.end(),
                      [&first](const CLI::App* command) { return command->get_name() == first; })) {
         std::cerr << "vistatrim: no command '" << first
-                  << "'; there are suggest, crop, report and maps\n";
+                  << "'; there are suggest, crop, report, maps and contact-sheet\n";
         line.ExitStatus = kUsageFault;
         return line;
     }
@@ -321,12 +375,11 @@ CommandLine ParseCommandLine(int argc, const char* const* argv)
         line.ExitStatus = kUsageFault;
         return line;
     }
-    for (size_t i = 0; i < commands.size(); ++i)
-        if (commands[i]->parsed()) {
-            values.Chosen = static_cast<Command>(i);
-            FinishShapes(*commands[i], values);
-        }
-    const std::string fault = FaultOfAll(values);
+    const auto parsed = std::find_if(commands.begin(), commands.end(),
+                                     [](const CLI::App* command) { return command->parsed(); });
+    values.Chosen = static_cast<Command>(parsed - commands.begin());
+    FinishShapes(**parsed, values);
+    const std::string fault = FaultOfAll(**parsed, values);
     if (!fault.empty()) {
         std::cerr << "vistatrim: " << fault << "\n";
         line.ExitStatus = kUsageFault;

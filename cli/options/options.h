@@ -16,7 +16,7 @@
 
 namespace vistaTrim::cli {
 
-enum class Command { Suggest, Crop, Report, Maps };
+enum class Command { Suggest, Crop, Report, Maps, ContactSheet };
 enum class ListFormat { Text, Json, Csv };
 
 struct CropFileOptions {
@@ -27,14 +27,18 @@ struct CropFileOptions {
     std::vector<int32_t> Widths; // each crop at each of them; none: one size
     bool Upscale = false;        // to widths beyond that of the crop
     std::string Name;            // template; empty: the usual names
+    std::string From;            // file that names the crops; empty: none
     std::string Manifest;        // file; empty: none
+    bool Xmp = false;            // sidecars too
+    bool XmpOnly = false;        // sidecars instead
     std::string Picture;         // file for <picture> elements; empty: none
     std::string Sizes = "100vw"; // their sizes attribute
 };
 
 struct Options {
     Command Chosen = Command::Suggest;
-    std::vector<std::string> Photos; // files, folders, "-"
+    std::vector<std::string> Photos;    // files, folders, "-" for the one on standard input
+    std::vector<std::string> FilesFrom; // lists of them; "-" for the one on standard input
     bool Recursive = false;
     bool NullSeparated = false;
     photo::Request Request;
@@ -52,6 +56,7 @@ struct Options {
     bool Quiet = false;
     bool Timings = false;
     CropFileOptions CropFiles;
+    photo::PixelSize SheetCell{360, 240}; // of contact sheets
     bool ReportMaps = true;
 };
 

@@ -138,7 +138,9 @@ void AddShapes(CLI::App& command, Options& values)
 void FinishShapes(const CLI::App& command, Options& values)
 {
     const CLI::Option* top = command.get_option_no_throw("--top");
-    if (values.EachShape && top != nullptr && top->count() == 0)
+    // Standard output takes one crop.
+    const bool one = values.EachShape || (values.Chosen == Command::Crop && values.Output == "-");
+    if (one && top != nullptr && top->count() == 0)
         values.Request.Top = 1;
     for (const Shape& shape : values.Shapes)
         values.Request.Aspects.push_back(shape.Aspect);

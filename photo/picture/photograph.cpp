@@ -48,6 +48,11 @@ PixelSize Photograph::Size() const
     return Shared->Size();
 }
 
+int Photograph::StoredOrientation() const
+{
+    return Shared->StoredOrientation();
+}
+
 ImageFormat Photograph::NativeFormat() const
 {
     return Shared->NativeFormat();

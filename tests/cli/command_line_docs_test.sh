@@ -30,7 +30,7 @@ offers() { # whether WORD is among what it offers after the others; usage: offer
     offered "${@:2}" | grep -x -- "$1" >/dev/null
 }
 
-for command in suggest crop report maps; do
+for command in suggest crop report maps contact-sheet; do
     offers "$command" vistatrim "" || complain "completion lacks the command $command"
     options=$("$program" "$command" --help | grep -oE '^  (-., ?)?--[a-z-]+|^  -.,--[a-z-]+' |
         grep -oE -- '--[a-z-]+' | sort -u)

@@ -100,8 +100,9 @@ TEST(Options, ThatAreWrongAreNamedWithTheReason)
     EXPECT_NE(FaultOf({"suggest"}).find("PHOTO"), std::string::npos);
     EXPECT_NE(FaultOf({"crop", "a.jpg"}).find("--output"), std::string::npos);
     FaultOf({});
-    EXPECT_EQ(FaultOf({"paint", "a.jpg"}),
-              "vistatrim: no command 'paint'; there are suggest, crop, report and maps\n");
+    EXPECT_EQ(
+        FaultOf({"paint", "a.jpg"}),
+        "vistatrim: no command 'paint'; there are suggest, crop, report, maps and contact-sheet\n");
     for (const char* command : {"suggest", "crop", "report", "maps"})
         EXPECT_NE(FaultOf({command, "a.jpg", "-o", ""}).find("--output"), std::string::npos);
 }

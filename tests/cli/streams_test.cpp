@@ -85,7 +85,7 @@ TEST(Streams, EveryCommandPutsItsBarOnStandardErrorAlone)
     const StreamKinds terminals = {true, true};
     const std::vector<std::string> photos = {folder.Path("a.jpg"), folder.Path("b.jpg")};
     const std::pair<const char*, const char*> commands[] = {
-        {"crop", "crops"}, {"maps", "maps"}, {"report", "r.html"}};
+        {"crop", "crops"}, {"maps", "maps"}, {"report", "r.html"}, {"contact-sheet", "s.jpg"}};
     for (const auto& [command, output] : commands) {
         SCOPED_TRACE(command);
         const Outcome outcome =

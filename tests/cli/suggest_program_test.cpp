@@ -464,11 +464,11 @@ TEST(Suggest, ReadsListsAndFolders)
     RunOptions lines;
     lines.Input = folder.Path("tree/b.jpg") + "\n" + folder.Path("tree/below/c.jpg");
     EXPECT_EQ(
-        files(RunProgram({"suggest", "--json", "-"}, lines)),
+        files(RunProgram({"suggest", "--json", "--files-from", "-"}, lines)),
         (std::vector<std::string>{folder.Path("tree/b.jpg"), folder.Path("tree/below/c.jpg")}));
     RunOptions nulls;
     nulls.Input = folder.Path("new\nline.jpg") + std::string(1, '\0');
-    EXPECT_EQ(files(RunProgram({"suggest", "--json", "-0", "-"}, nulls)),
+    EXPECT_EQ(files(RunProgram({"suggest", "--json", "-0", "--files-from", "-"}, nulls)),
               (std::vector<std::string>{folder.Path("new\nline.jpg")}));
 }
 

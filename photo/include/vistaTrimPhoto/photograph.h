@@ -45,6 +45,8 @@ public:
     static Photograph FromPixels(const PixelView& pixels, const ReadOptions& options = {});
 
     PixelSize Size() const; // as displayed
+    // How the stored picture is turned for display, 1 to 8 as EXIF counts it.
+    int StoredOrientation() const;
     // The format of the file if crops can be written in it, else PNG, which loses nothing.
     ImageFormat NativeFormat() const;
 

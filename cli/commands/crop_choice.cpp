@@ -1,0 +1,74 @@
+#include "commands/crop_choice.h"
+
+#include <cerrno>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <system_error>
+
+#include "batch/program_error.h"
+
+namespace vistaTrim::cli {
+
+namespace {
+
+std::string ReadAll(std::istream& stream)
+{
+    return {std::istreambuf_iterator<char>(stream), std::istreambuf_iterator<char>()};
+}
+
+std::string ReadFile(const std::string& file)
+{
+    std::error_code unknown;
+    if (std::filesystem::is_directory(file, unknown))
+        throw ProgramError(file + ": is a folder, not a list of crops");
+    std::ifstream stream(file, std::ios::binary);
+    if (!stream)
+        throw ProgramError("cannot read " + file + ": " + std::generic_category().message(errno));
+    return ReadAll(stream);
+}
+
+std::string SizeText(photo::PixelSize size)
+{
+    return std::to_string(size.Width) + " x " + std::to_string(size.Height);
+}
+
+} // namespace
+
+ChosenCrops ReadChoice(const std::string& file, std::istream& input)
+{
+    const std::string text = file == "-" ? ReadAll(input) : ReadFile(file);
+    ChosenCrops chosen = ReadChosenCrops(text, ShownName(file));
+    if (chosen.Photos.empty())
+        throw ProgramError(ShownName(file) + ": names no crops");
+    return chosen;
+}
+
+std::vector<ListedPhoto> PhotosOf(const ChosenCrops& chosen)
+{
+    std::vector<ListedPhoto> photos;
+    for (const ChosenPhoto& photo : chosen.Photos) {
+        photos.push_back({photo.File, "", "", nullptr});
+        if (photo.File == "-")
+            photos.back().Error = "a photograph from standard input cannot be read again";
+    }
+    return photos;
+}
+
+void TakeChosen(const ChosenPhoto& chosen, const photo::Photograph& photograph,
+                PhotoResult& result)
+{
+    const photo::PixelSize size = photograph.Size();
+    if (chosen.Size && !(*chosen.Size == size))
+        throw ProgramError("is " + SizeText(size) + " pixels, but " + chosen.Source +
+                           " is about one of " + SizeText(*chosen.Size));
+    for (size_t i = 0; i < chosen.Crops.size(); ++i)
+        if (!photo::Contains({0, 0, size.Width, size.Height}, chosen.Crops[i].Rect))
+            throw ProgramError(chosen.Source + ": crop " + std::to_string(i + 1) +
+                               " leaves the photograph, which is " + SizeText(size));
+    result.Found.Size = size;
+    result.Found.Crops = chosen.Crops;
+    result.Labels = chosen.Labels;
+}
+
+} // namespace vistaTrim::cli

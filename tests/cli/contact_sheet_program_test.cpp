@@ -1,0 +1,105 @@
+// A contact sheet has a row for each photograph, whatever it is called and even if it is broken,
+// with the photograph first and its crops behind it.
+#include <cmath>
+
+#include <gtest/gtest.h>
+
+#include "photo/sample_pictures.h"
+#include "run_program.h"
+
+namespace vistaTrim::cli {
+namespace {
+
+using namespace photo;
+
+using vips::VImage;
+
+VImage Plain(int width, int height, const std::vector<double>& colour)
+{
+    return VImage::black(width, height)
+        .new_from_image(colour)
+        .cast(VIPS_FORMAT_UCHAR)
+        .copy(VImage::option()->set("interpretation", VIPS_INTERPRETATION_sRGB));
+}
+
+void ExpectColour(const VImage& sheet, int x, int y, const std::vector<double>& colour)
+{
+    const std::vector<double> found = sheet.getpoint(x, y);
+    ASSERT_EQ(found.size(), 3U);
+    for (size_t band = 0; band < 3; ++band)
+        EXPECT_NEAR(found[band], colour[band], 8.0) << x << ", " << y; // of JPEG
+}
+
+// How much of the line of text is ink.
+double InkOf(const VImage& sheet, int top)
+{
+    return 255.0 - sheet.extract_area(12, top, 372, 30).avg();
+}
+
+TEST(ContactSheet, HasARowOfPicturesForEachPhotograph)
+{
+    const TempFolder folder;
+    Plain(900, 600, {200, 30, 30}).write_to_file(folder.Path("r [x] & <y>.png").c_str());
+    Plain(900, 600, {30, 30, 200}).write_to_file(folder.Path("blue.png").c_str());
+    WriteText(folder.Path("broken.jpg"), "no picture");
+    const Outcome outcome =
+        RunProgram({"contact-sheet", folder.Path("r [x] & <y>.png"), folder.Path("broken.jpg"),
+                    folder.Path("blue.png"), "--top", "2", "-o", folder.Path("sheet.jpg")});
+    EXPECT_EQ(outcome.Status, 1); // of the broken one
+    const VImage sheet = VImage::new_from_file(folder.Path("sheet.jpg").c_str());
+    // A gap of 12 around; a head of 30; rows of 30 + 240 + 12; the broken one's is its text alone.
+    EXPECT_EQ(sheet.width(), 3 * 372 + 12);
+    ASSERT_EQ(sheet.height(), 12 + 30 + 282 + 30 + 282 + 12);
+    for (int cell = 0; cell < 3; ++cell) {
+        const int middle = 12 + 372 * cell + 180;
+        ExpectColour(sheet, middle, 42 + 30 + 120, {200, 30, 30});
+        ExpectColour(sheet, middle, 42 + 282 + 30 + 30 + 120, {30, 30, 200});
+        ExpectColour(sheet, 12 + 372 * cell + 366, 42 + 30 + 120, {255, 255, 255}); // the gap
+    }
+    for (const int top : {12, 42, 42 + 282, 42 + 282 + 30})
+        EXPECT_GT(InkOf(sheet, top), 1.0) << top;
+}
+
+TEST(ContactSheet, TakesShapesAndCells)
+{
+    const TempFolder folder;
+    Scene(900, 600, 0.3, 0.6).write_to_file(folder.Path("a.jpg").c_str());
+    const Outcome outcome =
+        RunProgram({"contact-sheet", folder.Path("a.jpg"), "--preset", "square", "--preset",
+                    "story", "--cell", "100x80", "-o", folder.Path("sheet.png")});
+    ASSERT_EQ(outcome.Status, 0) << outcome.Err;
+    const VImage sheet = VImage::new_from_file(folder.Path("sheet.png").c_str());
+    EXPECT_EQ(sheet.width(), 3 * 112 + 12);
+    EXPECT_EQ(sheet.height(), 12 + 30 + 30 + 80 + 12 + 12);
+    // The square is 80 wide in its cell of 100, the story 45.
+    const auto widthOfCell = [&sheet](int cell) {
+        const VImage row = sheet.extract_area(12 + 112 * cell, 12 + 30 + 30 + 40, 100, 1);
+        return std::lround((row.extract_band(0) < 250).avg() / 255.0 * 100);
+    };
+    EXPECT_EQ(widthOfCell(0), 100);
+    EXPECT_EQ(widthOfCell(1), 80);
+    EXPECT_EQ(widthOfCell(2), 45);
+}
+
+TEST(ContactSheet, RefusesWhatItCannotWrite)
+{
+    const TempFolder folder;
+    Scene(300, 200, 0.3, 0.6).write_to_file(folder.Path("a.jpg").c_str());
+    const std::string a = folder.Path("a.jpg");
+    EXPECT_EQ(RunProgram({"contact-sheet", a, "-o", folder.Path("sheet.gif")}).Status, 1);
+    EXPECT_EQ(RunProgram({"contact-sheet", a, "-o", folder.Path("s.jpg"), "--cell", "9x9"}).Status,
+              2);
+    WriteText(folder.Path("s.jpg"), "precious");
+    EXPECT_EQ(RunProgram({"contact-sheet", a, "-o", folder.Path("s.jpg")}).Status, 1);
+    EXPECT_EQ(ReadText(folder.Path("s.jpg")), "precious");
+    // More rows than a JPEG can have, found out before the first of them is made.
+    std::vector<std::string> many(233, a);
+    many.insert(many.begin(), {"contact-sheet", "-o", folder.Path("many.jpg")});
+    const Outcome tall = RunProgram(many);
+    EXPECT_EQ(tall.Status, 1);
+    EXPECT_NE(tall.Err.find("holds 232 photographs, not 233"), std::string::npos) << tall.Err;
+    EXPECT_EQ(folder.Files(), (std::vector<std::string>{"a.jpg", "s.jpg"}));
+}
+
+} // namespace
+} // namespace vistaTrim::cli
