@@ -226,7 +226,11 @@ TEST_F(Shapes, NamesThatCollideAreRefusedBeforeAnythingIsWritten)
 {
     Quarters(900, 600).write_to_file(Folder.Path("b.jpg").c_str());
     // Within a photograph.
-    EXPECT_EQ(Crop({"--name", "{stem}"}).Status, 1);
+    const Outcome within = Crop({"--name", "{stem}"});
+    EXPECT_EQ(within.Status, 1);
+    EXPECT_NE(within.Err.find("two of its crops would have the same name a; {rank}"),
+              std::string::npos)
+        << within.Err;
     EXPECT_EQ(Crop({"--name", "{stem}-{rank}", "--widths", "100,200"}).Status, 1);
     EXPECT_EQ(Crop({"--name", "{stem}", "--fill", "10x10", "--fill", "20x10"}).Status, 1);
     EXPECT_EQ(Crop({"--name", "{stem}-{width}x{height}"}).Status, 1);
