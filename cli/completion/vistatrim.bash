@@ -21,7 +21,7 @@ _vistatrim() {
 
     case $before in
     --rank-by)
-        mapfile -t COMPREPLY < <(compgen -W "composition coverage border all" -- "$word")
+        mapfile -t COMPREPLY < <(compgen -W "people composition coverage border peak centre-peak engine" -- "$word")
         return
         ;;
     --maps)
@@ -52,8 +52,8 @@ _vistatrim() {
     if [[ $word == -* ]]; then
         local options="--help --background --files-from --jobs --null --quiet --recursive --timings --output
             --force"
-        local request="--top --rank-by --weights --aspect --preset --presets --each-ratio --largest
-            --scale --size --density --keep --avoid --must-keep --must-avoid --faces --regions
+        local request="--top --rank-by --ranking --weights --aspect --preset --presets --each-ratio
+            --largest --scale --size --density --keep --avoid --must-keep --must-avoid --faces --regions
             --ignore-metadata-regions"
         case $command in
         suggest) options="$options $request --json --csv --explain --resume" ;;

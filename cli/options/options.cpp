@@ -10,6 +10,7 @@
 #include "options/read_option.h"
 #include "options/shape_options.h"
 #include "options/text_values.h"
+#include "vistaTrimPhoto/photo_error.h"
 
 namespace vistaTrim::cli {
 
@@ -75,22 +76,25 @@ void AddWish(CLI::App& app, Request& request, WishKind kind, const std::string& 
         ->group("Wishes (pixels of the photograph as displayed; may be repeated)");
 }
 
-void AddRequest(CLI::App& app, Request& request)
+void AddRequest(CLI::App& app, Options& values)
 {
+    Request& request = values.Request;
     constexpr const char* kGroup = "Ranking";
     app.add_option("-n,--top", request.Top, "Crops to give for each photograph (5)")
         ->check(CLI::Range(1, 10000))
         ->type_name("N")
         ->group(kGroup);
     AddRead(
-        app, "--rank-by", "composition, coverage, border or all",
-        "composition, coverage, border, or all of the measures by their weights (all)",
+        app, "--rank-by", "people, composition, coverage, border, peak, centre-peak or engine",
+        "people (what people choose), composition, coverage, border, peak, centre-peak, or engine "
+        "(all measures by their weights) (people)",
         [&request](const std::string& text) {
+            // The program's first release called the engine's ranking by all measures "all".
             static const std::map<std::string, RankBy> rankings = {
-                {"composition", RankBy::Composition},
-                {"coverage", RankBy::Coverage},
-                {"border", RankBy::Border},
-                {"all", RankBy::All}};
+                {"people", RankBy::People},     {"composition", RankBy::Composition},
+                {"coverage", RankBy::Coverage}, {"border", RankBy::Border},
+                {"peak", RankBy::Peak},         {"centre-peak", RankBy::CentrePeak},
+                {"engine", RankBy::Engine},     {"all", RankBy::Engine}};
             const auto found = rankings.find(text);
             if (found != rankings.end())
                 request.Ranking = found->second;
@@ -99,13 +103,20 @@ void AddRequest(CLI::App& app, Request& request)
         false)
         ->type_name("MEASURE")
         ->group(kGroup);
+    app.add_option("--ranking", values.RankingFile,
+                   "Rank by this file, fitted to your own choices, instead of the built-in model")
+        ->check(NotEmpty())
+        ->type_name("FILE")
+        ->group(kGroup);
     AddRead(
         app, "--weights", "three or five numbers with commas between them",
-        "Weights of composition, coverage, border, peak and centre peak",
-        [&request](const std::string& text) {
+        "Rank by the engine, with these weights of composition, coverage, border, peak and centre "
+        "peak",
+        [&request, &values](const std::string& text) {
             const auto numbers = ParseNumbers(text);
             if (!numbers || (numbers->size() != 3 && numbers->size() != photo::kNumWeighed))
                 return false;
+            values.WeightsGiven = true;
             request.Weights = {};
             for (size_t i = 0; i < numbers->size(); ++i)
                 request.Weights.*photo::kMeasures[i].Weight = (*numbers)[i];
@@ -156,7 +167,7 @@ void AddRegions(CLI::App& app, Options& values)
 void AddSuggest(CLI::App& app, Options& values)
 {
     AddInput(app, values);
-    AddRequest(app, values.Request);
+    AddRequest(app, values);
     AddRegions(app, values);
     AddShapes(app, values);
     constexpr const char* kGroup = "Output";
@@ -191,7 +202,7 @@ void AddSuggest(CLI::App& app, Options& values)
 void AddCrop(CLI::App& app, Options& values)
 {
     AddInput(app, values);
-    AddRequest(app, values.Request);
+    AddRequest(app, values);
     AddRegions(app, values);
     AddShapes(app, values);
     constexpr const char* kGroup = "Output";
@@ -240,7 +251,7 @@ void AddCrop(CLI::App& app, Options& values)
 void AddReport(CLI::App& app, Options& values)
 {
     AddInput(app, values);
-    AddRequest(app, values.Request);
+    AddRequest(app, values);
     AddRegions(app, values);
     AddShapes(app, values);
     app.add_option("-o,--output", values.Output, "The page to write")
@@ -276,7 +287,7 @@ void AddMaps(CLI::App& app, Options& values)
 void AddContactSheet(CLI::App& app, Options& values)
 {
     AddInput(app, values);
-    AddRequest(app, values.Request);
+    AddRequest(app, values);
     AddRegions(app, values);
     AddShapes(app, values);
     app.add_option("-o,--output", values.Output,
@@ -320,6 +331,12 @@ std::string FaultOfAll(const CLI::App& command, const Options& values)
         fault = FaultOfCropFiles(command, values);
     if (!fault.empty())
         return fault;
+    const RankBy ranking = values.Request.Ranking;
+    if (!values.RankingFile.empty() && (values.WeightsGiven || ranking == RankBy::Engine))
+        return "--ranking replaces the model of what people choose; it has no effect on the "
+               "engine's own ranking by weights";
+    if (values.WeightsGiven && ranking != RankBy::People && ranking != RankBy::Engine)
+        return "--weights weigh all measures; --rank-by names one of them";
     if (values.Resume && values.Chosen == Command::Suggest && values.Format == ListFormat::Text)
         return "--resume needs --json or --csv: text for people is not read back";
     return "";
@@ -379,7 +396,16 @@ CommandLine ParseCommandLine(int argc, const char* const* argv)
                                      [](const CLI::App* command) { return command->parsed(); });
     values.Chosen = static_cast<Command>(parsed - commands.begin());
     FinishShapes(**parsed, values);
-    const std::string fault = FaultOfAll(**parsed, values);
+    std::string fault = FaultOfAll(**parsed, values);
+    if (values.WeightsGiven)
+        values.Request.Ranking = RankBy::Engine;
+    if (fault.empty() && !values.RankingFile.empty()) {
+        try {
+            values.Request.Model = photo::ReadRankingModel(values.RankingFile);
+        } catch (const photo::PhotoError& error) {
+            fault = error.what();
+        }
+    }
     if (!fault.empty()) {
         std::cerr << "vistatrim: " << fault << "\n";
         line.ExitStatus = kUsageFault;

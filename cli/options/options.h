@@ -47,6 +47,8 @@ struct Options {
     photo::RegionOptions RegionUse; // but for what the file below names
     std::string RegionsPath;        // empty: none
     photo::RegionsFile Regions;     // what the file at RegionsPath names
+    std::string RankingFile;        // read into Request.Model
+    bool WeightsGiven = false;      // then the engine ranks
     photo::ReadOptions Reading;
     ListFormat Format = ListFormat::Text;
     std::string Output; // file or folder; empty: standard output

@@ -7,7 +7,7 @@ namespace vistaTrim::cli {
 
 namespace {
 
-constexpr size_t kFieldsOfCrop = 10 + photo::kNumMeasures; // all but the error
+constexpr size_t kFieldsOfCrop = 11 + photo::kNumMeasures; // all but the error
 
 // The shortest text that reads back as the same number.
 std::string NumberText(double value)
@@ -56,6 +56,7 @@ std::string CsvHeader()
         "x",    "y",          "width",       "height", "coversContent"};
     for (const photo::Measure& measure : photo::kMeasures)
         fields.emplace_back(measure.Name);
+    fields.emplace_back("expectedOverlap");
     fields.emplace_back("error");
     return Line(fields);
 }
@@ -78,6 +79,7 @@ std::string CsvLines(const PhotoResult& result)
         fields.emplace_back(crop.CoversContent ? "true" : "false");
         for (const photo::Measure& measure : photo::kMeasures)
             fields.push_back(NumberText(crop.Scores.*measure.Value));
+        fields.push_back(NumberText(crop.ExpectedOverlap));
         fields.emplace_back("");
         lines += Line(fields);
     }

@@ -49,6 +49,7 @@ Json CropJson(const Crop& crop, const CropLabel* label)
             json["fill"] = {{"width", label->Fill->Width}, {"height", label->Fill->Height}};
     }
     json["coversContent"] = crop.CoversContent;
+    json["expectedOverlap"] = crop.ExpectedOverlap;
     json["scores"] = ScoresJson(crop.Scores);
     if (crop.Explained) {
         Json ranks;

@@ -28,7 +28,7 @@ std::string RectText(const photo::PixelRect& rect)
     return Format("%d,%d,%d,%d", rect.X, rect.Y, rect.Width, rect.Height);
 }
 
-// The columns of the measures: the merged rank first, since the crops are sorted by it.
+// The columns of the measures: the merged rank first.
 std::vector<const Measure*> MeasuresInColumns()
 {
     std::vector<const Measure*> measures;
@@ -81,7 +81,7 @@ std::string CropExplanationText(const Crop& crop, const photo::Suggestions& foun
                        crop.Scores.*measure.Value, 100.0 * crop.Explained->Ranks[i]);
     }
     text += crop.CoversContent
-                ? "       covers the content, which counts for more than the measures\n"
+                ? "       covers the content\n"
                 : "       does not cover the content\n";
     for (size_t i = 0; i < found.Explained->Wishes.size(); ++i)
         text += "       " + WishText(found, i) +
@@ -98,12 +98,14 @@ std::string PeopleText(const PhotoResult& result)
     std::string text =
         result.File + Format(": %d x %d\n", result.Found.Size.Width, result.Found.Size.Height);
     if (!result.Found.Crops.empty())
-        text += "    #   ratio      x      y   width  height" + MeasureHeadings() + "  content\n";
+        text += "    #   ratio      x      y   width  height  expect" + MeasureHeadings() +
+                "  content\n";
     int rank = 0;
     for (const Crop& crop : result.Found.Crops) {
         text += Format("  %3d %7s %6d %6d %7d %7d", ++rank, crop.Aspect.Text().c_str(), crop.Rect.X,
                        crop.Rect.Y, crop.Rect.Width, crop.Rect.Height) +
-                MeasureColumns(crop.Scores) + (crop.CoversContent ? "  covered\n" : "  -\n");
+                Format("  %6.4f", crop.ExpectedOverlap) + MeasureColumns(crop.Scores) +
+                (crop.CoversContent ? "  covered\n" : "  -\n");
         if (crop.Explained && result.Found.Explained)
             text += CropExplanationText(crop, result.Found);
     }

@@ -28,12 +28,13 @@ WeightDistribution EngineWeights(const Weights& weights)
 
 } // namespace
 
-CropList BestOf(IVistaTrim& driver, const Request& request, int32_t wanted,
+CropList BestOf(IVistaTrim& driver, const Weights& weights, int32_t wanted,
                 const SuggestionParameters& engineRequest)
 {
+    constexpr int32_t kAllMeasures = 0; // ranking mode
     ICropRects* list = nullptr;
-    GetNTopCropSuggestions(&driver, wanted, &list, &engineRequest,
-                           static_cast<int32_t>(request.Ranking), EngineWeights(request.Weights));
+    GetNTopCropSuggestions(&driver, wanted, &list, &engineRequest, kAllMeasures,
+                           EngineWeights(weights));
     return CopyAndRelease(list);
 }
 

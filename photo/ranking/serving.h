@@ -4,18 +4,34 @@
 
 #include <vector>
 
-#include "ranking/turns.h"
+#include "public/analysed_picture.h"
+#include "ranking/wished_regions.h"
 #include "vistaTrim/vistaTrim.h"
+#include "vistaTrimPhoto/pixels.h"
 #include "vistaTrimPhoto/request.h"
 
 namespace vistaTrim::photo {
 
+struct ServedCrop {
+    CInt32CropRect Crop; // MergedScore: the share of the candidates that rank no higher
+    double ExpectedOverlap;
+};
+
 // At most request.Top crops of the working picture, best first.
 //
-// ratios         the aspect table of the driver
+// driver         made of `analysed` for the request, with its hard wishes
+// picture        that was analysed
+// ratios         the aspect table of the driver, each ratio once
 // engineRequest  the size, if one is asked for
-CropList Serve(IVistaTrim& driver, const Request& request, const std::vector<Ratio>& ratios,
-               PixelSize photo, const SuggestionParameters& engineRequest);
+// regions        what crops had better hold or avoid
+//
+// If several ratios are named, the best crop of each comes first, then the second of each, and so
+// on; in one round, crops that meet more of the wishes go first, then the ratios keep their order.
+std::vector<ServedCrop> Serve(const CAnalysedPicture& analysed, IVistaTrim& driver,
+                              const PixelImage& picture, const Request& request,
+                              const std::vector<Ratio>& ratios,
+                              const SuggestionParameters& engineRequest,
+                              const std::vector<WishedRegion>& regions);
 
 } // namespace vistaTrim::photo
 

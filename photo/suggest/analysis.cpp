@@ -119,6 +119,19 @@ Ratio NearestRatio(const CInt32CropRect& crop, const std::vector<Ratio>& ratios)
                              [&off](const Ratio& a, const Ratio& b) { return off(a) < off(b); });
 }
 
+// What the user asked for, as the ranking takes it.
+std::vector<WishedRegion> RegionsOf(const std::vector<Wish>& wishes, const WorkingPicture& picture)
+{
+    std::vector<WishedRegion> regions;
+    regions.reserve(wishes.size());
+    for (const Wish& wish : wishes) {
+        const bool hard = IsHard(wish.Kind);
+        regions.push_back({ToWorkingOutward(wish.Rect, picture.Photo, picture.Pixels.Size),
+                           WantsInside(wish.Kind), hard, !hard, hard ? 0 : kNamedWishCost});
+    }
+    return regions;
+}
+
 void Ask(const WorkingPicture& picture, const CAnalysedPicture& analysed, const Request& request,
          Suggestions& result)
 {
@@ -134,10 +147,12 @@ void Ask(const WorkingPicture& picture, const CAnalysedPicture& analysed, const 
 
     const Stopwatch scoring;
     const DriverHandle driver(analysed.MakeDriver(parameters));
-    const CropList best = Serve(*driver, request, ratios, picture.Photo, engineRequest);
+    const std::vector<ServedCrop> best = Serve(analysed, *driver, picture.Pixels, request, ratios,
+                                               engineRequest, RegionsOf(wishes, picture));
     result.Times.Score = scoring.Milliseconds();
 
-    for (const CInt32CropRect& crop : best) {
+    for (const ServedCrop& served : best) {
+        const CInt32CropRect& crop = served.Crop;
         const CropShape shape{NearestRatio(crop, ratios), request.Size};
         const std::optional<PixelRect> rect =
             ToPhotograph({crop.Left, crop.Right, crop.Top, crop.Bottom}, picture.Pixels.Size,
@@ -149,7 +164,12 @@ void Ask(const WorkingPicture& picture, const CAnalysedPicture& analysed, const 
         const auto same = [&rect](const Crop& other) { return other.Rect == *rect; };
         if (std::any_of(result.Crops.begin(), result.Crops.end(), same))
             continue;
-        result.Crops.push_back({*rect, shape.Aspect, crop.CoversContent, ScoresOf(crop.Score), {}});
+        result.Crops.push_back({*rect,
+                                shape.Aspect,
+                                crop.CoversContent,
+                                served.ExpectedOverlap,
+                                ScoresOf(crop.Score),
+                                {}});
     }
 
     if (request.Explain)

@@ -4,7 +4,7 @@
 
 #include <vector>
 
-#include "ranking/turns.h"
+#include "ranking/engine_lists.h"
 #include "regions/region_wishes.h"
 #include "vistaTrimPhoto/photograph.h"
 #include "vistaTrimPhoto/result.h"

@@ -1,6 +1,7 @@
 // photo::Request with one property a field, as plain Python values.
 #include "bindings.h"
 
+#include <map>
 #include <stdexcept>
 #include <string>
 #include <tuple>
@@ -53,6 +54,7 @@ void SetWeights(Request& request, const std::vector<double>& weights)
 {
     if (weights.size() != photo::kNumWeighed)
         throw py::value_error("one weight for each weighed measure");
+    request.Ranking = photo::RankBy::Engine; // the one that weighs
     for (size_t i = 0; i < weights.size(); ++i)
         request.Weights.*photo::kMeasures[i].Weight = weights[i];
 }
@@ -60,16 +62,15 @@ void SetWeights(Request& request, const std::vector<double>& weights)
 void SetRankBy(Request& request, const std::string& name)
 {
     using photo::RankBy;
-    if (name == "all")
-        request.Ranking = RankBy::All;
-    else if (name == "composition")
-        request.Ranking = RankBy::Composition;
-    else if (name == "coverage")
-        request.Ranking = RankBy::Coverage;
-    else if (name == "border")
-        request.Ranking = RankBy::Border;
-    else
+    static const std::map<std::string, RankBy> kRankings = {
+        {"people", RankBy::People},     {"composition", RankBy::Composition},
+        {"coverage", RankBy::Coverage}, {"border", RankBy::Border},
+        {"peak", RankBy::Peak},         {"centre-peak", RankBy::CentrePeak},
+        {"engine", RankBy::Engine},     {"all", RankBy::Engine}};
+    const auto found = kRankings.find(name);
+    if (found == kRankings.end())
         throw py::value_error("no ranking is called " + name);
+    request.Ranking = found->second;
 }
 
 std::optional<Pair> ParseRatio(const std::string& text)

@@ -30,11 +30,11 @@ std::string FaultOf(std::vector<const char*> words)
 
 TEST(Options, OfSuggestAreRead)
 {
-    const CommandLine line = Parse({"suggest",      "--json",    "--top",     "3",      "--aspect",
-                                    "3:2",          "a.jpg",     "--aspect",  "1:1",    "--scale",
-                                    "0.5,0.75",     "--density", "10",        "--keep", "1,2,3,4",
-                                    "--must-avoid", "5,6,7,8",   "--weights", "1,2,3",  "--rank-by",
-                                    "coverage",     "b.jpg",     "-j",        "2"});
+    const CommandLine line =
+        Parse({"suggest",  "--json",       "--top",   "3",         "--aspect",  "3:2",   "a.jpg",
+               "--aspect", "1:1",          "--scale", "0.5,0.75",  "--density", "10",    "--keep",
+               "1,2,3,4",  "--must-avoid", "5,6,7,8", "--weights", "1,2,3",     "b.jpg", "-j",
+               "2"});
     ASSERT_FALSE(line.ExitStatus);
     const Options& values = line.Values;
     EXPECT_EQ(values.Chosen, Command::Suggest);
@@ -50,7 +50,7 @@ TEST(Options, OfSuggestAreRead)
     EXPECT_EQ(values.Request.Wishes[1].Kind, WishKind::MustAvoid);
     EXPECT_EQ(values.Request.Weights.Border, 3.0);
     EXPECT_EQ(values.Request.Weights.Peak, 0.0);
-    EXPECT_EQ(values.Request.Ranking, RankBy::Coverage);
+    EXPECT_EQ(values.Request.Ranking, RankBy::Engine) << "who gives weights wants them used";
     EXPECT_EQ(values.Workers, 2);
 }
 
@@ -61,8 +61,34 @@ TEST(Options, StandAtTheirDefaults)
     EXPECT_EQ(line.Values.Format, ListFormat::Text);
     EXPECT_EQ(line.Values.Request.Top, 5);
     EXPECT_TRUE(line.Values.Request.Aspects.empty());
-    EXPECT_EQ(line.Values.Request.Ranking, RankBy::All);
+    EXPECT_EQ(line.Values.Request.Ranking, RankBy::People);
+    EXPECT_EQ(line.Values.Request.Model, nullptr);
     EXPECT_EQ(line.Values.Request.Weights.CentrePeak, kDefaultWeights.CentrePeak);
+}
+
+TEST(Options, NameWhatRanks)
+{
+    const std::vector<std::pair<const char*, RankBy>> rankings = {
+        {"people", RankBy::People},     {"composition", RankBy::Composition},
+        {"coverage", RankBy::Coverage}, {"border", RankBy::Border},
+        {"peak", RankBy::Peak},         {"centre-peak", RankBy::CentrePeak},
+        {"engine", RankBy::Engine},     {"all", RankBy::Engine}};
+    for (const auto& ranking : rankings) {
+        const CommandLine line = Parse({"suggest", "a.jpg", "--rank-by", ranking.first});
+        ASSERT_FALSE(line.ExitStatus) << ranking.first;
+        EXPECT_EQ(line.Values.Request.Ranking, ranking.second) << ranking.first;
+    }
+}
+
+TEST(Options, ThatWouldHaveNoEffectTogetherAreFaults)
+{
+    const std::vector<std::vector<const char*>> wrong = {
+        {"suggest", "a.jpg", "--rank-by", "border", "--weights", "1,0,0"},
+        {"suggest", "a.jpg", "--ranking", "r.json", "--weights", "1,0,0"},
+        {"suggest", "a.jpg", "--ranking", "r.json", "--rank-by", "engine"},
+        {"suggest", "a.jpg", "--ranking", "no such file.json"}};
+    for (const std::vector<const char*>& arguments : wrong)
+        EXPECT_EQ(Parse(arguments).ExitStatus, kUsageFault) << arguments.back();
 }
 
 TEST(Options, OfCropAreRead)
@@ -90,7 +116,8 @@ TEST(Options, ThatAreWrongAreNamedWithTheReason)
               std::string::npos);
     EXPECT_NE(FaultOf({"suggest", "a.jpg", "--top", "0"}).find("--top"), std::string::npos);
     EXPECT_EQ(FaultOf({"suggest", "a.jpg", "--rank-by", "luck"}),
-              "vistatrim: --rank-by: 'luck' is not composition, coverage, border or all\n"
+              "vistatrim: --rank-by: 'luck' is not people, composition, coverage, border, "
+              "peak, centre-peak or engine\n"
               "vistatrim: try --help\n");
     FaultOf({"suggest", "a.jpg", "--rank-by", "3"});
     EXPECT_EQ(FaultOf({"crop", "a.jpg", "-o", "out", "--format", "gif"}),

@@ -18,6 +18,7 @@ PhotoResult SampleResult(const std::string& file, int crops)
         crop.Rect = {10 * i, 20, 1600, 900};
         crop.Aspect = {16, 9};
         crop.CoversContent = i == 0;
+        crop.ExpectedOverlap = 0.75;
         crop.Scores.Composition = static_cast<double>(0.1F);
         crop.Scores.Coverage = 0.2;
         crop.Scores.Border = 0.3;
@@ -53,6 +54,7 @@ TEST(JsonLine, HoldsTheCropsOfAPhotograph)
     EXPECT_EQ(crop["width"], 1600);
     EXPECT_EQ(crop["height"], 900);
     EXPECT_EQ(crop["coversContent"], false);
+    EXPECT_EQ(crop["expectedOverlap"], 0.75);
     EXPECT_EQ(crop["scores"]["composition"].get<double>(), static_cast<double>(0.1F));
     EXPECT_EQ(crop["scores"]["coverage"], 0.2);
     EXPECT_EQ(crop["scores"]["border"], 0.3);
@@ -61,7 +63,7 @@ TEST(JsonLine, HoldsTheCropsOfAPhotograph)
     EXPECT_EQ(crop["scores"]["roi"], 1.0);
     EXPECT_EQ(crop["scores"]["merged"], 0.7);
     EXPECT_EQ(crop["aspect"], "16:9");
-    EXPECT_EQ(crop.size(), 7U);
+    EXPECT_EQ(crop.size(), 8U);
     EXPECT_EQ(crop["scores"].size(), 7U);
 }
 
@@ -81,9 +83,9 @@ TEST(CsvLines, QuoteWhatNeedsIt)
 {
     const std::string lines = CsvLines(SampleResult("a,\"b\".jpg", 1));
     EXPECT_EQ(lines, "\"a,\"\"b\"\".jpg\",4000,3000,1,1,0,20,1600,900,true,0.10000000149011612,"
-                     "0.2,0.3,0.4,0.5,1,0.7,\n");
+                     "0.2,0.3,0.4,0.5,1,0.7,0.75,\n");
     EXPECT_EQ(CsvLines(FailedResult("x.jpg")),
-              "x.jpg,,,,,,,,,,,,,,,,,\"the file is \"\"empty\"\", sorry\"\n");
+              "x.jpg,,,,,,,,,,,,,,,,,,\"the file is \"\"empty\"\", sorry\"\n");
 }
 
 TEST(CsvLines, HaveAsManyFieldsAsTheHeader)

@@ -4,6 +4,7 @@
 #include <cmath>
 #include <csignal>
 #include <filesystem>
+#include <fstream>
 #include <functional>
 #include <sstream>
 #include <thread>
@@ -124,21 +125,46 @@ double OverlapOf(const PixelRect& a, const PixelRect& b)
                      static_cast<double>(b.Width) * b.Height - shared);
 }
 
-// The limit is 0.8 between working crops; a working pixel more or less at each side is 0.01 here.
-TEST(Suggest, FreeChoiceGivesCropsThatDifferAndWiderOnesAmongThem)
+TEST(Suggest, GivesCropsThatDifferWithTheOverlapToExpect)
 {
     const TempFolder folder;
     Scene(1800, 1200, 0.3, 0.6).write_to_file(folder.Path("a.jpg").c_str());
     const json crops = SuggestOne(folder.Path("a.jpg"))["crops"];
     ASSERT_EQ(crops.size(), 5U);
-    for (size_t i = 0; i < crops.size(); ++i)
+    for (size_t i = 0; i < crops.size(); ++i) {
+        EXPECT_GT(crops[i]["expectedOverlap"], 0.3);
+        EXPECT_LT(crops[i]["expectedOverlap"], 1.0);
+        EXPECT_LE(crops[i]["expectedOverlap"], crops[0]["expectedOverlap"]);
         for (size_t k = 0; k < i; ++k)
-            EXPECT_LE(OverlapOf(RectOf(crops[i]), RectOf(crops[k])), 0.82) << i << " " << k;
-    // The photograph is 3:2: the farther of the two wider ratios has the second turn, the nearer
-    // the fourth.
-    EXPECT_NEAR(crops[1]["width"].get<double>() / crops[1]["height"].get<double>(), 64.0 / 27,
-                0.02);
-    EXPECT_NEAR(crops[3]["width"].get<double>() / crops[3]["height"].get<double>(), 16.0 / 9, 0.02);
+            EXPECT_LT(OverlapOf(RectOf(crops[i]), RectOf(crops[k])), 0.98) << i << " " << k;
+    }
+}
+
+TEST(Suggest, GivesTheBestOfEachRatioBeforeSecondOnes)
+{
+    const TempFolder folder;
+    Scene(1800, 1200, 0.3, 0.6).write_to_file(folder.Path("a.jpg").c_str());
+    const json crops = SuggestOne(folder.Path("a.jpg"), {"--aspect", "1:1", "--aspect", "16:9",
+                                                         "--top", "5", "--explain"})["crops"];
+    ASSERT_EQ(crops.size(), 5U);
+    for (size_t i = 0; i < crops.size(); ++i)
+        EXPECT_EQ(crops[i]["explain"]["aspect"], i % 2 == 0 ? "1:1" : "16:9") << i;
+}
+
+TEST(Suggest, GivesTheLargestCentredCropOfAnEmptyPicture)
+{
+    const TempFolder folder;
+    (VImage::black(1200, 900, VImage::option()->set("bands", 3)) + 120)
+        .cast(VIPS_FORMAT_UCHAR)
+        .write_to_file(folder.Path("flat.png").c_str());
+    const json flat = SuggestOne(folder.Path("flat.png"))["crops"];
+    EXPECT_EQ(RectOf(flat[0]), (PixelRect{0, 0, 1200, 900}));
+    const json square = SuggestOne(folder.Path("flat.png"), {"--aspect", "1:1"})["crops"];
+    EXPECT_EQ(square[0]["width"], 900);
+    EXPECT_NEAR(square[0]["x"].get<double>(), 150, 22); // half a step of the lattice
+    Scene(1200, 900, 0.3, 0.6).write_to_file(folder.Path("scene.png").c_str());
+    EXPECT_LT(flat[0]["expectedOverlap"],
+              SuggestOne(folder.Path("scene.png"))["crops"][0]["expectedOverlap"]);
 }
 
 // The library's own list stops to group like crops when more are asked for than it has.
@@ -263,8 +289,9 @@ TEST(Suggest, TellsWhyThereAreFewerCropsThanAsked)
     EXPECT_EQ(one["explain"]["note"], "one candidate is left to choose from");
     // A pixel of this one is some forty of the working picture's.
     Scene(16, 11, 0.3, 0.6).write_to_file(folder.Path("b.png").c_str());
-    const json small = SuggestOne(folder.Path("b.png"), {"--aspect", "1:1", "--explain"});
-    ASSERT_LT(small["crops"].size(), 5U);
+    const json small =
+        SuggestOne(folder.Path("b.png"), {"--aspect", "1:1", "--top", "50", "--explain"});
+    ASSERT_LT(small["crops"].size(), 50U);
     EXPECT_EQ(small["explain"]["note"],
               "of " + std::to_string(small["explain"]["passing"].get<int>()) +
                   " candidates, the others rank too low or are much like these");
@@ -274,20 +301,47 @@ TEST(Suggest, RanksByWhatItIsAskedTo)
 {
     const TempFolder folder;
     Scene(1800, 1200, 0.3, 0.6).write_to_file(folder.Path("a.jpg").c_str());
-    // With a ratio, so that both are the library's own order.
-    const std::vector<std::string> shape = {"--aspect", "3:2", "--aspect", "1:1"};
-    const auto suggest = [&](std::vector<std::string> options) {
-        options.insert(options.end(), shape.begin(), shape.end());
-        return SuggestOne(folder.Path("a.jpg"), options);
-    };
-    const json byComposition = suggest({"--rank-by", "composition"});
-    const json byWeight = suggest({"--weights", "1,0,0"});
-    // Mode and weight are one thing but for the factor of the default weight.
-    ASSERT_EQ(byComposition["crops"].size(), byWeight["crops"].size());
-    for (size_t i = 0; i < byWeight["crops"].size(); ++i)
-        EXPECT_EQ(RectOf(byComposition["crops"][i]), RectOf(byWeight["crops"][i]));
-    const json byCoverage = suggest({"--weights", "0,1,0"});
-    EXPECT_NE(byCoverage["crops"], byWeight["crops"]);
+    const std::vector<std::pair<std::string, std::string>> measures = {
+        {"composition", "composition"},
+        {"coverage", "coverage"},
+        {"border", "border"},
+        {"peak", "peak"},
+        {"centre-peak", "centrePeak"}};
+    for (const auto& measure : measures) {
+        const json crops =
+            SuggestOne(folder.Path("a.jpg"), {"--explain", "--rank-by", measure.first})["crops"];
+        EXPECT_EQ(crops[0]["explain"]["ranks"][measure.second], 1.0) << measure.first;
+        for (size_t i = 1; i < crops.size(); ++i)
+            EXPECT_LE(crops[i]["scores"][measure.second], crops[i - 1]["scores"][measure.second])
+                << measure.first << " " << i;
+    }
+    const json byCoverage = SuggestOne(folder.Path("a.jpg"), {"--weights", "0,1,0"});
+    const json byComposition = SuggestOne(folder.Path("a.jpg"), {"--weights", "1,0,0"});
+    EXPECT_NE(byCoverage["crops"], byComposition["crops"]);
+}
+
+TEST(Suggest, TheFirstCropMeetsAllWishesIfAnyCandidateDoes)
+{
+    const TempFolder folder;
+    Scene(1800, 1200, 0.3, 0.6).write_to_file(folder.Path("a.jpg").c_str());
+    for (int i = 0; i < 12; ++i) {
+        const std::string keep =
+            std::to_string(100 + 130 * i) + "," + std::to_string(1000 - 80 * i) + ",60,60";
+        const json result = SuggestOne(folder.Path("a.jpg"), {"--explain", "--keep", keep});
+        ASSERT_GT(result["explain"]["wishes"][0]["metByCandidates"], 0) << keep;
+        EXPECT_EQ(result["crops"][0]["explain"]["wishesMet"], json::array({true})) << keep;
+    }
+}
+
+TEST(Suggest, SaysWhatIsWrongWithARankingFile)
+{
+    const TempFolder folder;
+    Scene(600, 400, 0.3, 0.6).write_to_file(folder.Path("a.jpg").c_str());
+    std::ofstream(folder.Path("r.json")) << R"({"format": "vistatrim-ranking", "version": 2})";
+    const Outcome wrong =
+        RunProgram({"suggest", "--ranking", folder.Path("r.json"), folder.Path("a.jpg")});
+    EXPECT_EQ(wrong.Status, 2);
+    EXPECT_NE(wrong.Err.find("r.json: 'version' must be 1"), std::string::npos) << wrong.Err;
 }
 
 TEST(Suggest, SeesAllEightOrientationsAlike)

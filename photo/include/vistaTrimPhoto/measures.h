@@ -7,8 +7,9 @@
 
 namespace vistaTrim::photo {
 
-// How well a crop does, each about 0 to 1. Merged is the sum of the ranks by the weighed ones, each
-// times its weight: 0 to 1 for weights that sum to 1.
+// How well a crop does, each about 0 to 1. Merged is the share of the candidates that rank no
+// higher; where the engine ranks, the sum of the ranks by the weighed measures, each times its
+// weight: 0 to 1 for weights that sum to 1.
 struct Scores {
     double Composition = 0;
     double Coverage = 0;
@@ -63,8 +64,8 @@ constexpr std::array<Measure, kNumMeasures> kMeasures = {{
      "How well the crop meets the wishes to keep or avoid regions. 1 meets them all.", &Scores::Roi,
      nullptr},
     {"merged", "merged", "Merged rank",
-     "How the crop ranks by all measures together, each with its weight. With the usual weights, "
-     "1 is the best by every measure that counts.",
+     "The share of the candidates that rank no higher. Where the engine ranks, its sum of the "
+     "ranks by all measures, each with its weight.",
      &Scores::Merged, nullptr},
 }};
 

@@ -8,14 +8,15 @@
 
 #include "vistaTrimPhoto/geometry.h"
 #include "vistaTrimPhoto/measures.h"
+#include "vistaTrimPhoto/ranking_model.h"
 #include "vistaTrimPhoto/ratio.h"
 #include "vistaTrimPhoto/region.h"
 
 namespace vistaTrim::photo {
 
-// Composition, coverage, border, peak, centre peak. They sum to 1, so that a crop that covers
-// the content stays ahead of any that does not. Chosen with tools/evaluate_crops on rated crops;
-// docs/composition_model.md lists what else was tried.
+// Of the engine's own ranking: composition, coverage, border, peak, centre peak. They sum to 1, so
+// that a crop that covers the content stays ahead of any that does not. Chosen with
+// tools/evaluate_crops on rated crops; docs/composition_model.md lists what else was tried.
 constexpr Weights kDefaultWeights = {0.1, 0.7, 0.0, 0.2, 0.0};
 
 // Fewer positions than the engine's 25: the best few then differ more, and agree better with
@@ -27,8 +28,9 @@ constexpr uint32_t kHighestDensity = 500; // the candidates grow with its square
 // deeper in 8 of 972 photographs. Measured with the weights.
 constexpr double kDefaultScales[] = {0.5, 0.55, 0.6, 0.65, 0.7, 0.75, 0.8, 0.85, 0.9, 0.95, 1.0};
 
-// By which measure crops are ranked. The values are those of the engine's ranking mode.
-enum class RankBy : int32_t { All = 0, Composition = 1, Coverage = 2, Border = 3 };
+// What crops are ranked by: the fitted model of what people choose, one measure alone, or the
+// engine's own ranking by all measures and their weights.
+enum class RankBy { People, Composition, Coverage, Border, Peak, CentrePeak, Engine };
 
 struct Request {
     int32_t Top = 5;            // crops, at least 1
@@ -39,9 +41,10 @@ struct Request {
     // Positions tried along the axis with more free room, 1 to kHighestDensity.
     uint32_t Density = kDefaultDensity;
     std::vector<Wish> Wishes;
-    photo::Weights Weights = kDefaultWeights;
-    RankBy Ranking = RankBy::All;
-    bool Explain = false; // fill Suggestions::Explained and Crop::Explained
+    RankBy Ranking = RankBy::People;
+    RankingModel Model;                       // for RankBy::People; null: the one compiled in
+    photo::Weights Weights = kDefaultWeights; // for RankBy::Engine
+    bool Explain = false;                     // fill Suggestions::Explained and Crop::Explained
 };
 
 } // namespace vistaTrim::photo

@@ -26,6 +26,9 @@ struct Crop {
     PixelRect Rect;
     Ratio Aspect; // the asked ratio that it was made for
     bool CoversContent = false;
+    // The overlap (intersection over union) that a person's choice at this request is expected to
+    // have with the crop, 0 to 1. Low for all crops where nothing in the picture stands out.
+    double ExpectedOverlap = 0;
     photo::Scores Scores;
     std::optional<CropExplanation> Explained;
 };

@@ -1,0 +1,17 @@
+// The small convolutional network that says where in a picture a crop's parts are welcome.
+#ifndef VISTATRIM_PHOTO_RANKING_CHOICE_NETWORK_H
+#define VISTATRIM_PHOTO_RANKING_CHOICE_NETWORK_H
+
+#include <vector>
+
+#include "ranking/choice_model.h"
+#include "ranking/input_grid.h"
+
+namespace vistaTrim::photo {
+
+// As many planes of kGridCells as the last layer has outputs. The same bits on every machine.
+std::vector<float> RunChoiceNetwork(const ChoiceModel& model, const InputGrid& inputs);
+
+} // namespace vistaTrim::photo
+
+#endif
