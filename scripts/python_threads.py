@@ -5,7 +5,8 @@ usage: PYTHONPATH=build/release/python scripts/python_threads.py [PHOTO...]
 
 Without photographs, those of the Debian package lomiri-wallpapers-16.04. They are decoded before
 the clock starts, so that it measures the library and the interpreter lock, not the disk. One and
-two threads take turns, so that what else the machine does meets both.
+two threads take turns. On a busy machine two threads get no more of the processors than one; then
+how many threads are at work at a time says what they would do with processors of their own.
 """
 import glob
 import statistics
@@ -20,17 +21,22 @@ import vistatrim
 ROUNDS = 5
 
 
-def seconds(pictures, count):
-    """Of all pictures, shared out among the threads."""
+def at_work(pictures, count):
+    """Seconds of all pictures, shared out among the threads; and how many threads were at work at
+    a time: running, or ready to run and without a processor. A thread that waits for a lock is
+    neither."""
     waiting = list(pictures)
+    busy = []
 
     def work():
-        while True:
+        before = scheduled()
+        while waiting:
             try:
                 picture = waiting.pop()
             except IndexError:
-                return
+                break
             vistatrim.suggest(picture)
+        busy.append(scheduled() - before)
 
     workers = [threading.Thread(target=work) for _ in range(count)]
     began = time.perf_counter()
@@ -38,7 +44,15 @@ def seconds(pictures, count):
         worker.start()
     for worker in workers:
         worker.join()
-    return time.perf_counter() - began
+    spent = time.perf_counter() - began
+    return spent, sum(busy) / spent
+
+
+def scheduled():
+    """Seconds that this thread ran or was ready to."""
+    with open("/proc/thread-self/schedstat", encoding="ascii") as statistics_of_it:
+        running, ready, _ = statistics_of_it.read().split()
+    return (int(running) + int(ready)) / 1e9
 
 
 def main():
@@ -46,11 +60,12 @@ def main():
     if not paths:
         sys.exit("python_threads.py: no photographs")
     pictures = [np.ascontiguousarray(vistatrim.Photo(path).preview(640)) for path in paths]
-    seconds(pictures[:4], 2)
-    rounds = [(seconds(pictures, 1), seconds(pictures, 2)) for _ in range(ROUNDS)]
-    one, two = (statistics.median(column) for column in zip(*rounds))
-    print(f"{len(pictures)} pictures: one thread {len(pictures) / one:.1f}/s, two threads "
-          f"{len(pictures) / two:.1f}/s; {statistics.median(a / b for a, b in rounds):.2f} times")
+    at_work(pictures[:4], 2)
+    rounds = [(at_work(pictures, 1), at_work(pictures, 2)) for _ in range(ROUNDS)]
+    gain = statistics.median(one[0] / two[0] for one, two in rounds)
+    threads = statistics.median(two[1] for _, two in rounds)
+    print(f"{len(pictures)} pictures: two threads are {gain:.2f} times as fast as one on the clock; "
+          f"{threads:.2f} of the two are at work at a time")
 
 
 if __name__ == "__main__":

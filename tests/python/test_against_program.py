@@ -45,7 +45,7 @@ def test_the_table_has_every_option_of_the_program():
     """But for those that say where photographs are listed, what is written, and how it runs; and
     for the named shapes, which stand in a table of the program."""
     flags = set(re.findall(r"--[a-z][a-z-]*", program("suggest", "--help").stdout.decode()))
-    others = {"--help", "--recursive", "--null", "--background", "--json", "--csv", "--output",
+    others = {"--help", "--recursive", "--null", "--files-from", "--background", "--json", "--csv", "--output",
               "--force", "--resume", "--preset", "--presets", "--jobs", "--quiet", "--timings"}
     assert others < flags
     assert {option.flag for option in _options.OPTIONS} == flags - others

@@ -59,6 +59,30 @@ def test_other_threads_run_while_the_library_works(photo_path, counter):
         assert counter.count > before, name
 
 
+def test_two_threads_hardly_wait_for_each_other():
+    """Of two threads, 1.8 or more are at work at a time: they run, or are ready to run on a machine
+    that has no processor for them. Whoever waits for a lock is neither."""
+    def ready():
+        with open("/proc/thread-self/schedstat", encoding="ascii") as file:
+            return sum(int(number) for number in file.read().split()[:2]) / 1e9
+
+    busy = []
+
+    def work():
+        before = ready()
+        began = time.perf_counter()
+        for _ in range(12):
+            vistatrim.suggest(PIXELS)
+        busy.append((ready() - before) / (time.perf_counter() - began))
+
+    threads = [threading.Thread(target=work) for _ in range(2)]
+    for thread in threads:
+        thread.start()
+    for thread in threads:
+        thread.join()
+    assert sum(busy) >= 1.8
+
+
 def test_threads_with_photographs_of_their_own_give_the_same_crops():
     expected = vistatrim.suggest(PIXELS, faces="off")
     found = []
