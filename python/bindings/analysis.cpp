@@ -56,6 +56,7 @@ py::dict CropObject(const photo::Crop& crop)
     AddRect(crop.Rect, object);
     object["aspect"] = crop.Aspect.Text();
     object["coversContent"] = crop.CoversContent;
+    object["expectedOverlap"] = crop.ExpectedOverlap;
     object["scores"] = ScoresObject(crop.Scores);
     if (crop.Explained)
         object["explain"] = CropExplanationObject(crop);

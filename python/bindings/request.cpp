@@ -11,6 +11,7 @@
 #include <pybind11/stl.h>
 
 #include "vistaTrimPhoto/measures.h"
+#include "vistaTrimPhoto/ranking_model.h"
 #include "vistaTrimPhoto/ratio.h"
 #include "vistaTrimPhoto/request.h"
 #include "wish_names.h"
@@ -73,6 +74,22 @@ void SetRankBy(Request& request, const std::string& name)
     request.Ranking = found->second;
 }
 
+// A model read from a file; shared by all requests that use it.
+struct BoundRanking {
+    photo::RankingModel Model;
+};
+
+BoundRanking ReadRanking(const std::string& path)
+{
+    const py::gil_scoped_release unlocked;
+    return {photo::ReadRankingModel(path)};
+}
+
+void SetRanking(Request& request, const BoundRanking& ranking)
+{
+    request.Model = ranking.Model;
+}
+
 std::optional<Pair> ParseRatio(const std::string& text)
 {
     const auto ratio = photo::ParseRatio(text);
@@ -103,6 +120,7 @@ void BindRequest(py::module_& module)
 {
     // Properties are written, never read back: the package's own table knows what was asked.
     const py::cpp_function unread;
+    py::class_<BoundRanking>(module, "Ranking").def(py::init(&ReadRanking));
     py::class_<Request>(module, "Request")
         .def(py::init<>())
         .def_readwrite("top", &Request::Top)
@@ -113,7 +131,8 @@ void BindRequest(py::module_& module)
         .def_property("size", unread, &SetSize)
         .def_property("wishes", unread, &SetWishes)
         .def_property("weights", unread, &SetWeights)
-        .def_property("rank_by", unread, &SetRankBy);
+        .def_property("rank_by", unread, &SetRankBy)
+        .def_property("ranking", unread, &SetRanking);
     module.def("parse_ratio", &ParseRatio);
     module.def("ratio_of_value", &RatioOfValue);
     module.attr("WEIGHED") = MeasureNames(photo::kNumWeighed);

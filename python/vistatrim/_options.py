@@ -198,12 +198,18 @@ def _region(name: str, value: object) -> List[Any]:
             one_of("keep", "must-keep", "avoid", "must-avoid", "none")(name + " wish", wish)]
 
 
+def file_name(name: str, value: object) -> Plain:
+    if not isinstance(value, (str, os.PathLike)):
+        raise wrong_type(name, "the name of a file", value)
+    if not os.fspath(value):
+        raise wrong_value(name, "the name of a file", value)
+    return os.fsdecode(value)
+
+
 def found_regions(name: str, value: object) -> Plain:
     """The name of a file of JSON lines, or a list of regions."""
     if isinstance(value, (str, os.PathLike)):
-        if not os.fspath(value):
-            raise wrong_value(name, "the name of a file", value)
-        return os.fsdecode(value)
+        return file_name(name, value)
     return [_region(name, item) for item in _items(name, "a file or a list of regions", value)]
 
 
@@ -254,9 +260,11 @@ OPTIONS: Tuple[Option, ...] = (
            int),
     Option("rank_by", one_of("people", "composition", "coverage", "border", "peak", "centre-peak",
                              "engine", "all"), "MEASURE",
-           "composition, coverage, border, or all by their weights (all)"),
+           "people (what people choose), a measure, or engine (people)"),
+    Option("ranking", file_name, "FILE", "rank by this file, fitted to your own choices"),
     Option("weights", weights, "a,b,c,d,e",
-           "of composition, coverage, border, peak and centre peak", _numbers),
+           "rank by the engine, with these weights of composition, coverage, border, peak and "
+           "centre peak", _numbers),
     Option("keep", regions, "X,Y,W,H", f"prefer crops that hold this region ({_REGION})",
            _rectangle, True),
     Option("avoid", regions, "X,Y,W,H", "prefer crops that stay clear of this region", _rectangle,
@@ -290,6 +298,11 @@ def checked(options: Mapping[str, object]) -> Dict[str, Plain]:
                 raise ValueError(f"size cannot be given with {other}")
     if found.get("largest") and "scale" in found:
         raise ValueError("largest cannot be given with scale")
+    rank_by = found.get("rank_by", "people")
+    if "weights" in found and rank_by not in ("people", "engine", "all"):
+        raise ValueError("weights weigh all measures; rank_by names one of them")
+    if "ranking" in found and ("weights" in found or rank_by in ("engine", "all")):
+        raise ValueError("ranking has no effect on the engine's own ranking by weights")
     if found.get("each_ratio") and not found.get("aspect"):
         raise ValueError("each_ratio needs aspect")
     return found
@@ -345,6 +358,13 @@ def _add_explanation(total: Dict[str, Any], more: Mapping[str, Any]) -> None:
     total["note"] = total["note"] or more["note"]
 
 
+def _ranking(path: str) -> _vistatrim.Ranking:
+    try:
+        return _vistatrim.Ranking(os.fsencode(path))
+    except _vistatrim.Failure as failure:
+        raise ValueError(f"ranking: {failure.args[1]}") from None
+
+
 def _request_of(values: Mapping[str, Plain]) -> _vistatrim.Request:
     request = _vistatrim.Request()
     wishes: List[Tuple[str, int, int, int, int]] = []
@@ -355,6 +375,8 @@ def _request_of(values: Mapping[str, Plain]) -> _vistatrim.Request:
         if option.name == "largest":
             if value:
                 request.scales = [1.0]
+        elif option.name == "ranking":
+            request.ranking = _ranking(str(value))
         elif option.name == "aspect":
             assert isinstance(value, list)
             request.aspects = [aspect[:2] for aspect in value]

@@ -13,6 +13,9 @@ _Size = Optional[Tuple[int, int]]
 
 class Failure(Exception): ...
 
+class Ranking:
+    def __init__(self, path: Union[str, bytes]) -> None: ...
+
 class Request:
     top: int
     scales: Sequence[float]
@@ -23,6 +26,7 @@ class Request:
     wishes: Sequence[Tuple[str, int, int, int, int]]
     weights: Sequence[float]
     rank_by: str
+    ranking: Ranking
     def __init__(self) -> None: ...
 
 class RegionOptions:

@@ -105,6 +105,19 @@ def photo(photo_path):
     return vistatrim.Photo(photo_path)
 
 
+def write_ranking(path):
+    """A model of one layer that likes coverage, as tools/fit_ranking.py writes them."""
+    inputs, parts, features = 14, 11, 53
+    generator = np.random.default_rng(5)
+    path.write_text(json.dumps({
+        "format": "vistatrim-ranking", "version": 1, "grid": 16,
+        "inputMeans": [0.5] * inputs, "inputScales": [2.0] * inputs,
+        "layers": [{"outputs": parts, "dilation": 1, "biases": [0.1] * parts,
+                    "weights": generator.normal(0, 0.1, parts * inputs * 9).tolist()}],
+        "featureWeights": generator.normal(0, 1, features).tolist(),
+        "sharpness": 2.0, "overlapOffset": 0.1, "overlapSlope": 0.9}))
+
+
 def program(*arguments, check=False):
     """Runs the program and returns what it did."""
     done = subprocess.run([os.environ["VISTATRIM_PROGRAM"], *map(os.fspath, arguments)],

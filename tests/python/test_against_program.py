@@ -8,7 +8,7 @@ import pytest
 from PIL import Image
 
 import vistatrim
-from conftest import program, scene, suggested
+from conftest import program, scene, suggested, write_ranking
 from vistatrim import _options
 
 # Options of the program beside those of the package. All options of the table appear.
@@ -27,6 +27,8 @@ REQUESTS = [
      dict(aspect=["21:9", "1.5", "64:36"], each_ratio=True)),
     (["--size", "60x60", "--top", "2"], dict(size=(60, 60), top=2)),
     (["--density", "12", "--rank-by", "coverage"], dict(density=12, rank_by="coverage")),
+    *((["--rank-by", name], dict(rank_by=name))
+      for name in ("people", "composition", "border", "peak", "centre-peak", "engine")),
     (["--weights", "0.5,0.3,0.2"], dict(weights=[0.5, 0.3, 0.2])),
     (["--weights", "0,0.4,0,0.5,0.1"], dict(weights={"coverage": 0.4, "peak": 0.5,
                                                      "centrePeak": 0.1})),
@@ -54,8 +56,8 @@ def test_the_table_has_every_option_of_the_program():
 def test_requests_cover_every_option():
     of_analysis = {option.name for option in _options.OPTIONS if option.of_analysis}
     assert of_analysis == {"faces", "regions", "ignore_metadata_regions"}  # in tests of their own
-    assert {name for _, options in REQUESTS for name in options} | of_analysis == set(
-        _options.NAMES)
+    assert {name for _, options in REQUESTS for name in options} | of_analysis | {
+        "ranking"} == set(_options.NAMES)
 
 
 @pytest.mark.parametrize("arguments, options", REQUESTS, ids=lambda value: str(value)[:40])
@@ -96,6 +98,18 @@ def test_crops_carry_what_the_line_holds(formats):
         assert crop.explanation == found["explain"]
         assert crop.expected_overlap == found.get("expectedOverlap")
     assert crops.explanation == line["explain"]
+
+
+def test_a_ranking_of_ones_own_gives_what_the_program_gives(formats, tmp_path):
+    path = formats / "large.jpg"
+    write_ranking(tmp_path / "r.json")
+    [line] = suggested("--ranking", tmp_path / "r.json", path)
+    del line["file"]
+    photo = vistatrim.Photo(path)
+    assert line_of(photo, ranking=tmp_path / "r.json") == line != line_of(photo)
+    (tmp_path / "wrong.json").write_text('{"format": "vistatrim-ranking", "version": 2}')
+    with pytest.raises(ValueError, match=r"ranking: .*wrong\.json.*version"):
+        photo.suggest(ranking=tmp_path / "wrong.json")
 
 
 REGIONS = [{"x": 20, "y": 30, "width": 40.5, "height": 30, "kind": "face", "confidence": 0.9,

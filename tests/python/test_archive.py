@@ -13,7 +13,7 @@ from fsspec.implementations.memory import MemoryFileSystem
 distributed = pytest.importorskip("distributed")
 
 from archive_support import check_lines, files_of, lines_of, make_archive
-from conftest import scene, suggested
+from conftest import suggested, write_ranking
 from vistatrim import archive
 from vistatrim.archive import _run
 from vistatrim.archive.__main__ import main
@@ -228,6 +228,15 @@ def test_regions_of_a_file_go_with_the_photographs(run, photographs, tmp_path):
         run(photographs, regions=str(path))
     with pytest.raises(TypeError, match="regions"):
         run(photographs, regions=[region])
+
+
+def test_a_ranking_goes_to_the_workers(run, photographs, tmp_path):
+    write_ranking(tmp_path / "r.json")
+    run(photographs[:3], ranking=tmp_path / "r.json")
+    check_lines(tmp_path / "out", photographs[:3], "--ranking", tmp_path / "r.json")
+    (tmp_path / "r.json").write_text((tmp_path / "r.json").read_text() + " ")
+    with pytest.raises(archive.ArchiveError, match="ranking was"):
+        run(photographs[:3], ranking=tmp_path / "r.json")
 
 
 def test_a_bag_names_photographs(client, photographs, tmp_path):
@@ -474,12 +483,12 @@ def test_options_of_the_command_line_reach_the_run(monkeypatch, tmp_path):
                         lambda names, **options: called.update(options, names=list(names)))
     arguments = ["a.jpg", "b.jpg", "--output", "out", "-n", "3", "--aspect", "4:5", "--aspect", "1.5",
                  "--scale", "0.5,0.75", "--scale", "1", "--keep", "1,2,3,4", "--keep", "5,6,7,8",
-                 "--weights", "1,2,3", "--explain", "--density", "9", "--rank-by", "border",
+                 "--weights", "1,2,3", "--explain", "--density", "9", "--rank-by", "engine",
                  "--background", "black", "-r", "-j", "3", "--tries", "4", "-q"]
     assert main(arguments) == 0
     assert called["names"] == ["a.jpg", "b.jpg"] and called["output"] == "out"
     expected = dict(top=3, aspect=["4:5", "1.5"], scale=[0.5, 0.75, 1.0],
                     keep=[(1, 2, 3, 4), (5, 6, 7, 8)], weights=[1, 2, 3], explain=True, density=9,
-                    rank_by="border", background="black", recursive=True, workers=3, tries=4,
+                    rank_by="engine", background="black", recursive=True, workers=3, tries=4,
                     progress=None, client=None)
     assert {name: called[name] for name in expected} == expected

@@ -15,6 +15,7 @@ WRONG_VALUES = [
     dict(rank_by="beauty"), dict(weights=[1, 2]), dict(weights=[1, 2, float("inf")]),
     dict(weights={"beauty": 1}),
     dict(keep=(1, 2, 3)), dict(keep=(-1, 0, 5, 5)), dict(avoid=(0, 0, 0, 5)),
+    dict(ranking=""), dict(ranking="missing.json"),
     dict(faces="some"), dict(regions=""), dict(regions="missing.jsonl"), dict(regions=[{"x": 1}]),
     dict(regions=[{"x": 1, "y": 1, "width": 0, "height": 5}]),
     dict(regions=[{"x": 1, "y": 1, "width": 5, "height": 5, "colour": 5}]),
@@ -27,7 +28,7 @@ WRONG_TYPES = [
     dict(aspect=(1.5, None, 2)), dict(scale="half"), dict(scale=[True]), dict(size="10x10"),
     dict(size=10), dict(size=(1.0, 2.0)), dict(density=8.0), dict(rank_by=3), dict(weights="all"),
     dict(weights=[1, "a", 2]), dict(weights=None, keep=5), dict(keep="0,0,5,5"),
-    dict(faces=True), dict(regions=5), dict(regions=[5]), dict(ignore_metadata_regions=0),
+    dict(ranking=5), dict(faces=True), dict(regions=5), dict(regions=[5]), dict(ignore_metadata_regions=0),
     dict(regions=[{"x": "1", "y": 1, "width": 5, "height": 5}]),
     dict(regions=[{"x": 1, "y": 1, "width": 5, "height": 5, "label": 5}]),
     dict(keep=[(0, 0, 5, 1.5)]), dict(explain=1), dict(explain="yes"), dict(tpo=3),
@@ -54,6 +55,13 @@ def test_size_excludes_ratio_and_scale(photo):
     for other in (dict(aspect="1:1"), dict(scale=0.5)):
         with pytest.raises(ValueError, match="size"):
             photo.suggest(size=(10, 10), **other)
+
+
+def test_rankings_that_exclude_each_other(photo):
+    for wrong in (dict(weights=[1, 0, 0], rank_by="peak"), dict(weights=[1, 0, 0], ranking="r.json"),
+                  dict(rank_by="engine", ranking="r.json")):
+        with pytest.raises(ValueError, match="weights"):
+            photo.suggest(**wrong)
 
 
 def test_ratios_on_their_own_need_ratios(photo):

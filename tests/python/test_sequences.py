@@ -18,8 +18,7 @@ REQUESTS = st.fixed_dictionaries({"faces": FACES}, optional={
     "aspect": st.one_of(RATIOS, st.lists(RATIOS, min_size=1, max_size=3)),
     "scale": st.lists(st.floats(0.3, 1), min_size=1, max_size=3),
     "density": st.integers(1, 12),
-    "rank_by": st.sampled_from(["all", "composition", "coverage", "border"]),
-    "weights": st.lists(st.floats(-1, 1), min_size=5, max_size=5),
+    "rank_by": st.sampled_from(["people", "composition", "coverage", "border", "peak"]),
     "keep": RECTS, "avoid": st.lists(RECTS, max_size=3),
     "must_keep": RECTS, "must_avoid": RECTS, "explain": st.booleans(),
 })

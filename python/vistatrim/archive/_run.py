@@ -60,8 +60,13 @@ def _regions_file(path: _options.Plain) -> Tuple[_vistatrim.RegionsFile, str]:
         regions = _vistatrim.RegionsFile(os.fsencode(path))
     except _vistatrim.Failure as failure:
         raise ValueError(f"regions: {failure.args[1]}") from None
+    return regions, _content(path)[1]
+
+
+def _content(path: str) -> Tuple[bytes, str]:
     with open(path, "rb") as file:
-        return regions, "sha256 " + hashlib.sha256(file.read()).hexdigest()
+        content = file.read()
+    return content, "sha256 " + hashlib.sha256(content).hexdigest()
 
 
 def run(names: Any, *, output: str, client: Any, recursive: bool, background: object,
@@ -80,6 +85,10 @@ def run(names: Any, *, output: str, client: Any, recursive: bool, background: ob
     regions = None
     if "regions" in checked:
         regions, recorded["regions"] = _regions_file(checked.pop("regions"))
+    ranking = None
+    if "ranking" in checked:
+        _options.requests_of(checked)  # refuses a file that is none
+        ranking, recorded["ranking"] = _content(str(checked["ranking"]))
     photographs, duplicates = list_photographs(names, client, recursive, storage_options)
     if regions and photographs and not any(regions.names(os.fsencode(path))
                                            for path in photographs):
@@ -88,7 +97,8 @@ def run(names: Any, *, output: str, client: Any, recursive: bool, background: ob
     if partition_size is None:
         even = -(-len(photographs) // (threads * _PARTITIONS_A_THREAD))
         partition_size = min(_LARGEST_PARTITION, max(1, even))
-    job = Job(output, _vistatrim.VERSION, checked, colour, tries, dict(storage_options or {}))
+    job = Job(output, _vistatrim.VERSION, checked, colour, tries, ranking,
+              dict(storage_options or {}))
     manifest = open_manifest(Store(output, storage_options), recorded, photographs, duplicates,
                              partition_size)
     before = manifest.counts.photographs

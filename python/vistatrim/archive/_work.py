@@ -3,9 +3,11 @@ from __future__ import annotations
 
 import json
 import os
+import tempfile
 import time
 from collections import deque
 from concurrent.futures import Future, ThreadPoolExecutor
+from contextlib import contextmanager
 from dataclasses import dataclass
 from typing import Any, Callable, Deque, Dict, Iterator, List, Mapping, Optional, Tuple, Union
 
@@ -32,6 +34,7 @@ class Job:
     options: Mapping[str, Any]  # checked
     background: List[float]
     tries: int
+    ranking: Optional[bytes]  # the file of the option: it need not be where the workers are
     storage_options: Mapping[str, Any]
 
 
@@ -50,7 +53,8 @@ def run_partition(job: Job, index: int, photographs: List[str], regions: Regions
     if store.exists(partition_name(index)):
         return counts
     _vistatrim.set_threads_per_picture(1)  # the other processors have workers of their own
-    requests = _options.requests_of(job.options)
+    with _with_ranking(job) as options:
+        requests = _options.requests_of(options)
     faces, ignores_metadata, _ = _options.use_of(job.options, "")
     tries = _Tries(store, index, job.tries)
     lines = []
@@ -64,6 +68,18 @@ def run_partition(job: Job, index: int, photographs: List[str], regions: Regions
     store.write(partition_name(index), "".join(lines).encode())
     tries.forget()
     return counts
+
+
+@contextmanager
+def _with_ranking(job: Job) -> Iterator[Mapping[str, Any]]:
+    """The options, with a file of the ranking that this worker can read."""
+    if job.ranking is None:
+        yield job.options
+        return
+    with tempfile.NamedTemporaryFile() as file:
+        file.write(job.ranking)
+        file.flush()
+        yield {**job.options, "ranking": file.name}
 
 
 class _Tries:
