@@ -1,26 +1,28 @@
 // Measures how well the engine agrees with people: overlap of its crops with the chosen ones,
 // and how often it prefers the crop that got more votes. Everything goes through the exported
-// functions, as a host would.
+// functions, as a host would, or with --program through vistatrim itself.
 #include <algorithm>
 #include <array>
 #include <cmath>
 #include <cstdio>
 #include <exception>
-#include <filesystem>
 #include <fstream>
 #include <map>
-#include <random>
 #include <sstream>
 #include <stdexcept>
 #include <string>
 #include <vector>
 
 #include <CLI/CLI.hpp>
-#include <nlohmann/json.hpp>
 
+#include "crop_figures.h"
 #include "crop_tables.h"
+#include "face_list.h"
 #include "photo_loop.h"
 #include "photo_reader.h"
+#include "program_figures.h"
+#include "rival_crops.h"
+#include "suggestion_lines.h"
 #include "vistaTrim/vistaTrim.h"
 
 namespace {
@@ -41,7 +43,10 @@ struct Options {
     std::string WeightsFile;
     std::string SuggestionsFile;
     std::vector<Weights> WeightSets;
-    std::map<std::string, std::vector<CropBox>> Suggestions; // by the photograph's name
+    Suggestions Suggested;
+    std::string Program;
+    std::string ProgramArguments; // between spaces
+    std::string FacesFile;
     std::vector<double> Aspects;
     std::vector<double> Scales;
     bool OwnAspect = false;
@@ -51,24 +56,6 @@ struct Options {
     int Workers = 1;
     bool MeasuresAlone = true;
 };
-
-// One figure of one photograph: a sum and how many terms it has. Pairs come ten to a photograph,
-// boxes one.
-struct Tally {
-    double Sum = 0;
-    double Count = 0;
-
-    void Add(double value)
-    {
-        Sum += value;
-        Count += 1;
-    }
-};
-
-// A table cell: method and figure. Each photograph holds its own tallies, so that whole
-// photographs can be drawn for the bootstrap.
-using FigureKey = std::pair<std::string, std::string>;
-using PhotoFigures = std::map<FigureKey, Tally>;
 
 double Measure(const vistaTrim::Score& score, size_t measure)
 {
@@ -223,7 +210,7 @@ void EvaluateBoxes(PhotoFigures& figures, CSession& session, const JudgedPhoto& 
         TallyOverlap(figures, WeightsName(weights), crops, chosen, photo);
     }
     if (!options.SuggestionsFile.empty())
-        TallyOverlap(figures, "suggestions", options.Suggestions.at(judged.File), chosen, photo);
+        TallyOverlap(figures, "suggestions", options.Suggested.at(judged.File), chosen, photo);
     if (!options.MeasuresAlone)
         return;
 
@@ -241,8 +228,7 @@ void EvaluateBoxes(PhotoFigures& figures, CSession& session, const JudgedPhoto& 
     TallyOverlap(figures, "whole frame", {{0, 0, width, height}}, chosen, photo);
     std::vector<CropBox> centred;
     for (const double share : {0.9, 0.8, 0.7, 0.6, 0.5}) {
-        const CropBox box{width * (1 - share) / 2, height * (1 - share) / 2, width * share,
-                          height * share};
+        const CropBox box = CentredFrame(width, height, share);
         centred.push_back(box);
         char name[40];
         std::snprintf(name, sizeof name, "centred %.0f %%", 100 * share);
@@ -344,91 +330,6 @@ PhotoFigures EvaluatePhoto(const JudgedPhoto& judged, const Options& options)
     return figures;
 }
 
-struct Figure {
-    double Value = 0;
-    double Low = 0;
-    double High = 0;
-    double Count = 0;
-};
-
-// Mean and 95 % percentile interval, whole photographs drawn with replacement (B. Efron,
-// Bootstrap methods: another look at the jackknife, 1979).
-std::map<FigureKey, Figure> Summarise(const std::vector<PhotoFigures>& photos, int resamples,
-                                      uint32_t seed)
-{
-    std::map<FigureKey, std::vector<Tally>> columns;
-    for (const PhotoFigures& figures : photos)
-        for (const auto& entry : figures)
-            columns[entry.first].push_back(entry.second);
-
-    std::map<FigureKey, Figure> result;
-    for (const auto& column : columns) {
-        const std::vector<Tally>& tallies = column.second;
-        Figure figure;
-        Tally total;
-        for (const Tally& tally : tallies) {
-            total.Sum += tally.Sum;
-            total.Count += tally.Count;
-        }
-        figure.Value = total.Sum / total.Count;
-        figure.Count = total.Count;
-
-        std::mt19937 random(seed);
-        std::vector<double> means;
-        for (int i = 0; i < resamples; ++i) {
-            Tally drawn;
-            for (size_t k = 0; k < tallies.size(); ++k) {
-                const Tally& tally = tallies[random() % tallies.size()];
-                drawn.Sum += tally.Sum;
-                drawn.Count += tally.Count;
-            }
-            means.push_back(drawn.Sum / drawn.Count);
-        }
-        std::sort(means.begin(), means.end());
-        const auto at = [&means](double share) {
-            return means[static_cast<size_t>(share * static_cast<double>(means.size() - 1))];
-        };
-        figure.Low = at(0.025);
-        figure.High = at(0.975);
-        result[column.first] = figure;
-    }
-    return result;
-}
-
-void PrintTable(const std::map<FigureKey, Figure>& figures)
-{
-    std::map<std::string, std::vector<std::pair<std::string, Figure>>> byFigure;
-    for (const auto& entry : figures)
-        byFigure[entry.first.second].emplace_back(entry.first.first, entry.second);
-    for (auto& group : byFigure) {
-        std::printf("\n%s\n", group.first.c_str());
-        const bool lowIsGood = group.first.rfind("displacement", 0) == 0;
-        std::stable_sort(group.second.begin(), group.second.end(),
-                         [lowIsGood](const auto& a, const auto& b) {
-                             return lowIsGood ? a.second.Value < b.second.Value
-                                              : a.second.Value > b.second.Value;
-                         });
-        for (const auto& row : group.second)
-            std::printf("  %-36s %.4f  [%.4f, %.4f]  n = %.0f\n", row.first.c_str(),
-                        row.second.Value, row.second.Low, row.second.High, row.second.Count);
-    }
-}
-
-void WriteJson(const std::map<FigureKey, Figure>& figures, const std::string& file)
-{
-    nlohmann::json document = nlohmann::json::object();
-    for (const auto& entry : figures)
-        document[entry.first.second][entry.first.first] = {{"value", entry.second.Value},
-                                                           {"low", entry.second.Low},
-                                                           {"high", entry.second.High},
-                                                           {"count", entry.second.Count}};
-    std::ofstream stream(file);
-    stream << document.dump(2) << '\n';
-    stream.flush();
-    if (!stream)
-        throw std::runtime_error(file + ": cannot be written");
-}
-
 Weights ParseWeights(const std::string& text)
 {
     Weights weights{};
@@ -450,34 +351,40 @@ Weights ParseWeights(const std::string& text)
     return weights;
 }
 
-// What `vistatrim suggest --json` printed: an object a line. Photographs are known by their file
-// name without the folder.
-std::map<std::string, std::vector<CropBox>> ReadSuggestions(const std::string& file)
+void Report(const std::vector<PhotoFigures>& results, const Options& options)
 {
-    std::ifstream stream(file);
-    if (!stream)
-        throw std::runtime_error(file + ": cannot be opened");
-    std::map<std::string, std::vector<CropBox>> suggestions;
-    size_t number = 0;
-    for (std::string line; std::getline(stream, line);) {
-        ++number;
-        try {
-            const nlohmann::json photo = nlohmann::json::parse(line);
-            std::vector<CropBox> crops;
-            for (const nlohmann::json& crop : photo.at("crops"))
-                crops.push_back({crop.at("x"), crop.at("y"), crop.at("width"), crop.at("height")});
-            suggestions
-                [std::filesystem::path(photo.at("file").get<std::string>()).filename().string()] =
-                    crops;
-        } catch (const nlohmann::json::exception& error) {
-            throw std::runtime_error(file + ":" + std::to_string(number) + ": " + error.what());
-        }
+    const std::map<FigureKey, Figure> figures = Summarise(results, options.Resamples, options.Seed);
+    PrintTable(figures);
+    if (!options.Json.empty())
+        WriteJson(figures, options.Json);
+}
+
+int RunProgramMeasurement(const Options& options)
+{
+    ProgramToMeasure program;
+    program.File = options.Program;
+    program.Photos = options.Photos;
+    program.Workers = options.Workers;
+    std::istringstream words(options.ProgramArguments);
+    for (std::string word; words >> word;)
+        program.Arguments.push_back(word);
+
+    // Before the long runs, so that a fault in the list shows at once.
+    const FaceList faces = options.FacesFile.empty() ? FaceList() : ReadFaceList(options.FacesFile);
+    std::vector<PhotoFigures> results =
+        MeasureChosenCrops(program, ReadCropTables(options.Boxes, "", options.Split));
+    if (!faces.empty()) {
+        const std::vector<PhotoFigures> ofFaces = MeasureFaces(program, faces);
+        results.insert(results.end(), ofFaces.begin(), ofFaces.end());
     }
-    return suggestions;
+    Report(results, options);
+    return 0;
 }
 
 int Run(Options& options)
 {
+    if (!options.Program.empty())
+        return RunProgramMeasurement(options);
     for (const std::string& text : options.WeightTexts)
         options.WeightSets.push_back(ParseWeights(text));
     if (!options.WeightsFile.empty()) {
@@ -492,20 +399,19 @@ int Run(Options& options)
     const std::vector<JudgedPhoto> photos =
         ReadCropTables(options.Boxes, options.Pairs, options.Split);
     if (!options.SuggestionsFile.empty()) {
-        options.Suggestions = ReadSuggestions(options.SuggestionsFile);
+        std::ifstream stream(options.SuggestionsFile);
+        if (!stream)
+            throw std::runtime_error(options.SuggestionsFile + ": cannot be opened");
+        options.Suggested = ReadSuggestions(stream, options.SuggestionsFile);
         for (const JudgedPhoto& photo : photos)
-            if (!photo.Chosen.empty() && options.Suggestions.count(photo.File) == 0)
-                throw std::runtime_error(options.SuggestionsFile + ": holds no line for " +
-                                         photo.File);
+            if (!photo.Chosen.empty())
+                CropsOf(options.Suggested, photo.File, options.SuggestionsFile);
     }
     std::vector<PhotoFigures> results(photos.size());
     ForEachPhoto(photos.size(), options.Workers,
                  [&](size_t i) { results[i] = EvaluatePhoto(photos[i], options); });
 
-    const std::map<FigureKey, Figure> figures = Summarise(results, options.Resamples, options.Seed);
-    PrintTable(figures);
-    if (!options.Json.empty())
-        WriteJson(figures, options.Json);
+    Report(results, options);
     return 0;
 }
 
@@ -517,14 +423,30 @@ int main(int argc, char** argv)
     app.footer(kCropTableHelp);
     Options options;
     app.add_option("--photos", options.Photos, "folder of the photographs")->required();
-    app.add_option("--boxes", options.Boxes, "table of chosen crops");
-    app.add_option("--pairs", options.Pairs, "table of voted pairs");
+    CLI::Option* const boxes = app.add_option("--boxes", options.Boxes, "table of chosen crops");
+    CLI::Option* const pairs = app.add_option("--pairs", options.Pairs, "table of voted pairs");
     app.add_option("--split", options.Split, "split to measure on")->capture_default_str();
     app.add_option("--weights", options.WeightTexts, "rank weights a,b,c,d,e; repeatable");
     app.add_option("--weights-file", options.WeightsFile, "rank weights, a line each");
-    app.add_option("--suggestions", options.SuggestionsFile,
-                   "measure these crops too: what `vistatrim suggest --json` printed of the "
-                   "photographs as they are in --photos");
+    CLI::Option* const suggestions =
+        app.add_option("--suggestions", options.SuggestionsFile,
+                       "measure these crops too: what `vistatrim suggest --json` printed of the "
+                       "photographs as they are in --photos");
+    CLI::Option* const program =
+        app.add_option("--program", options.Program,
+                       "run this vistatrim and measure its crops, free and at the ratio of each "
+                       "chosen crop, beside centred crops and libvips' attention crop; the engine "
+                       "is not measured")
+            ->needs(boxes)
+            ->excludes(pairs)
+            ->excludes(suggestions);
+    app.add_option("--program-args", options.ProgramArguments,
+                   "more arguments for it, in one text with spaces between")
+        ->needs(program);
+    app.add_option("--faces-list", options.FacesFile,
+                   "count its crops at 1:1, 4:5, 16:9 and 9:16 in which a face is cut or lost; "
+                   "lines of file, x, y, w, h between tabs, in pixels of the 640-pixel photograph")
+        ->needs(program);
     app.add_option("--aspects", options.Aspects, "aspect ratios instead of the default table")
         ->delimiter(',');
     app.add_option("--scales", options.Scales, "scale ratios instead of the default table")
