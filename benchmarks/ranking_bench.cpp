@@ -84,6 +84,7 @@ std::vector<PixelImage> ReadPictures()
     if (VIPS_INIT("ranking_bench") != 0)
         throw std::runtime_error(vips_error_buffer());
     std::vector<PixelImage> pictures;
+    pictures.reserve(files.size());
     for (const std::string& file : files)
         pictures.push_back(ReadPhotograph(file));
     return pictures;
@@ -193,6 +194,7 @@ std::vector<std::unique_ptr<RankedPicture>>& Pictures()
     static const std::vector<PixelImage> pixels = ReadPictures();
     static std::vector<std::unique_ptr<RankedPicture>> pictures = [] {
         std::vector<std::unique_ptr<RankedPicture>> made;
+        made.reserve(pixels.size());
         for (const PixelImage& picture : pixels)
             made.push_back(std::make_unique<RankedPicture>(picture));
         return made;
@@ -206,9 +208,9 @@ void Step(benchmark::State& state, void (RankedPicture::*step)())
     double candidates = 0;
     size_t next = 0;
     for (auto _ : state) {
-        RankedPicture& picture = *pictures[next++ % pictures.size()];
-        (picture.*step)();
-        candidates += picture.NumCandidates();
+        const std::unique_ptr<RankedPicture>& picture = pictures[next++ % pictures.size()];
+        ((*picture).*step)();
+        candidates += picture->NumCandidates();
     }
     state.counters["candidates/s"] = benchmark::Counter(candidates, benchmark::Counter::kIsRate);
     state.counters["photographs"] = static_cast<double>(pictures.size());

@@ -32,7 +32,7 @@ Suggestions Suggest(const ProgramToMeasure& program, const std::vector<std::stri
     std::vector<std::string> arguments = {"suggest", "--json", "--quiet"};
     arguments.insert(arguments.end(), request.begin(), request.end());
     arguments.insert(arguments.end(), program.Arguments.begin(), program.Arguments.end());
-    arguments.push_back("--");
+    arguments.emplace_back("--");
     for (const std::string& photo : photos)
         arguments.push_back(program.Photos + "/" + photo);
     std::istringstream lines(OutputOf(program.File, arguments));
@@ -79,6 +79,7 @@ std::vector<PhotoFigures> MeasureChosenCrops(const ProgramToMeasure& program,
                                              const std::vector<JudgedPhoto>& photos)
 {
     std::vector<std::string> names;
+    names.reserve(photos.size());
     for (const JudgedPhoto& photo : photos)
         names.push_back(photo.File);
     const Suggestions free = Suggest(

@@ -1,8 +1,8 @@
 #include "program_runs.h"
 
 #include <cerrno>
-#include <cstring>
 #include <stdexcept>
+#include <system_error>
 
 #include <fcntl.h>
 #include <spawn.h>
@@ -13,7 +13,7 @@ namespace {
 
 [[noreturn]] void Fail(const std::string& program, const std::string& what, int error)
 {
-    throw std::runtime_error(program + ": " + what + ": " + std::strerror(error));
+    throw std::runtime_error(program + ": " + what + ": " + std::generic_category().message(error));
 }
 
 // Everything up to the end of the pipe; an errno, or 0, in `error`.

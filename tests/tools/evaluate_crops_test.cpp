@@ -53,7 +53,7 @@ protected:
     // A stand-in for vistatrim.
     std::string WriteProgram(const std::string& body) const
     {
-        const std::string path = Write("program.sh", "#!/bin/sh\n" + body + "\n");
+        std::string path = Write("program.sh", "#!/bin/sh\n" + body + "\n");
         fs::permissions(path, fs::perms::owner_all);
         return path;
     }
