@@ -118,15 +118,14 @@ void CheckShapeName(const std::string& name, const std::string& place)
         Fail(place, "shape may not hold a slash");
 }
 
-CropLabel LabelOf(const json& crop, const photo::Crop& made, size_t index,
-                  const std::string& place)
+CropLabel LabelOf(const json& crop, const photo::Crop& made, size_t index, const std::string& place)
 {
     CropLabel label;
     label.Shape = Word(crop, "shape", place);
     CheckShapeName(label.Shape, place);
     label.Ratio = FileSafeRatio(made.Aspect.Text());
-    label.Rank = crop.contains("rank") ? Whole(crop, "rank", 1, place)
-                                       : static_cast<int32_t>(index) + 1;
+    label.Rank =
+        crop.contains("rank") ? Whole(crop, "rank", 1, place) : static_cast<int32_t>(index) + 1;
     if (!crop.contains("fill"))
         return label;
     const json& fill = crop["fill"];

@@ -14,7 +14,7 @@ namespace vistaTrim::cli {
 
 struct ChosenPhoto {
     std::string File;
-    std::string Source; // "choice.json:3", where it is named
+    std::string Source;                   // "choice.json:3", where it is named
     std::optional<photo::PixelSize> Size; // of the photograph that the crops were chosen on
     std::vector<photo::Crop> Crops;
     std::vector<CropLabel> Labels;

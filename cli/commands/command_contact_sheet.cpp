@@ -124,9 +124,8 @@ int RunContactSheet(const Options& options, const std::vector<ListedPhoto>& phot
             SuggestAsked(Analyse(photograph, RegionsFor(options, photo, photos.size())), options,
                          result);
             const auto index = static_cast<size_t>(&photo - photos.data());
-            made[index] =
-                photo::SheetRow(layout, fs::path(photo.Path).filename().string(),
-                                PicturesOf(photograph, result, options, layout));
+            made[index] = photo::SheetRow(layout, fs::path(photo.Path).filename().string(),
+                                          PicturesOf(photograph, result, options, layout));
         };
         steps.Emit = [&](const PhotoResult& result) {
             const size_t index = rows.size() - 1; // results come in order

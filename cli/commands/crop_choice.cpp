@@ -55,8 +55,7 @@ std::vector<ListedPhoto> PhotosOf(const ChosenCrops& chosen)
     return photos;
 }
 
-void TakeChosen(const ChosenPhoto& chosen, const photo::Photograph& photograph,
-                PhotoResult& result)
+void TakeChosen(const ChosenPhoto& chosen, const photo::Photograph& photograph, PhotoResult& result)
 {
     const photo::PixelSize size = photograph.Size();
     if (chosen.Size && !(*chosen.Size == size))

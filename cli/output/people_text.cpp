@@ -80,9 +80,8 @@ std::string CropExplanationText(const Crop& crop, const photo::Suggestions& foun
         text += Format("       %-12s %.4f, at or above %.1f %% of the candidates\n", measure.Name,
                        crop.Scores.*measure.Value, 100.0 * crop.Explained->Ranks[i]);
     }
-    text += crop.CoversContent
-                ? "       covers the content\n"
-                : "       does not cover the content\n";
+    text +=
+        crop.CoversContent ? "       covers the content\n" : "       does not cover the content\n";
     for (size_t i = 0; i < found.Explained->Wishes.size(); ++i)
         text += "       " + WishText(found, i) +
                 (crop.Explained->WishesMet[i] ? " met\n" : " missed\n");

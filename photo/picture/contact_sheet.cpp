@@ -58,8 +58,7 @@ VImage TextLine(const std::string& text, int width, int height)
 PixelImage Drawn(const std::function<VImage()>& draw)
 {
     PixelImage pixels;
-    RunVips([&] { pixels = PixelsOf(draw().cast(VIPS_FORMAT_UCHAR)); },
-            PhotoError::Kind::Internal);
+    RunVips([&] { pixels = PixelsOf(draw().cast(VIPS_FORMAT_UCHAR)); }, PhotoError::Kind::Internal);
     return pixels;
 }
 
@@ -102,9 +101,9 @@ PixelImage SheetRow(const SheetLayout& layout, const std::string& caption,
                 cells.push_back(White(width, height));
                 continue;
             }
-            const VImage cell = OnWhite(BorrowedImage(ViewOf(pictures[i])),
-                                        VIPS_COMPASS_DIRECTION_CENTRE, layout.Cell.Width,
-                                        layout.Cell.Height);
+            const VImage cell =
+                OnWhite(BorrowedImage(ViewOf(pictures[i])), VIPS_COMPASS_DIRECTION_CENTRE,
+                        layout.Cell.Width, layout.Cell.Height);
             cells.push_back(OnWhite(cell, VIPS_COMPASS_DIRECTION_NORTH_WEST, width, height));
         }
         return line.join(SideBySide(cells), VIPS_DIRECTION_VERTICAL);
@@ -128,10 +127,10 @@ void WriteSheet(const SheetLayout& layout, const std::vector<PixelImage>& rows,
     for (const PixelImage& row : rows) {
         const size_t bytes = static_cast<size_t>(width) * 3;
         for (size_t line = 0; line < static_cast<size_t>(row.Size.Height); ++line, ++y)
-            std::copy_n(row.Bytes.begin() + static_cast<ptrdiff_t>(line * bytes), bytes,
-                        sheet.Bytes.begin() +
-                            static_cast<ptrdiff_t>(y * stride +
-                                                   static_cast<size_t>(layout.Gap) * 3));
+            std::copy_n(
+                row.Bytes.begin() + static_cast<ptrdiff_t>(line * bytes), bytes,
+                sheet.Bytes.begin() +
+                    static_cast<ptrdiff_t>(y * stride + static_cast<size_t>(layout.Gap) * 3));
     }
     WriteImage(sheet, path, encoding);
 }

@@ -37,8 +37,7 @@ TEST_F(Pipes, APhotographComesFromStandardInputAndItsBestCropGoesToStandardOutpu
 {
     RunOptions input;
     input.Input = ReadText(Folder.Path("a.png"));
-    const json fromFile =
-        json::parse(RunProgram({"suggest", "--json", Folder.Path("a.png")}).Out);
+    const json fromFile = json::parse(RunProgram({"suggest", "--json", Folder.Path("a.png")}).Out);
     json fromInput = json::parse(RunProgram({"suggest", "--json", "-"}, input).Out);
     EXPECT_EQ(fromInput["file"], "-");
     EXPECT_EQ(fromInput["crops"], fromFile["crops"]);
@@ -91,8 +90,8 @@ TEST_F(Pipes, ListsOfNamesComeInEveryForm)
     std::filesystem::copy_file(Folder.Path("a.png"), Folder.Path("b.png"));
     const auto files = [this](const std::string& list, Words more) {
         WriteText(Folder.Path("list"), list);
-        more.insert(more.begin(), {"suggest", "--json", "-n", "1", "--files-from",
-                                   Folder.Path("list")});
+        more.insert(more.begin(),
+                    {"suggest", "--json", "-n", "1", "--files-from", Folder.Path("list")});
         Words names;
         std::istringstream lines(RunProgram(more).Out);
         for (std::string line; std::getline(lines, line);)
@@ -146,13 +145,12 @@ TEST_F(Pipes, FromCutsWhatAnEditedListSays)
 
 TEST_F(Pipes, FromAManifestCutsTheSameFilesAgain)
 {
-    const Outcome first = RunProgram({"crop", Folder.Path("a.png"), "-o", Folder.Path("one"),
-                                      "--preset", "thumbnail", "--preset", "wide", "-n", "2",
-                                      "--manifest", Folder.Path("m.json")});
+    const Outcome first =
+        RunProgram({"crop", Folder.Path("a.png"), "-o", Folder.Path("one"), "--preset", "thumbnail",
+                    "--preset", "wide", "-n", "2", "--manifest", Folder.Path("m.json")});
     ASSERT_EQ(first.Status, 0) << first.Err;
-    const Outcome again = RunProgram(
-        {"crop", "--from", Folder.Path("m.json"), "-o", Folder.Path("two"), "--manifest",
-         Folder.Path("n.json")});
+    const Outcome again = RunProgram({"crop", "--from", Folder.Path("m.json"), "-o",
+                                      Folder.Path("two"), "--manifest", Folder.Path("n.json")});
     ASSERT_EQ(again.Status, 0) << again.Err;
     int files = 0;
     for (const auto& entry : std::filesystem::directory_iterator(Folder.Path("one"))) {
@@ -173,8 +171,8 @@ TEST_F(Pipes, FromRefusesWhatDoesNotFitBeforeAnythingIsWritten)
         WriteText(Folder.Path("c.json"), text);
         return RunProgram({"crop", "--from", Folder.Path("c.json"), "-o", Folder.Path("out")});
     };
-    const std::string good = "{\"file\":\"" + a +
-                             "\",\"crops\":[{\"x\":0,\"y\":0,\"width\":9,\"height\":9}]}\n";
+    const std::string good =
+        "{\"file\":\"" + a + "\",\"crops\":[{\"x\":0,\"y\":0,\"width\":9,\"height\":9}]}\n";
     const Outcome outside =
         from(good + "{\"file\":\"b\",\"width\":5,\"height\":5,\"crops\":[{\"x\":0,\"y\":0,"
                     "\"width\":9,\"height\":9}]}\n");
@@ -190,8 +188,8 @@ TEST_F(Pipes, FromRefusesWhatDoesNotFitBeforeAnythingIsWritten)
                                "\"width\":9,\"height\":9}]}\n");
     EXPECT_EQ(other.Status, 1);
     EXPECT_NE(other.Err.find("is 900 x 600 pixels, but "), std::string::npos) << other.Err;
-    const Outcome large = from("{\"file\":\"" + a +
-                               "\",\"crops\":[{\"x\":895,\"y\":0,\"width\":9,\"height\":9}]}\n");
+    const Outcome large =
+        from("{\"file\":\"" + a + "\",\"crops\":[{\"x\":895,\"y\":0,\"width\":9,\"height\":9}]}\n");
     EXPECT_NE(large.Err.find("c.json:1: crop 1 leaves the photograph"), std::string::npos);
     EXPECT_NE(from("").Err.find("names no crops"), std::string::npos);
     EXPECT_FALSE(std::filesystem::exists(Folder.Path("out")));
@@ -239,10 +237,10 @@ TEST_F(Pipes, SidecarsHoldTheBestCropOfTheStoredPicture)
     forced.emplace_back("--force");
     EXPECT_EQ(RunProgram(forced).Status, 0);
     EXPECT_EQ(ReadText(Folder.Path("b.xmp")), xmp);
-    EXPECT_EQ(RunProgram({"crop", Folder.Path("b.jpg"), "--xmp", "-n", "1", "-o",
-                          Folder.Path("new")})
-                  .Out,
-              Folder.Path("new/b-1.jpg") + "\n" + Folder.Path("new/b.xmp") + "\n");
+    EXPECT_EQ(
+        RunProgram({"crop", Folder.Path("b.jpg"), "--xmp", "-n", "1", "-o", Folder.Path("new")})
+            .Out,
+        Folder.Path("new/b-1.jpg") + "\n" + Folder.Path("new/b.xmp") + "\n");
 }
 
 } // namespace
