@@ -7,6 +7,7 @@
 #include <vector>
 
 #include <gmodule.h>
+#include <vips/vector.h>
 #include <vips/vips8>
 
 #include "vistaTrimPhoto/picture_runtime.h"
@@ -97,6 +98,9 @@ void StartPictureRuntime(const char* programName)
     g_log_set_handler("VIPS", static_cast<GLogLevelFlags>(G_LOG_LEVEL_WARNING | G_LOG_LEVEL_INFO),
                       DropMessage, nullptr);
     BlockUntrustedLoaders();
+    // The library that compiles libvips' vector code at run time is not safe when several threads
+    // free such code at once; a run with several workers crashed in it.
+    vips_vector_set_enabled(FALSE);
     // Every photograph is read once; remembered operations would only hold its memory.
     vips_cache_set_max(0);
     started = true;

@@ -119,15 +119,19 @@ Ratio NearestRatio(const CInt32CropRect& crop, const std::vector<Ratio>& ratios)
                              [&off](const Ratio& a, const Ratio& b) { return off(a) < off(b); });
 }
 
-// What the user asked for, as the ranking takes it.
-std::vector<WishedRegion> RegionsOf(const std::vector<Wish>& wishes, const WorkingPicture& picture)
+// The wishes as the ranking takes them. The first `named` are the request's own; the others come
+// from found regions, which may be wrong, so they never go before what the user named.
+std::vector<WishedRegion> RegionsOf(const std::vector<Wish>& wishes, size_t named,
+                                    const WorkingPicture& picture)
 {
     std::vector<WishedRegion> regions;
     regions.reserve(wishes.size());
-    for (const Wish& wish : wishes) {
-        const bool hard = IsHard(wish.Kind);
-        regions.push_back({ToWorkingOutward(wish.Rect, picture.Photo, picture.Pixels.Size),
-                           WantsInside(wish.Kind), hard, !hard, hard ? 0 : kNamedWishCost});
+    for (size_t i = 0; i < wishes.size(); ++i) {
+        const bool hard = IsHard(wishes[i].Kind);
+        const bool isNamed = i < named;
+        const double cost = isNamed ? kNamedWishCost : kFoundRegionCost;
+        regions.push_back({ToWorkingOutward(wishes[i].Rect, picture.Photo, picture.Pixels.Size),
+                           WantsInside(wishes[i].Kind), hard, isNamed && !hard, hard ? 0 : cost});
     }
     return regions;
 }
@@ -137,6 +141,7 @@ void Ask(const WorkingPicture& picture, const CAnalysedPicture& analysed, const 
 {
     CheckRequest(request);
     std::vector<Wish> wishes = WishesInside(request.Wishes, picture.Photo);
+    const size_t named = wishes.size();
     const std::vector<RegionWish> found = WishesOf(result.Regions, picture.Photo);
     for (const RegionWish& wish : found)
         wishes.push_back(wish.Wish);
@@ -148,7 +153,7 @@ void Ask(const WorkingPicture& picture, const CAnalysedPicture& analysed, const 
     const Stopwatch scoring;
     const DriverHandle driver(analysed.MakeDriver(parameters));
     const std::vector<ServedCrop> best = Serve(analysed, *driver, picture.Pixels, request, ratios,
-                                               engineRequest, RegionsOf(wishes, picture));
+                                               engineRequest, RegionsOf(wishes, named, picture));
     result.Times.Score = scoring.Milliseconds();
 
     for (const ServedCrop& served : best) {
