@@ -37,7 +37,7 @@ private:
     bool Begin(size_t& index)
     {
         std::unique_lock<std::mutex> lock(Mutex);
-        // One slow photograph must not let the results behind it pile up without end.
+        // One slow photograph must not let later results pile up without limit.
         RoomMade.wait(lock, [this] { return NextToBegin < NextToEmit + Window; });
         if (NextToBegin == Count || Steps.Stop())
             return false;
@@ -58,7 +58,7 @@ private:
     }
 
     const size_t Count;
-    const size_t Window; // photographs begun and not yet emitted, at most
+    const size_t Window; // most photographs started but not yet emitted
     const BatchSteps& Steps;
     std::mutex Mutex;
     std::condition_variable RoomMade;

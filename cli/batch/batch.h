@@ -12,11 +12,10 @@ namespace vistaTrim::cli {
 struct BatchSteps {
     // Runs in a worker, several at a time. Must not throw.
     std::function<PhotoResult(size_t index)> Work;
-    // Runs for one result at a time, in the order of the input, as soon as all before it are
-    // through.
+    // Runs for one result at a time, in input order, as soon as all earlier ones are done.
     std::function<void(size_t index, PhotoResult& result)> Emit;
-    // True once the run is to end. Photographs under work are then finished and emitted, and
-    // no new ones are begun. They are begun in order, so nothing finished is left out.
+    // True once the run should end. Photographs in progress are finished and emitted, and no new
+    // ones start. They start in order, so no finished one is lost.
     std::function<bool()> Stop;
     // Runs in every worker thread as it ends.
     std::function<void()> Leave;

@@ -1,7 +1,7 @@
 #include "batch/blas_threads.h"
 
-// OpenBLAS' own calls. Weak, so that the host links with another BLAS as well. The environment
-// variable of the same purpose is read when the BLAS is loaded, which is before main.
+// OpenBLAS functions. Weak, so that the program also links with another BLAS. The environment
+// variable for this is read when the BLAS loads, before main.
 extern "C" void openblas_set_num_threads(int count) __attribute__((weak));
 extern "C" int blas_thread_shutdown_() __attribute__((weak));
 

@@ -1,12 +1,12 @@
-// Holds the BLAS that the library is linked with to the calling thread.
+// Keeps the BLAS that the library is linked with on the calling thread.
 #ifndef VISTATRIM_CLI_BATCH_BLAS_THREADS_H
 #define VISTATRIM_CLI_BATCH_BLAS_THREADS_H
 
 namespace vistaTrim::cli {
 
-// Call before the first driver. Each worker is one thread; a BLAS that starts more for the
-// small products of the analysis loses time and takes the other workers' processors. The threads
-// that it has started already end here: they would look for work in a busy loop for a while.
+// Call before the first driver. Each worker is one thread; a BLAS that starts more for the small
+// products of the analysis loses time and takes processors from other workers. Also stops threads
+// it has already started, which would otherwise spin for a while looking for work.
 void HoldBlasToOneThread();
 
 } // namespace vistaTrim::cli

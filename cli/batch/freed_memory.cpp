@@ -14,14 +14,14 @@ bool kept = false;
 
 } // namespace
 
-// glibc serves larger requests straight from the system, and gives the end of its heap back
-// when that much of it is free. The first number is the largest that it takes (a block of the
-// analysis is 25 MB), the second more than a photograph needs.
+// glibc maps larger requests directly from the system, and trims its heap when that much is free.
+// The first value is the largest it accepts (a block of the analysis is 25 MB), the second more
+// than a photograph needs.
 void KeepFreedMemory()
 {
     kept = true;
 #ifdef __GLIBC__
-    // NOLINTBEGIN(concurrency-mt-unsafe): before the program has threads of its own
+    // NOLINTBEGIN(concurrency-mt-unsafe): before the program starts threads
     mallopt(M_MMAP_THRESHOLD, 32 * 1024 * 1024);
     mallopt(M_TRIM_THRESHOLD, 512 * 1024 * 1024);
     // NOLINTEND(concurrency-mt-unsafe)

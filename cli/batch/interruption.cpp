@@ -20,13 +20,13 @@ void NoteInterruptions()
 {
     struct sigaction action = {};
     action.sa_handler = NoteSignal;
-    // One shot: the second signal meets the default, so that a stuck run can be ended.
+    // One-shot: the second signal gets the default action, so that a stuck run can be killed.
     action.sa_flags = static_cast<int>(SA_RESETHAND | SA_RESTART);
     sigemptyset(&action.sa_mask);
     for (const int number : {SIGINT, SIGTERM, SIGHUP}) {
         struct sigaction before = {};
         sigaction(number, nullptr, &before);
-        if (before.sa_handler != SIG_IGN) // as under nohup, which is to be left alone
+        if (before.sa_handler != SIG_IGN) // as under nohup, which must keep working
             sigaction(number, &action, nullptr);
     }
 }

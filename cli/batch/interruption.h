@@ -4,12 +4,12 @@
 
 namespace vistaTrim::cli {
 
-// From now on SIGINT, SIGTERM and SIGHUP are only noted. The second one of a kind ends the
-// program at once; files under work then go away unnamed or stay as hidden leftovers, and what
-// was finished stands.
+// From now on SIGINT, SIGTERM and SIGHUP are only recorded. A second one of the same kind ends the
+// program at once; files in progress then disappear or remain as hidden temporary files, and
+// finished ones stay.
 void NoteInterruptions();
 
-// The number of the signal that was noted, 0 if none was.
+// The recorded signal's number, or 0.
 int NotedInterruption();
 
 } // namespace vistaTrim::cli

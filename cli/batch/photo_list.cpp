@@ -24,7 +24,7 @@ bool EndsLikePhotograph(const fs::path& path)
     return std::find(std::begin(kEndings), std::end(kEndings), ending) != std::end(kEndings);
 }
 
-// Names that begin with a dot are hidden, among them files that are being written just now.
+// Names that begin with a dot are hidden, including files being written.
 bool IsHidden(const fs::path& path)
 {
     const std::string name = path.filename().string();
@@ -49,7 +49,7 @@ void WalkFolder(const fs::path& folder, const fs::path& inside, bool recursive,
             continue;
         std::error_code unknown;
         if (fs::is_directory(entry, unknown)) {
-            // Links to folders are not followed: they may lead round in a circle.
+            // Links to folders are not followed: they may form a cycle.
             if (recursive && !fs::is_symlink(entry, unknown))
                 WalkFolder(entry, inside / entry.filename(), recursive, photos);
         } else if (EndsLikePhotograph(entry)) {

@@ -11,8 +11,8 @@ namespace vistaTrim::cli {
 
 struct ListedPhoto {
     std::string Path;
-    std::string Inside; // its folder below the folder that was named; empty for a named file
-    std::string Error;  // why there is nothing to work on, as with an empty folder
+    std::string Inside; // its folder relative to the named folder; empty for a named file
+    std::string Error;  // why there is nothing to process, such as an empty folder
     std::shared_ptr<const std::string> Bytes; // of the photograph on standard input, "-"
 };
 

@@ -8,10 +8,10 @@
 
 namespace vistaTrim::cli {
 
-// "[#####.....] 5/10  0:12 left"; seconds are those passed so far.
+// "[#####.....] 5/10  0:12 left"; seconds is the time elapsed.
 std::string ProgressLine(size_t done, size_t total, double seconds);
 
-// Not guarded: one thread at a time.
+// Not thread-safe.
 class Progress {
 public:
     // Shows nothing if `wanted` is false.
@@ -20,7 +20,7 @@ public:
     Progress(const Progress&) = delete;
     Progress& operator=(const Progress&) = delete;
 
-    // Takes the bar away, so that other lines can be written, until the next Show.
+    // Clears the bar until the next Show, so that other lines can be written.
     void Hide();
     void Show(size_t done);
 
@@ -30,7 +30,7 @@ private:
     std::chrono::steady_clock::time_point Start;
 };
 
-// A bar is wanted for more than one photograph, and only where a person looks.
+// The bar is for more than one photograph, on a terminal only.
 bool StandardErrorIsTerminal();
 
 } // namespace vistaTrim::cli

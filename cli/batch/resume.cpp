@@ -15,8 +15,8 @@ struct CsvRecord {
     std::vector<std::string> Fields;
 };
 
-// The next record from `start`, which moves behind it. False at the end, or if what follows
-// has no end of line.
+// Reads the record at `start` and advances `start` past it. False at the end, or if the last line
+// is incomplete.
 bool NextRecord(const std::string& text, size_t& start, CsvRecord& record)
 {
     record.Fields.assign(1, "");

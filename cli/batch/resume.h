@@ -1,4 +1,4 @@
-// What an output file of an earlier, interrupted run holds.
+// Reads the output file of an earlier, interrupted run.
 #ifndef VISTATRIM_CLI_BATCH_RESUME_H
 #define VISTATRIM_CLI_BATCH_RESUME_H
 
@@ -8,12 +8,12 @@
 namespace vistaTrim::cli {
 
 struct EarlierOutput {
-    std::string Kept;            // the text that stays
+    std::string Kept;            // the text to keep
     std::set<std::string> Files; // names as FileKey gives them
 };
 
-// A photograph counts as held if its crops stand there whole. Errors are dropped, since what
-// failed may work now; so is a last line that was cut short.
+// A photograph counts as done if all its crops are there. Errors are dropped, since they may
+// succeed now; so is a truncated last line.
 EarlierOutput HeldByJson(const std::string& text);
 // A text that does not begin with the header throws ProgramError: it is some other file.
 EarlierOutput HeldByCsv(const std::string& text, const std::string& header);

@@ -76,8 +76,8 @@ int RunPhotos(const Options& options, const std::vector<ListedPhoto>& photos,
               const PhotoSteps& steps)
 {
     const int workers = WorkersOf(options);
-    // A photograph that is alone may use all processors; of several, each has one worker, and
-    // more threads inside it would fight the others.
+    // A single photograph may use all processors; with several, each has one worker, and more
+    // threads would compete with the other workers.
     photo::SetThreadsPerPicture(photos.size() == 1 ? workers : 1);
     if (photos.size() > 1)
         KeepFreedMemory();

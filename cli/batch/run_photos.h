@@ -1,4 +1,4 @@
-// The frame that all commands share: workers, progress, faults, timings, the exit status.
+// What all commands share: workers, progress, errors, timings and the exit status.
 #ifndef VISTATRIM_CLI_BATCH_RUN_PHOTOS_H
 #define VISTATRIM_CLI_BATCH_RUN_PHOTOS_H
 

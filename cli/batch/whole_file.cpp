@@ -37,7 +37,7 @@ std::string TemporaryName(const std::string& target)
 WholeFile::WholeFile(const std::string& target, bool replace)
     : Path(target), Temporary(TemporaryName(target)), Replace(replace)
 {
-    // Before the work is done and not after it.
+    // Check before doing the work.
     if (!replace && access(target.c_str(), F_OK) == 0)
         Fail(target, EEXIST);
 }
@@ -70,8 +70,8 @@ void WholeFile::Appear()
         Done = true;
         return;
     }
-    // Some file systems cannot do that. A second link refuses an existing target as well; the
-    // first one goes with this object.
+    // Some file systems do not support that. link() also fails if the target exists; the destructor
+    // removes the temporary name.
     if (errno != EINVAL && errno != ENOSYS)
         Fail(Path, errno);
     if (link(Temporary.c_str(), Path.c_str()) != 0)

@@ -1,4 +1,4 @@
-// A file that appears under its name whole or not at all.
+// A file that appears under its name complete or not at all.
 #ifndef VISTATRIM_CLI_BATCH_WHOLE_FILE_H
 #define VISTATRIM_CLI_BATCH_WHOLE_FILE_H
 
@@ -6,10 +6,9 @@
 
 namespace vistaTrim::cli {
 
-// Write to TemporaryPath, then call Appear. If that never happens, the temporary file goes
-// with this object. It lies in the target's own folder, since a rename does not cross disks,
-// under a name that begins with a dot, and it keeps the ending, from which writers tell the
-// format.
+// Write to TemporaryPath, then call Appear. Otherwise the destructor deletes the temporary file. It
+// is in the target's folder, since a rename cannot cross file systems, has a name that begins with
+// a dot, and keeps the extension, from which writers infer the format.
 class WholeFile {
 public:
     WholeFile(const std::string& target, bool replace);

@@ -24,8 +24,8 @@ namespace vistaTrim::cli {
 
 namespace {
 
-// --force allows to replace crops, not the photographs of this run: one that is yet to be read
-// would be cropped again, and the original would be gone.
+// --force allows replacing crops, but not photographs of this run: one not yet read would be
+// cropped again, and the original lost.
 void CheckThatNoPhotographIsReplaced(const std::set<std::string>& photographs,
                                      const std::vector<PlannedFile>& files)
 {

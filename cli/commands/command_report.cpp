@@ -15,8 +15,8 @@ namespace vistaTrim::cli {
 
 namespace {
 
-// The page is written section by section, since all sections together can be large, and takes
-// its name at the end. An interrupted run still gets a page of what was finished.
+// Writes the page section by section, since all sections together can be large, and renames it at
+// the end. An interrupted run still gets a page with what was finished.
 class PageFile {
 public:
     PageFile(const std::string& path, bool replace)
@@ -51,7 +51,7 @@ private:
 int RunReport(const Options& options, const std::vector<ListedPhoto>& photos)
 {
     Options explained = options;
-    explained.Request.Explain = true; // for the reason that a photograph got no crop
+    explained.Request.Explain = true; // to explain why a photograph got no crop
     try {
         PageFile page(options.Output, options.Force);
         size_t emitted = 0;

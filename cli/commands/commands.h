@@ -31,11 +31,11 @@ photo::RegionOptions RegionsFor(const Options& options, const ListedPhoto& photo
 // The photograph's name without folders and ending; "stdin" for standard input.
 std::string StemOf(const ListedPhoto& photo);
 
-// OUTPUT/INSIDE/STEM, for the files that come of a photograph; makes the folder.
+// OUTPUT/INSIDE/STEM, the prefix of a photograph's files; creates the folder.
 std::string OutputPrefix(const Options& options, const ListedPhoto& photo);
 
-// Marks photographs whose files would get the names of another one's: of a/x.jpg and b/x.jpg
-// only the first is worked on.
+// Marks photographs whose files would have the same names as another's: of a/x.jpg and b/x.jpg only
+// the first is processed.
 std::vector<ListedPhoto> WithoutNameClashes(const std::vector<ListedPhoto>& photos);
 
 } // namespace vistaTrim::cli

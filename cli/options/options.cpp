@@ -323,7 +323,7 @@ std::string FaultOfInput(const Options& values)
     return "";
 }
 
-// What the options cannot tell one by one. Empty if all is well.
+// Checks combinations of options. Empty if they are valid.
 std::string FaultOfAll(const CLI::App& command, const Options& values)
 {
     std::string fault = FaultOfInput(values);
@@ -369,7 +369,7 @@ CommandLine ParseCommandLine(int argc, const char* const* argv)
     AddMaps(*commands[3], values);
     AddContactSheet(*commands[4], values);
 
-    // The parser would only say that a command is missing.
+    // The parser itself would only report a missing command.
     const std::string first = argc > 1 ? argv[1] : "";
     if (!first.empty() && first[0] != '-' &&
         std::none_of(commands.begin(), commands.end(),

@@ -54,7 +54,7 @@ struct Options {
     std::string Output; // file or folder; empty: standard output
     bool Force = false;
     bool Resume = false;
-    int Workers = 0; // 0: as many as there are processors
+    int Workers = 0; // 0: one per processor
     bool Quiet = false;
     bool Timings = false;
     CropFileOptions CropFiles;
@@ -64,12 +64,12 @@ struct Options {
 
 struct CommandLine {
     Options Values;
-    std::optional<int> ExitStatus; // set if there is nothing to do: help was given, or a fault
+    std::optional<int> ExitStatus; // set if there is nothing to do: help shown, or bad options
 };
 
 constexpr int kUsageFault = 2;
 
-// Writes help to standard output and faults to standard error.
+// Writes help to standard output and errors to standard error.
 CommandLine ParseCommandLine(int argc, const char* const* argv);
 
 } // namespace vistaTrim::cli

@@ -12,7 +12,7 @@ using photo::PixelSize;
 
 namespace {
 
-constexpr int32_t kLargestPixel = 100000000; // sums of two still fit 32 bits
+constexpr int32_t kLargestPixel = 100000000; // the sum of two still fits 32 bits
 
 std::vector<std::string> Split(const std::string& text, char separator)
 {
@@ -74,7 +74,7 @@ std::optional<std::vector<double>> ParseNumbers(const std::string& text)
             std::from_chars(piece.data(), end, value, std::chars_format::fixed);
         if (parsed.ec != std::errc() || parsed.ptr != end)
             return std::nullopt;
-        // The text "nan" is a number to from_chars, and no use here.
+        // from_chars accepts "nan", which is useless here.
         if (!(value - value == 0.0))
             return std::nullopt;
         numbers.push_back(value);

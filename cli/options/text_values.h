@@ -1,4 +1,4 @@
-// The values of options, as texts.
+// Parses the values of options.
 #ifndef VISTATRIM_CLI_OPTIONS_TEXT_VALUES_H
 #define VISTATRIM_CLI_OPTIONS_TEXT_VALUES_H
 
@@ -17,7 +17,7 @@ std::optional<photo::PixelSize> ParseSize(const std::string& text);
 // "X,Y,W,H"; X and Y at least 0, W and H at least 1.
 std::optional<photo::PixelRect> ParseRect(const std::string& text);
 
-// Numbers with commas between them, in the notation of C whatever the locale.
+// Comma-separated numbers in C notation, whatever the locale.
 std::optional<std::vector<double>> ParseNumbers(const std::string& text);
 
 // "#rrggbb", "#rgb" or a name of style sheets, as "tomato": red, green, blue, 0..255.

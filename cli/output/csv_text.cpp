@@ -9,7 +9,7 @@ namespace {
 
 constexpr size_t kFieldsOfCrop = 11 + photo::kNumMeasures; // all but the error
 
-// The shortest text that reads back as the same number.
+// The shortest text that round-trips.
 std::string NumberText(double value)
 {
     char text[40];

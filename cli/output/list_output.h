@@ -22,10 +22,10 @@ public:
     ListOutput(const ListOutput&) = delete;
     ListOutput& operator=(const ListOutput&) = delete;
 
-    // The photographs that the output does not hold yet.
+    // The photographs not yet in the output.
     std::vector<ListedPhoto> StillToDo(const std::vector<ListedPhoto>& photos) const;
 
-    // Each result is on its way to the disk before the next one begins. Throws ProgramError.
+    // Flushes each result before the next one. Throws ProgramError.
     void Write(const PhotoResult& result);
 
 private:

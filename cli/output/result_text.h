@@ -14,7 +14,7 @@ std::string PeopleText(const PhotoResult& result);
 std::string JsonLine(const PhotoResult& result);
 
 std::string CsvHeader();
-// One line a crop. A photograph without crops gets one line of its own, so that it is seen.
+// One line per crop. A photograph without crops still gets one line.
 std::string CsvLines(const PhotoResult& result);
 
 } // namespace vistaTrim::cli

@@ -1,4 +1,4 @@
-// The page that `report` writes: one file that needs nothing else.
+// The page `report` writes: one self-contained file.
 #ifndef VISTATRIM_CLI_REPORT_REPORT_PAGE_H
 #define VISTATRIM_CLI_REPORT_REPORT_PAGE_H
 

@@ -1,4 +1,4 @@
-// The pictures of a report page, as data that stands inside the page.
+// The pictures of a report page, embedded as data URIs.
 #ifndef VISTATRIM_CLI_REPORT_REPORT_PICTURES_H
 #define VISTATRIM_CLI_REPORT_REPORT_PICTURES_H
 

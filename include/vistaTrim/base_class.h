@@ -18,15 +18,15 @@ namespace vistaTrim {
 class VISTATRIM_API IBaseClass {
 public:
     IBaseClass();
-    IBaseClass(const IBaseClass& other);            // takes no state over
-    IBaseClass& operator=(const IBaseClass& other); // copies nothing
+    IBaseClass(const IBaseClass& other);            // there is no state to copy
+    IBaseClass& operator=(const IBaseClass& other); // there is no state to copy
 
 protected:
     virtual ~IBaseClass(); // a host cannot delete through an interface
 
 public:
-    virtual void Release() = 0; // gives up one reference; the last one ends the object
-    virtual void AddRef() = 0;  // takes one reference
+    virtual void Release() = 0; // drops one reference; dropping the last destroys the object
+    virtual void AddRef() = 0;  // adds one reference
 };
 
 // Forbids copying.

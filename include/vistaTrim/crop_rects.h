@@ -1,4 +1,4 @@
-// The list of crops that a request hands out.
+// The list of crops that a request returns.
 #ifndef VISTATRIM_CROP_RECTS_H
 #define VISTATRIM_CROP_RECTS_H
 
@@ -12,8 +12,8 @@
 
 namespace vistaTrim {
 
-// A read-only list with its own copy of the records: it shares nothing with the driver and
-// may outlive it. The host gives it up with Release, Destroy or a SmartPtr<CCropRects>.
+// A read-only list that owns a copy of the records, shares nothing with the driver and may outlive
+// it. The host frees it with Release, Destroy or a SmartPtr<CCropRects>.
 class VISTATRIM_API ICropRects : public IBaseClass {
 public:
     ICropRects();
@@ -26,7 +26,7 @@ protected:
 public:
     virtual uint32_t Count() const = 0;
     virtual CInt32CropRect* Data() = 0; // Count() records; null for a list that never held one
-    virtual void Destroy() = 0;         // ends the object whatever its count
+    virtual void Destroy() = 0;         // destroys the object, whatever its count
 };
 
 // What a request's ICropRects* points at: cast it with static_cast to hold it in a

@@ -1,4 +1,4 @@
-// The driver: the one object that a host talks to about a picture.
+// The driver: a host's single point of contact for one picture.
 #ifndef VISTATRIM_DRIVER_H
 #define VISTATRIM_DRIVER_H
 
@@ -28,7 +28,7 @@ protected:
     ~IVistaTrim() override;
 
 public:
-    virtual void Destroy() = 0; // ends the object whatever its count; the image stays
+    virtual void Destroy() = 0; // destroys the driver, whatever its count; the image remains
 
     // Borrows the image, copies the parameters, analyses the picture. CreateVistaTrimObj has
     // done this already. A second call abandons what the first one built; one that throws leaves
@@ -36,12 +36,12 @@ public:
     virtual void Initialize(IImage* image, const VistaTrimParameters& parameters) = 0;
     // Stores the image and default parameters and builds nothing.
     virtual void InitializeWithDefaults(IImage* image) = 0;
-    virtual void ReservedA() = 0; // does nothing; holds its slot
+    virtual void ReservedA() = 0; // does nothing; reserves a slot
     // A deep copy of the parameters as Initialize stored them.
     virtual VistaTrimParameters GetParameters() = 0;
 
-    // *count becomes the number of rows that the table has now. *table points at storage that
-    // is gone already: use the count only.
+    // Sets *count to the number of rows in the table. *table is dangling on return: use only the
+    // count.
     virtual void GetAspectRatios(DoubleInfo** table, uint32_t* count) = 0;
     // Sets the flag of the first row within the tolerance of value (0.001 / longer image
     // side), or appends a row.
@@ -49,15 +49,15 @@ public:
     virtual void GetCropRectScaleRatios(DoubleInfo** table, uint32_t* count) = 0;
     virtual void SetCropRectScaleRatioEnabled(double value, bool enabled) = 0;
 
-    // *table points at the driver's own records, valid until the next AddRectOfInterest. With
-    // no rectangles *count is 0 and *table points at a default record that nobody frees.
+    // *table points at the driver's own records, valid until the next AddRectOfInterest. Without
+    // rectangles *count is 0 and *table points at a default record that is never freed.
     virtual void GetRectsOfInterest(CRectOfInterest** table, uint32_t* count) = 0;
     // Takes effect at the next request. GetParameters does not show it.
     virtual void AddRectOfInterest(const CRectOfInterest& rect) = 0;
-    virtual void ReservedB(uint32_t unused) = 0; // does nothing; holds its slot
+    virtual void ReservedB(uint32_t unused) = 0; // does nothing; reserves a slot
 
-    // Every enabled candidate of the request with its scores, in lattice order. *result
-    // becomes a new list that the caller owns.
+    // Returns every enabled candidate of the request with its scores, in lattice order. *result
+    // receives a new list that the caller owns.
     virtual void ComputeCropSuggestions(ICropRects** result,
                                         const SuggestionParameters& request) = 0;
     // At most n crops, and often fewer: the list is a choice, not a page of all candidates.
@@ -74,7 +74,7 @@ public:
     virtual void GetNTopCropSuggestions(int32_t n, ICropRects** result,
                                         const SuggestionParameters& request, int32_t rankingMode,
                                         WeightDistribution weights) = 0;
-    // Fills the five measures of a rectangle inside the image, unless it is Scored already.
+    // Fills the five measures of a rectangle inside the image, unless it is already Scored.
     virtual void EvaluateScores(CInt32CropRect& rect) = 0;
 };
 

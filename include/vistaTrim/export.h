@@ -1,4 +1,4 @@
-// Marks what the shared library shows to its hosts; everything else is built hidden.
+// Marks what the shared library exports; everything else has hidden visibility.
 #ifndef VISTATRIM_EXPORT_H
 #define VISTATRIM_EXPORT_H
 

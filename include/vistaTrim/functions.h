@@ -1,5 +1,5 @@
-// The seven exported functions, under their plain names: a host may look them up by name.
-// None of them tests its pointers, and every exception passes through to the host.
+// The seven exported functions, unmangled so that a host can look them up by name. Passing a null
+// pointer is undefined unless stated; exceptions propagate to the host.
 #ifndef VISTATRIM_FUNCTIONS_H
 #define VISTATRIM_FUNCTIONS_H
 
@@ -14,26 +14,26 @@
 
 extern "C" {
 
-// Copies width x height x channels bytes from pixels, or makes a black image if pixels is
-// null. Height comes before width. channelOffsets points at four numbers that the image keeps
-// for the host. The caller holds the image's first reference.
+// Copies width x height x channels bytes from pixels, or creates a black image if pixels is null.
+// Height comes before width. channelOffsets points at four numbers that the image stores for the
+// host. The caller holds the image's first reference.
 VISTATRIM_API vistaTrim::IImage* CreateImageObj(uint32_t height, uint32_t width, uint32_t channels,
                                                 const int32_t* channelOffsets,
                                                 const uint8_t* pixels);
 
-// Ends the image whatever its count. Destroy its drivers first.
+// Destroys the image, whatever its count. Destroy its drivers first.
 VISTATRIM_API void DestroyImageObj(vistaTrim::IImage* image);
 
-// Makes a driver and analyses the image: the expensive step. The image is borrowed, the
+// Creates a driver and analyses the image, the expensive step. The image is borrowed, the
 // parameters are copied; parameters without aspect ratios mean the defaults. image.h says which
 // images are refused.
 VISTATRIM_API vistaTrim::IVistaTrim*
 CreateVistaTrimObj(vistaTrim::IImage* image, const vistaTrim::VistaTrimParameters* parameters);
 
-// Ends the driver whatever its count. Lists that it handed out live on.
+// Destroys the driver, whatever its count. Lists it returned remain valid.
 VISTATRIM_API void DestroyVistaTrimObj(vistaTrim::IVistaTrim* object);
 
-// See IVistaTrim for the three below.
+// IVistaTrim documents the three functions below.
 VISTATRIM_API void ComputeCropSuggestions(vistaTrim::IVistaTrim* object,
                                           vistaTrim::ICropRects** result,
                                           const vistaTrim::SuggestionParameters* request);

@@ -9,8 +9,8 @@
 
 namespace vistaTrim {
 
-// A picture of packed 8-bit pixels, row after row from the top, with no gap between rows.
-// The driver borrows it: keep it until the driver is gone.
+// A picture of packed 8-bit pixels, top row first, with no padding between rows. The driver borrows
+// it: keep it until the driver is gone.
 //
 // Give it three bytes a pixel and a longer side of exactly 640 pixels; resampling is the host's
 // work. The analysis never resamples. It works at W x H, the image's size times 640 / longer side,
@@ -41,7 +41,7 @@ public:
     virtual uint32_t GetNumChannels() const = 0;  // bytes a pixel, as given at creation
     virtual uint32_t GetRowStride() const = 0;    // bytes a row
     virtual uint32_t GetPixelStride() const = 0;  // bytes a pixel
-    virtual int32_t GetChannelOffset(int index) const = 0; // index 0..3, not tested
+    virtual int32_t GetChannelOffset(int index) const = 0; // index 0..3, not checked
 };
 
 } // namespace vistaTrim

@@ -1,4 +1,4 @@
-// What a host decides before a driver is built.
+// What a host sets before it creates a driver.
 #ifndef VISTATRIM_PARAMETERS_H
 #define VISTATRIM_PARAMETERS_H
 
@@ -10,12 +10,12 @@
 
 namespace vistaTrim {
 
-// The only public record that owns memory: three arrays, each made with array new (by the
-// host or by the SetDefault operations) and ended with array delete by the destructor.
+// The only public record that owns memory: three arrays, allocated with new[] by the host or the
+// SetDefault operations and freed with delete[] by the destructor.
 class VISTATRIM_API VistaTrimParameters {
 public:
     DoubleInfo* AspectRatios;        // width over height
-    uint32_t NumAspectRatios;        // 0: the driver replaces the whole set by the defaults
+    uint32_t NumAspectRatios;        // 0: the driver uses defaults for all parameters
     DoubleInfo* CropRectScaleRatios; // crop side over image side, at most 1
     uint32_t NumCropRectScaleRatios;
     CRectOfInterest* RectsOfInterest;
@@ -25,17 +25,17 @@ public:
 
     // Null pointers, zero counts, flag false. Does not apply the defaults.
     VistaTrimParameters();
-    // Deep copies. If memory runs out, std::bad_alloc passes and the target keeps its state.
-    // A count above 0 with a null pointer is a fault of the host.
+    // Deep copies. If memory runs out, std::bad_alloc is thrown and the target is unchanged. A
+    // count above 0 with a null pointer is undefined behaviour.
     VistaTrimParameters(const VistaTrimParameters& other);
     VistaTrimParameters& operator=(const VistaTrimParameters& other);
     ~VistaTrimParameters();
 
-    // Frees the arrays and leaves pointers and counts as they were: afterwards the object
-    // must get new arrays before it is used or destroyed.
+    // Frees the arrays but keeps the dangling pointers and the counts: assign new arrays before
+    // using or destroying the object.
     void Destruct();
 
-    // Meant for a fresh object: none of them frees what a pointer held before.
+    // For a fresh object: none of these frees what a pointer held before.
     void SetDefaults();
     void SetDefaultAspectRatios();           // 64/27, 16/9, 3/2, 4/3, 3/4, 2/3
     void SetDefaultCropRectScaleRatios();    // 0.4, 0.5 .. 1.0

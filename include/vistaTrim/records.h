@@ -1,9 +1,8 @@
-// The plain records that cross the library's boundary. They hold no pointers and own
-// nothing. Their layout is published: a host may declare the same fields by itself.
+// The plain records that cross the library's boundary. They hold no pointers and own nothing. Their
+// layout is published: a host may declare the same fields itself.
 //
-// Coordinates are pixels of the image given to the driver, origin at its top left pixel.
-// A rectangle's four sides are all inside it, and the columns come before the rows:
-// (left, right, top, bottom).
+// Coordinates are pixels of the image given to the driver, origin at its top left pixel. A
+// rectangle's four sides are inclusive, columns before rows: (left, right, top, bottom).
 #ifndef VISTATRIM_RECORDS_H
 #define VISTATRIM_RECORDS_H
 
@@ -14,7 +13,7 @@
 
 namespace vistaTrim {
 
-// As an index into a ratio table it stands for the whole table.
+// As an index into a ratio table: the whole table.
 constexpr uint32_t NoIndex = 0xEFFFFFFFU;
 
 // A rectangle. By default the single pixel at the origin, not an empty one.
@@ -26,18 +25,18 @@ struct VISTATRIM_API CInt32Rect {
     CInt32Rect(const CInt32Rect& other) = default;
     CInt32Rect& operator=(const CInt32Rect& other);
 
-    // Width times height. The sides are formed in 32 bits and not guarded: an empty
+    // Width times height. Width and height are computed in 32 bits without checks: an empty
     // rectangle can give 0 or less.
     int64_t Area() const;
-    // True if the rectangle holds no pixel.
+    // True if the rectangle contains no pixel.
     bool Empty() const;
 };
 static_assert(sizeof(CInt32Rect) == 16 && offsetof(CInt32Rect, Right) == 4 &&
                   offsetof(CInt32Rect, Top) == 8 && offsetof(CInt32Rect, Bottom) == 12,
               "published layout");
 
-// The measures of one candidate. Each holds a single-precision value, widened, save
-// MergedScore, which is a double.
+// The measures of one candidate. Each holds a float widened to double, except MergedScore, which is
+// a true double.
 struct VISTATRIM_API Score {
     bool Scored = false; // the five measures below are filled; such a record is not scored again
     double CompositionScore = 0; // 0..1, the fitted composition model
@@ -45,8 +44,8 @@ struct VISTATRIM_API Score {
     double BorderScore = 0;      // 0..1, near 1 when the crop's edges pass through background
     double PeakScore = 0;        // 0..1, share of the strongest content inside
     double CentrePeakScore = 0;  // 0..1, the same for the central third of the crop
-    double RoiScore = 1;    // 1 when all soft rectangles of interest are met (or none is given)
-    double MergedScore = 0; // weighted merge of the rank positions, written by a selection
+    double RoiScore = 1;         // 1 when all soft rectangles of interest are met, or none is given
+    double MergedScore = 0;      // weighted merge of the rank positions, written by a selection
 
     // RoiScore 1, everything else 0 or false.
     Score();
@@ -76,20 +75,20 @@ static_assert(sizeof(CInt32CropRect) == 88 && offsetof(CInt32CropRect, Right) ==
                   offsetof(CInt32CropRect, Score) == 24,
               "published layout");
 
-// Values of CRectOfInterest::Kind. Any other value switches the rectangle off.
+// Values of CRectOfInterest::Kind. Any other value disables the rectangle.
 enum RoiKind : int32_t {
-    RoiSoftInclude = 0, // prefer crops that hold the rectangle
-    RoiHardInclude = 1, // a crop must hold all of it
-    RoiSoftExclude = 2, // prefer crops that keep clear of it
+    RoiSoftInclude = 0, // prefer crops that contain the rectangle
+    RoiHardInclude = 1, // a crop must contain all of it
+    RoiSoftExclude = 2, // prefer crops that do not touch it
     RoiHardExclude = 3  // a crop must not touch it
 };
 
-// A region that the host wants inside or outside the crops. Give it at least one pixel:
-// a hard rectangle of no area rejects every crop, a soft one makes RoiScore a NaN.
+// A region that the host wants inside or outside the crops. Give it at least one pixel: without
+// area, a hard rectangle rejects every crop and a soft one makes RoiScore NaN.
 struct VISTATRIM_API CRectOfInterest {
     int32_t Left, Right, Top, Bottom;
-    bool Marked;  // the host's own; carried and copied, never read
-    bool Enabled; // true unless the host clears it; false: no effect anywhere
+    bool Marked;  // for the host's own use; copied but never read
+    bool Enabled; // true by default; false: no effect anywhere
     int32_t Kind; // a RoiKind, RoiSoftInclude unless the host writes another
 
     CRectOfInterest();
@@ -108,7 +107,7 @@ static_assert(sizeof(CRectOfInterest) == 24 && offsetof(CRectOfInterest, Right) 
 // One row of a ratio table.
 struct VISTATRIM_API DoubleInfo {
     double Value;
-    bool Enabled; // candidates of a disabled row are scored but not handed out
+    bool Enabled; // candidates of a disabled row are scored but not returned
 
     DoubleInfo();
     DoubleInfo(double value);
@@ -127,8 +126,8 @@ struct VISTATRIM_API WeightDistribution {
     WeightDistribution(double weight1, double weight2, double weight3, double weight4,
                        double weight5);
     WeightDistribution(const WeightDistribution& other) = default;
-    // Trivial, so that the record stays trivially copyable: its bytes are all there is to copy. The
-    // library has a function of the operator's name too, for hosts whose declarations call one.
+    // Trivial, so that the record stays trivially copyable. The library also exports a function
+    // under the operator's symbol, for hosts whose own declarations call one.
     WeightDistribution& operator=(const WeightDistribution& other) = default;
 };
 static_assert(sizeof(WeightDistribution) == 40 && offsetof(WeightDistribution, Weight2) == 8 &&
@@ -137,14 +136,14 @@ static_assert(sizeof(WeightDistribution) == 40 && offsetof(WeightDistribution, W
                   offsetof(WeightDistribution, Weight5) == 32,
               "published layout");
 
-// One request. A ratio goes before a size; a size counts only if both sides are given and
-// the crop fits the image; with neither, every ratio and scale of the tables is tried.
+// One request. A ratio takes precedence over a size. A size counts only if both sides are given and
+// the crop fits the image. With neither, every ratio and scale in the tables is tried.
 struct VISTATRIM_API SuggestionParameters {
     double CropWidth;   // pixels, 0 if not given
     double CropHeight;  // pixels, 0 if not given
     double AspectRatio; // width over height, 0 if not given
-    bool DetectFaces;   // leave it false: there is no detector, and asking for one from a driver
-                        // whose parameters allow it ends the process
+    bool DetectFaces;   // leave it false: there is no detector, and requesting one from a driver
+                        // whose parameters allow it terminates the process
 
     SuggestionParameters();
     SuggestionParameters(bool detectFaces);

@@ -1,4 +1,4 @@
-// Holds one reference to a counted object and gives it up at the end of its scope.
+// Holds one reference to a counted object and drops it at the end of its scope.
 #ifndef VISTATRIM_SMART_PTR_H
 #define VISTATRIM_SMART_PTR_H
 
@@ -6,14 +6,14 @@ namespace vistaTrim {
 
 template <class T> class SmartPtr {
 public:
-    // With addReference false it takes over the reference that the caller holds.
+    // With addReference false it takes over the caller's reference.
     SmartPtr(T* object, bool addReference);
     ~SmartPtr();
     SmartPtr(const SmartPtr&) = delete;
     SmartPtr& operator=(const SmartPtr&) = delete;
 
     T* operator->();
-    // Hands the reference on to the caller; the SmartPtr is empty afterwards.
+    // Passes the reference to the caller and leaves the SmartPtr empty.
     T* release();
 
 private:

@@ -1,4 +1,4 @@
-// Everything that a host of the library needs.
+// Everything a host needs.
 #ifndef VISTATRIM_VISTATRIM_H
 #define VISTATRIM_VISTATRIM_H
 

@@ -99,7 +99,7 @@ std::string UprightXmp(std::string xmp)
 
 vips::VImage WithMetadataForCrop(const vips::VImage& image, const CropPlace& place, bool strip)
 {
-    vips::VImage copy = image.copy(); // fields may only be changed in a picture of one's own
+    vips::VImage copy = image.copy(); // only a private copy's fields may be changed
     for (const std::string& field : FieldsOf(image))
         if (IsUntrueOfCrop(field) || (strip && IsMetadata(field)))
             copy.remove(field.c_str());

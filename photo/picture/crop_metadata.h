@@ -1,4 +1,4 @@
-// What of a photograph's metadata goes into its crops.
+// Selects the metadata of a photograph that its crops keep.
 #ifndef VISTATRIM_PHOTO_PICTURE_CROP_METADATA_H
 #define VISTATRIM_PHOTO_PICTURE_CROP_METADATA_H
 
@@ -28,7 +28,7 @@ std::string XmpOf(const vips::VImage& image);
 // image  the crop as it is written
 vips::VImage WithMetadataForCrop(const vips::VImage& image, const CropPlace& place, bool strip);
 
-// The XMP text with every tiff:Orientation set to 1, upright; its length stays the same.
+// The XMP text with every tiff:Orientation set to 1 (upright); its length does not change.
 std::string UprightXmp(std::string xmp);
 
 } // namespace vistaTrim::photo

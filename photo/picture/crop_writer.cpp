@@ -19,7 +19,7 @@ using vips::VImage;
 // which is then in memory: half as much time again, and 6 bytes a pixel.
 constexpr int64_t kLargestInTwoPasses = 2'000'000; // pixels
 
-// Brings whatever a format cannot hold to something that it can.
+// Converts what a format cannot store to something it can.
 VImage FitForFormat(VImage image, ImageFormat format, const Colour& background)
 {
     const VipsInterpretation kind = image.interpretation();
@@ -36,7 +36,7 @@ VImage FitForFormat(VImage image, ImageFormat format, const Colour& background)
         std::vector<double> under;
         if (image.bands() >= 4)
             under.assign(background.begin(), background.end());
-        else // the grey of the same brightness
+        else // the grey of equal brightness
             under.push_back(0.299 * background[0] + 0.587 * background[1] + 0.114 * background[2]);
         for (double& value : under)
             value *= white / 255.0;

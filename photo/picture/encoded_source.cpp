@@ -61,8 +61,8 @@ ImageFormat FormatOf(const std::string& loader, const vips::VImage& header)
     return isAvif ? ImageFormat::Avif : ImageFormat::Heic;
 }
 
-// A picture that is cut short is an error: half a photograph, the rest grey, gets crops that
-// nobody wants, and nobody would know why.
+// A truncated picture is an error: half a photograph, the rest grey, would get useless crops
+// without explanation.
 constexpr VipsFailOn kFailOn = VIPS_FAIL_ON_TRUNCATED;
 
 class EncodedSource : public PhotographSource {
@@ -126,8 +126,8 @@ private:
         return isKnown;
     }
 
-    // libvips' thumbnails of CMYK come out in other colours than its own conversion by profile
-    // gives, so the conversion is made here, and the picture is decoded at full size.
+    // libvips thumbnails of CMYK have different colours from its profile conversion, so this
+    // decodes at full size and converts here.
     vips::VImage ThumbnailOfCmyk(PixelSize size) const
     {
         const vips::VImage full = ReadFull(true);
@@ -146,12 +146,11 @@ private:
         vips::VOption* options = vips::VImage::option()
                                      ->set("height", size.Height)
                                      ->set("size", VIPS_SIZE_FORCE)
-                                     // Given to the reader itself: from a source, libvips' own
-                                     // "fail_on" of thumbnails reaches no reader.
+                                     // Passed to the loader itself: with a source, the thumbnail
+                                     // option "fail_on" does not reach it.
                                      ->set("option_string", "fail_on=truncated");
-        // Pixels without a profile count as sRGB and must then not be converted at all: on the
-        // way through another colour space they would not come back the same. A profile that is
-        // of no use counts as none.
+        // Pixels without a profile count as sRGB and must not be converted at all: they would not
+        // round-trip through another colour space. An unusable profile counts as none.
         if (HasProfile)
             options->set("export_profile", "srgb")->set("import_profile", "srgb");
         return vips::VImage::thumbnail_source(Open(), size.Width, options);
@@ -168,7 +167,7 @@ std::shared_ptr<const PhotographSource> OpenFile(const std::string& path,
                                                  const ReadOptions& options)
 {
     CheckFile(path);
-    // A source and not a file name: libvips reads options out of names that end in brackets.
+    // A source, not a file name: libvips parses options from names that end in brackets.
     return std::make_shared<const EncodedSource>(
         [path] { return vips::VSource::new_from_file(path.c_str()); }, options);
 }

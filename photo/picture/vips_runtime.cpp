@@ -18,11 +18,11 @@ namespace {
 
 // libvips is one for the whole process, and so are these.
 std::shared_mutex insideVips;
-std::mutex gate; // whoever waits to be alone holds it, so that nobody enters past him
+std::mutex gate; // held by a thread waiting to be alone, so that no other enters first
 std::mutex starting;
 bool started = false;
 
-// A damaged file makes libvips say so as a warning and as an error; the error is enough.
+// libvips reports a damaged file as a warning and as an error; the error is enough.
 void DropMessage(const char*, GLogLevelFlags, const char*, void*)
 {
 }
@@ -54,7 +54,7 @@ std::string OnOneLine(const std::string& text)
 int InitWithoutModules(const char* programName)
 {
     constexpr const char* kHome = "VIPSHOME";
-    if (g_getenv(kHome) != nullptr) // somebody has a reason; let it load what it finds
+    if (g_getenv(kHome) != nullptr) // set on purpose; let libvips load what it finds
         return VIPS_INIT(programName);
     g_setenv(kHome, "/nonexistent", FALSE);
     const int status = VIPS_INIT(programName);
@@ -62,8 +62,8 @@ int InitWithoutModules(const char* programName)
     return status;
 }
 
-// Loaders that were never hardened against hostile files stay shut, except these two that
-// photographs do come in.
+// Loaders never hardened against hostile files stay blocked, except these two formats that
+// photographs do use.
 void BlockUntrustedLoaders()
 {
     vips_block_untrusted_set(TRUE);
@@ -77,7 +77,7 @@ void LoadModules()
         const std::string path = std::string(VISTATRIM_VIPS_LIBDIR) + "/vips-modules-" +
                                  std::to_string(vips_version(0)) + "." +
                                  std::to_string(vips_version(1)) + "/" + name;
-        // A libvips without modules has these formats built in, or not at all.
+        // A libvips built without modules has these formats built in or lacks them.
         GModule* module = g_module_open(path.c_str(), G_MODULE_BIND_LAZY);
         if (module != nullptr)
             g_module_make_resident(module);
@@ -101,7 +101,7 @@ void StartPictureRuntime(const char* programName)
     // The library that compiles libvips' vector code at run time is not safe when several threads
     // free such code at once; a run with several workers crashed in it.
     vips_vector_set_enabled(FALSE);
-    // Every photograph is read once; remembered operations would only hold its memory.
+    // Every photograph is read once; cached operations would only hold its memory.
     vips_cache_set_max(0);
     started = true;
 }
@@ -141,7 +141,7 @@ void RunVips(const std::function<void()>& work, PhotoError::Kind kind, const std
         work();
         return;
     } catch (const vips::VError&) {
-        // Again, alone, for the reason.
+        // Run again, alone, to get the reason.
     } catch (const std::bad_alloc&) {
         throw PhotoError(PhotoError::Kind::OutOfMemory, "not enough memory");
     }

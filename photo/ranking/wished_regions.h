@@ -22,8 +22,8 @@ struct WishedRegion {
 
 // The cost of the wishes that the user names: it decides among crops that hold a part only.
 constexpr double kNamedWishCost = 12;
-// The cost of regions that a face finder, metadata or a file names: high enough that hardly any crop
-// that cuts a face comes before one that does not.
+// The cost of regions that a face finder, metadata or a file names: high enough that hardly any
+// crop that cuts a face comes before one that does not.
 constexpr double kFoundRegionCost = 16;
 
 bool MeetsHardRegions(const CInt32CropRect& crop, const std::vector<WishedRegion>& regions);

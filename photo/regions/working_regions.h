@@ -10,9 +10,9 @@
 
 namespace vistaTrim::photo {
 
-// Every working pixel that the rectangle touches. Outward is the right way for all wishes: a
-// crop that holds all of these pixels holds the rectangle itself, and a crop that keeps clear
-// of them keeps clear of the rectangle. The rectangle must lie inside the photograph.
+// Every working pixel that the rectangle touches. Rounding outward is right for every wish: a crop
+// that contains all of these pixels contains the rectangle, and a crop that avoids them avoids the
+// rectangle. The rectangle must lie inside the photograph.
 CInt32Rect ToWorkingOutward(const PixelRect& rect, PixelSize photo, PixelSize working);
 
 // The other way: every pixel of the photograph that the working rectangle touches.

@@ -164,8 +164,8 @@ void Ask(const WorkingPicture& picture, const CAnalysedPicture& analysed, const 
                          picture.Photo, shape, wishes);
         if (!rect)
             continue;
-        // Of a photograph smaller than the working picture, several crops can be the same
-        // pixels; the first of them is the best.
+        // In a photograph smaller than the working picture several crops can cover the same pixels;
+        // the first is the best.
         const auto same = [&rect](const Crop& other) { return other.Rect == *rect; };
         if (std::any_of(result.Crops.begin(), result.Crops.end(), same))
             continue;

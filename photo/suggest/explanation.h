@@ -16,7 +16,7 @@ namespace vistaTrim::photo {
 // all     every candidate of the request
 // wishes  clipped to the photograph; the first ones are of the request, the others are those of
 //         `found`
-// asked   how many crops were asked for
+// asked   number of crops requested
 void Explain(const CropList& all, const std::vector<Wish>& wishes,
              const std::vector<RegionWish>& found, const WorkingPicture& picture, int32_t asked,
              Suggestions& result);

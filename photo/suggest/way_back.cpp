@@ -50,7 +50,8 @@ int32_t Reach(double side, int32_t working, int32_t photo)
     return static_cast<int32_t>(std::ceil(std::max(workingPixel, side * kReachShare)));
 }
 
-// Whole-pixel sizes of the asked ratio near the wanted one: exact ones first, nearest first.
+// Whole-pixel sizes near the wanted one with the requested ratio: exact ones first, then nearest
+// first.
 std::vector<SizeChoice> SizesOfRatio(double width, double height, const Ratio& ratio,
                                      PixelSize working, PixelSize photo)
 {
@@ -96,7 +97,7 @@ int64_t WantedStart(int64_t first, int64_t last, int64_t working, int64_t photo,
     return std::llround(centre - static_cast<double>(count) / 2.0);
 }
 
-// Narrows the two ranges so that the wish stays met, given that `plain` meets it.
+// Narrows the two ranges so that the wish remains met, given that `plain` meets it.
 void KeepMet(const Wish& wish, const PixelRect& plain, PixelSize size, StartRange& x, StartRange& y)
 {
     const PixelRect& r = wish.Rect;
@@ -107,8 +108,7 @@ void KeepMet(const Wish& wish, const PixelRect& plain, PixelSize size, StartRang
         y.Highest = std::min<int64_t>(y.Highest, r.Y);
         return;
     }
-    // The region lies beyond at least one side of the crop. Stay on this side of it where the
-    // gap is widest.
+    // The region is beyond at least one side of the crop. Keep to the side with the widest gap.
     const int32_t gapRight = r.X - (plain.X + plain.Width);
     const int32_t gapLeft = plain.X - (r.X + r.Width);
     const int32_t gapBelow = r.Y - (plain.Y + plain.Height);
@@ -139,7 +139,7 @@ std::optional<PixelRect> ToPhotograph(const CInt32Rect& crop, PixelSize working,
             return std::nullopt;
         sizes.push_back({*shape.Size, true, 0.0});
     } else {
-        // A crop of no pixel counts as one pixel wide or high.
+        // A crop without pixels counts as one pixel wide or high.
         const int32_t wide = std::max(1, crop.Right - crop.Left + 1);
         const int32_t high = std::max(1, crop.Bottom - crop.Top + 1);
         const double width = static_cast<double>(wide) * photo.Width / working.Width;

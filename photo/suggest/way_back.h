@@ -12,22 +12,22 @@
 
 namespace vistaTrim::photo {
 
-// What the crop was asked to be: a ratio, or a size in pixels of the photograph.
+// The requested shape: a ratio, or a size in pixels of the photograph.
 struct CropShape {
     Ratio Aspect;
-    std::optional<PixelSize> Size; // goes before the ratio
+    std::optional<PixelSize> Size; // takes precedence over the ratio
 };
 
 // The crop as pixels of the photograph, never outside it.
 //
-// Its shape is the asked size; or the asked ratio exactly, if that takes no more than a
-// working pixel or 2 % of a side; else the ratio as near as whole pixels allow. A crop that
-// touches a border of the working picture touches that border of the photograph; one that touches
-// two opposite borders and has to give up pixels for its ratio lies in the middle.
+// Its shape is the requested size; or exactly the requested ratio, if that costs at most one
+// working pixel or 2 % of a side; otherwise the nearest ratio in whole pixels. A crop that touches
+// a border of the working picture touches that border of the photograph; one that touches two
+// opposite borders and must give up pixels for its ratio is centred.
 //
-// Every wish that the working crop meets is met by the result. If the shape and the wishes
-// cannot both be had, the wishes stand and the shape gives way by a few pixels; an asked size
-// never gives way, so then there is no crop.
+// The result meets every wish that the working crop meets. If shape and wishes conflict, the wishes
+// win and the shape changes by a few pixels; a requested size never changes, so then there is no
+// crop.
 std::optional<PixelRect> ToPhotograph(const CInt32Rect& crop, PixelSize working, PixelSize photo,
                                       const CropShape& shape, const std::vector<Wish>& wishes);
 

@@ -389,14 +389,14 @@ void ComputeBorderContrastsStepwise(CPlaneStack& blurred, float* scratch,
     // The one place where tables are built; all strip statistics below read these.
     BuildTables(blurred);
 
-    // The three planes jointly, against the top and against the bottom of the picture.
+    // The three planes together, against the top and the bottom of the picture.
     ComputeTopContrast(blurred, topStack, kAnchorFraction);
     ComputeBottomContrast(blurred, bottomStack, kAnchorFraction);
 
     // The colour contrast is the joint one alone, so it is taken before the planes come in.
     Minimum(scratch, maps.Contrast, count, maps.ColorContrast);
 
-    // Each plane by itself, on top of the joint contrast.
+    // Adds each plane's own contrast to the joint contrast.
     COwnedStack planeStack;
     planeStack.Create(1, cols, rows);
     for (const CPlaneStack& view : SplitPlaneViews(blurred)) {

@@ -44,7 +44,7 @@ VISTATRIM_FORMS(AccumulateProduct, (const float* a, const float* b, int32_t coun
 
 } // namespace
 
-// The regulariser joins the variance in double; variance, root and quotient are each rounded.
+// The regulariser is added in double; variance, root and quotient are each rounded to float.
 float InverseDeviation(float variance)
 {
     const float regularised = static_cast<float>(static_cast<double>(variance) + 10.0);
@@ -78,11 +78,11 @@ void InvertRegularised(const float* a, int32_t n, float eps, float* result)
         result[i * side + i] = result[i * side + i] + eps;
     const float firstDiagonal = result[0];
 
-    // A lower triangle in column-major order is the upper one of these rows; the matrix is
-    // symmetric, so it goes in as it stands.
+    // The lower triangle in column-major order is the upper one in row-major order; the matrix is
+    // symmetric, so pass it unchanged.
     if (linearAlgebra::FactorPositiveDefinite(n, result) > 0) {
-        // Not positive definite. The first plane stands for all, and eps is added to it a second
-        // time: an indefinite model becomes one common scale, infinite if the sum is 0.
+        // Not positive definite. The first plane's variance is used for all, with eps added a
+        // second time: an indefinite model becomes one common scale, infinite if the sum is 0.
         std::fill_n(result, side * side, 0.0f);
         for (size_t i = 0; i < side; ++i)
             result[i * side + i] = 1.0f / (firstDiagonal + eps);
@@ -116,7 +116,7 @@ void ComputeMahalanobisMap(const CPlaneStack& stack, CPlaneStack& out, const CPl
         DotThreePlanes(blocks, weighted.Planes[0], count, out.Planes[0]);
     else
         DotPlanes(weighted.Planes[0], blocks, n, count, out.Planes[0]);
-    // Rounding can make a square negative; its root is not a number then, and stays so.
+    // Rounding can make a square negative; its root is then NaN and stays NaN.
     VectorSqrt(count, out.Planes[0], out.Planes[0]);
     if (normalise)
         NormalisePlane(out.Planes[0], count);

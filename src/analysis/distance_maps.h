@@ -31,7 +31,7 @@ float InverseDeviation(float variance);
 // result = inverse of (a + eps I), n x n; a diagonal matrix if that is not positive definite.
 void InvertRegularised(const float* a, int32_t n, float eps, float* result);
 
-// result[i] = sum over three planes of a * b, rounded once. Planes stand count floats apart.
+// result[i] = sum over three planes of a * b, rounded once. Planes are count floats apart.
 void DotThreePlanes(const float* a, const float* b, int32_t count, float* result);
 // The same for any number of planes, rounded at each plane.
 void DotPlanes(const float* a, const float* b, int32_t planes, int32_t count, float* result);

@@ -12,8 +12,8 @@ namespace vistaTrim {
 
 namespace {
 
-// The product is cut off as it stands, in double: 0.04f lies a little below 0.04 and 0.2f a
-// little above 0.2, so 25 pixels vanish at the first scale and 5 pixels leave one at the second.
+// The double product is truncated without rounding to float: 0.04f is just below 0.04 and 0.2f just
+// above 0.2, so 25 pixels become 0 at the first scale and 5 pixels become 1 at the second.
 int32_t ScaledLength(int32_t length, float scale)
 {
     return static_cast<int32_t>(double(static_cast<float>(length)) * double(scale));
@@ -27,11 +27,12 @@ VISTATRIM_FORM_BODY void DivideRowBody(float* row, int32_t length, double diviso
 }
 VISTATRIM_FORMS(DivideRow, (float* row, int32_t length, double divisor), (row, length, divisor))
 
-// Rows that are summed side by side. Each sum waits for its last addition, so eight of them
-// take little longer than one; their order of additions stays.
+// Rows summed side by side. Each sum depends on its last addition, so eight take little longer than
+// one; the order of additions within a row is unchanged.
 constexpr int32_t kRowsAtOnce = 8;
 
-// NormaliseRowBySum on kRowsAtOnce rows. Adding nothing is adding 0 here: a sum never is -0.
+// NormaliseRowBySum on kRowsAtOnce rows. Skipping an element equals adding 0, since a sum is never
+// -0.
 void NormaliseRows(float* rows, int32_t length, float offset, float threshold)
 {
     float sums[kRowsAtOnce] = {};
@@ -52,7 +53,7 @@ void ComputeMultiScaleEdges(const CPlaneStack& source, CPlaneStack& out, bool no
 {
     float* const sum = out.Planes[0];
 
-    // A list, since owned stacks do not move.
+    // A list, because owned stacks cannot be moved.
     std::list<COwnedStack> scaledStacks;
     bool refusal = false; // by a resize, of a picture one pixel wide or high
     for (const float scale : scales) {
@@ -100,11 +101,10 @@ void ComputeMultiScaleEdges(const CPlaneStack& source, CPlaneStack& out, bool no
         SmoothStack(smallEdges, smallSmoothed, 0.5);
         ResizeStackLinear(smallSmoothed, fullEdges);
 
-        // The count is that of the small size, and it is meant: only the first `count` elements
-        // of the full plane, its top few rows, are measured and stretched to 0..1. All others
-        // keep the lower strength that smoothing and resizing left them, so edges at the very
-        // top of a picture weigh more, with a seam in the middle of a row. The fitted model of
-        // composition has learnt from maps of this kind.
+        // The count of the small plane is intended: only the first `count` elements of the full
+        // plane, its top few rows, are measured and stretched to 0..1. The rest keep the lower
+        // strength left by smoothing and resizing, so edges at the very top of a picture weigh
+        // more, with a seam in the middle of a row. The composition model was fitted on such maps.
         NormalisePlane(full, count);
         if (!first)
             VectorAdd(out.ElementCount, sum, full, sum);
@@ -128,8 +128,8 @@ void NormaliseRowsBySum(CPlaneStack& stack)
                           threshold);
 }
 
-// The threshold keeps faint elements out of the sum and out of nothing else: every element is
-// divided, and none is cleared.
+// The threshold only keeps faint elements out of the sum: every element is divided and none is
+// cleared.
 void NormaliseRowBySum(float* row, int32_t length, float offset, float threshold)
 {
     float sum = 0.0f;

@@ -11,7 +11,7 @@ namespace vistaTrim {
 
 // source  any number of planes; only read
 // out     one plane of the same size; receives the sum over the scales
-// scales  each above 0 and at most 1, not tested; a scale that leaves no pixel is skipped
+// scales  each above 0 and at most 1, not checked; a scale that leaves no pixel is skipped
 void ComputeMultiScaleEdges(const CPlaneStack& source, CPlaneStack& out, bool normaliseOutput,
                             bool normaliseRows, std::vector<float> scales);
 

@@ -32,8 +32,8 @@ constexpr size_t kCacheLine = 64; // bytes
 // Rows of all maps and tables that are finished together; they fit into the second-level cache.
 constexpr uint32_t kFinishedRows = 2 * kTableBand;
 
-// Working length of a source length, rounded to the nearest; 0 if nothing is left of it, and
-// for the NaN that a picture of no pixels gives.
+// The working length of a source length, rounded to nearest; 0 if it rounds to nothing, and for the
+// NaN of a picture without pixels.
 int32_t WorkLength(int32_t sourceLength, float scaleFactor)
 {
     const double length =
@@ -48,10 +48,10 @@ float LevelAtFraction(float largest, float fraction)
     return static_cast<float>(double(largest) * double(fraction));
 }
 
-// Five strips of columns, weighted about 0.2, 0.4472, 1, 0.4472, 0.2. Only the columns count:
-// in a photograph that is wider than high the subject is rarely far off the middle column, but
-// often low or high. The weight steps from strip to strip. On maps under five columns strips
-// share a column, which is weighted more than once, or are empty, which ScaleColumns refuses.
+// Five strips of columns, weighted about 0.2, 0.4472, 1, 0.4472, 0.2. Only columns are weighted: in
+// a landscape photograph the subject is rarely far from the middle column, but often low or high.
+// The weight steps from strip to strip. On maps with fewer than five columns, strips share a
+// column, which is weighted more than once, or are empty, which ScaleColumns skips.
 void CentreWeightColumns(CFloatMatrix& map)
 {
     const float step = static_cast<float>(std::pow(double(0.2f), 0.5));
@@ -90,8 +90,8 @@ CNormalisation CleanEdgeMap(CFloatMatrix& edgeMap)
     strengths.ClearBelow(level);
     const CNormalisation normalisation(strengths);
 
-    // Each row is divided by its own sum of edges: a row of foliage or brickwork is damped, and
-    // the lone outline in a quiet row comes forward.
+    // Divides each row by its own sum of edges: a row of foliage or brickwork is damped, and a lone
+    // outline in a quiet row stands out.
     CPlaneRange damped;
     for (uint32_t row = 0; row < edgeMap.Rows; row += kEdgeBand) {
         const int32_t rows = static_cast<int32_t>(std::min(edgeMap.Rows - row, kEdgeBand));
@@ -105,8 +105,8 @@ CNormalisation CleanEdgeMap(CFloatMatrix& edgeMap)
     }
     ThresholdBelow(edgeMap, LevelAtFraction(damped.Largest(), 0.3f), 0.0f);
 
-    // The larger box is the second: thin responses vanish, and what survives ends one pixel
-    // wider on each side than it was.
+    // The second box is larger: thin responses vanish, and what survives grows by one pixel on each
+    // side.
     ErodeBox(edgeMap, kErodeSize);
     DilateBox(edgeMap, kDilateSize);
     CentreWeightColumns(edgeMap);
@@ -142,17 +142,17 @@ float GainOfMean(double mean)
     return static_cast<float>(1.0 / (double(static_cast<float>(mean)) + double(kGainOffset)));
 }
 
-// How a map is finished once the stages have filled what they fill.
+// How a map is completed after the stages have run.
 struct MapRule {
     const char* Name;
-    PictureMap Source; // the finished map that it is copied from; itself if a stage fills it
+    PictureMap Source; // the finished map it is copied from; itself if a stage fills it
     float Threshold;   // share of its own maximum below which it is cleared; 0 keeps everything
-    float Exponent;    // raises what is left; 1 keeps it
+    float Exponent;    // exponent applied to what is left; 1 keeps it
 };
 
-// Everything that goes through all maps goes by this list: memory, finishing, tables, names. A
-// source comes before its copies, and the peaks are taken from the colour contrast after its
-// threshold. Contrast and saliency keep their weak values; the edges are cleaned before.
+// The one list of maps, used for allocation, finishing, tables and names. A source precedes its
+// copies; the peaks come from the colour contrast after its threshold. Contrast and saliency keep
+// their weak values; the edges have been cleaned before.
 constexpr MapRule kMapRules[PictureMapCount] = {
     {"ContrastMap", MapContrast, 0.0f, 1.0f},  {"SaliencyMap", MapSaliency, 0.0f, 1.0f},
     {"ContrastMask", MapContrast, 0.1f, 1.0f}, {"ColorContrastMap", MapColorContrast, 0.2f, 1.0f},
@@ -177,16 +177,16 @@ size_t TableBytes(size_t elements)
 
 } // namespace
 
-// Two blocks instead of twenty. A large block that is given back is kept whole for the next
-// picture by the common allocators; twenty of middling size go back to the system and come
-// again page by page, which takes longer than the arithmetic on them.
+// Two blocks instead of twenty. Common allocators keep a freed large block for the next picture;
+// twenty medium blocks go back to the system and are faulted in again page by page, which takes
+// longer than the arithmetic on them.
 void CPictureAnalysis::AllocateMaps()
 {
     const uint32_t rows = static_cast<uint32_t>(WorkRows);
     const uint32_t cols = static_cast<uint32_t>(WorkCols);
     const size_t count = size_t{rows} * cols;
 
-    // new, not make_unique: nothing is to be cleared. The first map and table start on a cache
+    // new, not make_unique: avoids clearing the memory. The first map and table start on a cache
     // line, and with the usual widths of a picture all others do.
     MapStorage.reset(new float[PictureMapCount * count + kCacheLine / sizeof(float)]);
     TableStorage.reset(new std::byte[TableBytes(count) + kCacheLine]);
@@ -212,8 +212,8 @@ void CPictureAnalysis::BuildMaps(const CImageView& view)
     WorkCols = WorkLength(SourceCols, ScaleFactor);
     WorkRows = WorkLength(SourceRows, ScaleFactor);
     if (WorkCols < 1 || WorkRows < 1) {
-        // The object stays empty and nobody is told. The text says 1:640; the side that rounds
-        // to nothing belongs to a picture narrower than about 1:1280.
+        // The object stays empty and no error is reported. The message says 1:640, but a side
+        // rounds to 0 only for pictures narrower than about 1:1280.
         std::cerr << "Image aspect ratio is larger than 1:640! " << std::endl;
         return;
     }
@@ -295,8 +295,8 @@ void CPictureAnalysis::FinishMaps(const CNormalisation* scales)
         Totals[k] = MapTotal(Tables[k]);
 }
 
-// How far each side's band differs from the strip along that same side: little, if the border
-// is uniform.
+// How much each side's band differs from the strip along the same side: little, if the border is
+// uniform.
 void CPictureAnalysis::MeasureSides()
 {
     BorderBand = BandWidth(WorkCols, WorkRows);

@@ -13,7 +13,7 @@
 namespace vistaTrim {
 
 // The maps, in the order in which they are finished. The sides are top, bottom, left, right.
-// kMapRules in the source file holds the name and the making of each.
+// kMapRules in the source file says how each is named and built.
 enum PictureMap : int32_t {
     MapContrast,
     MapSaliency,
@@ -32,7 +32,7 @@ constexpr int32_t kPictureSides = 4;
 // The name of a map: a literal such as "ContrastMap".
 const char* PictureMapName(PictureMap map);
 
-// What BuildMaps sees of an image.
+// What BuildMaps reads from an image.
 struct CImageView {
     int32_t Cols;
     int32_t Rows;
@@ -40,9 +40,9 @@ struct CImageView {
     uint32_t ByteSize;     // of the buffer
 };
 
-// Whoever shares an analysis holds it as const: nothing changes after it is built, so any number
-// of threads may read it. Default-constructed, and for a picture so thin that one side rounds to
-// nothing, it is empty: no map holds an element, and the totals and gains are 0.
+// Shared as const: nothing changes once it is built, so any number of threads may read it. It is
+// empty when default-constructed and for a picture so thin that a side rounds to 0: the maps have
+// no elements, and the totals and gains are 0.
 class CPictureAnalysis {
 public:
     CPictureAnalysis() = default;
@@ -58,7 +58,7 @@ public:
     int32_t SourceCols = 0; // size of the image
     int32_t SourceRows = 0;
     int32_t BorderBand = 0;   // working pixels, width of the band along each side
-    float ScaleFactor = 0.0f; // source coordinates times this are working coordinates
+    float ScaleFactor = 0.0f; // multiplies source coordinates to give working coordinates
     CFloatMatrix Maps[PictureMapCount];
     CDoubleMatrix Tables[PictureMapCount]; // summed-area tables of the maps
     float Totals[PictureMapCount] = {};    // sums of the maps, at least 1e-10
@@ -72,8 +72,8 @@ private:
     void FinishMaps(const CNormalisation* scales);
     void MeasureSides();
 
-    // The matrices above borrow from these, one after the other. Bytes, because the tables' storage
-    // holds the stages' planes of floats before it holds the tables.
+    // Storage of the matrices above, one after the other. Bytes, because the tables' storage holds
+    // the stages' planes of floats before it holds the tables.
     std::unique_ptr<float[]> MapStorage;
     std::unique_ptr<std::byte[]> TableStorage;
 };

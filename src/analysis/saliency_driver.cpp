@@ -64,9 +64,9 @@ SaliencyMapScales MeasureSaliencyMaps(const CPlaneStack& pixels, const SaliencyM
         std::copy_n(borders.Sides, 4, scales.SideMaps);
     }
 
-    // Edges at two coarse scales, where there is contrast too. They come from the planes as
-    // they were before smoothing: shrinking picks single pixels, so fine texture and noise
-    // reach this map, which the fitted model of composition expects.
+    // Edges at two coarse scales, where there is also contrast. They come from the unsmoothed
+    // planes: downscaling picks single pixels, so fine texture and noise reach this map, and the
+    // composition model was fitted on that.
     CPlaneStack saliency;
     saliency.WrapPlane(cols, rows, buffers.SaliencyMap);
     ComputeMultiScaleEdges(pixels, saliency, false, false, {0.04f, 0.2f});

@@ -18,8 +18,8 @@ CStripRect MakeStrip(int32_t left, int32_t top, int32_t right, int32_t bottom)
     return {left, top, right, bottom, (right - left + 1) * (bottom - top + 1)};
 }
 
-// The four corners in this order, in double, rounded once. The table itself is a float table:
-// on large bright strips its entries have lost their last digits already.
+// The four corners in this order, in double, rounded once. The table holds floats: on large bright
+// strips its entries have already lost their last digits.
 float StripSum(const float* table, int64_t stride, const CStripRect& strip)
 {
     const double lastLast = table[(strip.Bottom + 1) * stride + strip.Right + 1];
@@ -75,7 +75,7 @@ void ComputeAnchoredContrast(const CPlaneStack& stack, CPlaneStack& out, const S
 
 } // namespace
 
-// The product is rounded to float before it is cut: 5 x 0.2f is 1 and not a little more.
+// The product is rounded to float before truncation: 5 x 0.2f is exactly 1, not a little more.
 BorderStrips MakeBorderStrips(int32_t cols, int32_t rows, float fraction)
 {
     const float width = static_cast<float>(std::min(cols, rows)) * fraction;
@@ -95,7 +95,7 @@ void ComputeTopContrast(const CPlaneStack& stack, CPlaneStack& out, float fracti
     ComputeAnchoredContrast(stack, out, {strips.Top}, {strips.Left, strips.Right, strips.Bottom});
 }
 
-// Not the mirror image of the above to the last bit: the tables sum from the top in both.
+// Mirrors the above, but not to the last bit: the tables sum from the top in both.
 void ComputeBottomContrast(const CPlaneStack& stack, CPlaneStack& out, float fraction)
 {
     const BorderStrips strips = MakeBorderStrips(stack.Cols, stack.Rows, fraction);
@@ -128,9 +128,9 @@ void StatisticsOfSums(int32_t planes, const float* sums, float area, float* mean
     for (int32_t plane = 0; plane < planes; ++plane)
         means[plane] = *sums++ / area;
 
-    // The mean of the products less the product of the means, in one step: no n - 1, and no
-    // clamp. Float tables of large flat strips can make a variance slightly negative; the
-    // regulariser of the distance absorbs that.
+    // The mean of the products minus the product of the means, in one step: no n - 1, and no clamp.
+    // Float tables of large flat strips can make a variance slightly negative; the regulariser of
+    // the distance absorbs that.
     for (int32_t i = 0; i < planes; ++i)
         for (int32_t j = i; j < planes; ++j) {
             const double moment = static_cast<double>(*sums++) / static_cast<double>(area);

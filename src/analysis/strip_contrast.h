@@ -21,8 +21,8 @@ struct BorderStrips {
     CStripRect Top, Bottom, Left, Right;
 };
 
-// fraction  of the shorter side; the width is cut to whole pixels, at least 1, and every strip
-//           is clipped to the image
+// fraction  of the shorter side; the width is truncated to whole pixels, at least 1, and every
+//           strip is clipped to the image
 BorderStrips MakeBorderStrips(int32_t cols, int32_t rows, float fraction);
 
 // Distance to the top strip plus distance to the other three, normalised to 0..1. stack has
@@ -33,8 +33,8 @@ void ComputeBottomContrast(const CPlaneStack& stack, CPlaneStack& out, float fra
 // Distance to each strip alone: top, bottom, left, right; each normalised to 0..1.
 void ComputeSideContrasts(const CPlaneStack& stack, CPlaneStack outs[4], float fraction);
 
-// Mean and covariance of the pixels of a group of strips. A pixel counts once for each strip
-// that holds it, so the image's corners weigh double.
+// Mean and covariance of the pixels of a group of strips. A pixel counts once for each strip that
+// contains it, so the image's corners count double.
 void ComputeStripStatistics(const CPlaneStack& stack, CPlaneStack& mean, CPlaneStack& covariance,
                             std::vector<CStripRect> group);
 

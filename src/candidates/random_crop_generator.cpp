@@ -12,14 +12,14 @@ namespace {
 
 constexpr double kRatioTolerance = 0.001; // of a ratio, over the longer side in pixels
 
-// The standard library words this failure as it likes; hosts know it by this text.
+// Standard libraries word this error differently; hosts recognise it by this message.
 [[noreturn]] void ThrowTooLong()
 {
     throw std::length_error("vector<T> too long");
 }
 
-// Truncates to a 64-bit whole number. What does not fit, and a NaN, gives the smallest one, so
-// that every table value has a defined result.
+// Truncates to a 64-bit integer. A value that does not fit, or NaN, gives the smallest one, so that
+// every table value has a defined result.
 int64_t Truncate(double value)
 {
     constexpr double kLimit = 9223372036854775808.0;
@@ -28,9 +28,9 @@ int64_t Truncate(double value)
     return INT64_MIN;
 }
 
-// A crop side or a position, in pixels. A negative side, or one that 32 bits do not hold, is the
-// largest number: no picture holds such a crop, and it must not come back as one of few pixels. A
-// NaN, which no comparison finds too large, is 0.
+// A crop side or position in pixels. A negative value, or one beyond 32 bits, becomes the largest
+// number: such a crop fits no picture and must not wrap to a few pixels. NaN, which no comparison
+// finds too large, becomes 0.
 uint32_t ToPixels(double value)
 {
     if (std::isnan(value))
@@ -120,7 +120,7 @@ const CropCell& RandomCropGenerator::GenerateCell(uint32_t aspectIndex, uint32_t
     const double aspect = AspectTable[aspectIndex].Value;
     const double scale = ScaleTable[scaleIndex].Value;
 
-    // Anchored on the side that the ratio would overflow.
+    // Anchored on the side that would otherwise overflow.
     double cropWidth = 0;
     double cropHeight = 0;
     if (imageWidth / imageHeight < aspect) {
@@ -135,9 +135,8 @@ const CropCell& RandomCropGenerator::GenerateCell(uint32_t aspectIndex, uint32_t
     if (w > ImageWidth || h > ImageHeight)
         ThrowText("RandomCropGenerator: error\n");
 
-    // The axis with more free room gets all the positions, the other one its share. The count
-    // less one is formed in 32 unsigned bits: a density of 0 wraps, and the steps below end
-    // the walk all the same.
+    // The axis with more free room gets all the positions, the other its share. The count minus one
+    // is unsigned 32-bit: a density of 0 wraps, and the steps below still terminate the walk.
     const uint32_t freeX = ImageWidth - w;
     const uint32_t freeY = ImageHeight - h;
     const double dx = freeX;
@@ -149,8 +148,8 @@ const CropCell& RandomCropGenerator::GenerateCell(uint32_t aspectIndex, uint32_t
         nx = Truncate(std::floor(intervals * (dx / dy) + 1));
     else
         ny = Truncate(std::floor(intervals * (dy / std::max(1.0, dx)) + 1));
-    // Filled apart and handed over whole: a cell left half full by exhausted memory would never
-    // be enumerated again.
+    // Filled separately and moved in when complete: a cell left half full when memory ran out would
+    // never be enumerated again.
     CropCell cell;
     Reserve(cell, static_cast<uint64_t>(nx) * static_cast<uint64_t>(ny));
 
@@ -163,8 +162,8 @@ const CropCell& RandomCropGenerator::GenerateCell(uint32_t aspectIndex, uint32_t
         const uint32_t x = ToPixels(std::floor(static_cast<double>(i) * stepX));
         for (int64_t j = 0; j < countY; ++j) {
             const uint32_t y = ToPixels(std::floor(static_cast<double>(j) * stepY));
-            // A side of 0 wraps at the first column or row, and the position is passed over;
-            // anywhere else such a crop is kept, with its last side one before its first.
+            // A side of 0 wraps at the first column or row, and the position is skipped; elsewhere
+            // such a crop is kept, with its last side one before its first.
             const uint32_t right = x + w - 1U;
             const uint32_t bottom = y + h - 1U;
             if (right >= ImageWidth || bottom >= ImageHeight)

@@ -10,10 +10,10 @@
 
 namespace vistaTrim {
 
-// Nothing in it is random, whatever the name says: the same tables and size always give the
-// same candidates in the same order. Rows and cells come into being on demand, in index
-// order, and a cell that holds candidates is never enumerated again, so that scores written
-// into them stay. Table rows are never removed: an index stays valid.
+// Despite the name nothing is random: the same tables and size always give the same candidates in
+// the same order. Rows and cells are created on demand, in index order, and a cell with candidates
+// is never enumerated again, so scores written into them persist. Table rows are never removed: an
+// index stays valid.
 //
 // Throws the char pointer "RandomCropGenerator: error\n" when a crop does not fit the image,
 // std::length_error "vector<T> too long", std::bad_alloc.
@@ -53,7 +53,7 @@ private:
     uint32_t ImageHeight = 0;
     std::vector<DoubleInfo> AspectTable;
     std::vector<DoubleInfo> ScaleTable;
-    double RatioTolerance = 0.0; // ratios closer than this are the same row
+    double RatioTolerance = 0.0; // closer ratios count as the same row
     uint32_t NumMaxCropRectsPerSide = 0;
 };
 

@@ -4,9 +4,9 @@
 #include <cstdlib>
 #include <memory>
 
-// The address sanitizer knows of the block and not of the pieces that are cut from it. It is
-// told: all of the block is out of bounds but the pieces in use, their headers included. The
-// header defines both macros as nothing where there is no such sanitizer.
+// The address sanitizer knows the block but not the pieces cut from it. So this marks the whole
+// block as out of bounds except the pieces in use and their headers. Without the sanitizer the
+// macros expand to nothing.
 #if __has_include(<sanitizer/asan_interface.h>)
 #include <sanitizer/asan_interface.h>
 #else
@@ -14,28 +14,28 @@
 #define ASAN_UNPOISON_MEMORY_REGION(address, size) ((void)(address), (void)(size))
 #endif
 
-// For what reads the headers.
+// For functions that read the piece headers.
 #define VISTATRIM_NOT_WATCHED __attribute__((no_sanitize("address")))
 
 namespace vistaTrim {
 
 namespace {
 
-// A cache line, and the widest vector register there is.
+// The size of a cache line and of the widest vector register.
 constexpr size_t kSmallestAlignment = 64;
 
-// Stands in front of every piece of a scratch block.
+// Precedes every piece of a scratch block.
 struct PieceHeader {
     size_t PreviousLast; // start of the piece below
     size_t PreviousTop;  // where the free bytes begin once this piece is gone
     size_t Bytes;        // of the piece
-    bool Free;           // given back while a piece above it was in use
+    bool Free;           // freed while a piece above it was in use
 };
 static_assert(sizeof(PieceHeader) <= kSmallestAlignment, "a header is one step of alignment");
 
 constexpr size_t kNoPiece = SIZE_MAX;
 
-// One for each thread: threads that analyse at the same time share nothing.
+// One per thread: concurrent analyses share nothing.
 thread_local CScratchScope* currentScope = nullptr;
 
 size_t RoundUp(size_t value, size_t alignment)
@@ -52,7 +52,7 @@ void* AllocateAligned(size_t size, size_t alignment)
     const bool isPowerOfTwo = (alignment & (alignment - 1)) == 0;
     if (alignment < kSmallestAlignment || !isPowerOfTwo)
         alignment = kSmallestAlignment;
-    // The one larger alignment that somebody may ask for goes to the free store.
+    // A larger alignment is allocated on the heap.
     if (currentScope != nullptr && alignment == kSmallestAlignment) {
         void* const piece = currentScope->Take(size);
         if (piece != nullptr)
@@ -116,7 +116,7 @@ VISTATRIM_NOT_WATCHED bool CScratchScope::GiveBack(void* pointer)
         reinterpret_cast<PieceHeader*>(static_cast<char*>(pointer) - kSmallestAlignment);
     given->Free = true;
     ASAN_POISON_MEMORY_REGION(pointer, given->Bytes);
-    // What lies on top and is free goes; stages free mostly in the reverse order of making.
+    // Removes free pieces from the top; stages mostly free in reverse order of allocation.
     while (Last != kNoPiece) {
         const PieceHeader* const header =
             reinterpret_cast<const PieceHeader*>(Block + Last - kSmallestAlignment);

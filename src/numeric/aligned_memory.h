@@ -12,16 +12,16 @@ namespace vistaTrim {
 // Null when memory is exhausted: nothing is thrown.
 void* AllocateAligned(size_t size, size_t alignment);
 
-// Gives back what AllocateAligned returned; null is accepted.
+// Frees what AllocateAligned returned; null is allowed.
 void FreeAligned(void* pointer);
 
-// While one lives, AllocateAligned on its thread cuts from the given block, as long as it
-// lasts, and FreeAligned gives back to it. So a stage that makes and drops many planes can run
-// in memory that stands ready, where fresh planes would come from the system page by page.
-// What is allocated while a scope lives is freed while it lives.
+// While one exists, AllocateAligned on its thread takes memory from the given block until it is
+// used up, and FreeAligned returns it there. A stage that creates and drops many planes then reuses
+// mapped memory instead of faulting in fresh pages. Free everything allocated within a scope before
+// the scope ends.
 class CScratchScope {
 public:
-    // The block is the caller's and its contents are lost.
+    // The caller owns the block; its contents are overwritten.
     CScratchScope(void* block, size_t bytes);
     ~CScratchScope();
     CScratchScope(const CScratchScope&) = delete;
@@ -34,8 +34,8 @@ private:
     void* Take(size_t size);
     bool GiveBack(void* pointer);
 
-    CScratchScope* Outer; // the scope that it stands in for, or null
-    char* Block;          // on the smallest alignment
+    CScratchScope* Outer; // the enclosing scope, or null
+    char* Block;          // aligned to the smallest alignment
     size_t Size;
     size_t Last; // start of the uppermost piece in use; each piece knows the one below
     size_t Top;  // first byte that is free

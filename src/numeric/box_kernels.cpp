@@ -1,7 +1,7 @@
 // Minimum and maximum over a box, in place: along the rows, then down the columns.
 //
-// The border repeats the nearest pixel, which adds nothing to a minimum or maximum: the box is
-// in effect cut to the picture, and a box larger than the picture need not be walked in full.
+// The border repeats the nearest pixel, which cannot change a minimum or maximum: the box is in
+// effect clipped to the picture, so a box larger than the picture is not traversed in full.
 #include <algorithm>
 #include <cstdint>
 #include <cstring>
@@ -16,7 +16,7 @@ namespace vistaTrim {
 
 namespace {
 
-// Boxes of up to this reach are compared in registers.
+// Boxes of up to this radius are compared in registers.
 constexpr int32_t kMaxFixedReach = 3;
 
 VISTATRIM_FORM_BODY float Extreme(float a, float b, bool largest)
@@ -31,7 +31,7 @@ VISTATRIM_FORM_BODY void ExtremeOfLines(const float* const* lines, int32_t last,
                                         float* __restrict__ out, int32_t count)
 {
     for (int32_t x = 0; x < count; ++x) {
-        // A box holds a line at least. NOLINTNEXTLINE(clang-analyzer-core.NullDereference)
+        // A box has at least one line. NOLINTNEXTLINE(clang-analyzer-core.NullDereference)
         float extreme = lines[0][x];
         for (int32_t k = 1; k <= last; ++k)
             extreme = Extreme(extreme, lines[k][x], largest);
@@ -46,13 +46,13 @@ VISTATRIM_FORM_BODY void TakeExtreme(const float* line, bool largest, float* __r
         out[x] = Extreme(out[x], line[x], largest);
 }
 
-// How far a box reaches on either side of its pixel along one axis.
+// The radius of a box on either side of its pixel along one axis.
 struct BoxReach {
     int32_t Before;
     int32_t After;
 };
 
-// The box of one call, cut to the picture, and where its scratch lies.
+// The box of one call, clipped to the picture, and its scratch.
 struct BoxPlan {
     BoxReach X;
     BoxReach Y;
@@ -90,8 +90,8 @@ VISTATRIM_FORM_BODY void ExtremesAlongRow(const float* row, const BoxPlan& plan,
     }
 }
 
-// A row is written back only when no later row needs its old values: by then the extremes
-// along x of every row in the box, that row included, stand in the ring.
+// A row is written back only when no later row needs its old values: by then the ring holds the
+// extremes along x of every row in the box, including that row.
 VISTATRIM_FORM_BODY void BoxRows(float* data, int64_t stride, int32_t cols, int32_t rows,
                                  const BoxPlan& plan, BoxReach reachX, BoxReach reachY, bool fixed,
                                  bool largest)
@@ -190,7 +190,7 @@ int32_t CheckBox(int32_t cols, int32_t rows, int32_t maskSize, int32_t anchor)
     return KernelSuccess;
 }
 
-// Both operations use these words: the minimum too speaks of dilation.
+// Both operations print these messages: the minimum also says dilation.
 void RunBox(CFloatMatrix& map, int32_t maskSize, bool largest)
 {
     const int32_t cols = static_cast<int32_t>(map.Cols);

@@ -19,7 +19,8 @@ CpuForm activeForm = WidestAvailable();
 bool CpuFormAvailable(CpuForm form)
 {
 #if defined(__x86_64__)
-    // Constructors of other files may ask before the runtime has looked at the processor.
+    // Static constructors of other files may call this before the runtime has detected the
+    // processor.
     __builtin_cpu_init();
     switch (form) {
     case CpuFormPlain: return true;

@@ -1,7 +1,7 @@
-// Kernels compiled in several forms, one for each generation of processors.
+// Kernels compiled as several ISA variants.
 //
-// A kernel is one plain loop nest, written once as an always-inlined body; the macro below
-// compiles it again for wider registers and picks a form at run time. All forms round alike:
+// A kernel is one plain loop nest, written once as an always-inlined body; the macro below compiles
+// it again for wider registers and picks a variant at run time. All variants give the same bits:
 // nothing is contracted, and no loop sums in an order that depends on the register width.
 #ifndef VISTATRIM_NUMERIC_CPU_FORMS_H
 #define VISTATRIM_NUMERIC_CPU_FORMS_H
@@ -16,19 +16,19 @@ enum CpuForm {
     CpuFormCount = 4
 };
 
-// True if this machine (and this build) can run the form. Plain always can.
+// True if this machine and this build can run the variant. Plain is always available.
 bool CpuFormAvailable(CpuForm form);
-// The form in use: the widest available one, unless SelectCpuForm chose another.
+// The variant in use: the widest available, unless SelectCpuForm chose another.
 CpuForm ActiveCpuForm();
-// For tests and benchmarks: every kernel runs in this form from now on. Not thread-safe.
+// For tests and benchmarks: every kernel uses this variant from now on. Not thread-safe.
 void SelectCpuForm(CpuForm form);
 
 } // namespace vistaTrim
 
 #define VISTATRIM_FORM_BODY static inline __attribute__((always_inline))
 
-// Before a loop whose steps do not read what other steps write: arrays are either the same or
-// apart, never shifted against each other. Without it an in-place call may run the scalar tail.
+// Goes before a loop whose iterations are independent: arrays are identical or disjoint, never
+// partly overlapping. Without it an in-place call may run the scalar tail.
 #if defined(__clang__)
 #define VISTATRIM_INDEPENDENT_STEPS _Pragma("clang loop vectorize(assume_safety)")
 #else

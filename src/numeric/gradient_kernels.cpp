@@ -1,7 +1,7 @@
 // The two 3x3 differences and the gradient strength made of them.
 //
-// Sums are written out from left to right (or from top to bottom) and all forms keep that
-// order, so that the strength comes out the same to the bit whichever way it is computed.
+// Sums run from left to right (or top to bottom) and every variant keeps that order, so the
+// strength has the same bits however it is computed.
 #include <algorithm>
 #include <cmath>
 #include <cstdint>
@@ -26,7 +26,7 @@ VISTATRIM_FORM_BODY float OneTwoOne(float before, float at, float after)
     return before + 2.0f * at + after;
 }
 
-// sums[x] = p(x-1) + 2 p(x) + p(x+1). The two border pixels stand apart from the loop.
+// sums[x] = p(x-1) + 2 p(x) + p(x+1). The two border pixels are handled outside the loop.
 VISTATRIM_FORM_BODY void SumAlongRow(const float* row, float* sums, int32_t cols)
 {
     const int32_t last = cols - 1;
@@ -49,7 +49,7 @@ VISTATRIM_FORM_BODY void SumDownColumns(const float* above, const float* at, con
     sums[cols] = sums[cols - 1];
 }
 
-// Three rows of sums in turn: each source row is summed once and used twice.
+// Three rotating rows of sums: each source row is summed once and used twice.
 VISTATRIM_FORM_BODY void RowDifferenceBody(const float* src, float* dst, int32_t cols, int32_t rows,
                                            float* scratch)
 {
@@ -151,8 +151,7 @@ int32_t CheckPlanes(const float* src, const float* dst, int32_t cols, int32_t ro
 using SobelKernel = int32_t (*)(const float* src, float* dst, int32_t cols, int32_t rows,
                                 void* buffer);
 
-// The message about scratch names one kernel for both: it is one text, and readers of the
-// error stream know it.
+// The scratch message names the same kernel for both: hosts know this message on the error stream.
 bool RunSobel(SobelKernel kernel, const float* src, float* dst, int32_t cols, int32_t rows)
 {
     void* buffer = AllocateKernelBuffer(SobelBufferSize(cols));
@@ -171,7 +170,7 @@ int32_t SobelBufferSize(int32_t cols)
 {
     const int64_t size =
         3 * (std::max<int64_t>(cols, 1) + 2 * kBorder) * static_cast<int64_t>(sizeof(float));
-    // More than the size can tell: 0, which no buffer is given for.
+    // Too large for the type: 0, for which no buffer is allocated.
     return size > std::numeric_limits<int32_t>::max() ? 0 : static_cast<int32_t>(size);
 }
 
@@ -208,10 +207,9 @@ void GradientStrengthStepwise(const float* src, float* dst, int32_t cols, int32_
         static_cast<float*>(AllocateAligned(static_cast<size_t>(count) * sizeof(float), 64));
     const bool haveRows = RunSobel(SobelRowKernel, src, dst, cols, rows);
     const bool haveColumns = RunSobel(SobelColumnKernel, src, temporary, cols, rows);
-    // A failed call leaves its destination as it was. Without the row difference dst is such a
-    // destination, and keeps what it held: the other half is not added to it. Without the column
-    // difference the temporary plane is one, and holds nothing yet: dst gets the half that there
-    // is.
+    // A failed call leaves its destination unchanged. If the row difference failed, dst keeps its
+    // old contents and the column difference is not added. If the column difference failed, the
+    // temporary plane holds nothing, and dst gets the row difference alone.
     if (haveRows) {
         VectorAbs(count, dst, dst);
         if (haveColumns) {
@@ -222,8 +220,8 @@ void GradientStrengthStepwise(const float* src, float* dst, int32_t cols, int32_
     FreeAligned(temporary);
 }
 
-// The single pass needs neither the temporary plane nor three further passes. Whatever keeps
-// it from running is left to the stepwise form to report.
+// The single pass needs neither the temporary plane nor three more passes. If it cannot run, the
+// stepwise form runs and reports why.
 void GradientStrength(const float* src, float* dst, int32_t cols, int32_t rows)
 {
     void* buffer = AllocateKernelBuffer(SobelBufferSize(cols));

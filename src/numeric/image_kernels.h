@@ -1,9 +1,9 @@
 // Image operations on row-major float planes with a row stride of exactly cols floats.
 //
-// A pixel outside the image has the value of the nearest pixel inside. A failed call writes
-// a message to the error stream and leaves its destination as it was; nothing is returned
-// and nothing thrown (save BlurInterleavedPixels on exhausted memory): failure degrades the
-// analysis and never stops it.
+// A pixel outside the image has the value of the nearest pixel inside. A failed call writes a
+// message to the error stream and leaves its destination unchanged; nothing is returned or thrown
+// (except by BlurInterleavedPixels when memory runs out): a failure degrades the analysis but never
+// stops it.
 #ifndef VISTATRIM_NUMERIC_IMAGE_KERNELS_H
 #define VISTATRIM_NUMERIC_IMAGE_KERNELS_H
 
@@ -15,8 +15,8 @@
 
 namespace vistaTrim {
 
-// A destination plane is another one than the source. A stack given as target holds at least
-// as many planes as the source, which decides how many are done.
+// dst and src must not overlap. A target stack has at least as many planes as the source; the
+// source's planes are processed.
 
 // Row below minus row above, each smoothed with 1 2 1; no divisor.
 void SobelRowDifference(const float* src, float* dst, int32_t cols, int32_t rows);
@@ -27,8 +27,8 @@ void GradientStrength(const float* src, float* dst, int32_t cols, int32_t rows);
 // The gradient strengths of all planes of a stack, added in their order.
 void SumGradientStrengths(const CPlaneStack& planes, float* dst);
 
-// maskSize taps each way, odd and at least 3, cut there whatever sigma is. A constant
-// plane comes out as one value everywhere, within rounding of the source's.
+// maskSize taps in each direction, odd and at least 3, truncated there whatever sigma is. A
+// constant plane stays constant, within rounding of the source's value.
 void GaussianSmooth(const float* src, float* dst, int32_t cols, int32_t rows, int32_t maskSize,
                     float sigma);
 // Every plane of source into the same plane of target, mask 7.
@@ -39,23 +39,22 @@ void BlurPlanes(const CPlaneStack& pixels, float sigma, float* const out[3]);
 void BlurInterleavedPixels(const uint8_t* pixels, int32_t cols, int32_t rows, float sigma,
                            float* const out[3]);
 
-// Bilinear, half-pixel centres, no antialiasing. A source under 2 pixels in either direction
-// is refused.
+// Bilinear, half-pixel centres, no antialiasing. A source of fewer than 2 pixels in either
+// direction is rejected.
 void ResizeStackLinear(CPlaneStack source, CPlaneStack target);
 
-// Elements that are not at or above level become value.
+// Elements below level, and NaN, become value.
 void ThresholdBelow(CFloatMatrix& map, float level, float value);
-// Columns firstCol .. firstCol + width - 1 of all rows, times factor. An empty width is refused
-// silently.
+// Columns firstCol .. firstCol + width - 1 of all rows, times factor. An empty width is ignored.
 void ScaleColumns(CFloatMatrix& map, int32_t firstCol, int32_t width, float factor);
 // Minimum or maximum over a size x size box, size odd, anchored at its centre; in place.
 void ErodeBox(CFloatMatrix& map, int32_t size);
 void DilateBox(CFloatMatrix& map, int32_t size);
 
-// The text of a kernel status.
+// The message for a kernel status.
 const char* StatusText(int32_t status);
 
-// Scratch of one kernel call, 64-byte aligned; null for a size below 1 or no memory.
+// Scratch for one kernel call, 64-byte aligned; null for a size below 1 or if memory runs out.
 void* AllocateKernelBuffer(int32_t size);
 void FreeKernelBuffer(void* pointer);
 

@@ -95,7 +95,7 @@ void CFloatMatrix::ResizeZeroed(uint32_t rows, uint32_t cols)
 
 void CFloatMatrix::CopyFrom(const CFloatMatrix& other)
 {
-    // The storage goes first: if there is none to be had, the old shape still fits the old data.
+    // Allocate first: if that fails, the old shape still matches the old data.
     CFloatArray::CopyFrom(other);
     Rows = other.Rows;
     Cols = other.Cols;

@@ -16,12 +16,13 @@ struct CMatrixSize {
 class CFloatArray {
 public:
     CFloatArray() = default;
-    // New storage, contents undefined. 2^30 elements or more: std::bad_alloc, nothing tried.
+    // New storage, contents undefined. Throws std::bad_alloc for 2^30 elements or more, without
+    // trying.
     explicit CFloatArray(uint32_t count);
     CFloatArray(const CFloatArray&) = delete;
     CFloatArray& operator=(const CFloatArray&) = delete;
 
-    // Takes new storage before it frees the old, and none at all if the counts are equal.
+    // Allocates new storage before freeing the old; reuses it if the counts are equal.
     void CopyFrom(const CFloatArray& other);
     void Swap(CFloatArray& other);
 
@@ -33,17 +34,17 @@ protected:
     void View(uint32_t count, float* data);
 
 private:
-    std::unique_ptr<float[]> Owned; // empty if Data belongs to somebody else
+    std::unique_ptr<float[]> Owned; // empty if Data is owned elsewhere
 };
 
 class CFloatMatrix : public CMatrixSize, public CFloatArray {
 public:
-    // New storage; the rectangle that old and new have in common is copied, the rest is
-    // undefined. std::bad_alloc leaves the matrix as it was.
+    // Allocates new storage; copies the common rectangle and leaves the rest undefined. If it
+    // throws std::bad_alloc, the matrix is unchanged.
     void Resize(uint32_t rows, uint32_t cols);
-    // Takes a place of rows x cols elements in storage that belongs to somebody else, who keeps
-    // it for as long as the matrix is used. What the matrix held is given up. The limit is that of
-    // storage of its own: std::bad_alloc leaves the matrix as it was.
+    // Uses rows x cols elements of storage owned elsewhere, which must outlive the use of this
+    // matrix. Releases what the matrix held. The size limit is that of owned storage; if it throws
+    // std::bad_alloc, the matrix is unchanged.
     void Borrow(uint32_t rows, uint32_t cols, float* data);
     // Every element 0; storage is kept when the element count stays the same.
     void ResizeZeroed(uint32_t rows, uint32_t cols);

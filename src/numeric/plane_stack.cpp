@@ -26,7 +26,7 @@ VISTATRIM_FORM_BODY void WidenPixelsBody(const uint8_t* __restrict__ bytes,
                                          float* __restrict__ plane0, float* __restrict__ plane1,
                                          float* __restrict__ plane2, int32_t count)
 {
-    // Three times a count of pixels can pass 32 bits.
+    // Three times the pixel count can exceed 32 bits.
     const ptrdiff_t pixels = count;
     for (ptrdiff_t i = 0; i < pixels; ++i) {
         plane0[i] = bytes[3 * i];
@@ -67,7 +67,7 @@ void CPlaneStack::Create(int32_t planeCount, int32_t cols, int32_t rows)
     Rows = rows;
     PlaneCount = planeCount;
     ElementCount = cols * rows;
-    // The lists first: one that cannot grow must not take a plane with it.
+    // Grow the lists first: a list that fails to grow must not leak a plane.
     const size_t n = planeCount > 0 ? static_cast<size_t>(planeCount) : 0;
     Planes.reserve(n);
     PlaneTables.assign(n, nullptr);
@@ -79,7 +79,7 @@ void CPlaneStack::Create(int32_t planeCount, int32_t cols, int32_t rows)
 
 void CPlaneStack::Release()
 {
-    // A stack that was released before has its sizes still, but no planes.
+    // A stack released earlier still has its sizes, but no planes.
     const size_t planes = std::min(static_cast<size_t>(PlaneCount), Planes.size());
     for (size_t k = 0; k < planes; ++k)
         FreeAligned(Planes[k]);

@@ -14,10 +14,10 @@ class CPlaneStack {
 public:
     CPlaneStack() = default;
 
-    // One plane that stays the caller's; the second form has no room for tables.
+    // One plane that the caller keeps; the second overload has no slots for tables.
     void WrapPlane(int32_t cols, int32_t rows, float* plane);
     void WrapPlaneOnly(int32_t cols, int32_t rows, float* plane);
-    // Releases what was there, then makes planeCount planes, 64-byte aligned, not cleared.
+    // Releases the old planes, then allocates planeCount planes, 64-byte aligned and uninitialised.
     void Create(int32_t planeCount, int32_t cols, int32_t rows);
     // Frees planes and tables. Only for a stack made by Create. The size fields stay.
     void Release();

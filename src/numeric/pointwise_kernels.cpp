@@ -1,4 +1,4 @@
-// ThresholdBelow and ScaleColumns: each pixel for itself, nothing reported.
+// ThresholdBelow and ScaleColumns: each pixel independently; errors are not reported.
 #include "numeric/cpu_forms.h"
 #include "numeric/image_kernels.h"
 #include "numeric/raw_kernels.h"
@@ -7,7 +7,7 @@ namespace vistaTrim {
 
 namespace {
 
-// Asks for v >= level and not for v < level: what compares with nothing is replaced too.
+// Tests v >= level, not v < level, so that NaN is replaced too.
 VISTATRIM_FORM_BODY void ReplaceBelowBody(float* data, int64_t count, float level, float value)
 {
     for (int64_t i = 0; i < count; ++i)
@@ -50,14 +50,14 @@ int32_t ScaleKernel(float* data, int64_t stride, int32_t cols, int32_t rows, flo
     return KernelSuccess;
 }
 
-// An empty map is no error to a caller: nothing happens, and nothing is said.
+// An empty map is not an error: nothing happens and no message is printed.
 void ThresholdBelow(CFloatMatrix& map, float level, float value)
 {
     ThresholdKernel(map.Data, static_cast<int32_t>(map.Cols), static_cast<int32_t>(map.Rows), level,
                     value);
 }
 
-// An empty strip is what a map of fewer columns than strips gives; it is passed over.
+// A map with fewer columns than strips has empty strips; skip them.
 void ScaleColumns(CFloatMatrix& map, int32_t firstCol, int32_t width, float factor)
 {
     ScaleKernel(map.Data ? map.Data + firstCol : nullptr, map.Cols, width,

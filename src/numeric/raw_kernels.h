@@ -1,8 +1,8 @@
 // The kernels beneath the operations of image_kernels.h.
 //
-// Each returns a status, prints nothing, and touches its destination only if it returns
-// success. The operations add scratch, messages and indifference to failure; tests come here
-// to see a status that an operation swallows or cannot provoke.
+// Each returns a status, prints nothing, and touches its destination only if it returns success.
+// The operations add scratch and messages and ignore failures; tests call these kernels to see a
+// status that an operation swallows or cannot provoke.
 #ifndef VISTATRIM_NUMERIC_RAW_KERNELS_H
 #define VISTATRIM_NUMERIC_RAW_KERNELS_H
 
@@ -22,9 +22,9 @@ enum KernelStatus : int32_t {
     KernelUnevenStep = -108
 };
 
-// Scratch sizes are bytes. A size function that returns a failure leaves *size alone.
+// Scratch sizes are bytes. A size function that fails leaves *size unchanged.
 
-// Floats up to a whole number of cache lines, where the next piece of scratch starts.
+// Rounds a count of floats up to whole cache lines, where the next piece of scratch starts.
 int64_t RoundUpToLine(int64_t floats);
 
 // Above 0 for a bad width, which the kernel refuses; 0 for one whose scratch 32 bits cannot count.
@@ -42,14 +42,14 @@ int32_t ThresholdKernel(float* data, int32_t cols, int32_t rows, float level, fl
 // cols floats from data on in each of the rows; row starts are stride floats apart.
 int32_t ScaleKernel(float* data, int64_t stride, int32_t cols, int32_t rows, float factor);
 
-// anchor is the place of the pixel within its mask, the same across and down.
+// anchor is the pixel's position within its mask, the same in both directions.
 int32_t BoxBufferSize(int32_t cols, int32_t rows, int32_t maskSize, int32_t anchor, int32_t* size);
 // In place. rowStep is bytes from row to row.
 int32_t BoxKernel(float* data, int64_t rowStep, int32_t cols, int32_t rows, int32_t maskSize,
                   int32_t anchor, bool largest, void* buffer);
 
-// GradientStrength one difference after the other, through a whole plane of scratch:
-// the plain form that its single pass must equal, and the one that reports.
+// GradientStrength computed one difference after the other, with a full scratch plane. The single
+// pass must give the same bits; this form reports errors.
 void GradientStrengthStepwise(const float* src, float* dst, int32_t cols, int32_t rows);
 
 } // namespace vistaTrim

@@ -1,5 +1,5 @@
-// Bilinear resize with half-pixel centres: only the four neighbours of a target pixel's
-// centre count, however strong the reduction. Who wants an average smooths first.
+// Bilinear resize with half-pixel centres: only the four neighbours of a target pixel's centre
+// count, however strong the reduction. Smooth first to get an average.
 #include <algorithm>
 #include <cmath>
 #include <cstdint>
@@ -14,7 +14,7 @@ namespace vistaTrim {
 
 namespace {
 
-// Where the target positions of one axis fall: two source positions and how far between them.
+// For each target position of one axis: two source positions and the fraction between them.
 struct AxisTable {
     int32_t* First;
     int32_t* Second;
@@ -35,8 +35,8 @@ void BuildAxisTable(int32_t sourceLength, int32_t targetLength, const AxisTable&
     }
 }
 
-// a + (b - a) * f, in this form, each step rounded: equal neighbours give their value to the
-// bit, and f = 0 gives a.
+// a + (b - a) * f, written this way, each step rounded: equal neighbours give exactly their value,
+// and f = 0 gives a.
 VISTATRIM_FORM_BODY float Between(float a, float b, float fraction)
 {
     return a + (b - a) * fraction;
@@ -93,13 +93,13 @@ int32_t CheckSizes(const CPlaneStack& source, const CPlaneStack& target)
     const int32_t smallest =
         std::min(std::min(source.Cols, source.Rows), std::min(target.Cols, target.Rows));
     const bool empty = source.Cols == 0 || source.Rows == 0 || target.Cols == 0 || target.Rows == 0;
-    // Nothing to do goes before nonsense.
+    // An empty size is reported before an invalid one.
     if (empty)
         return KernelNoOperation;
     return smallest < 0 ? KernelBadSize : KernelSuccess;
 }
 
-// Scratch for `floats` numbers of four bytes, null if that is more than a size can tell.
+// Scratch for `floats` four-byte numbers; null if the size does not fit the type.
 void* AllocateFloats(int64_t floats)
 {
     const int64_t bytes = floats * static_cast<int64_t>(sizeof(float));
@@ -150,7 +150,8 @@ int32_t ResizeKernel(const float* src, const CPlaneStack& source, float* dst,
 
 } // namespace
 
-// The refusal to build tables is not written; each plane then misses them, and says so.
+// A failure to build the tables is not reported; each plane's kernel then reports the missing
+// tables.
 void ResizeStackLinear(CPlaneStack source, CPlaneStack target)
 {
     ResizeState state;

@@ -1,13 +1,12 @@
 // Gaussian smoothing, one direction after the other.
 //
-// Columns first: each row of the result needs maskSize source rows, summed into a single row
-// buffer whose ends are then repeated outwards, and a pass along that buffer. No intermediate
+// Columns first: each row of the result needs maskSize source rows, summed into a single row buffer
+// whose ends are then repeated outwards, followed by a pass along that buffer. No intermediate
 // plane exists, and the source rows in use stay in the first-level cache.
 //
-// Every pixel, at the border or not, in a vector or in its tail, goes through the same
-// additions in the same order: a constant plane comes out as one single value everywhere.
-// Taps are symmetric to the bit, so the two pixels that share a tap are added first; it
-// saves half the multiplications and makes the result of a flipped picture the flipped result.
+// Every pixel, at the border or not, in a vector or in its tail, is summed in the same order, so a
+// constant plane stays constant. Taps are exactly symmetric, so the two pixels that share a tap are
+// added first. This halves the multiplications, and a flipped picture gives the flipped result.
 #include <algorithm>
 #include <cmath>
 #include <cstdint>
@@ -23,16 +22,16 @@ namespace vistaTrim {
 
 namespace {
 
-// Masks of up to this reach are summed in registers.
+// Masks of up to this radius are summed in registers.
 constexpr int32_t kMaxFixedReach = 7;
 
 // out[x] = the weighted sum of lines[0][x] .. lines[2 * reach][x], outermost pairs first. The
-// caller gives a literal reach, so that the inner loop unrolls.
+// caller passes a constant radius, so that the inner loop unrolls.
 VISTATRIM_FORM_BODY void WeightedSum(const float* const* lines, const float* taps, int32_t reach,
                                      float* __restrict__ out, int32_t count)
 {
     for (int32_t x = 0; x < count; ++x) {
-        // The reach is at least 1. NOLINTNEXTLINE(clang-analyzer-core.NullDereference)
+        // The radius is at least 1. NOLINTNEXTLINE(clang-analyzer-core.NullDereference)
         float sum = taps[0] * (lines[0][x] + lines[2 * reach][x]);
         for (int32_t k = 1; k < reach; ++k)
             sum += taps[k] * (lines[k][x] + lines[2 * reach - k][x]);
@@ -40,8 +39,8 @@ VISTATRIM_FORM_BODY void WeightedSum(const float* const* lines, const float* tap
     }
 }
 
-// One step of the same sum for a mask of any reach: out[x] takes one pair, the first of all
-// or a further one, or the centre.
+// One step of the same sum for a mask of any radius: adds one pair (the first or a later one) or
+// the centre to out[x].
 VISTATRIM_FORM_BODY void StartPair(const float* a, const float* b, float tap,
                                    float* __restrict__ out, int32_t count)
 {
@@ -181,8 +180,8 @@ int32_t GaussianKernel(const float* src, float* dst, int32_t cols, int32_t rows,
     return KernelSuccess;
 }
 
-// A refused size leaves the scratch size at 0, so that one refusal is told three times: the
-// steps do not look at what the step before found.
+// A rejected size leaves the scratch size at 0, so the same error is reported three times: each
+// step ignores the status of the step before.
 void GaussianSmooth(const float* src, float* dst, int32_t cols, int32_t rows, int32_t maskSize,
                     float sigma)
 {
@@ -191,7 +190,7 @@ void GaussianSmooth(const float* src, float* dst, int32_t cols, int32_t rows, in
     if (status != KernelSuccess)
         std::cerr << "Gaussian blur buffer allocation: " << StatusText(status) << std::endl;
     void* buffer = AllocateKernelBuffer(size);
-    // The blank at the end belongs to the text.
+    // The trailing blank is part of the message.
     if (!buffer)
         std::cerr << "Gaussian blur buffer allocation failure. " << std::endl;
     status = GaussianKernel(src, dst, cols, rows, maskSize, sigma, buffer);
@@ -213,7 +212,7 @@ void BlurPlanes(const CPlaneStack& pixels, float sigma, float* const out[3])
         GaussianSmooth(pixels.Planes[c], out[c], pixels.Cols, pixels.Rows, 15, sigma);
 }
 
-// The arrays are seen through a stack, which knows how to part the bytes.
+// Wraps the arrays in a stack, which can deinterleave the bytes.
 void BlurInterleavedPixels(const uint8_t* pixels, int32_t cols, int32_t rows, float sigma,
                            float* const out[3])
 {

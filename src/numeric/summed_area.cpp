@@ -29,17 +29,16 @@ inline void AddRow(const float* map, const double* above, double* out, ptrdiff_t
         out[c] = ((out[c - 1] + above[c]) - above[c - 1]) + static_cast<double>(map[c]);
 }
 
-// Each element waits for three additions after its left neighbour, so one row alone leaves the
-// adders idle. Six rows go together instead, each one column behind the row above it: six
-// independent chains, and what a row needs from the one above is still in a register. More
-// rows run out of registers.
+// Each element depends on its left neighbour through three additions, so a single row leaves the
+// adders idle. Six rows run together, each one column behind the row above: six independent chains,
+// and what a row needs from above is still in a register. More rows run out of registers.
 constexpr ptrdiff_t kFrontRows = kTableBand;
 
-// Rows r .. r + kFrontRows - 1, r > 0, of a table with more than kFrontRows columns. more: that
-// many rows follow.
+// Rows r .. r + kFrontRows - 1, r > 0, of a table with more than kFrontRows columns. more: at least
+// kFrontRows rows follow.
 void AddRowsSkewed(const float* map, double* table, ptrdiff_t r, ptrdiff_t cols, bool more)
 {
-    // The start of the rows, row i up to the column where the common front begins for it.
+    // Fills row i up to the column where its part of the common front begins.
     for (ptrdiff_t i = 0; i < kFrontRows; ++i)
         AddRow(map + (r + i) * cols, table + (r + i - 1) * cols, table + (r + i) * cols, 0,
                kFrontRows - i);
@@ -53,15 +52,14 @@ void AddRowsSkewed(const float* map, double* table, ptrdiff_t r, ptrdiff_t cols,
         left[i] = out[i * cols + kFrontRows - 1 - i];
         aboveLeft[i] = above[i * cols + kFrontRows - 1 - i];
     }
-    // The rows are too short for the processor to see where each of them goes next, and a line
-    // has to be there before it can be written. So the same places of the next rows are asked
-    // for, once in as many columns as a line of the table holds; where in its line such a place
-    // lies is all one. The map's floats are asked for twice a line by that. Without next rows
-    // the hint names the present place, which is there already.
+    // Rows are too short for the hardware prefetcher, and a cache line must be loaded before it can
+    // be written. So prefetch the same columns of the next rows, once per cache line of the table;
+    // any alignment works. The map's lines are prefetched twice this way. Without next rows the
+    // prefetch hits the current line, which is cached already.
     const ptrdiff_t ahead = more ? kFrontRows * cols : 0;
     for (ptrdiff_t front = kFrontRows; front < cols; ++front) {
         const bool askAhead = front % kDoublesPerLine == 0;
-        // From the bottom up: left[i - 1] is then still the element above this one.
+        // Bottom row first, so that left[i - 1] is still the element above this one.
         for (ptrdiff_t i = kFrontRows - 1; i >= 0; --i) {
             const ptrdiff_t at = i * cols + front - i;
             const double up = i > 0 ? left[i - 1] : above[front];
@@ -75,21 +73,20 @@ void AddRowsSkewed(const float* map, double* table, ptrdiff_t r, ptrdiff_t cols,
         }
     }
 
-    // The ends that the lag has left over.
+    // The ends of the rows that lag behind.
     for (ptrdiff_t i = 1; i < kFrontRows; ++i)
         AddRow(source + i * cols, above + i * cols, out + i * cols, cols - i, cols);
 }
 
 // ---- Float tables ----
 
-// A running sum waits for itself at each element, but the sums of different rows do not, so
-// eight rows run side by side. The sum down the columns goes along: it needs the row sums in
-// the order in which they come.
+// A running sum depends on itself at every element, but the sums of different rows are independent,
+// so eight rows run side by side. The sum down the columns is added on the way: it needs the row
+// sums in the order in which they are computed.
 constexpr size_t kRowsAtOnce = 8;
 
-// Asks for the places in the next eight rows that the present ones have reached, once in as many
-// columns as a cache line holds; rows start anywhere in a line. ahead is the distance to those
-// rows, 0 if there are none.
+// Prefetches the current columns of the next eight rows, once per cache line; rows need no
+// alignment. ahead is the distance to those rows, 0 if there are none.
 VISTATRIM_FORM_BODY void AskForNextRows(float* present, size_t stride, size_t c, size_t ahead)
 {
     if (ahead != 0 && c % kFloatsPerLine == 0)

@@ -3,9 +3,9 @@
 // The double kind serves the scoring: same shape as its map, element (r, c) = sum over rows
 // 0..r and columns 0..c, no zero row or column: readers treat an index below 0 as 0.
 //
-// The float kind serves the border statistics: (rows + 1) x (cols + 1), a zero row and
-// column first. Its sums pass the 24 bits of a float on real pictures; that is accepted, and
-// the statistics depend on how it rounds.
+// The float kind serves the border statistics: (rows + 1) x (cols + 1), a zero row and column
+// first. Its sums exceed the 24 bits of a float on real pictures. That is accepted: the statistics
+// depend on this rounding.
 #ifndef VISTATRIM_NUMERIC_SUMMED_AREA_H
 #define VISTATRIM_NUMERIC_SUMMED_AREA_H
 
@@ -16,7 +16,7 @@
 
 namespace vistaTrim {
 
-// map must hold at least one element; table has its size already.
+// map must have at least one element; table is already sized.
 void BuildSummedAreaTable(const CFloatMatrix& map, CDoubleMatrix& table);
 // Rows firstRow .. firstRow + rows - 1 of it, where all rows above stand already. Fastest for
 // kTableBand rows, or a multiple of them, after the first kTableBand + 1.

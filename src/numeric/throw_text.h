@@ -1,4 +1,4 @@
-// How the library throws its texts.
+// Throws the library's messages.
 #ifndef VISTATRIM_NUMERIC_THROW_TEXT_H
 #define VISTATRIM_NUMERIC_THROW_TEXT_H
 

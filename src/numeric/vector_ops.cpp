@@ -10,10 +10,10 @@ namespace vistaTrim {
 
 namespace {
 
-// Below this a plane counts as flat: what is left in it is noise, and is not to be stretched.
+// A plane with a smaller range counts as flat: only noise is left, which must not be stretched.
 constexpr float kSmallestRange = 1e-05f;
 
-// Bits above these are a NaN or have a sign.
+// Larger bit patterns are NaN or negative.
 constexpr uint32_t kInfinityBits = 0x7f800000;
 
 VISTATRIM_FORM_BODY void AbsBody(int32_t n, const float* a, float* y)
@@ -56,8 +56,8 @@ VISTATRIM_FORM_BODY void SqrtBody(int32_t n, const float* a, float* y)
 }
 VISTATRIM_FORMS(Sqrt, (int32_t n, const float* a, float* y), (n, a, y))
 
-// The square of a float is exact in double, so the cube is rounded twice in all, once of that
-// at the 53rd bit.
+// The square of a float is exact in double, so the cube is rounded only twice: to double, then to
+// float.
 VISTATRIM_FORM_BODY void CubeBody(int32_t n, const float* a, float* y)
 {
     VISTATRIM_INDEPENDENT_STEPS
@@ -77,8 +77,8 @@ VISTATRIM_FORM_BODY void OffsetBody(const float* src, float* dst, int32_t count,
 VISTATRIM_FORMS(Offset, (const float* src, float* dst, int32_t count, float value),
                 (src, dst, count, value))
 
-// Floats that are neither negative nor NaN stand in the order of their bits, and whole numbers
-// make a reduction that every register width can do.
+// Non-negative floats other than NaN sort by their bits, and an integer reduction gives the same
+// result at every register width.
 VISTATRIM_FORM_BODY void BitExtremesBody(const float* x, int32_t n, uint32_t* extremes)
 {
     uint32_t low = extremes[0];
@@ -166,7 +166,7 @@ void VectorPowScalar(int32_t n, const float* a, float b, float* y)
 {
     if (a == nullptr || y == nullptr)
         return;
-    // The one power the analysis takes.
+    // The only exponent the analysis uses.
     if (b == 3.0f) {
         Cube(n, a, y);
         return;
@@ -188,7 +188,7 @@ void OffsetPlane(const float* src, float* dst, int32_t count, float value)
 
 namespace {
 
-// 1 / range, as a float. The floor is all that a flat array has against a division by 0.
+// 1 / range, as a float. The floor keeps a flat array from dividing by 0.
 float ScaleOfRange(float range)
 {
     if (range < kSmallestRange)
@@ -197,7 +197,7 @@ float ScaleOfRange(float range)
 }
 
 // Both extremes by absolute value and both before the array changes. Data of mixed sign does not
-// come out as 0..1.
+// map to 0..1.
 void NormaliseOddPlane(float* x, int32_t n)
 {
     const int32_t iMax = linearAlgebra::IndexOfLargest(n, x);

@@ -28,7 +28,7 @@ float LargestElement(const float* x, int32_t n);
 // 1e-5f counts as 1e-5f, so that a flat array becomes 0. Meant for non-negative data.
 void NormalisePlane(float* x, int32_t n);
 
-// Extremes of a plane that is made piece by piece, taken while each piece is in the cache.
+// The extremes of a plane computed piece by piece, taken while each piece is in the cache.
 struct CPlaneRange {
     void Include(const float* x, int32_t n);
 
@@ -39,7 +39,7 @@ struct CPlaneRange {
     // False if a sign, a NaN or an infinity was among what was included.
     bool IsOrdinary() const;
 
-    // Bits of floats: those that are not negative stand in the order of their bits.
+    // Bits of floats: non-negative floats sort by their bits.
     uint32_t Lowest = UINT32_MAX;
     uint32_t Highest = 0;
 };

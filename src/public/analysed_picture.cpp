@@ -40,7 +40,7 @@ bool CAnalysedPicture::ReadDescriptor(const CInt32CropRect& crop, float* descrip
 
 IVistaTrim* CAnalysedPicture::MakeDriver(const VistaTrimParameters& parameters) const
 {
-    // Through the interface, a driver ends by Release only.
+    // Through the interface, only Release destroys a driver.
     SmartPtr<VistaTrim> driver(new VistaTrim, false);
     driver->InitializeOn(Analysis, parameters);
     return driver.release();

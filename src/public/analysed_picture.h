@@ -17,7 +17,7 @@ namespace vistaTrim {
 
 class CPictureAnalysis;
 
-// Values of a descriptor.
+// Number of values in a descriptor.
 constexpr int32_t kPictureDescriptorSize = 304;
 
 // One map: Rows x Cols floats, row-major, no row padding, about 0 to 1.
@@ -28,7 +28,7 @@ struct NamedPictureMap {
     const float* Data; // owned by the analysed picture
 };
 
-// Never changes after construction: hold it by shared_ptr and use it from any number of threads.
+// Immutable after construction: hold it by shared_ptr and use it from any number of threads.
 class CAnalysedPicture {
 public:
     // Runs the whole analysis, the expensive step, and keeps no reference to the image. Throws
@@ -40,21 +40,20 @@ public:
     CAnalysedPicture& operator=(const CAnalysedPicture&) = delete;
 
     // ContrastMap, SaliencyMap, ContrastMask, ColorContrastMap, PeakMap, EdgeMap, SideMapTop,
-    // SideMapBottom, SideMapLeft, SideMapRight, in this order. All are empty, with null Data, for
-    // a picture that the analysis refuses.
+    // SideMapBottom, SideMapLeft, SideMapRight, in this order. All are empty, with null Data, for a
+    // picture that the analysis rejects.
     const std::vector<NamedPictureMap>& Maps() const;
     // Null for any other name.
     const NamedPictureMap* Find(const std::string& name) const;
 
     // Writes the kPictureDescriptorSize cell means of a crop, before they are standardised: what
-    // the composition model is fitted on. False, and nothing written, for a crop without a pixel
-    // of the picture; a picture that the analysis refuses has no other crops.
+    // the composition model is fitted on. Returns false and writes nothing for a crop that contains
+    // no pixel of the picture, as every crop of a rejected picture.
     bool ReadDescriptor(const CInt32CropRect& crop, float* descriptor) const;
 
-    // A driver with these parameters on this analysis, ready at once. It answers as a driver of
-    // CreateVistaTrimObj does, bit for bit, needs no image, keeps the analysis alive and may be
-    // used while others of the same analysis are used in other threads. The caller holds its only
-    // reference.
+    // A driver with these parameters on this analysis, ready at once. It gives the same bits as a
+    // driver from CreateVistaTrimObj, needs no image, keeps the analysis alive, and may run while
+    // other drivers of the same analysis run in other threads. The caller holds its only reference.
     IVistaTrim* MakeDriver(const VistaTrimParameters& parameters) const;
 
 private:

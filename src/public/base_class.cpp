@@ -6,7 +6,7 @@
 
 namespace vistaTrim {
 
-// The interfaces hold no state: copying takes nothing over.
+// The interfaces have no state to copy.
 
 IBaseClass::IBaseClass() = default;
 IBaseClass::IBaseClass(const IBaseClass&)
@@ -54,8 +54,8 @@ CRefCount::CRefCount() : RefCount(1)
 
 CRefCount::~CRefCount() = default;
 
-// Full ordering in both: whoever takes the count to 0 must see all that others wrote before
-// they gave their references up, and hosts rely on no weaker promise.
+// Sequentially consistent in both: the thread that takes the count to 0 must see everything other
+// threads wrote before dropping their references, and hosts rely on no weaker ordering.
 void CRefCount::TakeReference()
 {
     RefCount.fetch_add(1, std::memory_order_seq_cst);

@@ -13,8 +13,8 @@ class CCropListBuilder {
 public:
     CCropListBuilder();
 
-    // Makes room for count records, so that appending them moves none. Throws std::length_error
-    // "vector<T> too long" and std::bad_alloc; the list is then as before.
+    // Reserves room for count records, so that appending them reallocates nothing. Throws
+    // std::length_error "vector<T> too long" and std::bad_alloc; the list is then as before.
     void Reserve(size_t count);
     // Copies the record to the end of the list. Throws as Reserve does.
     void Append(const CInt32CropRect& record);

@@ -34,7 +34,7 @@ CInt32CropRect* CCropRects::Data()
 
 void CCropRects::Destroy()
 {
-    CCropRects* volatile self = this; // null when a host calls the bare slot so: nothing happens
+    CCropRects* volatile self = this; // null if a host calls the slot on null: nothing happens
     delete self;
 }
 

@@ -7,12 +7,12 @@
 
 using namespace vistaTrim;
 
-// Thin flat wrappers. None of them tests a pointer or keeps an exception from the host.
+// Thin C-style wrappers. They check no pointers and let exceptions reach the host.
 
 IImage* CreateImageObj(uint32_t height, uint32_t width, uint32_t channels,
                        const int32_t* channelOffsets, const uint8_t* pixels)
 {
-    // A host's own allocator may return null instead of throwing; volatile keeps the test.
+    // A host's own operator new may return null instead of throwing; volatile keeps the check.
     void* volatile storage = ::operator new(sizeof(CRGB8Image));
     if (storage == nullptr)
         return nullptr;
@@ -28,14 +28,14 @@ IImage* CreateImageObj(uint32_t height, uint32_t width, uint32_t channels,
 
 IVistaTrim* CreateVistaTrimObj(IImage* image, const VistaTrimParameters* parameters)
 {
-    // A driver whose analysis throws is abandoned half built; the host gets no pointer.
+    // If the analysis throws, the half-built driver leaks; the host gets no pointer.
     VistaTrim* object = new VistaTrim;
     object->Initialize(image, *parameters);
     return object;
 }
 
-// It gets images too, under its other name below; a sanitizer must not ask which it is, nor
-// whether it is called by the type that it was defined with.
+// It also destroys images, under its other name below, so the sanitizer must check neither the
+// object's type nor the function's type.
 #if defined(__clang__)
 __attribute__((no_sanitize("vptr", "function")))
 #else
@@ -46,7 +46,7 @@ void DestroyVistaTrimObj(IVistaTrim* object)
     object->Destroy();
 }
 
-// One function under two names: Destroy stands in the same slot of both interfaces.
+// One function under two names: Destroy has the same slot in both interfaces.
 #if defined(__GNUC__) && !defined(__clang__)
 #pragma GCC diagnostic ignored "-Wattribute-alias"
 #endif

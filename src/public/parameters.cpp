@@ -14,8 +14,8 @@ const double kDefaultAspectRatios[] = {64.0 / 27.0, 16.0 / 9.0, 3.0 / 2.0,
                                        4.0 / 3.0,   3.0 / 4.0,  2.0 / 3.0};
 const double kDefaultScaleRatios[] = {0.4, 0.5, 0.6, 0.7, 0.8, 0.9, 1.0};
 
-// Array sizes are 32-bit byte counts on the interface. One that would pass them asks for the
-// largest size there is, which fails as any exhausted memory does.
+// Array sizes are 32-bit byte counts on the interface. An array too large for that requests the
+// largest possible size, which fails like any out-of-memory.
 void RefuseOversizedArray(uint32_t count, size_t rowSize)
 {
     if (count > std::numeric_limits<uint32_t>::max() / rowSize) {
@@ -24,7 +24,7 @@ void RefuseOversizedArray(uint32_t count, size_t rowSize)
     }
 }
 
-// Rows are copied as bytes and not by their fields: what lies between the fields comes along.
+// Rows are copied as bytes, not field by field, so that padding is copied too.
 void CopyBytes(void* copy, const void* rows, size_t bytes)
 {
     if (bytes != 0)
@@ -88,7 +88,7 @@ VistaTrimParameters& VistaTrimParameters::operator=(const VistaTrimParameters& o
         throw;
     }
 
-    // Only now: a failed copy leaves the target as it was.
+    // Only now, so that a failed copy leaves the target unchanged.
     Destruct();
     AspectRatios = aspectRatios;
     CropRectScaleRatios = scaleRatios;
@@ -104,8 +104,8 @@ VistaTrimParameters& VistaTrimParameters::operator=(const VistaTrimParameters& o
 VistaTrimParameters::~VistaTrimParameters()
 {
     Destruct();
-    // Volatile, because a compiler drops plain stores to an object that ends here. A host that
-    // ends one twice frees nothing the second time.
+    // Volatile, because the compiler removes plain stores to an object being destroyed. A host that
+    // destroys it twice frees nothing the second time.
     static_cast<DoubleInfo* volatile&>(AspectRatios) = nullptr;
     static_cast<DoubleInfo* volatile&>(CropRectScaleRatios) = nullptr;
     static_cast<CRectOfInterest* volatile&>(RectsOfInterest) = nullptr;
@@ -130,7 +130,7 @@ void VistaTrimParameters::SetDefaults()
 void VistaTrimParameters::SetDefaultAspectRatios()
 {
     constexpr uint32_t count = sizeof kDefaultAspectRatios / sizeof *kDefaultAspectRatios;
-    // The count follows the rows: it must never stand beside fewer rows than it says.
+    // Set the count last: it must never exceed the number of rows.
     AspectRatios = MakeRows(kDefaultAspectRatios, count);
     NumAspectRatios = count;
 }

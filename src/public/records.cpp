@@ -15,7 +15,7 @@ CInt32Rect& CInt32Rect::operator=(const CInt32Rect& other) = default;
 
 namespace {
 
-// last - first + 1 in 32 bits; unsigned, so that wild coordinates wrap instead of overflowing.
+// last - first + 1 in 32 bits; unsigned, so that extreme coordinates wrap instead of overflowing.
 int32_t SideLength(int32_t first, int32_t last)
 {
     return static_cast<int32_t>(static_cast<uint32_t>(last) - static_cast<uint32_t>(first) + 1U);
@@ -94,8 +94,8 @@ WeightDistribution::WeightDistribution(double weight1, double weight2, double we
 {
 }
 
-// The class keeps its assignment trivial, so the compiler makes no function for it. Hosts built
-// from declarations of their own may call one: it stands here under that operator's symbol.
+// The class's assignment is trivial, so the compiler emits no function for it. Hosts with their own
+// declarations may call one, so it is defined here under that operator's symbol.
 VISTATRIM_API WeightDistribution* AssignWeightDistribution(
     WeightDistribution* target,
     const WeightDistribution* source) __asm__("_ZN9vistaTrim18WeightDistributionaSERKS0_");

@@ -39,7 +39,7 @@ void CRGB8Image::AddRef()
 
 void CRGB8Image::Destroy()
 {
-    CRGB8Image* volatile self = this; // null when a host calls the bare slot so: nothing happens
+    CRGB8Image* volatile self = this; // null if a host calls the slot on null: nothing happens
     delete self;
 }
 

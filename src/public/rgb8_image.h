@@ -8,12 +8,12 @@ namespace vistaTrim {
 
 class CRGB8Image : public IImage, public CRefCount {
 public:
-    // Reads four numbers from channelOffsets. Sizes are not tested: byte counts past 32 bits
-    // wrap. The pixels come with Fill.
+    // Reads four numbers from channelOffsets. Sizes are not checked: byte counts beyond 32 bits
+    // wrap. Fill provides the pixels.
     CRGB8Image(uint32_t height, uint32_t width, uint32_t channels, const int32_t* channelOffsets);
     ~CRGB8Image() override;
 
-    // Copies the pixels, or makes them black if the pointer is null. Throws std::bad_alloc.
+    // Copies the pixels, or fills with black if the pointer is null. Throws std::bad_alloc.
     void Fill(const uint8_t* pixels);
 
     void Release() override;
@@ -36,7 +36,7 @@ private:
     uint32_t RowStride;
     uint32_t PixelStride;
     uint32_t ByteSize;
-    int32_t ChannelOffsets[4]; // carried for the host; nothing in the library reads them
+    int32_t ChannelOffsets[4]; // stored for the host; the library never reads them
 };
 
 } // namespace vistaTrim

@@ -15,12 +15,12 @@ namespace vistaTrim {
 
 namespace {
 
-// Folders of a detector that is not there: made at load, ended at unload, read by nothing.
+// Folders of a detector that does not exist: constructed at load, destroyed at unload, never read.
 [[maybe_unused]] const std::string kResourceFolder = "./data/resource";
 [[maybe_unused]] const std::string kDetectorFolder = "./data/detector";
 
-// The one way in which a list comes into being: released if an exception passes, and *result is
-// touched only when it is whole.
+// The only place that creates a list. An exception releases it; *result is set only once the list
+// is complete.
 void HandOut(const CropCells& cells, ICropRects** result)
 {
     CCropListBuilder list;
@@ -34,8 +34,8 @@ void HandOut(const CropCells& cells, ICropRects** result)
     *result = list.Take();
 }
 
-// What a driver stores of the parameters that it is given. Without aspect ratios the whole set is
-// replaced, the host's scales and rectangles too; the arrays of the copy are then abandoned.
+// The parameters a driver stores. Without aspect ratios all of them are replaced by defaults,
+// including the host's scales and rectangles; the arrays of the copy then leak on purpose.
 VistaTrimParameters StoredParameters(const VistaTrimParameters& given)
 {
     VistaTrimParameters stored(given);
@@ -58,7 +58,7 @@ std::unique_ptr<RandomCropGenerator> MakeGenerator(uint32_t width, uint32_t heig
     return generator;
 }
 
-// Moves no row and cannot throw.
+// Moves no rows and cannot throw.
 void SwapParameters(VistaTrimParameters& a, VistaTrimParameters& b)
 {
     std::swap(a.AspectRatios, b.AspectRatios);
@@ -71,8 +71,8 @@ void SwapParameters(VistaTrimParameters& a, VistaTrimParameters& b)
     std::swap(a.UseBuiltInFaceDetector, b.UseBuiltInFaceDetector);
 }
 
-// *table is the address of a copy that is gone when the operation returns: hosts may use the count
-// only.
+// *table is the address of a copy that no longer exists after the call: hosts may use only the
+// count.
 void ReportTable(const std::vector<DoubleInfo> copy, DoubleInfo** table, uint32_t* count)
 {
     *count = static_cast<uint32_t>(copy.size());
@@ -105,7 +105,7 @@ void VistaTrim::AddRef()
 
 void VistaTrim::Destroy()
 {
-    VistaTrim* volatile self = this; // null when a host calls the bare slot so: nothing happens
+    VistaTrim* volatile self = this; // null if a host calls the slot on null: nothing happens
     delete self;
 }
 
@@ -128,8 +128,8 @@ void VistaTrim::InitializeOn(std::shared_ptr<const CPictureAnalysis> analysis,
              stored);
 }
 
-// The last step that can throw comes first: a driver that was ready stays as it was. What an
-// earlier call built is abandoned, not destroyed.
+// Does first what can throw, so that a ready driver stays unchanged. What an earlier call built
+// leaks on purpose.
 void VistaTrim::TakeOver(IImage* image, std::unique_ptr<RandomCropGenerator> generator,
                          std::unique_ptr<CCropAnalyzer> analyzer, VistaTrimParameters& parameters)
 {
@@ -185,8 +185,9 @@ void VistaTrim::GetRectsOfInterest(CRectOfInterest** table, uint32_t* count)
         *count = static_cast<uint32_t>(rects.size());
         return;
     }
-    // Not null for want of rectangles, so that a host may look at the first record unasked. Nobody
-    // frees that record. A host's own allocator may return null; volatile keeps the test.
+    // Without rectangles the pointer is still not null, so that a host may read the first record
+    // without checking. That record is never freed. A host's own operator new may return null;
+    // volatile keeps the check.
     void* volatile storage = ::operator new(sizeof(CRectOfInterest));
     *table = storage == nullptr ? nullptr : new (storage) CRectOfInterest;
     *count = 0;
@@ -211,7 +212,7 @@ uint32_t VistaTrim::ImageHeight() const
     return Image != nullptr ? Image->GetHeight() : static_cast<uint32_t>(Analyzer->SourceRows);
 }
 
-// Above 0 and within the image. A NaN counts as not given; a crop larger than the image too.
+// Above 0 and within the image. NaN, or a crop larger than the image, counts as not given.
 bool VistaTrim::AsksForCropSize(const SuggestionParameters& request) const
 {
     return request.CropWidth > 0 && request.CropHeight > 0 && !(ImageWidth() < request.CropWidth) &&
@@ -221,7 +222,8 @@ bool VistaTrim::AsksForCropSize(const SuggestionParameters& request) const
 void VistaTrim::PrepareRequest(const SuggestionParameters& request, uint32_t& aspectIndex,
                                uint32_t& scaleIndex)
 {
-    // There is no detector. Asking for one ends the process: a re-throw with nothing in flight.
+    // There is no detector. Requesting one terminates the process: a rethrow without an active
+    // exception.
     if (Parameters.UseBuiltInFaceDetector && request.DetectFaces)
         throw;
 
@@ -229,8 +231,8 @@ void VistaTrim::PrepareRequest(const SuggestionParameters& request, uint32_t& as
         Generator->GenerateForAspectRatio(request.AspectRatio, aspectIndex);
         if (!Generator->AspectRatioEnabled(aspectIndex))
             ThrowText("VistaTrim: input aspect ratio is disabled.\n");
-        // Once more: it finds all cells filled, save for a ratio that matches nothing, not even
-        // itself (infinity), which gets its own row again.
+        // A second time: all cells are already filled, except for a ratio that does not match even
+        // itself (infinity), which gets another row.
         Generator->GenerateForAspectRatio(request.AspectRatio, aspectIndex);
         Analyzer->EvaluateCropRects(Generator->CropGrid, aspectIndex, NoIndex);
     } else if (AsksForCropSize(request)) {
@@ -244,7 +246,7 @@ void VistaTrim::PrepareRequest(const SuggestionParameters& request, uint32_t& as
         Generator->GenerateAll();
         aspectIndex = 0;
         scaleIndex = 0;
-        // Disabled rows too: the flags only decide what is handed out.
+        // Includes disabled rows: the flags only decide what is returned.
         Analyzer->EvaluateCropRects(Generator->CropGrid, NoIndex, NoIndex);
     }
 }
@@ -274,7 +276,7 @@ void VistaTrim::GetNTopCropSuggestions(int32_t n, ICropRects** result,
     uint32_t aspectIndex = NoIndex;
     uint32_t scaleIndex = NoIndex;
     PrepareRequest(request, aspectIndex, scaleIndex);
-    // The analyzer keeps its list and overwrites it in the next selection; the host's is a copy.
+    // The analyzer overwrites its list in the next selection, so the host gets a copy.
     HandOut(CropCells(1, &Analyzer->SelectTopCrops(n, ChosenCells(request, aspectIndex, scaleIndex),
                                                    rankingMode, weights)),
             result);

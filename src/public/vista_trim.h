@@ -18,7 +18,7 @@ public:
     VistaTrim();
     ~VistaTrim() override;
 
-    // As Initialize, on an analysis that stands; no image is borrowed.
+    // Like Initialize, on an existing analysis; no image is borrowed.
     void InitializeOn(std::shared_ptr<const CPictureAnalysis> analysis,
                       const VistaTrimParameters& parameters);
 
@@ -54,7 +54,7 @@ private:
                           uint32_t scaleIndex) const;
 
     RandomCropGenerator* Generator; // owned
-    IImage* Image;                  // borrowed: outlives the driver, asked for its size; or null
+    IImage* Image; // borrowed, must outlive the driver; only its size is read; may be null
     CCropAnalyzer* Analyzer;        // owned
     VistaTrimParameters Parameters; // what Initialize stored: the host's, or the defaults
 };

@@ -1,4 +1,4 @@
-// The fitted coefficients of the composition model, one value a descriptor slot.
+// The fitted coefficients of the composition model, one value per descriptor slot.
 #ifndef VISTATRIM_SCORING_COMPOSITION_COEFFICIENTS_H
 #define VISTATRIM_SCORING_COMPOSITION_COEFFICIENTS_H
 

@@ -14,7 +14,7 @@ namespace vistaTrim {
 
 namespace {
 
-// The loops below name their grids one by one; these hold them to the published sizes.
+// The loops below name each grid; these assertions tie them to the published sizes.
 constexpr int32_t Cells(int32_t gridSize)
 {
     return gridSize * gridSize;
@@ -39,7 +39,7 @@ void GridMeans(const CDoubleMatrix& table, const GridLimits& rows, const GridLim
         for (int32_t j = firstCell; j < firstCell + cells; ++j) {
             const float sum = static_cast<float>(
                 RegionSum(table, rows.Start[i], cols.Start[j], rows.End[i], cols.End[j]));
-            // The limits make every area at least 1; the floor only guards the division.
+            // The limits make every area at least 1; std::max only guards the division.
             *means++ = sum / std::max(1.0f, rows.Length[i] * cols.Length[j]);
         }
 }

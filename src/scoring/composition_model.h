@@ -11,7 +11,7 @@
 
 namespace vistaTrim {
 
-// The grids laid over each table, in the order in which they stand in the descriptor.
+// The grids laid over each table, in descriptor order.
 constexpr int32_t ContrastGridSizes[] = {4, 8};
 constexpr int32_t SaliencyGridSizes[] = {4, 8, 12};
 

@@ -17,19 +17,19 @@ namespace vistaTrim {
 // Slots of the composition descriptor, which is formed in the analyzer's scratch.
 constexpr int32_t kDescriptorSize = 304;
 
-// Judges the crops of one picture. Its maps, tables, totals and gains are those of the analysis
-// that it holds, read-only here; several analyzers may share one. Scoring one record writes into
+// Scores and selects crops of one picture. Its maps, tables, totals and gains are read-only views
+// of the analysis it holds; several analyzers may share one. Scoring one record writes into
 // DescriptorBuffer, a selection into SelectedCrops: one thread at a time.
 class CCropAnalyzer {
 public:
     // Runs the whole analysis. Keeps no reference to the image.
     explicit CCropAnalyzer(IImage* image);
-    // Works on a finished one.
+    // Uses an existing analysis.
     explicit CCropAnalyzer(std::shared_ptr<const CPictureAnalysis> analysis);
     CCropAnalyzer(const CCropAnalyzer&) = delete;
     CCropAnalyzer& operator=(const CCropAnalyzer&) = delete;
 
-    // Fills the measures of the records of a stretch of the grid; NoIndex means all.
+    // Fills the measures of the records in part of the grid; NoIndex means all.
     void EvaluateCropRects(CropGridRows& grid, uint32_t aspectIndex, uint32_t scaleIndex);
     // Fills the measures of one record inside the image, unless it is Scored.
     void EvaluateCropRect(CInt32CropRect& crop);
@@ -45,11 +45,11 @@ public:
     // The raw descriptor of a crop: kDescriptorSize cell means. False, and nothing written, for a
     // crop that holds no pixel.
     bool ReadDescriptor(const CInt32CropRect& crop, float* descriptor) const;
-    // 0..1; leaves the standardised descriptor in DescriptorBuffer.
+    // Returns 0..1 and leaves the standardised descriptor in DescriptorBuffer.
     float ComputeCompositionScore(const WorkingRect& rect);
 
 private:
-    const std::shared_ptr<const CPictureAnalysis> Analysis; // holds what the fields below name
+    const std::shared_ptr<const CPictureAnalysis> Analysis; // owns what the fields below refer to
 
 public:
     const int32_t& WorkCols; // size of every working map
@@ -58,7 +58,7 @@ public:
     const int32_t& SourceRows;
     float DescriptorBuffer[kDescriptorSize] = {}; // scratch of ComputeCompositionScore
     const int32_t& BorderBand;      // working pixels, width of the band along each side
-    const float& ScaleFactor;       // source coordinates times this are working coordinates
+    const float& ScaleFactor;       // multiplies source coordinates to give working coordinates
     const float& ContrastMaskTotal; // sums of the maps, at least 1e-10; 0 for a refused picture
     const float& ColorContrastTotal;
     const float& EdgeTotal;

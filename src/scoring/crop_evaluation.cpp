@@ -33,7 +33,7 @@ constexpr double kColorWeight = 0.3f;
 constexpr double kEdgeWeight = 0.4f;
 constexpr double kContentShare = 0.4f;
 constexpr float kCentreFraction = 0.33f;
-// Sides as the analyzer's lists have them.
+// Sides in the order of the analyzer's arrays.
 constexpr int kTop = 0;
 constexpr int kBottom = 1;
 constexpr int kLeft = 2;
@@ -41,8 +41,8 @@ constexpr int kRight = 3;
 
 constexpr float kBandOutside = 1e10f; // drives BorderScore to 0
 
-// Coordinates far outside the picture stay inside an int32 this way. None of these reaches a
-// table: the map's own limit replaces it, or the rectangle holds no pixel.
+// Keeps coordinates far outside the picture within int32. None of them reaches a table: the map's
+// limit replaces it, or the rectangle holds no pixel.
 constexpr float kFarOutside = 1e9f;
 
 float ScaledCoordinate(int32_t coordinate, float scaleFactor)
@@ -81,8 +81,8 @@ WorkingRect BandOf(const WorkingRect& rect, int side, int32_t depth)
     return band;
 }
 
-// Only the limits across a band are tested: in a crop less deep than its bands they may reach past
-// its other side, as long as they stay on the map.
+// Only the limits across a band are checked: in a crop smaller than its bands they may extend past
+// its opposite side, as long as they stay on the map.
 bool BandLeavesMap(const CCropAnalyzer& analyzer, int side, const WorkingRect& band)
 {
     return side == kTop || side == kBottom
@@ -90,15 +90,15 @@ bool BandLeavesMap(const CCropAnalyzer& analyzer, int side, const WorkingRect& b
                : band.FirstCol < 0 || band.LastCol > analyzer.WorkCols - 1;
 }
 
-// The value of a side, rounded to float, times its gain. A product of two floats is exact in
-// double, and is not rounded here.
+// The value of a side, rounded to float, times its gain. The product of two floats is exact in
+// double and is not rounded here.
 VISTATRIM_FORM_BODY double Gained(bool outside, double mean, float gain)
 {
     const float value = outside ? kBandOutside : static_cast<float>(mean);
     return static_cast<double>(value) * static_cast<double>(gain);
 }
 
-// Means per pixel of edge: each direction's, and the whole perimeter's on top.
+// Means per pixel of edge: one for each direction, plus one for the whole perimeter.
 VISTATRIM_FORM_BODY float CostOfSides(double width, double height, double top, double bottom,
                                       double left, double right)
 {
@@ -115,7 +115,7 @@ float ScoreOfCost(float cost)
 int32_t ShrunkCoordinate(int32_t coordinate, float centre, float fraction)
 {
     const double keep = fraction;
-    // A half goes up, and what is negative is cut toward zero.
+    // Halves round up, and negative values truncate toward zero.
     // NOLINTNEXTLINE(bugprone-incorrect-roundings)
     return static_cast<int32_t>(coordinate * keep + centre * (1.0 - keep) + 0.5);
 }
@@ -181,7 +181,7 @@ public:
     {
     }
 
-    // Takes the unscored records of a cell. They are Scored by the next Measure at the latest.
+    // Takes the unscored records of a cell. The next Measure scores them at the latest.
     void Add(CropCell& cell);
     void Measure();
 
@@ -203,7 +203,7 @@ private:
     std::vector<LatticeRow> Rows;
     std::vector<GridLimits> RowLimits;
     std::vector<GridLimits> ColLimits;
-    std::vector<uint32_t> LimitsOfColumn; // of the cell in hand
+    std::vector<uint32_t> LimitsOfColumn; // of the current cell
 
     // One entry a crop.
     std::vector<CInt32CropRect*> Crops;
@@ -218,7 +218,7 @@ private:
     std::vector<uint8_t> Flags;
 };
 
-// A cell stands column by column; it is taken row by row.
+// A cell is stored column by column but processed row by row.
 void CandidateWalk::Add(CropCell& cell)
 {
     size_t perColumn = 1;
@@ -315,7 +315,7 @@ void CandidateWalk::MeasureContent()
         CInt32CropRect& crop = *Crops[i];
         crop.Score.CoverageScore = Values[i];
         crop.Score.PeakScore = static_cast<float>(peaks[i]);
-        // Only ever set: a host may hand in a record that has it already.
+        // Set, never cleared: a host may pass a record in which it is already set.
         if (Flags[i] != 0)
             crop.CoversContent = true;
     }
@@ -486,7 +486,7 @@ void CCropAnalyzer::EvaluateCropRect(CInt32CropRect& crop)
     crop.Score.BorderScore = ScoreOfCost(BorderCost(rect));
     crop.Score.CompositionScore = ComputeCompositionScore(rect);
     crop.Score.Scored = true;
-    // Only ever set: a host may hand in a record that has it already.
+    // Set, never cleared: a host may pass a record in which it is already set.
     if (Covers(mask, color))
         crop.CoversContent = true;
 }

@@ -9,8 +9,8 @@ namespace vistaTrim {
 
 namespace {
 
-// A cell's size is fractional and a float; its limits are formed in double and rounded to
-// float once, before the floor.
+// A cell's size is a fractional float; its limits are computed in double and rounded to float once,
+// before the floor.
 VISTATRIM_FORM_BODY void FillDivisionBody(float first, float extent, int32_t cells, int32_t* starts,
                                           int32_t* ends, float* lengths)
 {
@@ -20,7 +20,7 @@ VISTATRIM_FORM_BODY void FillDivisionBody(float first, float extent, int32_t cel
         const float startAt = static_cast<float>(i * size + origin);
         const float endAt = static_cast<float>((i + 1) * size + origin - 1.0);
         const int32_t start = static_cast<int32_t>(std::floor(static_cast<double>(startAt)));
-        // A cell thinner than a pixel takes the pixel that it starts in.
+        // A cell thinner than a pixel uses the pixel it starts in.
         const int32_t end =
             std::max(static_cast<int32_t>(std::floor(static_cast<double>(endAt))), start);
         starts[i] = start;

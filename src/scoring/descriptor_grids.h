@@ -1,8 +1,7 @@
 // Where the cells of the descriptor's grids lie along one axis of a crop.
 //
-// The limits depend on the crop's first pixel and its extent along that axis and on nothing
-// else, so that crops of one lattice share them: a column of crops shares its column limits,
-// a row of crops its row limits.
+// The limits depend only on the crop's first pixel and extent along that axis, so crops of one
+// lattice share them: a column of crops shares column limits, a row of crops shares row limits.
 #ifndef VISTATRIM_SCORING_DESCRIPTOR_GRIDS_H
 #define VISTATRIM_SCORING_DESCRIPTOR_GRIDS_H
 
@@ -10,7 +9,7 @@
 
 namespace vistaTrim {
 
-// The cells of the 4-, 8- and 12-fold division stand one after the other.
+// The cells of the 4-, 8- and 12-fold divisions follow one another.
 constexpr int32_t kGridFirstCell[] = {0, 4, 12};
 constexpr int32_t kGridCells = 24;
 
@@ -22,11 +21,11 @@ constexpr int32_t kSaliency8Slot = 96;
 constexpr int32_t kSaliency12Slot = 160;
 
 struct GridLimits {
-    int32_t First = -1; // the pixels that the limits were made for, inclusive; none yet
+    int32_t First = -1; // the inclusive pixel range the limits were computed for; none yet
     int32_t Last = -2;
-    // Every cell starts where the one before it ends, and every second edge of the 8-fold
-    // division is one of the 4-fold. So it is from 12 pixels on; below that, cells share
-    // pixels. Tested and not assumed, because the limits come out of rounded numbers.
+    // Every cell starts where the one before it ends, and every second edge of the 8-fold division
+    // is one of the 4-fold. This holds from 12 pixels on; below that, cells share pixels. Checked,
+    // not assumed, because the limits come from rounded numbers.
     bool Tiles = false;
     int32_t Start[kGridCells]; // inclusive pixels of each cell
     int32_t End[kGridCells];

@@ -28,7 +28,7 @@ std::vector<CRectOfInterest> EnabledOfKinds(const std::vector<CRectOfInterest>& 
 // rectangle's width plus height.
 double CentreNearness(const CInt32Rect& crop, const CInt32Rect& rect)
 {
-    // Twice the distance: the sums of opposite sides stay whole numbers.
+    // Twice the distance, so that sums of opposite sides stay integers.
     const int64_t down = int64_t{crop.Top} + crop.Bottom - rect.Top - rect.Bottom;
     const int64_t across = int64_t{crop.Left} + crop.Right - rect.Left - rect.Right;
     const int64_t distance = std::abs(down) + std::abs(across);
@@ -75,7 +75,7 @@ float ComputeRoiScore(const std::vector<CRectOfInterest>& softRects, const CInt3
             covered += share;
             if (share == 1.0f)
                 met += 1.0f;
-            // The nearest rectangle alone pulls. Written as "above", so that a NaN never does.
+            // Only the nearest rectangle counts. Tests "greater", so that NaN never counts.
             const double near = CentreNearness(crop, rect);
             if (near > nearness)
                 nearness = near;
@@ -90,8 +90,8 @@ float ComputeRoiScore(const std::vector<CRectOfInterest>& softRects, const CInt3
     const double count = static_cast<double>(softRects.size());
     if (met == count)
         return 1.0f;
-    // Wishes met in full count first, then the shares of all, then a little nearness. The
-    // last factor keeps the best of these a tier below a crop that meets every wish.
+    // Fully met wishes count first, then the shares of all, then a little nearness. The last factor
+    // keeps even the best of these a tier below a crop that meets every wish.
     const double wishes = (met + covered / count) / count;
     const float sum =
         static_cast<float>(wishes + static_cast<double>(static_cast<float>(nearness)) * 0.01f);
@@ -100,8 +100,8 @@ float ComputeRoiScore(const std::vector<CRectOfInterest>& softRects, const CInt3
 
 bool PassesHardRects(const std::vector<CRectOfInterest>& hardRects, const CInt32Rect& crop)
 {
-    // Kept whole or avoided wholly; tested as "not equal", so that the NaN of a rectangle of
-    // no area rejects every crop.
+    // Must be fully contained or fully avoided. Tests "not equal", so that the NaN of a rectangle
+    // without area rejects every crop.
     for (const CRectOfInterest& hard : hardRects) {
         const float share = RectCoverage(crop, RectOf(hard));
         if (hard.Kind == RoiHardInclude && share != 1.0f)

@@ -16,16 +16,16 @@ namespace {
 
 constexpr float kClusterOverlap = 0.83f; // crops that overlap more are the same crop
 constexpr float kPoolFraction = 0.2f;    // share of the candidates kept once there are many
-constexpr float kClusterShare = 1.0f;    // share of the pool that a cluster may reach into
-constexpr double kPoolLimit = 200.0;     // the pool is only cut to more than this
+constexpr float kClusterShare = 1.0f;    // share of the pool that a cluster may draw from
+constexpr double kPoolLimit = 200.0;     // the pool is cut only if more than this remain
 constexpr double kRoiTierFactor = 1000000.0;
 constexpr double kCoverTierBonus = 1.0;
 
 // Below this many entries a comparison sort is faster.
 constexpr size_t kRadixMinimum = 512;
 
-// Bits that order as unsigned numbers as their floats do. A NaN comes before all numbers, and
-// both zeros are one value, so that the order is total on every machine.
+// Bits whose unsigned order is that of the floats. NaN sorts before all numbers and both zeros are
+// equal, so the order is total on every machine.
 uint32_t OrderedBits(float value)
 {
     if (std::isnan(value))
@@ -46,8 +46,8 @@ uint64_t OrderedBits(double value)
     return (bits & 0x8000000000000000U) != 0 ? ~bits : bits | 0x8000000000000000U;
 }
 
-// Sorts entries of (ordered value << 32 | index) ascending. The indices ascend already, so
-// that a stable sort by the upper half alone is enough: equal values stay in index order.
+// Sorts entries of (ordered value << 32 | index) ascending. The indices already ascend, so a stable
+// sort by the upper half is enough: equal values stay in index order.
 void SortByUpperHalf(std::vector<uint64_t>& entries)
 {
     if (entries.size() < kRadixMinimum) {
@@ -75,9 +75,9 @@ void SortByUpperHalf(std::vector<uint64_t>& entries)
     }
 }
 
-// What selection reads of the candidates, one list a field, by survivor index.
+// What selection reads from the candidates, one array per field, by survivor index.
 struct Survivors {
-    std::vector<const CInt32CropRect*> Records; // of the grid; only what is served is copied
+    std::vector<const CInt32CropRect*> Records; // in the grid; only served records are copied
     std::vector<double> MergedScores;
 
     int32_t Count() const
@@ -136,7 +136,7 @@ WeightDistribution WeightsOfMode(const WeightDistribution& weights, int32_t rank
     return weights;
 }
 
-// The best of the survivors, best first. Equal keys stand in index order.
+// The best of the survivors, best first. Equal keys keep index order.
 std::vector<int32_t> PoolOf(const Survivors& survivors)
 {
     struct SortEntry {
@@ -146,8 +146,8 @@ std::vector<int32_t> PoolOf(const Survivors& survivors)
     const int32_t count = survivors.Count();
     std::vector<SortEntry> entries(static_cast<size_t>(count));
     for (size_t i = 0; i < entries.size(); ++i) {
-        // Three tiers in one number: wishes met, content covered, merged rank. In double, or
-        // the rank would be lost beside the first.
+        // Three tiers in one number: wishes met, content covered, merged rank. In double, because a
+        // float would lose the rank beside the first tier.
         const CInt32CropRect& crop = *survivors.Records[i];
         double key = survivors.MergedScores[i];
         if (crop.CoversContent)
@@ -156,7 +156,7 @@ std::vector<int32_t> PoolOf(const Survivors& survivors)
         entries[i] = {OrderedBits(key), static_cast<int32_t>(i)};
     }
 
-    // 0.2f is a little above 0.2: 1000 candidates give just over the limit and fall to 200.
+    // 0.2f is slightly above 0.2, so 1000 candidates give just over the limit and are cut to 200.
     const double share = count * static_cast<double>(kPoolFraction);
     const int32_t poolSize = share > kPoolLimit ? static_cast<int32_t>(share) : count;
     const auto before = [](const SortEntry& a, const SortEntry& b) {
@@ -173,8 +173,8 @@ std::vector<int32_t> PoolOf(const Survivors& survivors)
     return pool;
 }
 
-// Rectangles as doubles. Those hold every whole number that comes up on the way exactly, up to
-// crops of 2^53 pixels: sides of pictures stay far below the 94 million that it takes.
+// Rectangles as doubles, which represent every integer in the computation exactly up to crops of
+// 2^53 pixels: sides would have to exceed 94 million pixels.
 struct OverlapSide {
     double Left, Right, Top, Bottom, Area;
 };
@@ -239,7 +239,7 @@ Pool MakePool(const Survivors& survivors, const std::vector<int32_t>& order)
     return pool;
 }
 
-// Takes the best candidate and all that overlap it enough out of the pool, in their order.
+// Removes from the pool the best candidate and all that overlap it enough, in order.
 std::vector<int32_t> TakeCluster(Pool& pool, float clusterLimit)
 {
     const OverlapSide leader = {pool.Left[0], pool.Right[0], pool.Top[0], pool.Bottom[0],
@@ -250,7 +250,7 @@ std::vector<int32_t> TakeCluster(Pool& pool, float clusterLimit)
     std::vector<int32_t> cluster(1, pool.Survivor[0]);
     size_t rest = 0;
     for (size_t j = 1; j < pool.Count; ++j) {
-        // The limit looks at the position in the pool, not at the cluster's size.
+        // The limit applies to the position in the pool, not to the cluster's size.
         if (pool.Joins[j] != 0 && static_cast<float>(j) < clusterLimit) {
             cluster.push_back(pool.Survivor[j]);
             continue;
@@ -274,7 +274,7 @@ CInt32CropRect ServedCopy(const Survivors& survivors, int32_t index)
     return copy;
 }
 
-// The member whose borders are cleanest, the earliest of equals.
+// The member with the cleanest borders; of equals, the earliest.
 std::vector<int32_t>::iterator CleanestMember(const Survivors& survivors,
                                               std::vector<int32_t>& cluster)
 {
@@ -328,14 +328,14 @@ const std::vector<CInt32CropRect>& CCropAnalyzer::SelectTopCrops(int32_t n, cons
 
     SelectedCrops.clear();
     if (static_cast<int64_t>(order.size()) < n) {
-        // Too few to choose from: all of them, near-duplicates too.
+        // Too few to choose from: return them all, including near-duplicates.
         for (const int32_t index : order)
             SelectedCrops.push_back(ServedCopy(survivors, index));
         return SelectedCrops;
     }
 
-    // Serving goes once through the clusters before it returns to the first, and every cluster
-    // has a member for its first turn: with n of them at hand no later one is ever looked at.
+    // Serving visits every cluster once before returning to the first, and every cluster has a
+    // member for its first turn: n clusters are enough.
     const size_t wanted = n > 0 ? static_cast<size_t>(n) : 0;
     const float clusterLimit = std::max(1.0f, static_cast<float>(order.size()) * kClusterShare);
     std::vector<std::vector<int32_t>> clusters;
@@ -343,8 +343,8 @@ const std::vector<CInt32CropRect>& CCropAnalyzer::SelectTopCrops(int32_t n, cons
         for (Pool pool = MakePool(survivors, order); pool.Count > 0 && clusters.size() < wanted;)
             clusters.push_back(TakeCluster(pool, clusterLimit));
 
-    // The turn stays where it is at an empty cluster, so the list ends at the first one, even
-    // if clusters behind it still have members.
+    // The turn does not advance past an empty cluster, so the list ends at the first one, even if
+    // later clusters still have members.
     for (size_t k = 0; k < wanted && !clusters.empty(); ++k) {
         std::vector<int32_t>& cluster = clusters[k % clusters.size()];
         if (cluster.empty())

@@ -1,4 +1,4 @@
-// The pieces of top-N selection that stand by themselves.
+// Self-contained parts of top-N selection.
 #ifndef VISTATRIM_SCORING_SELECTION_H
 #define VISTATRIM_SCORING_SELECTION_H
 

@@ -27,14 +27,14 @@ bool Overlaps(const PixelRect& a, const PixelRect& b);
 // The part of the rectangle that lies inside the photograph; width or height 0 if there is none.
 PixelRect ClippedTo(const PixelRect& rect, PixelSize photo);
 
-// The largest size of the crop's own ratio that fits the box; one of its sides is the box's.
+// The largest size with the crop's ratio that fits the box; one of its sides equals the box's.
 PixelSize FittedSize(PixelSize crop, PixelSize box);
 
 // The longer side of the working picture, whatever the photograph's size.
 constexpr int32_t kWorkingLongSide = 640;
 
 // The photograph scaled to a longer side of `longSide` pixels. The other side is rounded to the
-// nearest pixel and is never less than one.
+// nearest pixel, at least 1.
 PixelSize ScaledToLongSide(PixelSize photo, int32_t longSide);
 PixelSize WorkingSize(PixelSize photo);
 

@@ -1,4 +1,4 @@
-// An aspect ratio as two whole numbers, so that "exactly 16:9" is a question with an answer.
+// An aspect ratio as two integers, so that "exactly 16:9" can be tested.
 #ifndef VISTATRIM_PHOTO_RATIO_H
 #define VISTATRIM_PHOTO_RATIO_H
 
@@ -23,7 +23,7 @@ bool operator==(const Ratio& a, const Ratio& b);
 // Divides both terms by their greatest common divisor. Both must be above 0.
 Ratio Reduced(int64_t width, int64_t height);
 
-// "16:9", "16/9", "16x9", "2.35:1" or "1.5"; up to four decimals a term. Nothing for any other
+// "16:9", "16/9", "16x9", "2.35:1" or "1.5"; up to four decimals per term. nullopt for any other
 // text.
 std::optional<Ratio> ParseRatio(const std::string& text);
 

@@ -1,4 +1,4 @@
-// Milliseconds since it was made.
+// Milliseconds since construction.
 #ifndef VISTATRIM_PHOTO_STOPWATCH_H
 #define VISTATRIM_PHOTO_STOPWATCH_H
 
