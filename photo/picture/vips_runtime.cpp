@@ -7,8 +7,9 @@
 #include <vector>
 
 #include <gmodule.h>
-#include <vips/vector.h>
 #include <vips/vips8>
+
+#include <vips/vector.h> // does not compile before the header above
 
 #include "vistaTrimPhoto/picture_runtime.h"
 

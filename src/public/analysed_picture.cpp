@@ -40,7 +40,7 @@ bool CAnalysedPicture::ReadDescriptor(const CInt32CropRect& crop, float* descrip
 
 IVistaTrim* CAnalysedPicture::MakeDriver(const VistaTrimParameters& parameters) const
 {
-    // Through the interface, only Release destroys a driver.
+    // Releases the driver if InitializeOn throws.
     SmartPtr<VistaTrim> driver(new VistaTrim, false);
     driver->InitializeOn(Analysis, parameters);
     return driver.release();

@@ -16,9 +16,9 @@ struct Measure {
     int32_t RankingMode;
 };
 
-// In the order in which their ranks are added. The table stands in crop_evaluation.cpp, beside
-// the code that computes the values: a new measure is a field and a weight in records.h, and a
-// row and its arithmetic there.
+// In the order in which their ranks are added. The table is in crop_evaluation.cpp, beside
+// the code that computes the values: a new measure is a field and a weight in records.h, which
+// breaks their published layout, and a row and its arithmetic there.
 struct MeasureTable {
     const Measure* First;
     const Measure* End;
