@@ -142,6 +142,7 @@ TEST(Analysis, HandsWeightsAndScoresThroughInPlace)
         request.Aspects = {{3, 2}, {1, 1}};
         request.Scales = {0.6, 0.8};
         request.Top = 12;
+        request.Ranking = RankBy::Engine;
         const Weights kUnits[] = {
             {1, 0, 0, 0, 0}, {0, 1, 0, 0, 0}, {0, 0, 1, 0, 0}, {0, 0, 0, 1, 0}, {0, 0, 0, 0, 1}};
         request.Weights = kUnits[which];
@@ -314,6 +315,7 @@ TEST(Analysis, ExplainsEveryShortfall)
 
     Request many;
     many.Aspects = {{8, 5}};
+    many.Ranking = RankBy::Engine;
     many.Top = 200; // fewer than there are, more than the engine's pool of the best fifth
     EXPECT_EQ(explained(many).Why, Shortfall::OthersRankTooLow);
     EXPECT_EQ(NoteOf(explained(many)).find("of "), 0U);
