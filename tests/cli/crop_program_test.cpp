@@ -463,8 +463,13 @@ TEST(Report, IsOnePageThatNeedsNothingElse)
     const std::string page = ReadText(folder.Path("r.html"));
     EXPECT_EQ(page.find("<!DOCTYPE html>"), 0U);
     EXPECT_NE(page.find("</html>"), std::string::npos);
-    EXPECT_EQ(page.find("http://"), std::string::npos);
-    EXPECT_EQ(page.find("https://"), std::string::npos);
+    // The name of SVG's namespace looks like an address, but no browser opens it.
+    const std::string svgNamespace = "http://www.w3.org/2000/svg";
+    std::string rest = page;
+    for (size_t at; (at = rest.find(svgNamespace)) != std::string::npos;)
+        rest.erase(at, svgNamespace.size());
+    EXPECT_EQ(rest.find("http://"), std::string::npos);
+    EXPECT_EQ(rest.find("https://"), std::string::npos);
     EXPECT_EQ(page.find("a <b>"), std::string::npos);
     EXPECT_NE(page.find("a &lt;b&gt;&amp;&quot;.jpg"), std::string::npos);
     EXPECT_NE(page.find("not a picture"), std::string::npos);
