@@ -14,7 +14,7 @@
 namespace vistaTrim::cli {
 
 int RunSuggest(const Options& options, const std::vector<ListedPhoto>& photos);
-int RunCrop(const Options& options, const std::vector<ListedPhoto>& photos);
+int RunCrop(const Options& options, const std::vector<ListedPhoto>& named);
 int RunReport(const Options& options, const std::vector<ListedPhoto>& photos);
 int RunMaps(const Options& options, const std::vector<ListedPhoto>& photos);
 int RunContactSheet(const Options& options, const std::vector<ListedPhoto>& photos);

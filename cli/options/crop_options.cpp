@@ -150,7 +150,7 @@ std::string FaultOfCropFiles(const CLI::App& command, const Options& values)
 {
     const CropFileOptions& how = values.CropFiles;
     if (!how.From.empty()) {
-        const std::string fault = FaultOfFrom(command);
+        std::string fault = FaultOfFrom(command);
         if (!fault.empty())
             return fault;
     }

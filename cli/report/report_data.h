@@ -16,7 +16,7 @@ namespace vistaTrim::cli {
 // need: names of the ratios, ranks, regions, the note on missing crops.
 std::string ReportData(const PhotoResult& result);
 // From the line itself, with a name for the ratio of each crop.
-std::string ReportDataOf(const std::string& line, const std::vector<std::string>& ratios);
+std::string ReportDataOf(const std::string& text, const std::vector<std::string>& ratios);
 std::string ReportMaps(const std::vector<ReportMap>& maps);
 // Of each measure its name, its label and the sentence that explains it. The first is the one
 // that matters most.

@@ -90,7 +90,7 @@ PixelImage SheetRow(const SheetLayout& layout, const std::string& caption,
                     const std::vector<PixelImage>& pictures)
 {
     return Drawn([&] {
-        const VImage line = TextLine(caption, RowSize(layout).Width, layout.Caption);
+        VImage line = TextLine(caption, RowSize(layout).Width, layout.Caption);
         if (pictures.empty())
             return line;
         const int width = layout.Cell.Width + layout.Gap;

@@ -27,7 +27,7 @@ int CopyRegion(VipsRegion* out, void*, void* view, void*, gboolean*)
 vips::VImage StridedImage(const PixelView& pixels)
 {
     VipsImage* image = vips_image_new();
-    const vips::VImage owner(image);
+    vips::VImage owner(image);
     vips_image_init_fields(image, pixels.Width, pixels.Height, pixels.Channels, VIPS_FORMAT_UCHAR,
                            VIPS_CODING_NONE, InterpretationOf(pixels.Channels), 1.0, 1.0);
     if (vips_image_pipelinev(image, VIPS_DEMAND_STYLE_ANY, nullptr) != 0 ||

@@ -22,8 +22,8 @@ constexpr int32_t kPlane = kLead + kSpan + kLead;
 VISTATRIM_FORM_BODY void AddTapsBody(float* to, const float* from, const float* weights,
                                      int32_t dilation)
 {
-    const float* const above = from - dilation * kStride;
-    const float* const below = from + dilation * kStride;
+    const float* const above = from - static_cast<ptrdiff_t>(dilation) * kStride;
+    const float* const below = from + static_cast<ptrdiff_t>(dilation) * kStride;
     VISTATRIM_INDEPENDENT_STEPS
     for (int32_t i = 0; i < kSpan; ++i) {
         float sum = to[i];
@@ -51,7 +51,7 @@ float* Inside(std::vector<float>& planes, int32_t plane)
 void FinishPlane(float* plane, bool rectify)
 {
     for (int32_t r = 0; r < kGridSide; ++r) {
-        float* row = plane + r * kStride;
+        float* row = plane + static_cast<ptrdiff_t>(r) * kStride;
         if (rectify)
             for (int32_t c = 0; c < kGridSide; ++c)
                 row[c] = std::max(row[c], 0.0F);
@@ -93,7 +93,7 @@ std::vector<float> RunChoiceNetwork(const ChoiceModel& model, const InputGrid& i
     std::vector<float> result(static_cast<size_t>(outputs) * kGridCells);
     for (int32_t i = 0; i < outputs; ++i)
         for (int32_t r = 0; r < kGridSide; ++r)
-            std::copy_n(Inside(planes, i) + r * kStride, kGridSide,
+            std::copy_n(Inside(planes, i) + static_cast<ptrdiff_t>(r) * kStride, kGridSide,
                         result.begin() + (static_cast<ptrdiff_t>(i) * kGridSide + r) * kGridSide);
     return result;
 }

@@ -180,8 +180,8 @@ double PartSums::Read(int32_t plane, double x, double y) const
     const int32_t r = std::min(static_cast<int32_t>(y), kGridSide - 1);
     const double right = x - c;
     const double down = y - r;
-    const double* const above =
-        Tables.data() + static_cast<ptrdiff_t>(plane) * kTableCells + r * kTableSide + c;
+    const double* const above = Tables.data() + static_cast<ptrdiff_t>(plane) * kTableCells +
+                                static_cast<ptrdiff_t>(r) * kTableSide + c;
     const double* const below = above + kTableSide;
     const double upper = above[0] + right * (above[1] - above[0]);
     const double lower = below[0] + right * (below[1] - below[0]);

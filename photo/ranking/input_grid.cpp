@@ -39,7 +39,7 @@ VISTATRIM_FORMS(AddBytes, (int32_t * sums, const uint8_t* row, int32_t count), (
 
 VISTATRIM_FORM_BODY void SumChannelsBody(int32_t* sums, const uint8_t* row, int32_t cols)
 {
-    for (int32_t i = 0; i < cols; ++i)
+    for (ptrdiff_t i = 0; i < cols; ++i)
         sums[i] = row[3 * i] + row[3 * i + 1] + row[3 * i + 2];
 }
 VISTATRIM_FORMS(SumChannels, (int32_t * sums, const uint8_t* row, int32_t cols), (sums, row, cols))
@@ -87,7 +87,8 @@ float CellMean(const std::vector<int32_t>& sums, Span cols, int32_t step, int32_
 {
     int64_t sum = 0;
     for (int32_t x = cols.First; x < cols.End; ++x)
-        sum += sums[static_cast<size_t>(x * step + channel)];
+        sum +=
+            sums[static_cast<size_t>(x) * static_cast<size_t>(step) + static_cast<size_t>(channel)];
     return static_cast<float>(static_cast<double>(sum) / (scale * rows * (cols.End - cols.First)));
 }
 
@@ -119,11 +120,12 @@ bool AverageColours(const PixelImage& picture, float* planes)
         const int32_t numRows = rows.End - rows.First;
         for (int32_t c = 0; c < kGridSide; ++c) {
             const Span cols = CellSpan(c, width);
-            float* cell = planes + r * kGridSide + c;
+            float* cell = planes + static_cast<ptrdiff_t>(r) * kGridSide + c;
             for (int32_t channel = 0; channel < kChannels; ++channel)
-                cell[channel * kGridCells] =
+                cell[static_cast<ptrdiff_t>(channel) * kGridCells] =
                     CellMean(colours, cols, kChannels, channel, numRows, 255.0);
-            cell[kChannels * kGridCells] = CellMean(gradient, cols, 1, 0, numRows, 765.0);
+            cell[static_cast<ptrdiff_t>(kChannels) * kGridCells] =
+                CellMean(gradient, cols, 1, 0, numRows, 765.0);
         }
     }
     return flat;

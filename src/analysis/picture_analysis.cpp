@@ -258,7 +258,7 @@ void CPictureAnalysis::FillMaps(const uint8_t* bytes, CNormalisation* scales)
 // All steps of all maps on a few rows, and the rows of all tables, before the next rows.
 void CPictureAnalysis::FinishMaps(const CNormalisation* scales)
 {
-    float largest[PictureMapCount];
+    float largest[PictureMapCount] = {};
     float levels[PictureMapCount];
     for (int32_t k = 0; k < PictureMapCount; ++k) {
         const MapRule& rule = kMapRules[k];

@@ -67,7 +67,7 @@ public:
 
 private:
     void AllocateMaps();
-    void FillMaps(const uint8_t* pixels, CNormalisation* scales);
+    void FillMaps(const uint8_t* bytes, CNormalisation* scales);
     void BorrowTables();
     void FinishMaps(const CNormalisation* scales);
     void MeasureSides();

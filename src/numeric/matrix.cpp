@@ -52,6 +52,7 @@ void CFloatArray::CopyFrom(const CFloatArray& other)
         CFloatArray fresh(other.Count);
         Swap(fresh);
     }
+    // NOLINTNEXTLINE(clang-analyzer-cplusplus.NewDelete): the storage moves along in the swap
     std::copy_n(other.Data, Count, Data);
 }
 
@@ -90,6 +91,7 @@ void CFloatMatrix::ResizeZeroed(uint32_t rows, uint32_t cols)
     }
     Rows = rows;
     Cols = cols;
+    // NOLINTNEXTLINE(clang-analyzer-cplusplus.NewDelete): the storage moves along in the swap
     std::fill_n(Data, Count, 0.0f);
 }
 
@@ -121,6 +123,7 @@ void CDoubleArray::CopyFrom(const CDoubleArray& other)
         CDoubleArray fresh(other.Count);
         Swap(fresh);
     }
+    // NOLINTNEXTLINE(clang-analyzer-cplusplus.NewDelete): the storage moves along in the swap
     std::copy_n(other.Data, Count, Data);
 }
 

@@ -364,7 +364,7 @@ void CandidateWalk::SidesOf(int side, int32_t depth, std::vector<double>& values
             RowMeans(table, band.FirstRow, band.LastRow, firstCols + row.Begin,
                      lastCols + row.Begin, row.End - row.Begin, depth, &values[row.Begin]);
         for (size_t i = row.Begin; i < row.End; ++i) {
-            const bool colsLeave = firstCols[i] < 0 || lastCols[i] > Analyzer.WorkCols - 1;
+            const bool colsLeave = firstCols[i] < 0 || Analyzer.WorkCols - 1 < lastCols[i];
             values[i] = Gained(rowsLeave || colsLeave, values[i], gain);
         }
     }
