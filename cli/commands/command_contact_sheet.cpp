@@ -48,7 +48,8 @@ void CheckThatItFits(const SheetLayout& layout, size_t photos, const std::string
 {
     const int64_t longest = LongestSide(FormatOfSheet(file));
     const PixelSize row = photo::RowSize(layout);
-    const int64_t most = (longest - int64_t{2} * layout.Gap - layout.Caption) / row.Height;
+    const int64_t most =
+        (longest - 2 * static_cast<int64_t>(layout.Gap) - layout.Caption) / row.Height;
     if (static_cast<int64_t>(photos) > most)
         throw ProgramError(file + ": a sheet of this format and size of pictures holds " +
                            std::to_string(most) + " photographs, not " + std::to_string(photos));
