@@ -5,6 +5,7 @@ import hashlib
 import math
 import os
 import time
+from concurrent.futures import CancelledError
 from contextlib import ExitStack
 from dataclasses import dataclass
 from typing import Any, Dict, List, Mapping, Optional, Tuple
@@ -195,7 +196,12 @@ class _Run:
         for index in ended:
             sent = self._sent.pop(index)
             if sent.future.status == "finished":
-                self._count(index, sent.future.result())
+                try:
+                    counts = sent.future.result()
+                except CancelledError:  # the scheduler went away before the result arrived
+                    self._sent[index] = sent
+                    return False
+                self._count(index, counts)
             else:
                 self._send_again(index, sent)
         if ended:
