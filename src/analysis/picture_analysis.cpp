@@ -190,6 +190,8 @@ void CPictureAnalysis::AllocateMaps()
     // line, and with the usual widths of a picture all others do.
     MapStorage.reset(new float[PictureMapCount * count + kCacheLine / sizeof(float)]);
     TableStorage.reset(new std::byte[TableBytes(count) + kCacheLine]);
+    PreferLargePages(MapStorage.get(), PictureMapCount * count * sizeof(float));
+    PreferLargePages(TableStorage.get(), TableBytes(count));
     float* map = static_cast<float*>(StartOfCacheLine(MapStorage.get()));
     for (int32_t k = 0; k < PictureMapCount; ++k, map += count)
         Maps[k].Borrow(rows, cols, map);

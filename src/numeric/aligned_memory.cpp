@@ -4,6 +4,8 @@
 #include <cstdlib>
 #include <memory>
 
+#include <sys/mman.h>
+
 // The address sanitizer knows the block but not the pieces cut from it. So this marks the whole
 // block as out of bounds except the pieces in use and their headers. Without the sanitizer the
 // macros expand to nothing.
@@ -38,6 +40,8 @@ constexpr size_t kNoPiece = SIZE_MAX;
 // One per thread: concurrent analyses share nothing.
 thread_local CScratchScope* currentScope = nullptr;
 
+constexpr size_t kLargePage = size_t{2} << 20; // bytes, on x86-64
+
 size_t RoundUp(size_t value, size_t alignment)
 {
     return (value + (alignment - 1)) & ~(alignment - 1);
@@ -70,6 +74,15 @@ void FreeAligned(void* pointer)
         if (scope->GiveBack(pointer))
             return;
     std::free(pointer);
+}
+
+void PreferLargePages(void* block, size_t bytes)
+{
+    const uintptr_t address = reinterpret_cast<uintptr_t>(block);
+    const uintptr_t first = RoundUp(address, kLargePage);
+    const uintptr_t last = (address + bytes) / kLargePage * kLargePage;
+    if (first < last)
+        madvise(reinterpret_cast<void*>(first), last - first, MADV_HUGEPAGE);
 }
 
 CScratchScope::CScratchScope(void* block, size_t bytes)

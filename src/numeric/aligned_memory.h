@@ -15,6 +15,11 @@ void* AllocateAligned(size_t size, size_t alignment);
 // Frees what AllocateAligned returned; null is allowed.
 void FreeAligned(void* pointer);
 
+// Asks the system for large pages where the block contains whole ones, without needing them: a
+// large block is then mapped in some twenty faults instead of thousands. A system without them
+// ignores it.
+void PreferLargePages(void* block, size_t bytes);
+
 // While one exists, AllocateAligned on its thread takes memory from the given block until it is
 // used up, and FreeAligned returns it there. A stage that creates and drops many planes then reuses
 // mapped memory instead of faulting in fresh pages. Free everything allocated within a scope before

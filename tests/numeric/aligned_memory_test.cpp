@@ -1,7 +1,14 @@
 #include "numeric/aligned_memory.h"
 
+#include <algorithm>
+#include <cstddef>
 #include <cstdint>
 #include <cstring>
+#include <fstream>
+#include <memory>
+#include <sstream>
+#include <string>
+#include <vector>
 
 #include <gtest/gtest.h>
 
@@ -71,6 +78,44 @@ TEST(AlignedMemory, ExhaustionGivesNullAndThrowsNothing)
     for (size_t size : {SIZE_MAX / 2, SIZE_MAX - 4096, SIZE_MAX - 63, SIZE_MAX - 1, SIZE_MAX}) {
         EXPECT_EQ(AllocateAligned(size, 64), nullptr) << size;
         EXPECT_EQ(AllocateAligned(size, 4096), nullptr) << size;
+    }
+}
+
+// The flags of the mapping that holds the address, such as "rd wr mr"; empty if it is not listed.
+std::string MappingFlags(const void* address)
+{
+    const uintptr_t wanted = reinterpret_cast<uintptr_t>(address);
+    std::ifstream maps("/proc/self/smaps");
+    bool inside = false;
+    for (std::string line; std::getline(maps, line);) {
+        uintptr_t first = 0;
+        uintptr_t end = 0;
+        char dash = 0;
+        std::istringstream range(line);
+        if (range >> std::hex >> first >> dash >> end && dash == '-')
+            inside = first <= wanted && wanted < end;
+        else if (inside && line.rfind("VmFlags:", 0) == 0)
+            return line.substr(8);
+    }
+    return "";
+}
+
+TEST(AlignedMemory, LargePagesAreRequestedForABlockThatContainsOne)
+{
+    if (!std::ifstream("/sys/kernel/mm/transparent_hugepage/enabled").good())
+        GTEST_SKIP() << "a kernel without large pages";
+    const size_t size = size_t{8} << 20;
+    const std::unique_ptr<char[]> block(new char[size]);
+    PreferLargePages(block.get(), size);
+    EXPECT_NE(MappingFlags(block.get() + size / 2).find(" hg"), std::string::npos);
+}
+
+TEST(AlignedMemory, LargePagesLeaveTheBytesAsTheyAre)
+{
+    for (size_t size : {size_t{0}, size_t{1}, size_t{1} << 20, size_t{9'000'001}}) {
+        std::vector<char> block(size, 0x5A);
+        PreferLargePages(block.data(), size);
+        EXPECT_EQ(std::count(block.begin(), block.end(), 0x5A), static_cast<ptrdiff_t>(size));
     }
 }
 
