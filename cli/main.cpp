@@ -1,6 +1,8 @@
 // vistatrim: finds good crops of photographs.
 #include <algorithm>
+#include <filesystem>
 #include <iostream>
+#include <system_error>
 #include <vector>
 
 #include "batch/blas_threads.h"
@@ -29,10 +31,24 @@ void ReadRegions(Options& options, const std::vector<ListedPhoto>& photos)
         throw ProgramError(options.RegionsPath + " names none of the photographs");
 }
 
+// A folder that is named is read, even where crops of earlier runs lie in it.
+void WarnOfCropsAmongPhotographs(const Options& options, const std::string& output)
+{
+    std::error_code unknown;
+    for (const std::string& name : options.Photos)
+        if (std::filesystem::is_directory(name, unknown) &&
+            std::filesystem::equivalent(name, output, unknown))
+            Complain(name + " is both read and written: files of earlier runs in it count as "
+                            "photographs");
+}
+
 int RunChosen(Options options)
 {
-    const std::vector<ListedPhoto> photos = ListPhotos(
-        options.Photos, {options.Recursive, options.NullSeparated, options.FilesFrom}, std::cin);
+    const std::string output = options.Output == "-" ? "" : options.Output;
+    WarnOfCropsAmongPhotographs(options, output);
+    const std::vector<ListedPhoto> photos =
+        ListPhotos(options.Photos,
+                   {options.Recursive, options.NullSeparated, options.FilesFrom, output}, std::cin);
     ReadRegions(options, photos);
     switch (options.Chosen) {
     case Command::Suggest: return RunSuggest(options, photos);

@@ -31,7 +31,14 @@ bool IsHidden(const fs::path& path)
     return !name.empty() && name[0] == '.';
 }
 
-void WalkFolder(const fs::path& folder, const fs::path& inside, bool recursive,
+// The same file or folder, by whatever name. An output that is not there yet is nowhere else.
+bool IsOutput(const fs::path& entry, const std::string& output)
+{
+    std::error_code unknown;
+    return !output.empty() && fs::equivalent(entry, output, unknown);
+}
+
+void WalkFolder(const fs::path& folder, const fs::path& inside, const ListOptions& options,
                 std::vector<ListedPhoto>& photos)
 {
     std::vector<fs::path> entries;
@@ -45,20 +52,20 @@ void WalkFolder(const fs::path& folder, const fs::path& inside, bool recursive,
     }
     std::sort(entries.begin(), entries.end());
     for (const fs::path& entry : entries) {
-        if (IsHidden(entry))
+        if (IsHidden(entry) || IsOutput(entry, options.Output))
             continue;
         std::error_code unknown;
         if (fs::is_directory(entry, unknown)) {
             // Links to folders are not followed: they may form a cycle.
-            if (recursive && !fs::is_symlink(entry, unknown))
-                WalkFolder(entry, inside / entry.filename(), recursive, photos);
+            if (options.Recursive && !fs::is_symlink(entry, unknown))
+                WalkFolder(entry, inside / entry.filename(), options, photos);
         } else if (EndsLikePhotograph(entry)) {
             photos.push_back({entry.string(), inside.string(), "", nullptr});
         }
     }
 }
 
-void AddName(const std::string& name, bool recursive, std::vector<ListedPhoto>& photos)
+void AddName(const std::string& name, const ListOptions& options, std::vector<ListedPhoto>& photos)
 {
     std::error_code unknown;
     if (!fs::is_directory(name, unknown)) {
@@ -66,11 +73,12 @@ void AddName(const std::string& name, bool recursive, std::vector<ListedPhoto>& 
         return;
     }
     const size_t before = photos.size();
-    WalkFolder(name, "", recursive, photos);
+    WalkFolder(name, "", options, photos);
     if (photos.size() == before)
         photos.push_back({name, "",
-                          recursive ? "no photograph in this folder or below it"
-                                    : "no photograph in this folder; --recursive looks below it",
+                          options.Recursive
+                              ? "no photograph in this folder or below it"
+                              : "no photograph in this folder; --recursive looks below it",
                           nullptr});
 }
 
@@ -99,7 +107,7 @@ void AddList(const std::string& name, std::istream& list, const ListOptions& opt
         if (listed.empty())
             continue;
         any = true;
-        AddName(listed, options.Recursive, photos);
+        AddName(listed, options, photos);
     }
     if (!any)
         photos.push_back({name, "", "the list names no photograph", nullptr});
@@ -115,7 +123,7 @@ std::vector<ListedPhoto> ListPhotos(const std::vector<std::string>& names,
         if (name == "-")
             photos.push_back(FromStandardInput(input));
         else
-            AddName(name, options.Recursive, photos);
+            AddName(name, options, photos);
     }
     for (const std::string& name : options.FilesFrom) {
         if (name == "-") {

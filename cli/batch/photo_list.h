@@ -20,12 +20,15 @@ struct ListOptions {
     bool Recursive = false;
     bool NullSeparated = false;         // names in lists end in a null byte, not in a line feed
     std::vector<std::string> FilesFrom; // lists of names; "-" is the one on standard input
+    std::string Output;                 // file or folder that the run writes; empty: none
 };
 
 // Folders give the files in them whose ending is that of a photograph, by name; with
 // Recursive also those further down. "-" is a photograph that is read from `input`. A named file is
 // taken as it is, whatever its ending, even if it is not there: whoever opens it says so. Names in
-// lists are treated alike, but "-" is none of them.
+// lists are treated alike, but "-" is none of them. The output is skipped where a folder holds it,
+// however it is spelled: its crops would be cropped again. A name that is given is taken all the
+// same.
 std::vector<ListedPhoto> ListPhotos(const std::vector<std::string>& names,
                                     const ListOptions& options, std::istream& input);
 
