@@ -42,7 +42,8 @@ void CheckOptions(const Options& options)
     Demand(request.Top >= 1 && request.Top <= 10000, "number of crops");
     Demand(request.Density >= 1 && request.Density <= 500, "density");
     Demand(options.Workers >= 0 && options.Workers <= 1024, "workers");
-    Demand(options.CropFiles.Quality >= 1 && options.CropFiles.Quality <= 100, "quality");
+    const int quality = options.CropFiles.Quality.value_or(photo::kDefaultQuality);
+    Demand(quality >= 1 && quality <= 100, "quality");
     for (const double scale : request.Scales)
         Demand(scale > 0.0 && scale <= 1.0, "scale");
     for (const Measure& measure : kMeasures)

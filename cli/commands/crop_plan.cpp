@@ -82,6 +82,7 @@ std::vector<PlannedFile> PlanCropFiles(const Options& options, const ListedPhoto
                 file.Output.Size = size;
             file.Output.Format = format;
             file.Output.Quality = options.CropFiles.Quality;
+            file.Output.Chroma = options.CropFiles.Chroma;
             file.Output.Strip = options.CropFiles.Strip;
             const std::string name =
                 NameOf(photo, label, options.CropFiles, std::to_string(size.Width),

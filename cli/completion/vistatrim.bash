@@ -36,6 +36,10 @@ _vistatrim() {
         mapfile -t COMPREPLY < <(compgen -W "jpg png webp tif avif heic" -- "$word")
         return
         ;;
+    --chroma)
+        mapfile -t COMPREPLY < <(compgen -W "4:4:4 4:2:0" -- "$word")
+        return
+        ;;
     --preset)
         mapfile -t COMPREPLY < <(compgen -W "square portrait landscape classic wide cinema vertical
             banner panorama story post og-image thumbnail avatar hd uhd print-10x15 print-13x18
@@ -57,7 +61,7 @@ _vistatrim() {
             --ignore-metadata-regions"
         case $command in
         suggest) options="$options $request --json --csv --explain --resume" ;;
-        crop) options="$options $request --resize --format --quality --strip --resume
+        crop) options="$options $request --resize --format --quality --chroma --strip --resume
             --name --fill --widths --upscale --from --manifest --picture --sizes --xmp --xmp-only" ;;
         report) options="$options $request --maps" ;;
         contact-sheet) options="$options $request --cell" ;;

@@ -232,9 +232,23 @@ void AddCrop(CLI::App& app, Options& values)
         false)
         ->type_name("FORMAT")
         ->group(kGroup);
-    app.add_option("--quality", values.CropFiles.Quality, "1 to 100 (90)")
+    app.add_option("--quality", values.CropFiles.Quality,
+                   "1 to 100 (JPEG of JPEG: as the photograph; else 90)")
         ->check(CLI::Range(1, 100))
         ->type_name("Q")
+        ->group(kGroup);
+    AddRead(
+        app, "--chroma", "4:4:4 or 4:2:0",
+        "Colour values of JPEG, 4:4:4 or 4:2:0 (as the photograph; else 4:4:4 from quality 90)",
+        [&values](const std::string& text) {
+            if (text == "4:4:4")
+                values.CropFiles.Chroma = photo::ChromaSampling::Full;
+            else if (text == "4:2:0")
+                values.CropFiles.Chroma = photo::ChromaSampling::Half;
+            return text == "4:4:4" || text == "4:2:0";
+        },
+        false)
+        ->type_name("SAMPLING")
         ->group(kGroup);
     app.add_flag("--strip", values.CropFiles.Strip,
                  "Leave out all metadata; the colour profile stays")

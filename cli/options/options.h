@@ -22,17 +22,18 @@ enum class ListFormat { Text, Json, Csv };
 struct CropFileOptions {
     bool Strip = false;
     std::optional<photo::PixelSize> ResizeTo;
-    std::optional<photo::ImageFormat> Format; // none: as the photograph
-    int Quality = photo::kDefaultQuality;
-    std::vector<int32_t> Widths; // each crop at each of them; none: one size
-    bool Upscale = false;        // to widths beyond that of the crop
-    std::string Name;            // template; empty: the usual names
-    std::string From;            // file that names the crops; empty: none
-    std::string Manifest;        // file; empty: none
-    bool Xmp = false;            // sidecars too
-    bool XmpOnly = false;        // sidecars instead
-    std::string Picture;         // file for <picture> elements; empty: none
-    std::string Sizes = "100vw"; // their sizes attribute
+    std::optional<photo::ImageFormat> Format;    // none: as the photograph
+    std::optional<int> Quality;                  // none: that of a JPEG photograph, else 90
+    std::optional<photo::ChromaSampling> Chroma; // none: alike
+    std::vector<int32_t> Widths;                 // each crop at each of them; none: one size
+    bool Upscale = false;                        // to widths beyond that of the crop
+    std::string Name;                            // template; empty: the usual names
+    std::string From;                            // file that names the crops; empty: none
+    std::string Manifest;                        // file; empty: none
+    bool Xmp = false;                            // sidecars too
+    bool XmpOnly = false;                        // sidecars instead
+    std::string Picture;                         // file for <picture> elements; empty: none
+    std::string Sizes = "100vw";                 // their sizes attribute
 };
 
 // There is one object a run, so its members are in the order in which people read them.

@@ -69,7 +69,7 @@ void CheckCrops(const PhotographSource& source, const std::vector<CropOutput>& c
         if (crop.Size && (crop.Size->Width < 1 || crop.Size->Height < 1))
             throw PhotoError(PhotoError::Kind::InvalidRequest,
                              "both sides of a crop must be at least one pixel");
-        if (crop.Quality < 1 || crop.Quality > 100)
+        if (crop.Quality && (*crop.Quality < 1 || *crop.Quality > 100))
             throw PhotoError(PhotoError::Kind::InvalidRequest, "the quality must be 1 to 100");
     }
 }
@@ -97,11 +97,20 @@ VImage Finished(const VImage& cut, const CropOutput& crop, const PhotographSourc
                                crop.Strip);
 }
 
-SaveOptions SaveOptionsOf(const VImage& image, const CropOutput& crop)
+// A finer coding than the photograph's would only spend bytes on its coding faults.
+SaveOptions SaveOptionsOf(const VImage& image, const CropOutput& crop,
+                          const PhotographSource& source)
 {
     SaveOptions options;
     options.Format = crop.Format;
-    options.Quality = crop.Quality;
+    options.Quality = crop.Quality.value_or(kDefaultQuality);
+    options.Chroma = crop.Chroma;
+    if (crop.Format == ImageFormat::Jpeg && source.Coding()) {
+        if (!crop.Quality)
+            options.Quality = source.Coding()->Quality;
+        if (!crop.Chroma)
+            options.Chroma = source.Coding()->Chroma;
+    }
     options.BestCodes = int64_t{image.width()} * image.height() <= kLargestInTwoPasses;
     return options;
 }
@@ -167,8 +176,10 @@ void WriteCrops(const Photograph& photograph, const std::vector<CropOutput>& cro
 {
     if (paths.size() != crops.size())
         throw PhotoError(PhotoError::Kind::InvalidRequest, "there must be one path for each crop");
+    const PhotographSource& source = PhotographSource::Of(photograph);
     SaveEach(photograph, crops, [&](size_t i, const VImage& image) {
-        Save(image, vips::VTarget::new_to_file(paths[i].c_str()), SaveOptionsOf(image, crops[i]));
+        Save(image, vips::VTarget::new_to_file(paths[i].c_str()),
+             SaveOptionsOf(image, crops[i], source));
     });
 }
 
@@ -176,8 +187,9 @@ std::vector<std::vector<uint8_t>> EncodeCrops(const Photograph& photograph,
                                               const std::vector<CropOutput>& crops)
 {
     std::vector<std::vector<uint8_t>> encoded(crops.size());
+    const PhotographSource& source = PhotographSource::Of(photograph);
     SaveEach(photograph, crops, [&](size_t i, const VImage& image) {
-        encoded[i] = SaveToMemory(image, SaveOptionsOf(image, crops[i]));
+        encoded[i] = SaveToMemory(image, SaveOptionsOf(image, crops[i], source));
     });
     return encoded;
 }

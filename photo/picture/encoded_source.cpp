@@ -114,6 +114,8 @@ private:
                 const vips::VImage header = vips::VImage::new_from_source(
                     source, "", vips::VImage::option()->set("access", VIPS_ACCESS_SEQUENTIAL));
                 Native = FormatOf(loader, header);
+                if (Native == ImageFormat::Jpeg)
+                    StoredCoding = CodingOfJpeg(Open());
                 IsCmyk = header.interpretation() == VIPS_INTERPRETATION_CMYK;
                 HasProfile = header.get_typeof(VIPS_META_ICC_NAME) != 0;
                 Displayed = {header.width(), header.height()};

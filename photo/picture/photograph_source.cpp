@@ -23,6 +23,11 @@ ImageFormat PhotographSource::NativeFormat() const
     return Native;
 }
 
+const std::optional<JpegCoding>& PhotographSource::Coding() const
+{
+    return StoredCoding;
+}
+
 const Colour& PhotographSource::Background() const
 {
     return Under;

@@ -3,10 +3,12 @@
 #define VISTATRIM_PHOTO_PICTURE_PHOTOGRAPH_SOURCE_H
 
 #include <memory>
+#include <optional>
 #include <vector>
 
 #include <vips/vips8>
 
+#include "picture/jpeg_coding.h"
 #include "vistaTrimPhoto/found_region.h"
 #include "vistaTrimPhoto/photograph.h"
 
@@ -24,6 +26,7 @@ public:
 
     PixelSize Size() const;
     ImageFormat NativeFormat() const;
+    const std::optional<JpegCoding>& Coding() const; // of a JPEG file
     const Colour& Background() const;
     int StoredOrientation() const; // 1 to 8 as EXIF counts them; what is read is upright
     const std::vector<FoundRegion>& NamedRegions() const; // by the photograph's own metadata
@@ -42,6 +45,7 @@ protected:
     PixelSize Displayed;
     ImageFormat Native = ImageFormat::Png;
     int Orientation = 1;
+    std::optional<JpegCoding> StoredCoding;
     std::vector<FoundRegion> Named;
 
 private:

@@ -4,13 +4,25 @@ namespace vistaTrim::photo {
 
 using vips::VImage;
 
+namespace {
+
+VipsForeignSubsample SubsampleOf(const std::optional<ChromaSampling>& chroma)
+{
+    if (!chroma)
+        return VIPS_FOREIGN_SUBSAMPLE_AUTO;
+    return *chroma == ChromaSampling::Half ? VIPS_FOREIGN_SUBSAMPLE_ON : VIPS_FOREIGN_SUBSAMPLE_OFF;
+}
+
+} // namespace
+
 void Save(const VImage& image, const vips::VTarget& target, const SaveOptions& options)
 {
     vips::VOption* own = VImage::option()->set("strip", options.Strip);
     switch (options.Format) {
     case ImageFormat::Jpeg:
-        image.jpegsave_target(
-            target, own->set("Q", options.Quality)->set("optimize_coding", options.BestCodes));
+        image.jpegsave_target(target, own->set("Q", options.Quality)
+                                          ->set("subsample_mode", SubsampleOf(options.Chroma))
+                                          ->set("optimize_coding", options.BestCodes));
         return;
     case ImageFormat::Png: image.pngsave_target(target, own); return;
     case ImageFormat::Webp:

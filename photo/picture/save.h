@@ -3,6 +3,7 @@
 #define VISTATRIM_PHOTO_PICTURE_SAVE_H
 
 #include <cstdint>
+#include <optional>
 #include <vector>
 
 #include <vips/vips8>
@@ -15,6 +16,7 @@ struct SaveOptions {
     ImageFormat Format = ImageFormat::Jpeg;
     int Quality = 90;
     int AlphaQuality = 100;
+    std::optional<ChromaSampling> Chroma; // of JPEG; none: as the quality suggests
     bool BestCodes = true; // of JPEG: a second pass over the pixels, for a smaller file
     bool Fast = false;     // of WebP: less effort, for a larger file
     bool Strip = false;    // no metadata and no profile

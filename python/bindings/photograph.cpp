@@ -95,7 +95,7 @@ photo::CropOutput OutputOf(const Box& box, const Size& size, const std::string& 
     if (!format)
         throw py::value_error("no format is called '" + ending + "'");
     output.Format = *format;
-    output.Quality = quality.value_or(output.Quality);
+    output.Quality = quality;
     output.Strip = strip;
     return output;
 }

@@ -120,6 +120,25 @@ TEST(OptionEffects, QualityShrinksFiles)
     EXPECT_EQ(standard, sizeAt("jpg", "90"));
 }
 
+TEST(OptionEffects, ChromaShrinksFiles)
+{
+    const TempFolder folder;
+    Quarters(900, 600).write_to_file(folder.Path("a.png").c_str());
+    const auto sampling = [&folder](const std::vector<std::string>& more) {
+        std::vector<std::string> words = {
+            "crop", folder.Path("a.png"), "-o", folder.Path("out"), "--force", "--top",
+            "1",    "--format",           "jpg"};
+        words.insert(words.end(), more.begin(), more.end());
+        EXPECT_EQ(RunProgram(words).Status, 0);
+        return std::string(vips::VImage::new_from_file(folder.Path("out/a-1.jpg").c_str())
+                               .get_string("jpeg-chroma-subsample"));
+    };
+    EXPECT_EQ(sampling({}), "4:4:4");
+    EXPECT_EQ(sampling({"--chroma", "4:2:0"}), "4:2:0");
+    EXPECT_EQ(sampling({"--quality", "80"}), "4:2:0");
+    EXPECT_EQ(sampling({"--quality", "80", "--chroma", "4:4:4"}), "4:4:4");
+}
+
 TEST(OptionEffects, DensityAndScaleAndAspectSetTheCandidates)
 {
     const TempFolder folder;

@@ -93,8 +93,9 @@ TEST(Options, ThatWouldHaveNoEffectTogetherAreFaults)
 
 TEST(Options, OfCropAreRead)
 {
-    const CommandLine line = Parse({"crop", "-o", "out", "a.jpg", "--strip", "--resize", "800x600",
-                                    "--format", "JPEG", "--quality", "70", "--force"});
+    const CommandLine line =
+        Parse({"crop", "-o", "out", "a.jpg", "--strip", "--resize", "800x600", "--format", "JPEG",
+               "--quality", "70", "--chroma", "4:2:0", "--force"});
     ASSERT_FALSE(line.ExitStatus);
     EXPECT_EQ(line.Values.Chosen, Command::Crop);
     EXPECT_EQ(line.Values.Output, "out");
@@ -102,6 +103,7 @@ TEST(Options, OfCropAreRead)
     EXPECT_EQ(line.Values.CropFiles.ResizeTo, (PixelSize{800, 600}));
     EXPECT_EQ(line.Values.CropFiles.Format, ImageFormat::Jpeg);
     EXPECT_EQ(line.Values.CropFiles.Quality, 70);
+    EXPECT_EQ(line.Values.CropFiles.Chroma, ChromaSampling::Half);
 }
 
 TEST(Options, ThatAreWrongAreNamedWithTheReason)

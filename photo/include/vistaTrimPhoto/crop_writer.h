@@ -20,8 +20,12 @@ struct CropOutput {
     PixelRect Rect;                // inside the photograph
     std::optional<PixelSize> Size; // scaled to exactly this; none: as many pixels as the rectangle
     ImageFormat Format = ImageFormat::Jpeg;
-    int Quality = kDefaultQuality; // 1..100, for the formats that have one
-    bool Strip = false;            // leave out all metadata; the colour profile stays
+    // 1..100, for the formats that have one. None: a JPEG crop of a JPEG photograph has the
+    // photograph's, all others kDefaultQuality.
+    std::optional<int> Quality;
+    // Of JPEG. None: that of a JPEG photograph, else full from quality 90.
+    std::optional<ChromaSampling> Chroma;
+    bool Strip = false; // leave out all metadata; the colour profile stays
 };
 
 // Each decodes the photograph once for all crops, keeps depth, colour profile and metadata as far

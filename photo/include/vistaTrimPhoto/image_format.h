@@ -9,6 +9,10 @@ namespace vistaTrim::photo {
 
 enum class ImageFormat { Jpeg, Png, Webp, Tiff, Avif, Heic };
 
+// How many colour values a JPEG file holds: one for each pixel (4:4:4), or one for each block of
+// two by two (4:2:0).
+enum class ChromaSampling { Full, Half };
+
 std::string EndingOf(ImageFormat format); // "jpg", "png", "webp", "tif", "avif", "heic"
 // Also "jpeg" and "tiff", whatever their case. Nothing for any other text.
 std::optional<ImageFormat> FormatOfEnding(const std::string& ending);
