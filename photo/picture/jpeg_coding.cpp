@@ -11,10 +11,11 @@ namespace vistaTrim::photo {
 namespace {
 
 // Annex K's tables in zigzag order, which are those of quality 50.
-constexpr QuantisationTable kLuma = {
-    16, 11, 12, 14, 12, 10, 16, 14, 13, 14, 18, 17, 16, 19,  24,  40,  26,  24,  22, 22, 24, 49,
-    35, 37, 29, 40, 58, 51, 61, 60, 57, 51, 56, 55, 64, 72,  92,  78,  64,  68,  87, 69, 55, 56,
-    80, 109, 81, 87, 95, 98, 103, 104, 103, 62, 77, 113, 121, 112, 100, 120, 92, 101, 103, 99};
+constexpr QuantisationTable kLuma = {16,  11, 12, 14,  12,  10,  16,  14,  13, 14,  18,  17,  16,
+                                     19,  24, 40, 26,  24,  22,  22,  24,  49, 35,  37,  29,  40,
+                                     58,  51, 61, 60,  57,  51,  56,  55,  64, 72,  92,  78,  64,
+                                     68,  87, 69, 55,  56,  80,  109, 81,  87, 95,  98,  103, 104,
+                                     103, 62, 77, 113, 121, 112, 100, 120, 92, 101, 103, 99};
 constexpr QuantisationTable kChroma = {
     17, 18, 18, 24, 21, 24, 47, 26, 26, 47, 99, 66, 56, 66, 99, 99, 99, 99, 99, 99, 99, 99,
     99, 99, 99, 99, 99, 99, 99, 99, 99, 99, 99, 99, 99, 99, 99, 99, 99, 99, 99, 99, 99, 99,
@@ -32,7 +33,8 @@ double Distance(const QuantisationTable& table, const QuantisationTable& atFifty
 {
     double sum = 0;
     for (size_t i = 0; i < table.size(); ++i) {
-        const double ratio = static_cast<double>(std::max(1, table[i])) / Scaled(atFifty[i], quality);
+        const double ratio =
+            static_cast<double>(std::max(1, table[i])) / Scaled(atFifty[i], quality);
         sum += std::log(ratio) * std::log(ratio) / static_cast<double>(1 + i);
     }
     return sum;
@@ -85,8 +87,8 @@ private:
             Ended = true;
             return;
         }
-        const bool isFrame = marker >= 0xC0 && marker <= 0xCF && marker != 0xC4 && marker != 0xC8 &&
-                             marker != 0xCC;
+        const bool isFrame =
+            marker >= 0xC0 && marker <= 0xCF && marker != 0xC4 && marker != 0xC8 && marker != 0xCC;
         if (marker != 0xDB && !isFrame) {
             Ended = vips_source_seek(Source, length, SEEK_CUR) < 0;
             return;
@@ -122,8 +124,8 @@ private:
     {
         constexpr size_t kHead = 6; // depth, height, width, number of planes
         for (size_t at = kHead; at + 3 <= segment.size(); at += 3)
-            Planes.push_back({segment[at + 1] / 16, segment[at + 1] % 16,
-                              static_cast<size_t>(segment[at + 2])});
+            Planes.push_back(
+                {segment[at + 1] / 16, segment[at + 1] % 16, static_cast<size_t>(segment[at + 2])});
     }
 
     const QuantisationTable* TableOf(const Plane& plane) const
@@ -140,12 +142,12 @@ private:
         JpegCoding coding;
         coding.Quality =
             QualityOfTables(*TableOf(Planes[0]), sharesTable ? nullptr : TableOf(Planes[1]));
-        // libvips writes chroma at full resolution or at half of it both ways. What lies between,
-        // half across only, keeps all that it has.
+        // libvips writes chroma at full resolution or at half of it both ways. What lies between
+        // counts as half: at full resolution it would take a fifth more bytes for nothing.
         if (hasChroma) {
-            const bool isHalf =
-                Planes[0].Across >= 2 * Planes[1].Across && Planes[0].Down >= 2 * Planes[1].Down;
-            coding.Chroma = isHalf ? ChromaSampling::Half : ChromaSampling::Full;
+            const bool isFull =
+                Planes[0].Across <= Planes[1].Across && Planes[0].Down <= Planes[1].Down;
+            coding.Chroma = isFull ? ChromaSampling::Full : ChromaSampling::Half;
         }
         return coding;
     }

@@ -1,6 +1,7 @@
 // JPEG crops are coded as their photograph is.
 #include "picture/jpeg_coding.h"
 
+#include <algorithm>
 #include <cmath>
 
 #include <gtest/gtest.h>
@@ -22,9 +23,11 @@ VImage Texture(int width, int height)
     for (int size = 1; size <= 64; size *= 2) {
         std::vector<VImage> bands;
         for (int band = 0; band < 3; ++band)
-            bands.push_back(VImage::gaussnoise(
-                width / size + 1, height / size + 1,
-                VImage::option()->set("mean", 0.0)->set("sigma", 3.0 + size / 8.0)->set("seed", ++seed)));
+            bands.push_back(VImage::gaussnoise(width / size + 1, height / size + 1,
+                                               VImage::option()
+                                                   ->set("mean", 0.0)
+                                                   ->set("sigma", 3.0 + size / 8.0)
+                                                   ->set("seed", ++seed)));
         // Grey differs more than colour does.
         const VImage grey = bands[0] * 2.0;
         for (VImage& band : bands)
@@ -86,12 +89,27 @@ TEST(JpegCoding, IsReadBackExactly)
             ASSERT_TRUE(coding);
             EXPECT_EQ(coding->Quality, quality);
             EXPECT_EQ(coding->Chroma, chroma == VIPS_FOREIGN_SUBSAMPLE_ON ? ChromaSampling::Half
-                                                                         : ChromaSampling::Full);
+                                                                          : ChromaSampling::Full);
         }
     const auto grey = CodingOf(AsJpeg(image.extract_band(0), 77, VIPS_FOREIGN_SUBSAMPLE_AUTO));
     ASSERT_TRUE(grey);
     EXPECT_EQ(grey->Quality, 77);
     EXPECT_FALSE(grey->Chroma);
+}
+
+TEST(JpegCoding, OfChromaHalvedOneWayIsHalf)
+{
+    std::vector<uint8_t> bytes = AsJpeg(Quarters(64, 48), 80, VIPS_FOREIGN_SUBSAMPLE_ON);
+    const std::vector<uint8_t> luma = {3, 1, 0x22, 0}; // three planes; the first is 2 x 2
+    const auto at = std::search(bytes.begin(), bytes.end(), luma.begin(), luma.end());
+    ASSERT_NE(at, bytes.end());
+    const auto chromaFor = [&](uint8_t sampling) {
+        *(at + 2) = sampling;
+        return CodingOf(bytes)->Chroma;
+    };
+    EXPECT_EQ(chromaFor(0x21), ChromaSampling::Half);
+    EXPECT_EQ(chromaFor(0x12), ChromaSampling::Half);
+    EXPECT_EQ(chromaFor(0x11), ChromaSampling::Full);
 }
 
 // Other encoders have tables of their own. With one step for all frequencies, three photographs of
@@ -126,7 +144,8 @@ TEST(JpegCoding, OfWhatIsNoJpegOrCutShortIsNone)
         return at;
     }();
     for (size_t size = 1; size < scan + 2; ++size) {
-        const std::vector<uint8_t> part(whole.begin(), whole.begin() + static_cast<ptrdiff_t>(size));
+        const std::vector<uint8_t> part(whole.begin(),
+                                        whole.begin() + static_cast<ptrdiff_t>(size));
         EXPECT_FALSE(CodingOf(part)) << size;
     }
     EXPECT_FALSE(CodingOf({'P', '6', ' ', '1'}));
@@ -154,8 +173,7 @@ TEST(CropCoding, TakesAsManyBytesAPixelAsThePhotograph)
             const double after = BytesPerPixel(written[0], rect.Width, rect.Height);
             const double scaled = BytesPerPixel(written[1], 400, 300);
             const VImage full = Decoded(stored);
-            const VImage storedCut =
-                full.extract_area(rect.X, rect.Y, rect.Width, rect.Height);
+            const VImage storedCut = full.extract_area(rect.X, rect.Y, rect.Width, rect.Height);
             const double storedLoss = SignalToNoise(storedCut, cut);
             // Measured: 0.97 to 1.04 of the photograph's; at half the size, where the same detail
             // has fewer pixels, 0.98 to 1.16.
@@ -194,8 +212,8 @@ TEST(CropCoding, OfOtherPhotographsIsTheUsualOne)
 {
     const TempFolder folder;
     Quarters(300, 200).write_to_file(folder.Path("a.png").c_str());
-    const auto written = EncodeCrops(Photograph::FromFile(folder.Path("a.png")),
-                                     {JpegOf({10, 10, 200, 100})});
+    const auto written =
+        EncodeCrops(Photograph::FromFile(folder.Path("a.png")), {JpegOf({10, 10, 200, 100})});
     EXPECT_EQ(CodingOf(written[0])->Quality, kDefaultQuality);
     EXPECT_EQ(CodingOf(written[0])->Chroma, ChromaSampling::Full);
 }
