@@ -10,6 +10,7 @@
 #include "batch/photo_list.h"
 #include "batch/program_error.h"
 #include "batch/run_photos.h"
+#include "batch/shown_name.h"
 #include "commands/commands.h"
 #include "options/options.h"
 #include "vistaTrimPhoto/picture_runtime.h"
@@ -28,7 +29,7 @@ void ReadRegions(Options& options, const std::vector<ListedPhoto>& photos)
     if (std::none_of(photos.begin(), photos.end(), [&options](const ListedPhoto& photo) {
             return options.Regions.Names(photo.Path);
         }))
-        throw ProgramError(options.RegionsPath + " names none of the photographs");
+        throw ProgramError(Shown(options.RegionsPath) + " names none of the photographs");
 }
 
 // A folder that is named is read, even where crops of earlier runs lie in it.
@@ -38,8 +39,9 @@ void WarnOfCropsAmongPhotographs(const Options& options, const std::string& outp
     for (const std::string& name : options.Photos)
         if (std::filesystem::is_directory(name, unknown) &&
             std::filesystem::equivalent(name, output, unknown))
-            Complain(name + " is both read and written: files of earlier runs in it count as "
-                            "photographs");
+            Complain(Shown(name) +
+                     " is both read and written: files of earlier runs in it count as "
+                     "photographs");
 }
 
 int RunChosen(Options options)

@@ -5,8 +5,8 @@
 namespace vistaTrim::cli {
 
 // From now on SIGINT, SIGTERM and SIGHUP are only recorded. A second one of the same kind ends the
-// program at once; files in progress then disappear or remain as hidden temporary files, and
-// finished ones stay.
+// program at once; files in progress then remain as hidden temporary files until the next run into
+// the same folder deletes them, and finished ones stay.
 void NoteInterruptions();
 
 // The recorded signal's number, or 0.

@@ -8,6 +8,8 @@
 #include <iterator>
 #include <system_error>
 
+#include "batch/shown_name.h"
+
 namespace vistaTrim::cli {
 
 namespace {
@@ -146,7 +148,7 @@ std::vector<ListedPhoto> ListPhotos(const std::vector<std::string>& names,
 
 std::string ShownName(const std::string& path)
 {
-    return path == "-" ? "standard input" : path;
+    return path == "-" ? "standard input" : Shown(path);
 }
 
 } // namespace vistaTrim::cli

@@ -32,7 +32,7 @@ struct ListOptions {
 std::vector<ListedPhoto> ListPhotos(const std::vector<std::string>& names,
                                     const ListOptions& options, std::istream& input);
 
-// "standard input" for "-".
+// For people: "standard input" for "-", and strange names in quotes.
 std::string ShownName(const std::string& path);
 
 } // namespace vistaTrim::cli

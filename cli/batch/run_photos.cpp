@@ -12,6 +12,7 @@
 #include "batch/interruption.h"
 #include "batch/program_error.h"
 #include "batch/progress.h"
+#include "batch/shown_name.h"
 #include "vistaTrimPhoto/photo_error.h"
 #include "vistaTrimPhoto/picture_runtime.h"
 
@@ -52,7 +53,7 @@ std::string TimingLine(const PhotoResult& result)
 
 void Complain(const std::string& text)
 {
-    std::fprintf(stderr, "vistatrim: %s\n", text.c_str());
+    std::fprintf(stderr, "vistatrim: %s\n", OneLine(text).c_str());
 }
 
 namespace {

@@ -27,7 +27,7 @@ int ThreadsPerPhoto(const Options& options, size_t photos);
 int RunPhotos(const Options& options, const std::vector<ListedPhoto>& photos,
               const PhotoSteps& steps);
 
-// One line on standard error.
+// One line on standard error, whatever the text holds.
 void Complain(const std::string& text);
 
 } // namespace vistaTrim::cli

@@ -1,9 +1,7 @@
 #include "batch/whole_file.h"
 
-#include <atomic>
 #include <cerrno>
 #include <cstdio>
-#include <filesystem>
 #include <fstream>
 #include <system_error>
 
@@ -11,46 +9,36 @@
 #include <unistd.h>
 
 #include "batch/program_error.h"
+#include "batch/shown_name.h"
 
 namespace vistaTrim::cli {
 
 namespace {
 
-std::string TemporaryName(const std::string& target)
-{
-    static std::atomic<unsigned> counter{0};
-    const std::filesystem::path path(target);
-    const std::string name = ".vistatrim-" + std::to_string(getpid()) + "-" +
-                             std::to_string(counter++) + path.extension().string();
-    return (path.parent_path() / name).string();
-}
-
 [[noreturn]] void Fail(const std::string& target, int error)
 {
     if (error == EEXIST)
-        throw ProgramError(target + " exists already; --force replaces it");
-    throw ProgramError("cannot write " + target + ": " + std::generic_category().message(error));
+        throw ProgramError(Shown(target) + " exists already; --force replaces it");
+    throw ProgramError("cannot write " + Shown(target) + ": " +
+                       std::generic_category().message(error));
 }
 
 } // namespace
 
-WholeFile::WholeFile(const std::string& target, bool replace)
-    : Path(target), Temporary(TemporaryName(target)), Replace(replace)
+WholeFile::WholeFile(const std::string& target, bool replace) : Path(target), Replace(replace)
 {
     // Check before doing the work.
     if (!replace && access(target.c_str(), F_OK) == 0)
         Fail(target, EEXIST);
 }
 
-WholeFile::~WholeFile()
-{
-    if (!Done)
-        unlink(Temporary.c_str());
-}
+WholeFile::~WholeFile() = default;
 
-const std::string& WholeFile::TemporaryPath() const
+const std::string& WholeFile::TemporaryPath()
 {
-    return Temporary;
+    if (!Temporary)
+        Temporary.emplace(Path);
+    return Temporary->Path();
 }
 
 const std::string& WholeFile::Target() const
@@ -60,22 +48,16 @@ const std::string& WholeFile::Target() const
 
 void WholeFile::Appear()
 {
+    const std::string from = TemporaryPath();
     if (Replace) {
-        if (rename(Temporary.c_str(), Path.c_str()) != 0)
+        if (rename(from.c_str(), Path.c_str()) != 0)
             Fail(Path, errno);
-        Done = true;
-        return;
+    } else if (renameat2(AT_FDCWD, from.c_str(), AT_FDCWD, Path.c_str(), RENAME_NOREPLACE) != 0) {
+        // Some file systems do not support that. link() also fails if the target exists.
+        if ((errno != EINVAL && errno != ENOSYS) || link(from.c_str(), Path.c_str()) != 0)
+            Fail(Path, errno);
     }
-    if (renameat2(AT_FDCWD, Temporary.c_str(), AT_FDCWD, Path.c_str(), RENAME_NOREPLACE) == 0) {
-        Done = true;
-        return;
-    }
-    // Some file systems do not support that. link() also fails if the target exists; the destructor
-    // removes the temporary name.
-    if (errno != EINVAL && errno != ENOSYS)
-        Fail(Path, errno);
-    if (link(Temporary.c_str(), Path.c_str()) != 0)
-        Fail(Path, errno);
+    Temporary.reset();
 }
 
 void WriteWholeFile(const std::string& target, bool replace, const std::string& text)

@@ -2,13 +2,14 @@
 #ifndef VISTATRIM_CLI_BATCH_WHOLE_FILE_H
 #define VISTATRIM_CLI_BATCH_WHOLE_FILE_H
 
+#include <optional>
 #include <string>
+
+#include "batch/temporary_files.h"
 
 namespace vistaTrim::cli {
 
-// Write to TemporaryPath, then call Appear. Otherwise the destructor deletes the temporary file. It
-// is in the target's folder, since a rename cannot cross file systems, has a name that begins with
-// a dot, and keeps the extension, from which writers infer the format.
+// Write to TemporaryPath, then call Appear. Otherwise the destructor deletes the temporary file.
 class WholeFile {
 public:
     WholeFile(const std::string& target, bool replace);
@@ -16,7 +17,8 @@ public:
     WholeFile(const WholeFile&) = delete;
     WholeFile& operator=(const WholeFile&) = delete;
 
-    const std::string& TemporaryPath() const;
+    // The folder must be there by now. Throws ProgramError if it cannot be written.
+    const std::string& TemporaryPath();
     const std::string& Target() const;
     // Throws ProgramError if the target exists and is not to be replaced, even if it came into
     // being a moment ago.
@@ -24,9 +26,8 @@ public:
 
 private:
     std::string Path;
-    std::string Temporary;
     bool Replace;
-    bool Done = false;
+    std::optional<TemporaryFile> Temporary;
 };
 
 // Writes the text as a whole file. Throws ProgramError.

@@ -3,8 +3,10 @@
 #include <algorithm>
 #include <filesystem>
 
+#include "batch/output_place.h"
 #include "batch/program_error.h"
 #include "batch/run_photos.h"
+#include "batch/shown_name.h"
 #include "batch/whole_file.h"
 #include "commands/asked_crops.h"
 #include "vistaTrimPhoto/contact_sheet.h"
@@ -25,8 +27,9 @@ photo::ImageFormat FormatOfSheet(const std::string& file)
     const std::string ending = fs::path(file).extension().string();
     const auto format = photo::FormatOfEnding(ending.empty() ? ending : ending.substr(1));
     if (!format)
-        throw ProgramError(file + ": the ending of a contact sheet is jpg, png, webp, tif, avif or "
-                                  "heic");
+        throw ProgramError(Shown(file) +
+                           ": the ending of a contact sheet is jpg, png, webp, tif, avif or "
+                           "heic");
     return *format;
 }
 
@@ -51,10 +54,11 @@ void CheckThatItFits(const SheetLayout& layout, size_t photos, const std::string
     const int64_t most =
         (longest - 2 * static_cast<int64_t>(layout.Gap) - layout.Caption) / row.Height;
     if (static_cast<int64_t>(photos) > most)
-        throw ProgramError(file + ": a sheet of this format and size of pictures holds " +
+        throw ProgramError(Shown(file) + ": a sheet of this format and size of pictures holds " +
                            std::to_string(most) + " photographs, not " + std::to_string(photos));
     if (row.Width + layout.Gap > longest)
-        throw ProgramError(file + ": a row of so many pictures is wider than the format allows");
+        throw ProgramError(Shown(file) +
+                           ": a row of so many pictures is wider than the format allows");
 }
 
 std::vector<std::string> Heads(const Options& options)
@@ -114,6 +118,7 @@ int RunContactSheet(const Options& options, const std::vector<ListedPhoto>& phot
         SheetLayout layout;
         layout.Cell = options.SheetCell;
         layout.Columns = static_cast<int32_t>(heads.size());
+        CheckOutputFile(options.Output);
         CheckThatItFits(layout, photos.size(), options.Output);
         WholeFile file(options.Output, options.Force);
 
@@ -125,7 +130,7 @@ int RunContactSheet(const Options& options, const std::vector<ListedPhoto>& phot
             SuggestAsked(Analyse(photograph, RegionsFor(options, photo, photos.size())), options,
                          result);
             const auto index = static_cast<size_t>(&photo - photos.data());
-            made[index] = photo::SheetRow(layout, fs::path(photo.Path).filename().string(),
+            made[index] = photo::SheetRow(layout, Shown(fs::path(photo.Path).filename().string()),
                                           PicturesOf(photograph, result, options, layout));
         };
         steps.Emit = [&](const PhotoResult& result) {
@@ -134,7 +139,8 @@ int RunContactSheet(const Options& options, const std::vector<ListedPhoto>& phot
                 rows.push_back(std::move(made[index]));
             else
                 rows.push_back(photo::SheetRow(
-                    layout, fs::path(result.File).filename().string() + ": " + result.Error, {}));
+                    layout, Shown(fs::path(result.File).filename().string()) + ": " + result.Error,
+                    {}));
         };
         const int status = RunPhotos(options, photos, steps);
 
@@ -145,7 +151,7 @@ int RunContactSheet(const Options& options, const std::vector<ListedPhoto>& phot
         file.Appear();
         return status;
     } catch (const photo::PhotoError& error) {
-        Complain(options.Output + ": " + error.what());
+        Complain(Shown(options.Output) + ": " + error.what());
     } catch (const ProgramError& error) {
         Complain(error.what());
     }

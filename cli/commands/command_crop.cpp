@@ -7,8 +7,10 @@
 
 #include <unistd.h>
 
+#include "batch/output_place.h"
 #include "batch/program_error.h"
 #include "batch/run_photos.h"
+#include "batch/shown_name.h"
 #include "batch/whole_file.h"
 #include "commands/asked_crops.h"
 #include "commands/crop_choice.h"
@@ -31,7 +33,7 @@ void CheckThatNoPhotographIsReplaced(const std::set<std::string>& photographs,
 {
     for (const PlannedFile& file : files)
         if (photographs.count(CanonicalPath(file.Path)) != 0)
-            throw ProgramError("its crop " + file.Path +
+            throw ProgramError("its crop " + Shown(file.Path) +
                                " would replace one of the photographs to be cropped");
 }
 
@@ -62,8 +64,10 @@ public:
     {
         if (!How.Manifest.empty())
             List.emplace(How.Manifest, Replace);
-        if (!How.Picture.empty())
+        if (!How.Picture.empty()) {
+            CheckOutputFile(How.Picture);
             const WholeFile probe(How.Picture, Replace);
+        }
     }
 
     void Add(const PhotoResult& result)
@@ -122,18 +126,31 @@ private:
             const bool sidecar = Asked.CropFiles.Xmp || Asked.CropFiles.XmpOnly;
             if (Asked.Resume && !sidecar && HasAllCrops(photograph, photo, Asked))
                 return;
-            missing = SuggestAsked(Analyse(photograph, RegionsFor(Asked, photo, Photos.size())),
-                                   Asked, result);
+            missing = Search(photo, photograph, result);
         }
         const photo::Stopwatch writing;
         if (!result.Found.Crops.empty())
             Write(photo, photograph, result);
         result.WriteMilliseconds = writing.Milliseconds();
-        if (result.Found.Crops.empty() && missing.size() < 2)
-            throw ProgramError("no crop meets the request; suggest --explain tells why");
         if (!missing.empty())
             throw ProgramError("no crop of " + ListOf(missing) +
                                " meets the request; suggest --explain tells why");
+    }
+
+    // Returns the shapes that got no crop. Throws ProgramError if none did, and says why.
+    std::vector<std::string> Search(const ListedPhoto& photo, const photo::Photograph& photograph,
+                                    PhotoResult& result) const
+    {
+        const photo::Analysis analysis =
+            Analyse(photograph, RegionsFor(Asked, photo, Photos.size()));
+        std::vector<std::string> missing = SuggestAsked(analysis, Asked, result);
+        if (!result.Found.Crops.empty())
+            return missing;
+        Options explained = Asked;
+        explained.Request.Explain = true;
+        SuggestAsked(analysis, explained, result);
+        throw ProgramError("no crop" + (missing.size() < 2 ? "" : " of " + ListOf(missing)) + ": " +
+                           photo::NoteOf(*result.Found.Explained, kWishPrefix));
     }
 
     void Write(const ListedPhoto& photo, const photo::Photograph& photograph, PhotoResult& result)
@@ -175,7 +192,7 @@ private:
             std::fwrite(Encoded.data(), 1, Encoded.size(), stdout);
         else
             for (const std::string& name : result.Written)
-                std::printf("%s\n", name.c_str());
+                std::printf("%s\n", Shown(name).c_str());
         if (std::fflush(stdout) != 0 || std::ferror(stdout) != 0)
             throw ProgramError("cannot write standard output");
         Beside.Add(result);
@@ -214,6 +231,7 @@ int RunCrop(const Options& options, const std::vector<ListedPhoto>& named)
         if (options.Output == "-") {
             CheckStandardOutput(photos);
         } else {
+            CheckOutputFolder(options.Output);
             constexpr int32_t kRanksToCompare = 20; // those further down differ as these do
             const auto labelsOf = [&](size_t photo) {
                 return chosen.Photos.empty() ? ExpectedLabels(options, kRanksToCompare)
@@ -221,6 +239,8 @@ int RunCrop(const Options& options, const std::vector<ListedPhoto>& named)
             };
             if (ComplainOfClashes(NameClashes(options, photos, labelsOf)))
                 return 1;
+            for (size_t i = 0; i < photos.size(); ++i)
+                ClearFoldersOf(photos[i], labelsOf(i), options);
         }
         return CropRun(options, photos, chosen).Run();
     } catch (const ProgramError& error) {

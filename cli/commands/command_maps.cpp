@@ -2,8 +2,10 @@
 
 #include <cstdio>
 
+#include "batch/output_place.h"
 #include "batch/program_error.h"
 #include "batch/run_photos.h"
+#include "batch/shown_name.h"
 #include "commands/map_files.h"
 #include "vistaTrimPhoto/stopwatch.h"
 
@@ -11,6 +13,12 @@ namespace vistaTrim::cli {
 
 int RunMaps(const Options& options, const std::vector<ListedPhoto>& photos)
 {
+    try {
+        CheckOutputFolder(options.Output);
+    } catch (const ProgramError& error) {
+        Complain(error.what());
+        return 1;
+    }
     PhotoSteps steps;
     steps.Work = [&options](const ListedPhoto& photo, PhotoResult& result) {
         const std::string prefix = OutputPrefix(options, photo);
@@ -25,7 +33,7 @@ int RunMaps(const Options& options, const std::vector<ListedPhoto>& photos)
     };
     steps.Emit = [](const PhotoResult& result) {
         for (const std::string& name : result.Written)
-            std::printf("%s\n", name.c_str());
+            std::printf("%s\n", Shown(name).c_str());
         if (std::fflush(stdout) != 0)
             throw ProgramError("cannot write standard output");
     };

@@ -2,12 +2,14 @@
 
 #include <filesystem>
 #include <map>
-#include <system_error>
 #include <utility>
 
 #include "batch/freed_memory.h"
+#include "batch/output_place.h"
 #include "batch/program_error.h"
 #include "batch/run_photos.h"
+#include "batch/shown_name.h"
+#include "batch/temporary_files.h"
 #include "vistaTrimPhoto/photo_error.h"
 
 namespace vistaTrim::cli {
@@ -51,10 +53,8 @@ std::string OutputPrefix(const Options& options, const ListedPhoto& photo)
 {
     namespace fs = std::filesystem;
     const fs::path folder = fs::path(options.Output) / photo.Inside;
-    std::error_code error;
-    fs::create_directories(folder, error);
-    if (error)
-        throw ProgramError("cannot make the folder " + folder.string() + ": " + error.message());
+    MakeFolder(folder.string());
+    ClearAbandoned(folder.string());
     return (folder / StemOf(photo)).string();
 }
 
@@ -69,7 +69,7 @@ std::vector<ListedPhoto> WithoutNameClashes(const std::vector<ListedPhoto>& phot
             continue; // nothing will be written for it
         const auto [owner, isFirst] = owners.emplace(name, photo.Path);
         if (!isFirst)
-            photo.Error = "its files would have the same names as those of " + owner->second;
+            photo.Error = "its files would have the same names as those of " + Shown(owner->second);
     }
     return checked;
 }

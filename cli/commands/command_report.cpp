@@ -4,8 +4,10 @@
 #include <fstream>
 #include <system_error>
 
+#include "batch/output_place.h"
 #include "batch/program_error.h"
 #include "batch/run_photos.h"
+#include "batch/shown_name.h"
 #include "batch/whole_file.h"
 #include "commands/asked_crops.h"
 #include "report/report_page.h"
@@ -30,7 +32,7 @@ public:
         Stream.write(html.data(), static_cast<std::streamsize>(html.size()));
         Stream.flush();
         if (!Stream)
-            throw ProgramError("cannot write " + File.Target() + ": " +
+            throw ProgramError("cannot write " + Shown(File.Target()) + ": " +
                                std::generic_category().message(errno));
     }
 
@@ -53,6 +55,7 @@ int RunReport(const Options& options, const std::vector<ListedPhoto>& photos)
     Options explained = options;
     explained.Request.Explain = true; // to explain why a photograph got no crop
     try {
+        CheckOutputFile(options.Output);
         PageFile page(options.Output, options.Force);
         size_t emitted = 0;
         size_t failed = 0;

@@ -7,6 +7,7 @@
 #include <system_error>
 
 #include "batch/program_error.h"
+#include "batch/shown_name.h"
 
 namespace vistaTrim::cli {
 
@@ -21,10 +22,11 @@ std::string ReadFile(const std::string& file)
 {
     std::error_code unknown;
     if (std::filesystem::is_directory(file, unknown))
-        throw ProgramError(file + ": is a folder, not a list of crops");
+        throw ProgramError(Shown(file) + ": is a folder, not a list of crops");
     std::ifstream stream(file, std::ios::binary);
     if (!stream)
-        throw ProgramError("cannot read " + file + ": " + std::generic_category().message(errno));
+        throw ProgramError("cannot read " + Shown(file) + ": " +
+                           std::generic_category().message(errno));
     return ReadAll(stream);
 }
 

@@ -2,11 +2,10 @@
 
 #include <filesystem>
 #include <memory>
-#include <system_error>
 
 #include <unistd.h>
 
-#include "batch/program_error.h"
+#include "batch/output_place.h"
 #include "batch/whole_file.h"
 #include "vistaTrimPhoto/crop_writer.h"
 
@@ -19,17 +18,6 @@ namespace fs = std::filesystem;
 bool Exists(const std::string& file)
 {
     return access(file.c_str(), F_OK) == 0;
-}
-
-void MakeFolderOf(const std::string& file)
-{
-    const fs::path folder = fs::path(file).parent_path();
-    if (folder.empty())
-        return;
-    std::error_code error;
-    fs::create_directories(folder, error);
-    if (error)
-        throw ProgramError("cannot make the folder " + folder.string() + ": " + error.message());
 }
 
 } // namespace
@@ -48,15 +36,24 @@ std::vector<PlannedFile> WriteCropFiles(const photo::Photograph& photograph,
         written.push_back(file);
         outputs.push_back(file.Output);
         whole.push_back(std::make_unique<WholeFile>(file.Path, options.Force));
-        paths.push_back(whole.back()->TemporaryPath());
     }
 
-    for (const PlannedFile& file : written)
-        MakeFolderOf(file.Path);
+    for (const std::unique_ptr<WholeFile>& file : whole) {
+        MakeFolder(fs::path(file->Target()).parent_path().string());
+        paths.push_back(file->TemporaryPath());
+    }
     photo::WriteCrops(photograph, outputs, paths);
     for (size_t i = whole.size(); i-- > 0;)
         whole[i]->Appear();
     return written;
+}
+
+void ClearFoldersOf(const ListedPhoto& photo, const std::vector<CropLabel>& labels,
+                    const Options& options)
+{
+    for (const CropLabel& label : labels)
+        for (const std::string& name : ExpectedNames(options, photo, label))
+            ClearAbandoned(FolderOf((fs::path(options.Output) / name).string()));
 }
 
 bool HasAllCrops(const photo::Photograph& photograph, const ListedPhoto& photo,

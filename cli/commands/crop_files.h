@@ -19,6 +19,10 @@ std::vector<PlannedFile> WriteCropFiles(const photo::Photograph& photograph,
                                         const std::vector<PlannedFile>& files,
                                         const Options& options);
 
+// Deletes what killed runs left in the folders that crops of these labels go to.
+void ClearFoldersOf(const ListedPhoto& photo, const std::vector<CropLabel>& labels,
+                    const Options& options);
+
 // True if as many crops as are asked for exist: nothing is left to find out. False says little,
 // since a photograph can have fewer crops than asked for, and names can hold their sizes.
 bool HasAllCrops(const photo::Photograph& photograph, const ListedPhoto& photo,

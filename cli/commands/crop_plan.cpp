@@ -6,6 +6,7 @@
 #include <set>
 
 #include "batch/program_error.h"
+#include "batch/shown_name.h"
 #include "commands/commands.h"
 #include "options/name_template.h"
 
@@ -90,7 +91,7 @@ std::vector<PlannedFile> PlanCropFiles(const Options& options, const ListedPhoto
                 "." + photo::EndingOf(format);
             file.Path = (fs::path(options.Output) / name).string();
             if (!paths.insert(file.Path).second)
-                throw ProgramError("two of its crops would be named " + name +
+                throw ProgramError("two of its crops would be named " + Shown(name) +
                                    "; a --name with {rank} tells them apart");
             files.push_back(file);
         }
@@ -137,8 +138,8 @@ void ClaimedNames::Claim(const std::vector<PlannedFile>& files, const std::strin
     for (const PlannedFile& file : files) {
         const auto owner = Owners.find(file.Path);
         if (owner != Owners.end() && owner->second != photo)
-            throw ProgramError("its crop " + file.Path + " would have the name of one of " +
-                               owner->second);
+            throw ProgramError("its crop " + Shown(file.Path) + " would have the name of one of " +
+                               Shown(owner->second));
     }
     for (const PlannedFile& file : files)
         Owners.emplace(file.Path, photo);

@@ -6,6 +6,7 @@
 #include <system_error>
 #include <utility>
 
+#include "batch/shown_name.h"
 #include "commands/crop_plan.h"
 #include "vistaTrimPhoto/image_format.h"
 
@@ -56,18 +57,18 @@ NameClashes(const Options& options, const std::vector<ListedPhoto>& photos,
                                           (name + "." + ExpectedEnding(options, photos[i].Path)))
                                              .string();
                 if (!isFirst && owner->second == i)
-                    clash = "two of its crops would have the same name " + name +
+                    clash = "two of its crops would have the same name " + Shown(name) +
                             "; {rank}, {shape} and {width} in --name tell them apart";
                 else if (!isFirst)
                     clash = "its files would have the same names as those of " +
-                            photos[owner->second].Path;
+                            Shown(photos[owner->second].Path);
                 else if (originals.count(CanonicalPath(file)) != 0)
-                    clash =
-                        "its crop " + file + " would replace one of the photographs to be cropped";
+                    clash = "its crop " + Shown(file) +
+                            " would replace one of the photographs to be cropped";
             }
         }
         if (!clash.empty())
-            clashes.push_back(photos[i].Path + ": " + clash);
+            clashes.push_back(Shown(photos[i].Path) + ": " + clash);
     }
     return clashes;
 }

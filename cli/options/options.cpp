@@ -5,7 +5,9 @@
 #include <map>
 
 #include <CLI/CLI.hpp>
+#include <unistd.h>
 
+#include "batch/shown_name.h"
 #include "options/crop_options.h"
 #include "options/read_option.h"
 #include "options/shape_options.h"
@@ -20,6 +22,8 @@ using photo::Request;
 using photo::WishKind;
 
 namespace {
+
+constexpr const char* kCommands = "suggest, crop, report, maps and contact-sheet";
 
 void AddInput(CLI::App& app, Options& values)
 {
@@ -337,10 +341,24 @@ std::string FaultOfInput(const Options& values)
     return "";
 }
 
+std::string FaultOfStandardOutput(const Options& values)
+{
+    if (values.Output != "-" || values.Chosen == Command::Crop)
+        return "";
+    if (values.Chosen != Command::Suggest)
+        return "-o - is standard output, to which only suggest and crop write; name a file or "
+               "folder";
+    return values.Force || values.Resume
+               ? "-o - is standard output, which cannot be replaced or resumed"
+               : "";
+}
+
 // Checks combinations of options. Empty if they are valid.
 std::string FaultOfAll(const CLI::App& command, const Options& values)
 {
     std::string fault = FaultOfInput(values);
+    if (fault.empty())
+        fault = FaultOfStandardOutput(values);
     if (fault.empty() && values.Chosen == Command::Crop)
         fault = FaultOfCropFiles(command, values);
     if (!fault.empty())
@@ -354,6 +372,30 @@ std::string FaultOfAll(const CLI::App& command, const Options& values)
     if (values.Resume && values.Chosen == Command::Suggest && values.Format == ListFormat::Text)
         return "--resume needs --json or --csv: text for people is not read back";
     return "";
+}
+
+// A name that begins with a dash is taken for options.
+std::string HintOfDash(int argc, const char* const* argv)
+{
+    for (int i = 1; i < argc && std::string(argv[i]) != "--"; ++i) {
+        const std::string word = argv[i];
+        if (word.size() > 1 && word[0] == '-' && access(word.c_str(), F_OK) == 0)
+            return "vistatrim: there is a file " + Shown(word) +
+                   "; put -- before the photographs, as in: vistatrim suggest -- " + Shown(word) +
+                   "\n";
+    }
+    return "";
+}
+
+std::string InPlainWords(const CLI::ParseError& fault)
+{
+    const std::string text = fault.what();
+    const size_t twice = text.find(": At Most 1 required but received");
+    if (twice != std::string::npos)
+        return text.substr(0, twice) + " is given more than once";
+    if (text == "A subcommand is required")
+        return std::string("a command is missing; there are ") + kCommands;
+    return text;
 }
 
 } // namespace
@@ -388,8 +430,8 @@ CommandLine ParseCommandLine(int argc, const char* const* argv)
     if (!first.empty() && first[0] != '-' &&
         std::none_of(commands.begin(), commands.end(),
                      [&first](const CLI::App* command) { return command->get_name() == first; })) {
-        std::cerr << "vistatrim: no command '" << first
-                  << "'; there are suggest, crop, report, maps and contact-sheet\n";
+        std::cerr << "vistatrim: no command '" << OneLine(first) << "'; there are " << kCommands
+                  << "\n";
         line.ExitStatus = kUsageFault;
         return line;
     }
@@ -401,8 +443,8 @@ CommandLine ParseCommandLine(int argc, const char* const* argv)
         line.ExitStatus = 0;
         return line;
     } catch (const CLI::ParseError& fault) {
-        std::cerr << "vistatrim: " << fault.what() << "\n"
-                  << "vistatrim: try --help\n";
+        std::cerr << "vistatrim: " << OneLine(InPlainWords(fault)) << "\n"
+                  << HintOfDash(argc, argv) << "vistatrim: try --help\n";
         line.ExitStatus = kUsageFault;
         return line;
     }
@@ -411,6 +453,8 @@ CommandLine ParseCommandLine(int argc, const char* const* argv)
     values.Chosen = static_cast<Command>(parsed - commands.begin());
     FinishShapes(**parsed, values);
     std::string fault = FaultOfAll(**parsed, values);
+    if (values.Chosen == Command::Suggest && values.Output == "-")
+        values.Output.clear();
     if (values.WeightsGiven)
         values.Request.Ranking = RankBy::Engine;
     if (fault.empty() && !values.RankingFile.empty()) {
@@ -421,7 +465,7 @@ CommandLine ParseCommandLine(int argc, const char* const* argv)
         }
     }
     if (!fault.empty()) {
-        std::cerr << "vistatrim: " << fault << "\n";
+        std::cerr << "vistatrim: " << OneLine(fault) << "\n";
         line.ExitStatus = kUsageFault;
     }
     return line;

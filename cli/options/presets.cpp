@@ -2,12 +2,14 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <filesystem>
 #include <fstream>
 #include <iterator>
 #include <sstream>
 #include <stdexcept>
 #include <system_error>
 
+#include "batch/shown_name.h"
 #include "options/presets_table.h"
 #include "options/text_values.h"
 
@@ -70,11 +72,14 @@ Presets::Presets()
 
 void Presets::AddFile(const std::string& path)
 {
+    std::error_code unknown;
+    if (std::filesystem::is_directory(path, unknown))
+        throw std::runtime_error(Shown(path) + " is a folder, not a table");
     std::ifstream stream(path, std::ios::binary);
     const std::string table{std::istreambuf_iterator<char>(stream),
                             std::istreambuf_iterator<char>()};
     if (!stream)
-        throw std::runtime_error("cannot read " + path + ": " +
+        throw std::runtime_error("cannot read " + Shown(path) + ": " +
                                  std::generic_category().message(errno != 0 ? errno : EIO));
     AddTable(table, path);
 }
@@ -99,7 +104,8 @@ void Presets::AddTable(const std::string& table, const std::string& source)
             else
                 Shapes.push_back(shape);
         } catch (const std::runtime_error& error) {
-            throw std::runtime_error(source + ":" + std::to_string(number) + ": " + error.what());
+            throw std::runtime_error(Shown(source) + ":" + std::to_string(number) + ": " +
+                                     error.what());
         }
     }
 }

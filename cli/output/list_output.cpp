@@ -8,8 +8,11 @@
 
 #include <unistd.h>
 
+#include "batch/output_place.h"
 #include "batch/program_error.h"
 #include "batch/resume.h"
+#include "batch/shown_name.h"
+#include "batch/temporary_files.h"
 #include "batch/whole_file.h"
 #include "output/result_text.h"
 
@@ -25,7 +28,7 @@ std::string ReadAll(const std::string& path)
 
 [[noreturn]] void FailToWrite(const std::string& path)
 {
-    throw ProgramError("cannot write " + (path.empty() ? "standard output" : path) + ": " +
+    throw ProgramError("cannot write " + (path.empty() ? "standard output" : Shown(path)) + ": " +
                        std::generic_category().message(errno));
 }
 
@@ -36,9 +39,12 @@ ListOutput::ListOutput(const Options& options)
 {
     bool isNew = true;
     if (!Path.empty()) {
+        CheckOutputFile(Path);
+        ClearAbandoned(FolderOf(Path));
         const bool exists = access(Path.c_str(), F_OK) == 0;
         if (exists && !options.Force && !options.Resume)
-            throw ProgramError(Path + " exists already; --force replaces it, --resume goes on");
+            throw ProgramError(Shown(Path) + " exists already; --force replaces it" +
+                               (Format == ListFormat::Text ? "" : ", --resume goes on"));
         if (exists && options.Resume) {
             const std::string text = ReadAll(Path);
             EarlierOutput earlier;
@@ -46,7 +52,7 @@ ListOutput::ListOutput(const Options& options)
                 earlier =
                     Format == ListFormat::Json ? HeldByJson(text) : HeldByCsv(text, CsvHeader());
             } catch (const ProgramError& error) {
-                throw ProgramError(Path + " " + error.what());
+                throw ProgramError(Shown(Path) + " " + error.what());
             }
             if (earlier.Kept != text)
                 WriteWholeFile(Path, true, earlier.Kept);

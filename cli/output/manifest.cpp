@@ -2,13 +2,15 @@
 
 #include <nlohmann/json.hpp>
 
+#include "batch/output_place.h"
 #include "output/result_text.h"
 
 namespace vistaTrim::cli {
 
 Manifest::Manifest(const std::string& file, bool replace) : File(file), Replace(replace)
 {
-    const WholeFile probe(file, replace); // refuses before the work, not after it
+    CheckOutputFile(file); // before the work, not after it
+    const WholeFile probe(file, replace);
 }
 
 void Manifest::Add(const PhotoResult& result)

@@ -5,6 +5,8 @@
 #include <optional>
 #include <vector>
 
+#include "batch/photo_list.h"
+
 namespace vistaTrim::cli {
 
 namespace {
@@ -94,8 +96,8 @@ std::string PeopleText(const PhotoResult& result)
 {
     if (!result.Error.empty())
         return "";
-    std::string text =
-        result.File + Format(": %d x %d\n", result.Found.Size.Width, result.Found.Size.Height);
+    std::string text = ShownName(result.File) +
+                       Format(": %d x %d\n", result.Found.Size.Width, result.Found.Size.Height);
     if (!result.Found.Crops.empty())
         text += "    #   ratio      x      y   width  height  expect" + MeasureHeadings() +
                 "  content\n";

@@ -6,6 +6,7 @@
 #include <cstdlib>
 #include <filesystem>
 
+#include "batch/shown_name.h"
 #include "output/result_text.h"
 #include "report/base64.h"
 #include "report/page_assets.h"
@@ -107,7 +108,7 @@ std::string CropList(const PhotoResult& result)
 
 std::string NameOf(const PhotoResult& result)
 {
-    return EscapedHtml(std::filesystem::path(result.File).filename().string());
+    return EscapedHtml(Shown(std::filesystem::path(result.File).filename().string()));
 }
 
 std::string SectionStart(const PhotoResult& result, size_t index, const char* kind)

@@ -1,6 +1,8 @@
 #include <cmath>
+#include <filesystem>
 #include <fstream>
 #include <string>
+#include <system_error>
 
 #include <nlohmann/json.hpp>
 
@@ -127,6 +129,9 @@ RankingModel ReadRankingModel(const std::string& path)
     std::ifstream stream(path, std::ios::binary);
     if (!stream)
         Fail("the ranking file " + path + " cannot be opened");
+    std::error_code unknown;
+    if (std::filesystem::is_directory(path, unknown)) // which opens, and fails when it is read
+        Fail("the ranking file " + path + " is a folder");
     try {
         return std::make_shared<const ChoiceModel>(ReadModel(json::parse(stream)));
     } catch (const json::exception&) {

@@ -178,7 +178,7 @@ void Ask(const WorkingPicture& picture, const CAnalysedPicture& analysed, const 
     }
 
     if (request.Explain)
-        Explain(AllOf(*driver, engineRequest), wishes, found, picture, request.Top, result);
+        Explain(AllOf(*driver, engineRequest), wishes, found, picture, request, result);
 }
 
 // The engine throws bare texts that end in a line feed.

@@ -9,11 +9,30 @@ namespace vistaTrim::photo {
 
 namespace {
 
-void FindShortfall(Explanation& explanation, size_t given, int32_t asked)
+// Whether the largest crop of some ratio has a pixel both ways. Sizes are those of the working
+// picture.
+bool HasRoom(const std::vector<Ratio>& aspects, PixelSize size)
+{
+    if (aspects.empty())
+        return size.Width > 1 && size.Height > 1;
+    return std::any_of(aspects.begin(), aspects.end(), [size](const Ratio& aspect) {
+        const double width = std::min<double>(size.Width, size.Height * aspect.Value());
+        return width >= 1 && width / aspect.Value() >= 1;
+    });
+}
+
+Shortfall WhyNoCandidate(const Request& request, PixelSize size)
+{
+    if (!HasRoom({}, size) || request.Size)
+        return Shortfall::PhotographTooSmall;
+    return HasRoom(request.Aspects, size) ? Shortfall::ScaleTooSmall : Shortfall::RatioTooExtreme;
+}
+
+void FindShortfall(Explanation& explanation, size_t given, const Request& request, PixelSize size)
 {
     const auto crops = static_cast<int64_t>(given);
     if (explanation.Candidates == 0) {
-        explanation.Why = Shortfall::PhotographTooSmall;
+        explanation.Why = WhyNoCandidate(request, size);
     } else if (explanation.Passing == 0) {
         explanation.Why = Shortfall::HardWishesTogether;
         for (size_t i = 0; i < explanation.Wishes.size() && !explanation.UnmetWish; ++i)
@@ -23,7 +42,7 @@ void FindShortfall(Explanation& explanation, size_t given, int32_t asked)
             }
     } else if (given == 0) {
         explanation.Why = Shortfall::SizeMissesWishes;
-    } else if (crops < asked) {
+    } else if (crops < request.Top) {
         explanation.Why =
             explanation.Passing <= crops ? Shortfall::FewCandidates : Shortfall::OthersRankTooLow;
     }
@@ -37,8 +56,13 @@ std::string NoteOf(const Explanation& explanation, const std::string& wishPrefix
     const std::string passing = std::to_string(explanation.Passing);
     switch (explanation.Why) {
     case Shortfall::None: break;
-    case Shortfall::PhotographTooSmall:
-        return "the photograph is too small for any of the ratios and scales";
+    case Shortfall::PhotographTooSmall: return "the photograph is too small for any crop";
+    case Shortfall::ScaleTooSmall:
+        return wishPrefix + "scale is too small: a crop would be less than a pixel of the reduced "
+                            "picture that is searched";
+    case Shortfall::RatioTooExtreme:
+        return wishPrefix + "aspect is too extreme: a crop would be less than a pixel wide or high "
+                            "in the reduced picture that is searched";
     case Shortfall::WishMetByNone:
         return "no candidate meets " + called(explanation.UnmetWish.value_or(WishKind::MustKeep)) +
                "; try more ratios or scales";
@@ -57,8 +81,8 @@ std::string NoteOf(const Explanation& explanation, const std::string& wishPrefix
 }
 
 void Explain(const CropList& all, const std::vector<Wish>& wishes,
-             const std::vector<RegionWish>& found, const WorkingPicture& picture, int32_t asked,
-             Suggestions& result)
+             const std::vector<RegionWish>& found, const WorkingPicture& picture,
+             const Request& request, Suggestions& result)
 {
     Explanation explanation;
     explanation.Candidates = static_cast<int64_t>(all.size());
@@ -86,7 +110,7 @@ void Explain(const CropList& all, const std::vector<Wish>& wishes,
             passing.push_back(ScoresOf(candidate.Score));
     }
     explanation.Passing = static_cast<int64_t>(passing.size());
-    FindShortfall(explanation, result.Crops.size(), asked);
+    FindShortfall(explanation, result.Crops.size(), request, picture.Pixels.Size);
 
     // The engine's own ranks tell equal values apart, in no stated order; here all that are
     // equal share the best place, so that the figure means the same for each of them.

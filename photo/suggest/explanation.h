@@ -7,6 +7,7 @@
 #include "ranking/engine_lists.h"
 #include "regions/region_wishes.h"
 #include "vistaTrimPhoto/photograph.h"
+#include "vistaTrimPhoto/request.h"
 #include "vistaTrimPhoto/result.h"
 
 namespace vistaTrim::photo {
@@ -16,10 +17,10 @@ namespace vistaTrim::photo {
 // all     every candidate of the request
 // wishes  clipped to the photograph; the first ones are of the request, the others are those of
 //         `found`
-// asked   number of crops requested
+// request what was asked
 void Explain(const CropList& all, const std::vector<Wish>& wishes,
-             const std::vector<RegionWish>& found, const WorkingPicture& picture, int32_t asked,
-             Suggestions& result);
+             const std::vector<RegionWish>& found, const WorkingPicture& picture,
+             const Request& request, Suggestions& result);
 
 } // namespace vistaTrim::photo
 

@@ -39,7 +39,8 @@ protected:
     // The photographs that a run would take.
     std::set<std::string> Listed(const std::vector<std::string>& more) const
     {
-        std::vector<std::string> arguments = {"suggest", "--json", "-r", Folder.Path("in"), "--faces", "off"};
+        std::vector<std::string> arguments = {"suggest",         "--json",  "-r",
+                                              Folder.Path("in"), "--faces", "off"};
         arguments.insert(arguments.end(), more.begin(), more.end());
         const Outcome outcome = RunProgram(arguments);
         std::set<std::string> files;
@@ -54,13 +55,13 @@ protected:
 
 TEST_F(ReadOutput, OfCropIsNotCroppedAgainHoweverItIsSpelled)
 {
-    const std::string spellings[] = {
-        Folder.Path("in/out"), Folder.Path("in/out/"), Folder.Path("in/./below/../out"),
-        Folder.Path("link/out"), fs::relative(Folder.Path("in/out")).string()};
+    const std::string spellings[] = {Folder.Path("in/out"), Folder.Path("in/out/"),
+                                     Folder.Path("in/./below/../out"), Folder.Path("link/out"),
+                                     fs::relative(Folder.Path("in/out")).string()};
     for (const std::string& output : spellings) {
         SCOPED_TRACE(output);
-        const Outcome outcome = RunProgram(
-            {"crop", "-r", Folder.Path("in"), "-o", output, "--top", "1", "--faces", "off", "--force"});
+        const Outcome outcome = RunProgram({"crop", "-r", Folder.Path("in"), "-o", output, "--top",
+                                            "1", "--faces", "off", "--force"});
         EXPECT_EQ(outcome.Status, 0) << outcome.Err;
         EXPECT_EQ(outcome.Err, "");
         EXPECT_EQ(FilesBelow("in/out"), (std::set<std::string>{"a-1.jpg", "below/b-1.jpg"}));
@@ -83,8 +84,9 @@ TEST_F(ReadOutput, OfMapsIsNotReadAgain)
 TEST_F(ReadOutput, OfContactSheetIsNotReadAgain)
 {
     const auto sheet = [this] {
-        const Outcome outcome = RunProgram({"contact-sheet", "-r", Folder.Path("in"), "-o",
-                                            Folder.Path("in/sheet.png"), "--faces", "off", "--force"});
+        const Outcome outcome =
+            RunProgram({"contact-sheet", "-r", Folder.Path("in"), "-o", Folder.Path("in/sheet.png"),
+                        "--faces", "off", "--force"});
         EXPECT_EQ(outcome.Status, 0) << outcome.Err;
         return ReadText(Folder.Path("in/sheet.png"));
     };
@@ -97,20 +99,24 @@ TEST_F(ReadOutput, OfSuggestAndReportLeavesTheListOfPhotographsAsItWas)
     // Their endings are not those of photographs; the file is known by what it is, not by that.
     const std::string output = Folder.Path("in/crops.jpg");
     for (int run = 0; run < 2; ++run) {
-        EXPECT_EQ(RunProgram({"suggest", "--json", "-r", Folder.Path("in"), "-o", output, "--force", "--faces", "off"})
+        EXPECT_EQ(RunProgram({"suggest", "--json", "-r", Folder.Path("in"), "-o", output, "--force",
+                              "--faces", "off"})
                       .Status,
                   0);
         const std::string lines = ReadText(output);
         EXPECT_EQ(std::count(lines.begin(), lines.end(), '\n'), 2);
     }
     for (int run = 0; run < 2; ++run)
-        EXPECT_EQ(RunProgram({"report", "-r", Folder.Path("in"), "-o", output, "--force", "--faces", "off"}).Status,
+        EXPECT_EQ(RunProgram({"report", "-r", Folder.Path("in"), "-o", output, "--force", "--faces",
+                              "off"})
+                      .Status,
                   0);
 }
 
 TEST_F(ReadOutput, IsReadWithAWarningWhereItIsNamed)
 {
-    const std::vector<std::string> both = {"crop", "-o", Folder.Path("in"), "--top", "1", "--faces", "off"};
+    const std::vector<std::string> both = {"crop",    "-o", Folder.Path("in"), "--top", "1",
+                                           "--faces", "off"};
     const auto with = [&both](std::vector<std::string> more) {
         more.insert(more.begin(), both.begin(), both.end());
         return RunProgram(more);

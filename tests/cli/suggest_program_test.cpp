@@ -281,8 +281,14 @@ TEST(Suggest, TellsWhyThereAreFewerCropsThanAsked)
     Scene(1800, 1200, 0.3, 0.6).write_to_file(folder.Path("a.jpg").c_str());
     const json thin = SuggestOne(folder.Path("a.jpg"), {"--aspect", "1:100000", "--explain"});
     EXPECT_TRUE(thin["crops"].empty());
-    EXPECT_EQ(thin["explain"]["note"],
-              "the photograph is too small for any of the ratios and scales");
+    EXPECT_EQ(
+        thin["explain"]["note"],
+        "--aspect is too extreme: a crop would be less than a pixel wide or high in the reduced "
+        "picture that is searched");
+    const json scaled = SuggestOne(folder.Path("a.jpg"), {"--scale", "0.0001,0.0002", "--explain"});
+    EXPECT_EQ(scaled["explain"]["note"],
+              "--scale is too small: a crop would be less than a pixel of the reduced picture "
+              "that is searched");
     const json one =
         SuggestOne(folder.Path("a.jpg"), {"--aspect", "3:2", "--scale", "1", "--explain"});
     EXPECT_EQ(one["crops"].size(), 1U);

@@ -36,7 +36,9 @@ struct Crop {
 // Why there is no crop, or fewer than asked for.
 enum class Shortfall {
     None,
-    PhotographTooSmall, // for any of the ratios and scales
+    PhotographTooSmall, // for any crop at all
+    ScaleTooSmall,      // all the asked ones: crops would be less than a pixel
+    RatioTooExtreme,    // the same of the asked ratios
     WishMetByNone,      // Explanation::UnmetWish
     HardWishesTogether, // each is met by some candidate, all by none
     SizeMissesWishes,   // at full resolution

@@ -1,0 +1,46 @@
+#include "batch/shown_name.h"
+
+#include <gtest/gtest.h>
+
+namespace vistaTrim::cli {
+namespace {
+
+TEST(ShownName, LeavesOrdinaryNamesAlone)
+{
+    for (const char* name : {"a.jpg", "two words.jpg", "o'clock.jpg", "back\\slash", "caf\xC3\xA9.jpg",
+                             "\xE5\xAF\xAB\xE7\x9C\x9F.png", "\xF0\x9F\x93\xB7.jpg"})
+        EXPECT_EQ(Shown(name), name);
+    EXPECT_EQ(Shown(""), "''");
+}
+
+TEST(ShownName, QuotesWhatATerminalOrALineWouldTakeForMore)
+{
+    EXPECT_EQ(Shown("new\nline.jpg"), "$'new\\nline.jpg'");
+    EXPECT_EQ(Shown("tab\tand\rreturn"), "$'tab\\tand\\rreturn'");
+    EXPECT_EQ(Shown("\x1b[31mred"), "$'\\033[31mred'");
+    EXPECT_EQ(Shown("\x7f"), "$'\\177'");
+    EXPECT_EQ(Shown("it's\\\n"), "$'it\\'s\\\\\\n'");
+    EXPECT_EQ(Shown("\xC2\x9B"
+                    "31m"),
+              "$'\\302\\23331m'"); // the escape of terminals that is one character
+    EXPECT_EQ(Shown("\xE2\x80\xAEgpj.exe"), "$'\\342\\200\\256gpj.exe'"); // turns the writing
+    EXPECT_EQ(Shown("\xE2\x80\xA8"), "$'\\342\\200\\250'");               // ends a line
+}
+
+TEST(ShownName, QuotesWhatIsNotUtf8)
+{
+    EXPECT_EQ(Shown("caf\xE9.jpg"), "$'caf\\351.jpg'");         // Latin-1
+    EXPECT_EQ(Shown("\xC3"), "$'\\303'");                       // cut short
+    EXPECT_EQ(Shown("\xC0\xAF"), "$'\\300\\257'");              // longer than need be
+    EXPECT_EQ(Shown("\xED\xA0\x80"), "$'\\355\\240\\200'");     // half of a pair
+    EXPECT_EQ(Shown("\xF5\x80\x80\x80"), "$'\\365\\200\\200\\200'"); // beyond the last character
+}
+
+TEST(ShownName, OneLineEscapesWithoutQuotes)
+{
+    EXPECT_EQ(OneLine("cannot read a\nb's \x1b"), "cannot read a\\nb's \\033");
+    EXPECT_EQ(OneLine("caf\xC3\xA9: it's well"), "caf\xC3\xA9: it's well");
+}
+
+} // namespace
+} // namespace vistaTrim::cli
