@@ -48,10 +48,14 @@ int RunChosen(Options options)
 {
     const std::string output = options.Output == "-" ? "" : options.Output;
     WarnOfCropsAmongPhotographs(options, output);
-    const std::vector<ListedPhoto> photos =
+    const PhotoList list =
         ListPhotos(options.Photos,
                    {options.Recursive, options.NullSeparated, options.FilesFrom, output}, std::cin);
+    const std::vector<ListedPhoto>& photos = list.Photos;
     ReadRegions(options, photos);
+    const std::string skipped = SkippedSentence(list);
+    if (!skipped.empty() && !options.Quiet)
+        Complain(skipped);
     switch (options.Chosen) {
     case Command::Suggest: return RunSuggest(options, photos);
     case Command::Crop: return RunCrop(options, photos);

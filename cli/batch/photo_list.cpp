@@ -1,7 +1,6 @@
 #include "batch/photo_list.h"
 
 #include <algorithm>
-#include <cctype>
 #include <cerrno>
 #include <filesystem>
 #include <fstream>
@@ -9,22 +8,13 @@
 #include <system_error>
 
 #include "batch/shown_name.h"
+#include "vistaTrimPhoto/readable_formats.h"
 
 namespace vistaTrim::cli {
 
 namespace {
 
 namespace fs = std::filesystem;
-
-bool EndsLikePhotograph(const fs::path& path)
-{
-    constexpr const char* kEndings[] = {".jpg",  ".jpeg", ".jpe",  ".png", ".webp", ".tif", ".tiff",
-                                        ".heic", ".heif", ".avif", ".gif", ".jxl",  ".ppm", ".pgm"};
-    std::string ending = path.extension().string();
-    for (char& c : ending)
-        c = static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
-    return std::find(std::begin(kEndings), std::end(kEndings), ending) != std::end(kEndings);
-}
 
 // Names that begin with a dot are hidden, including files being written.
 bool IsHidden(const fs::path& path)
@@ -41,7 +31,7 @@ bool IsOutput(const fs::path& entry, const std::string& output)
 }
 
 void WalkFolder(const fs::path& folder, const fs::path& inside, const ListOptions& options,
-                std::vector<ListedPhoto>& photos)
+                PhotoList& list)
 {
     std::vector<fs::path> entries;
     std::error_code error;
@@ -49,7 +39,7 @@ void WalkFolder(const fs::path& folder, const fs::path& inside, const ListOption
          it.increment(error))
         entries.push_back(it->path());
     if (error) {
-        photos.push_back({folder.string(), "", error.message(), nullptr});
+        list.Photos.push_back({folder.string(), "", error.message(), nullptr});
         return;
     }
     std::sort(entries.begin(), entries.end());
@@ -60,28 +50,34 @@ void WalkFolder(const fs::path& folder, const fs::path& inside, const ListOption
         if (fs::is_directory(entry, unknown)) {
             // Links to folders are not followed: they may form a cycle.
             if (options.Recursive && !fs::is_symlink(entry, unknown))
-                WalkFolder(entry, inside / entry.filename(), options, photos);
-        } else if (EndsLikePhotograph(entry)) {
-            photos.push_back({entry.string(), inside.string(), "", nullptr});
+                WalkFolder(entry, inside / entry.filename(), options, list);
+            continue;
+        }
+        switch (photo::KindOfFile(entry.string())) {
+        case photo::FileKind::Photograph:
+            list.Photos.push_back({entry.string(), inside.string(), "", nullptr});
+            break;
+        case photo::FileKind::Raw: ++list.SkippedRaw; [[fallthrough]];
+        case photo::FileKind::Other: ++list.Skipped; break;
         }
     }
 }
 
-void AddName(const std::string& name, const ListOptions& options, std::vector<ListedPhoto>& photos)
+void AddName(const std::string& name, const ListOptions& options, PhotoList& list)
 {
     std::error_code unknown;
     if (!fs::is_directory(name, unknown)) {
-        photos.push_back({name, "", "", nullptr});
+        list.Photos.push_back({name, "", "", nullptr});
         return;
     }
-    const size_t before = photos.size();
-    WalkFolder(name, "", options, photos);
-    if (photos.size() == before)
-        photos.push_back({name, "",
-                          options.Recursive
-                              ? "no photograph in this folder or below it"
-                              : "no photograph in this folder; --recursive looks below it",
-                          nullptr});
+    const size_t before = list.Photos.size();
+    WalkFolder(name, "", options, list);
+    if (list.Photos.size() == before)
+        list.Photos.push_back({name, "",
+                               options.Recursive
+                                   ? "no photograph in this folder or below it"
+                                   : "no photograph in this folder; --recursive looks below it",
+                               nullptr});
 }
 
 ListedPhoto FromStandardInput(std::istream& input)
@@ -93,14 +89,14 @@ ListedPhoto FromStandardInput(std::istream& input)
     return {"-", "", "", bytes};
 }
 
-void AddList(const std::string& name, std::istream& list, const ListOptions& options,
-             std::vector<ListedPhoto>& photos)
+void AddList(const std::string& name, std::istream& names, const ListOptions& options,
+             PhotoList& list)
 {
     constexpr const char* kByteOrderMark = "\xEF\xBB\xBF";
     bool any = false;
     bool first = true;
     std::string listed;
-    while (std::getline(list, listed, options.NullSeparated ? '\0' : '\n')) {
+    while (std::getline(names, listed, options.NullSeparated ? '\0' : '\n')) {
         if (first && listed.compare(0, 3, kByteOrderMark) == 0)
             listed.erase(0, 3);
         first = false;
@@ -109,41 +105,60 @@ void AddList(const std::string& name, std::istream& list, const ListOptions& opt
         if (listed.empty())
             continue;
         any = true;
-        AddName(listed, options, photos);
+        AddName(listed, options, list);
     }
     if (!any)
-        photos.push_back({name, "", "the list names no photograph", nullptr});
+        list.Photos.push_back({name, "", "the list names no photograph", nullptr});
 }
 
 } // namespace
 
-std::vector<ListedPhoto> ListPhotos(const std::vector<std::string>& names,
-                                    const ListOptions& options, std::istream& input)
+PhotoList ListPhotos(const std::vector<std::string>& names, const ListOptions& options,
+                     std::istream& input)
 {
-    std::vector<ListedPhoto> photos;
+    PhotoList list;
     for (const std::string& name : names) {
         if (name == "-")
-            photos.push_back(FromStandardInput(input));
+            list.Photos.push_back(FromStandardInput(input));
         else
-            AddName(name, options, photos);
+            AddName(name, options, list);
     }
     for (const std::string& name : options.FilesFrom) {
         if (name == "-") {
-            AddList(name, input, options, photos);
+            AddList(name, input, options, list);
             continue;
         }
         std::error_code unknown;
-        std::ifstream list(name, std::ios::binary);
-        if (!list)
-            photos.push_back({name, "",
-                              "cannot read the list: " + std::generic_category().message(errno),
-                              nullptr});
+        std::ifstream file(name, std::ios::binary);
+        if (!file)
+            list.Photos.push_back(
+                {name, "", "cannot read the list: " + std::generic_category().message(errno),
+                 nullptr});
         else if (fs::is_directory(name, unknown))
-            photos.push_back({name, "", "is a folder, not a list of names", nullptr});
+            list.Photos.push_back({name, "", "is a folder, not a list of names", nullptr});
         else
-            AddList(name, list, options, photos);
+            AddList(name, file, options, list);
     }
-    return photos;
+    return list;
+}
+
+std::string SkippedSentence(const PhotoList& list)
+{
+    if (list.Skipped == 0)
+        return "";
+    const bool isOne = list.Skipped == 1;
+    const std::string count = std::to_string(list.Skipped);
+    if (list.SkippedRaw == list.Skipped)
+        return "skipped " + count +
+               (isOne ? " raw photograph, which has" : " raw photographs, which have") +
+               " to be developed to JPEG or TIFF first";
+    std::string sentence =
+        "skipped " + count +
+        (isOne ? " file that is not a photograph" : " files that are not photographs");
+    if (list.SkippedRaw > 0)
+        sentence += ", or raw (" + std::to_string(list.SkippedRaw) +
+                    "), and then to be developed to JPEG or TIFF first";
+    return sentence;
 }
 
 std::string ShownName(const std::string& path)

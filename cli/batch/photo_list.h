@@ -23,14 +23,23 @@ struct ListOptions {
     std::string Output;                 // file or folder that the run writes; empty: none
 };
 
-// Folders give the files in them whose ending is that of a photograph, by name; with
+struct PhotoList {
+    std::vector<ListedPhoto> Photos;
+    size_t Skipped = 0;    // files of folders that are not photographs; hidden ones do not count
+    size_t SkippedRaw = 0; // those of them that are raw photographs
+};
+
+// Folders give the photographs in them, of every format that can be read, by name; with
 // Recursive also those further down. "-" is a photograph that is read from `input`. A named file is
 // taken as it is, whatever its ending, even if it is not there: whoever opens it says so. Names in
 // lists are treated alike, but "-" is none of them. The output is skipped where a folder holds it,
 // however it is spelled: its crops would be cropped again. A name that is given is taken all the
 // same.
-std::vector<ListedPhoto> ListPhotos(const std::vector<std::string>& names,
-                                    const ListOptions& options, std::istream& input);
+PhotoList ListPhotos(const std::vector<std::string>& names, const ListOptions& options,
+                     std::istream& input);
+
+// "skipped 3 files that are not photographs"; empty if none was skipped.
+std::string SkippedSentence(const PhotoList& list);
 
 // For people: "standard input" for "-", and strange names in quotes.
 std::string ShownName(const std::string& path);

@@ -13,6 +13,7 @@
 #include "options/shape_options.h"
 #include "options/text_values.h"
 #include "vistaTrimPhoto/photo_error.h"
+#include "vistaTrimPhoto/readable_formats.h"
 
 namespace vistaTrim::cli {
 
@@ -329,6 +330,25 @@ void AddContactSheet(CLI::App& app, Options& values)
     AddRun(app, values);
 }
 
+// The last lines of every help text.
+std::string ReadableText()
+{
+    constexpr size_t kWidth = 80;
+    std::string text = "Reads";
+    size_t line = text.size();
+    for (const photo::ReadableFormat& format : photo::ReadableFormats()) {
+        std::string next = format.Name;
+        for (size_t i = 0; i < format.Endings.size(); ++i)
+            next += (i == 0 ? " (" : " ") + format.Endings[i];
+        next += format.Endings.empty() ? "," : "),";
+        const bool isFull = line + 1 + next.size() > kWidth;
+        line = isFull ? next.size() : line + 1 + next.size();
+        text += (isFull ? "\n" : " ") + next;
+    }
+    text.back() = '.';
+    return text;
+}
+
 std::string FaultOfInput(const Options& values)
 {
     const auto count = [](const std::vector<std::string>& names) {
@@ -409,7 +429,9 @@ CommandLine ParseCommandLine(int argc, const char* const* argv)
                          std::string("vistatrim " VISTATRIM_VERSION_STRING) +
                              (photo::HasFaceFinder() ? "" : " (without dlib: finds no faces)"));
     app.require_subcommand(1);
-    app.footer("vistatrim COMMAND --help tells the options of a command.");
+    app.footer([] {
+        return "vistatrim COMMAND --help tells the options of a command.\n\n" + ReadableText();
+    });
     // In the order of Command.
     const std::vector<CLI::App*> commands = {
         app.add_subcommand("suggest", "List the best crops of each photograph"),
@@ -424,6 +446,8 @@ CommandLine ParseCommandLine(int argc, const char* const* argv)
     AddReport(*commands[2], values);
     AddMaps(*commands[3], values);
     AddContactSheet(*commands[4], values);
+    for (CLI::App* command : commands)
+        command->footer(ReadableText);
 
     // The parser itself would only report a missing command.
     const std::string first = argc > 1 ? argv[1] : "";

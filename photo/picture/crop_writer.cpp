@@ -211,7 +211,7 @@ std::vector<PixelImage> ReadCrops(const Photograph& photograph,
                 pixels[i] = PixelsOf(image);
             });
         },
-        PhotoError::Kind::Damaged, "the file is damaged or cut short");
+        PhotoError::Kind::Damaged);
     return pixels;
 }
 

@@ -9,6 +9,9 @@
 #include <unistd.h>
 
 #include "picture/crop_metadata.h"
+#include "picture/loaders.h"
+#include "picture/path_ending.h"
+#include "picture/unread_formats.h"
 #include "picture/vips_runtime.h"
 #include "regions/metadata_regions.h"
 #include "vistaTrimPhoto/photo_error.h"
@@ -69,15 +72,15 @@ class EncodedSource : public PhotographSource {
 public:
     using Opener = std::function<vips::VSource()>;
 
-    EncodedSource(Opener open, const ReadOptions& options)
+    // The ending is that of the file's name, if there is one.
+    EncodedSource(Opener open, const std::string& ending, const ReadOptions& options)
         : PhotographSource(options), Open(std::move(open))
     {
         if (ReadHeader())
             return;
         LoadVipsModules();
         if (!ReadHeader())
-            throw PhotoError(PhotoError::Kind::Unsupported,
-                             "not a picture, or of a format that cannot be read");
+            ThrowUnread(ending);
     }
 
     vips::VImage ReadFull(bool oncePerPixel) const override
@@ -98,6 +101,13 @@ protected:
     }
 
 private:
+    [[noreturn]] void ThrowUnread(const std::string& ending) const
+    {
+        std::string sentence;
+        RunVips([&] { sentence = UnreadSentence(Open(), ending); }, PhotoError::Kind::Unreadable);
+        throw PhotoError(PhotoError::Kind::Unsupported, sentence);
+    }
+
     // False if no reader knows the format.
     bool ReadHeader()
     {
@@ -105,12 +115,11 @@ private:
         RunVips(
             [this, &isKnown] {
                 const vips::VSource source = Open();
-                const char* loader = vips_foreign_find_load_source(source.get_source());
-                isKnown = loader != nullptr;
-                if (!isKnown) {
-                    vips_error_clear();
+                const std::string loader = LoaderOf(source);
+                isKnown = !loader.empty() &&
+                          (loader.find("Tiff") == std::string::npos || !IsRawTiff(Open()));
+                if (!isKnown)
                     return;
-                }
                 const vips::VImage header = vips::VImage::new_from_source(
                     source, "", vips::VImage::option()->set("access", VIPS_ACCESS_SEQUENTIAL));
                 Native = FormatOf(loader, header);
@@ -171,7 +180,7 @@ std::shared_ptr<const PhotographSource> OpenFile(const std::string& path,
     CheckFile(path);
     // A source, not a file name: libvips parses options from names that end in brackets.
     return std::make_shared<const EncodedSource>(
-        [path] { return vips::VSource::new_from_file(path.c_str()); }, options);
+        [path] { return vips::VSource::new_from_file(path.c_str()); }, EndingOfPath(path), options);
 }
 
 std::shared_ptr<const PhotographSource> OpenBytes(const void* data, size_t size,
@@ -180,7 +189,7 @@ std::shared_ptr<const PhotographSource> OpenBytes(const void* data, size_t size,
     if (data == nullptr || size == 0)
         ThrowUnreadable("there are no bytes to read");
     return std::make_shared<const EncodedSource>(
-        [data, size] { return vips::VSource::new_from_memory(data, size); }, options);
+        [data, size] { return vips::VSource::new_from_memory(data, size); }, "", options);
 }
 
 } // namespace vistaTrim::photo

@@ -17,8 +17,7 @@ namespace {
 PixelImage ReadScaled(const PhotographSource& source, PixelSize size)
 {
     PixelImage pixels;
-    RunVips([&] { pixels = PixelsOf(source.ReadThumbnail(size)); }, PhotoError::Kind::Damaged,
-            "the file is damaged or cut short");
+    RunVips([&] { pixels = PixelsOf(source.ReadThumbnail(size)); }, PhotoError::Kind::Damaged);
     return pixels;
 }
 

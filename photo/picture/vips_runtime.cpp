@@ -11,6 +11,7 @@
 
 #include <vips/vector.h> // does not compile before the header above
 
+#include "picture/plain_reason.h"
 #include "vistaTrimPhoto/picture_runtime.h"
 
 namespace vistaTrim::photo {
@@ -28,27 +29,6 @@ void DropMessage(const char*, GLogLevelFlags, const char*, void*)
 {
 }
 
-// "a: b\na: b\nc\n" becomes "a: b; c".
-std::string OnOneLine(const std::string& text)
-{
-    std::vector<std::string> lines(1);
-    for (const char c : text) {
-        if (c == '\n')
-            lines.emplace_back();
-        else
-            lines.back().push_back(c);
-    }
-    std::string joined;
-    std::string before;
-    for (const std::string& line : lines) {
-        if (line.empty() || line == before)
-            continue;
-        joined += (joined.empty() ? "" : "; ") + line;
-        before = line;
-    }
-    return joined.empty() ? "libvips gives no reason" : joined;
-}
-
 // libvips loads its modules (among others a PDF reader and all of ImageMagick) as it starts,
 // which takes longer than the analysis of a photograph. The one way to keep it from that is to
 // name a home without modules; LoadModules fetches the two of use when they are needed.
@@ -63,13 +43,15 @@ int InitWithoutModules(const char* programName)
     return status;
 }
 
-// Loaders never hardened against hostile files stay blocked, except these two formats that
-// photographs do use.
+// Loaders never hardened against hostile files stay blocked, except these three formats that
+// photographs do use. A matrix is text that begins with two numbers, and no photograph.
 void BlockUntrustedLoaders()
 {
     vips_block_untrusted_set(TRUE);
     vips_operation_block_set("VipsForeignLoadPpm", FALSE);
     vips_operation_block_set("VipsForeignLoadJxl", FALSE);
+    vips_operation_block_set("VipsForeignLoadJp2k", FALSE);
+    vips_operation_block_set("VipsForeignLoadMatrix", TRUE);
 }
 
 void LoadModules()
@@ -95,7 +77,7 @@ void StartPictureRuntime(const char* programName)
         return;
     if (InitWithoutModules(programName) != 0)
         throw PhotoError(PhotoError::Kind::Internal,
-                         "libvips does not start: " + OnOneLine(vips_error_buffer()));
+                         "the picture library, libvips, does not start");
     g_log_set_handler("VIPS", static_cast<GLogLevelFlags>(G_LOG_LEVEL_WARNING | G_LOG_LEVEL_INFO),
                       DropMessage, nullptr);
     BlockUntrustedLoaders();
@@ -132,7 +114,7 @@ void LoadVipsModules()
     std::call_once(once, LoadModules);
 }
 
-void RunVips(const std::function<void()>& work, PhotoError::Kind kind, const std::string& what)
+void RunVips(const std::function<void()>& work, PhotoError::Kind kind)
 {
     StartPictureRuntime();
     try {
@@ -152,9 +134,9 @@ void RunVips(const std::function<void()>& work, PhotoError::Kind kind, const std
     try {
         work();
     } catch (const vips::VError& error) {
-        const std::string reason = OnOneLine(error.what());
+        const std::string message = error.what();
         vips_error_clear();
-        throw PhotoError(kind, what.empty() ? reason : what + " (" + reason + ")");
+        throw PlainError(kind, message);
     }
 }
 

@@ -3,7 +3,6 @@
 #define VISTATRIM_PHOTO_PICTURE_VIPS_RUNTIME_H
 
 #include <functional>
-#include <string>
 
 #include "vistaTrimPhoto/photo_error.h"
 
@@ -14,12 +13,10 @@ namespace vistaTrim::photo {
 void LoadVipsModules();
 
 // Runs work that calls libvips, in any thread, and starts libvips if nobody has. A failure leaves
-// as PhotoError with a reason on one line. libvips keeps one error text for the whole process, so
-// failed work is run once more while no other thread is inside: its text is then its own. The work
-// must therefore bear being run twice. If `what` is not empty, what libvips says goes behind it, in
-// brackets.
-void RunVips(const std::function<void()>& work, PhotoError::Kind kind,
-             const std::string& what = "");
+// as PhotoError with a reason in plain words (see plain_reason.h). libvips keeps one error text for
+// the whole process, so failed work is run once more while no other thread is inside: its text is
+// then its own. The work must therefore bear being run twice.
+void RunVips(const std::function<void()>& work, PhotoError::Kind kind);
 
 } // namespace vistaTrim::photo
 

@@ -457,7 +457,7 @@ TEST(Suggest, GoesOnAfterBrokenPhotographs)
 
     const std::vector<std::pair<std::string, std::string>> expected = {
         {"good.jpg", ""},
-        {"cut.jpg", "the file is damaged or cut short"},
+        {"cut.jpg", "the file is cut short"},
         {"empty.jpg", "the file is empty"},
         {"notes.jpg", "not a picture"},
         {"folder.jpg", "no photograph in this folder"},

@@ -17,6 +17,7 @@ from conftest import suggested, write_ranking
 from vistatrim import archive
 from vistatrim.archive import _run
 from vistatrim.archive.__main__ import main
+from vistatrim.archive._inputs import list_photographs
 from vistatrim.archive._manifest import Counts, ranges_of, ranges_text
 from vistatrim.archive._progress import Progress, duration_text
 
@@ -182,6 +183,16 @@ def test_duplicates_are_done_once(run, photographs, tmp_path, monkeypatch):
                                                            f"file://{photographs[0]}"])
     assert summary.photographs == 3 and summary.duplicates == 6
     check_lines(tmp_path / "out", photographs[:3])
+
+
+def test_folders_give_every_format_that_the_program_reads(tmp_path):
+    make_archive(tmp_path, 1)
+    content = (tmp_path / "p0000.jpg").read_bytes()
+    for name in ("a.jfif", "b", "c.jpg~", "d.txt", ".e.jpg"):
+        (tmp_path / name).write_bytes(content)
+    (tmp_path / "f").write_text("Dear diary")
+    found, _ = list_photographs(str(tmp_path), None, False, None)
+    assert [os.path.basename(name) for name in found] == ["a.jfif", "b", "p0000.jpg"]
 
 
 def test_folders_give_their_photographs(run, tmp_path, monkeypatch):

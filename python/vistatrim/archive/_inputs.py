@@ -1,14 +1,13 @@
 """From what people name to a list of photographs."""
 from __future__ import annotations
 
+import functools
 import os
-from typing import Any, Dict, Iterable, Iterator, List, Mapping, Optional, Tuple, Union
+from typing import Any, Dict, FrozenSet, Iterable, Iterator, List, Mapping, Optional, Tuple, Union
 
 import fsspec
 
-# As `vistatrim` takes them from folders.
-_ENDINGS = (".jpg", ".jpeg", ".jpe", ".png", ".webp", ".tif", ".tiff", ".heic", ".heif", ".avif",
-            ".gif", ".jxl", ".ppm", ".pgm")
+from .. import _vistatrim
 
 Names = Union[str, "os.PathLike[str]", Iterable[Union[str, "os.PathLike[str]"]]]
 
@@ -26,9 +25,15 @@ def key_of(name: str) -> str:
     return path if protocol in ("file", "local") else f"{protocol}://{path}"
 
 
+@functools.lru_cache(maxsize=None)
+def _endings() -> FrozenSet[str]:
+    return frozenset("." + ending for ending in _vistatrim.readable_endings())
+
+
 def _is_listed(name: str) -> bool:
-    """Whether a file of a folder counts as a photograph. Hidden files do not."""
-    return not name.startswith(".") and os.path.splitext(name)[1].lower() in _ENDINGS
+    """Whether a file of a remote folder counts as a photograph: by its ending alone, since a look
+    at its content would take a request."""
+    return not name.startswith(".") and os.path.splitext(name)[1].lower() in _endings()
 
 
 def _walk(folder: str, recursive: bool) -> Iterator[str]:
@@ -40,7 +45,7 @@ def _walk(folder: str, recursive: bool) -> Iterator[str]:
             # Links to folders are not followed: they may lead round in a circle.
             if recursive and not os.path.islink(path):
                 yield from _walk(path, recursive)
-        elif _is_listed(name):
+        elif _vistatrim.is_photograph_file(os.fsencode(path)):  # as `vistatrim` takes them
             yield path
 
 

@@ -1,0 +1,27 @@
+// Which photographs can be read. The answers come from the installed libvips.
+#ifndef VISTATRIM_PHOTO_READABLE_FORMATS_H
+#define VISTATRIM_PHOTO_READABLE_FORMATS_H
+
+#include <string>
+#include <vector>
+
+namespace vistaTrim::photo {
+
+struct ReadableFormat {
+    std::string Name;                 // "JPEG"
+    std::vector<std::string> Endings; // of its files, in lower case, without the dot
+};
+
+// By name. The reference is valid until the program ends. The first call takes some ten
+// milliseconds, since libvips loads the modules of some formats for it.
+const std::vector<ReadableFormat>& ReadableFormats();
+
+enum class FileKind { Photograph, Raw, Other };
+
+// What a file of a folder is: by the ending of its name, or by its first bytes if the name has
+// none. Raw photographs are those of cameras, which have to be developed before they can be read.
+FileKind KindOfFile(const std::string& path);
+
+} // namespace vistaTrim::photo
+
+#endif
