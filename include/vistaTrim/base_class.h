@@ -1,9 +1,9 @@
 // The root of the public interfaces, and the count that the library's own classes share.
 //
-// Virtual operations are published: hosts call them by slot, so none ever moves. A new one can
-// only go at the end of IVistaTrim and ICropRects, which hosts call and do not implement. One
-// more here would move the slots of every derived interface; one more in IImage would be missing
-// from images that hosts implement.
+// Virtual operations are published: hosts call them by slot, so none ever moves. A new one can only
+// go at the end of IVistaTrim and ICropRects, which hosts call and do not implement. Adding one
+// here would move the slots of every derived interface; images that hosts implement would lack one
+// added to IImage.
 #ifndef VISTATRIM_BASE_CLASS_H
 #define VISTATRIM_BASE_CLASS_H
 
@@ -38,7 +38,7 @@ public:
 };
 
 // The reference count of the library's own objects, declared here because CCropRects has it. It is
-// not exported: a host's own image counts by itself. Unchecked: one Release too many is undefined.
+// not exported: a host's own image keeps its own count. One Release too many is undefined.
 class CRefCount : public CPolicyNoCopy {
 public:
     CRefCount();

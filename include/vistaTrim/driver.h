@@ -30,9 +30,9 @@ protected:
 public:
     virtual void Destroy() = 0; // destroys the driver, whatever its count; the image remains
 
-    // Borrows the image, copies the parameters, analyses the picture. CreateVistaTrimObj has
-    // done this already. A second call abandons what the first one built; one that throws leaves
-    // the driver as it was.
+    // Borrows the image, copies the parameters, analyses the picture. CreateVistaTrimObj has done
+    // this already. A second call leaks what the first one built; one that throws leaves the driver
+    // as it was.
     virtual void Initialize(IImage* image, const VistaTrimParameters& parameters) = 0;
     // Stores the image and default parameters and builds nothing.
     virtual void InitializeWithDefaults(IImage* image) = 0;
@@ -63,12 +63,12 @@ public:
     // At most n crops, and often fewer: the list is a choice, not a page of all candidates.
     //
     // m candidates pass the hard rectangles of interest. From 1,000 on only the best fifth, m / 5
-    // rounded down, is kept. If fewer than n are kept, all of those are handed out, best first,
+    // rounded down, is kept. If fewer than n are kept, all of those are returned, best first,
     // near-duplicates included. Otherwise near-identical ones form clusters, and the clusters are
     // served in turn, the one of the best crop first, each by its member with the cleanest border.
     // The list ends as soon as the turn comes to an empty cluster, even if others still have
     // members. Of the 14,501 candidates of a 640 x 480 image, n = 2,901 gives the 2,900 kept, and
-    // n = 1,000 can give fewer than 200. ComputeCropSuggestions gives all.
+    // n = 1,000 can give fewer than 200. ComputeCropSuggestions returns all.
     //
     // rankingMode 1, 2 or 3 keeps only that weight; any other value keeps all five.
     virtual void GetNTopCropSuggestions(int32_t n, ICropRects** result,

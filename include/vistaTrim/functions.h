@@ -26,7 +26,7 @@ VISTATRIM_API void DestroyImageObj(vistaTrim::IImage* image);
 
 // Creates a driver and analyses the image, the expensive step. The image is borrowed, the
 // parameters are copied; parameters without aspect ratios mean the defaults. image.h says which
-// images are refused.
+// images are rejected.
 VISTATRIM_API vistaTrim::IVistaTrim*
 CreateVistaTrimObj(vistaTrim::IImage* image, const vistaTrim::VistaTrimParameters* parameters);
 

@@ -12,10 +12,10 @@ namespace vistaTrim {
 // A picture of packed 8-bit pixels, top row first, with no padding between rows. The driver borrows
 // it: keep it until the driver is gone.
 //
-// Give it three bytes a pixel and a longer side of exactly 640 pixels; resampling is the host's
+// Give it three bytes per pixel and a longer side of exactly 640 pixels; resampling is the host's
 // work. The analysis never resamples. It works at W x H, the image's size times 640 / longer side,
 // each rounded to the nearest, and reads the first W x H x 3 bytes of GetPixels(), packed, whatever
-// GetNumChannels() and GetRowStride() say. Hence, for an image of any other form:
+// GetNumChannels() and GetRowStride() say. Hence, for any other image:
 // - Its buffer, GetRowStride() x GetHeight() bytes counted in 32 bits, has fewer than W x H x 3
 //   bytes (320 x 240 x 3, 640 x 480 x 1): making a driver throws the char pointer
 //   "VistaTrim: the image holds fewer pixels than the analysis reads.\n".
@@ -33,14 +33,14 @@ protected:
     ~IImage() override;
 
 public:
-    virtual void Destroy() = 0;                   // ends the object whatever its count
+    virtual void Destroy() = 0;                   // destroys the object, whatever its count
     virtual uint8_t* GetData() = 0;               // the pixels, writable; the image owns them
     virtual const uint8_t* GetPixels() const = 0; // the same pointer
     virtual uint32_t GetWidth() const = 0;        // pixels
     virtual uint32_t GetHeight() const = 0;       // pixels
-    virtual uint32_t GetNumChannels() const = 0;  // bytes a pixel, as given at creation
-    virtual uint32_t GetRowStride() const = 0;    // bytes a row
-    virtual uint32_t GetPixelStride() const = 0;  // bytes a pixel
+    virtual uint32_t GetNumChannels() const = 0;  // bytes per pixel, as given at creation
+    virtual uint32_t GetRowStride() const = 0;    // bytes per row
+    virtual uint32_t GetPixelStride() const = 0;  // bytes per pixel
     virtual int32_t GetChannelOffset(int index) const = 0; // index 0..3, not checked
 };
 

@@ -21,7 +21,7 @@ namespace {
 
 constexpr float kAnchorFraction = 0.25f;    // strips of the anchored contrasts
 constexpr float kSideFraction = 0.2f;       // strips of the side maps
-constexpr float kPlaneWeight = 0.33333334f; // one plane's own contrast beside the joint one
+constexpr float kPlaneWeight = 0.33333334f; // of each plane's own contrast; the joint one has 1
 constexpr size_t kPlanes = 3;
 
 // Pixels that stay in the first-level cache while all models measure them.
@@ -33,7 +33,7 @@ struct ScalarModel {
     float Scale;
 };
 
-// The background as one group of strips shows it: the three planes jointly, and each alone.
+// The background model of one group of strips: the three planes jointly, and each alone.
 struct BorderModel {
     float Shift[kPlanes];
     float Inverse[kPlanes * kPlanes];
@@ -54,7 +54,7 @@ BorderModel ModelOfGroup(const CStripMoments& moments, const std::vector<CStripR
     return model;
 }
 
-// The three planes from one pixel on.
+// The three planes, starting at one pixel.
 struct PixelBlock {
     const float* Plane[kPlanes];
 };
@@ -93,7 +93,7 @@ VISTATRIM_FORM_BODY void MeasureSide(const PixelBlock& pixels, int32_t count,
                                      const BorderModel& sharedModel, float* __restrict__ out,
                                      CPlaneRange& range)
 {
-    const BorderModel model = sharedModel; // a copy that the stores cannot change
+    const BorderModel model = sharedModel; // a copy, because stores cannot alias it
     uint32_t low = range.Lowest;
     uint32_t high = range.Highest;
     for (int32_t i = 0; i < count; ++i) {
@@ -206,8 +206,8 @@ VISTATRIM_FORM_BODY float Normalised(float x, const CNormalisation& normalisatio
     return shifted * normalisation.Scale;
 }
 
-// The smaller of both anchors; a pixel is salient only if it is under both. The bottom value
-// unless it is greater.
+// The smaller of both anchors: a pixel is salient only if it is under both. NaN in either gives the
+// bottom value.
 VISTATRIM_FORM_BODY float Smaller(float bottom, float top)
 {
     return bottom > top ? top : bottom;
@@ -393,7 +393,7 @@ void ComputeBorderContrastsStepwise(CPlaneStack& blurred, float* scratch,
     ComputeTopContrast(blurred, topStack, kAnchorFraction);
     ComputeBottomContrast(blurred, bottomStack, kAnchorFraction);
 
-    // The colour contrast is the joint one alone, so it is taken before the planes come in.
+    // The colour contrast is the joint one alone, so it is taken before the planes' own are added.
     Minimum(scratch, maps.Contrast, count, maps.ColorContrast);
 
     // Adds each plane's own contrast to the joint contrast.

@@ -10,13 +10,13 @@ namespace vistaTrim {
 
 // Planes of the picture's size, owned by the caller and written in full.
 struct BorderContrastMaps {
-    float* Contrast;      // joint and plane by plane, the smaller of the two anchors, 0..1
-    float* ColorContrast; // joint alone, the smaller of the two anchors
+    float* Contrast;      // joint plus each plane's own, the smaller of the two anchors, 0..1
+    float* ColorContrast; // joint only, the smaller of the two anchors
     float* Sides[4];      // distance from the top, bottom, left and right strip, 0..1
 };
 
-// What is left to do to each map: x = (x + Shift) * Scale, and its largest element after that. The
-// colour contrast needs no scale.
+// The normalisation that each map still needs, and its largest element afterwards. The colour
+// contrast needs none.
 struct BorderContrastScales {
     CNormalisation Contrast;
     CNormalisation ColorContrast;
@@ -26,18 +26,19 @@ struct BorderContrastScales {
 // blurred  3 planes, without tables
 // scratch  one plane
 //
-// The fast form: a few sweeps over the picture, with no table and no plane in between. False, and
-// nothing but scratch in the maps, if some distance is NaN, infinite or negative, which takes a
-// covariance that rounding has made indefinite; the stepwise form knows what to make of it.
+// The fast form: a few sweeps over the picture, with no tables and no intermediate planes. Returns
+// false and leaves the maps undefined if a distance is NaN, infinite or negative, which happens
+// only when rounding has made a covariance indefinite; the stepwise form handles that.
 bool SweepBorderContrasts(const CPlaneStack& blurred, float* scratch,
                           const BorderContrastMaps& maps, BorderContrastScales& scales);
 
-// One operation of strip_contrast.h after the other, with the bits of the fast form and nothing
-// left to do. blurred is a stack made by Create and gets its tables.
+// Runs the operations of strip_contrast.h one after the other. Same bits as the fast form after its
+// normalisation. blurred is a stack made by Create; its tables are built here.
 void ComputeBorderContrastsStepwise(CPlaneStack& blurred, float* scratch,
                                     const BorderContrastMaps& maps);
 
-// The fast form where it can be had; with BLAS, whose products are its own affair, the stepwise.
+// The fast form if it succeeds, else the stepwise one. With BLAS, which rounds its products in an
+// order of its own, always the stepwise one.
 BorderContrastScales MeasureBorderContrasts(CPlaneStack& blurred, float* scratch,
                                             const BorderContrastMaps& maps);
 

@@ -55,7 +55,7 @@ void ComputeMultiScaleEdges(const CPlaneStack& source, CPlaneStack& out, bool no
 
     // A list, because owned stacks cannot be moved.
     std::list<COwnedStack> scaledStacks;
-    bool refusal = false; // by a resize, of a picture one pixel wide or high
+    bool refusal = false; // a resize rejected a picture one pixel wide or high
     for (const float scale : scales) {
         const int32_t cols = ScaledLength(source.Cols, scale);
         const int32_t rows = ScaledLength(source.Rows, scale);
@@ -68,10 +68,10 @@ void ComputeMultiScaleEdges(const CPlaneStack& source, CPlaneStack& out, bool no
     }
 
     // Both buffers serve every scale, at its small size and at the full one. They start as zeros
-    // for the sake of one case: the resize refuses a picture one pixel wide or high, so the buffer
-    // goes into the sum with whatever stood behind its first few elements. Zeros make that case
-    // give the same map every time. Otherwise every element is written before it is read, and the
-    // first scale goes straight into the sum.
+    // for the sake of one case: the resize rejects a picture one pixel wide or high, so the buffer
+    // goes into the sum with whatever followed its first few elements. Zeros make that case give
+    // the same map every time. Otherwise every element is written before it is read, and the first
+    // scale goes straight into the sum.
     COwnedStack buffers;
     buffers.Create(2, source.Cols, source.Rows);
     float* const edgeBuffer = buffers.Planes[0];

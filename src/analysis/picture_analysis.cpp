@@ -41,7 +41,7 @@ int32_t WorkLength(int32_t sourceLength, float scaleFactor)
     return length >= 1.0 ? static_cast<int32_t>(length) : 0;
 }
 
-// A fraction of a map's maximum; what lies below it is cleared. A value on the level stays, so the
+// A fraction of a map's maximum; elements below it are cleared. A value on the level stays, so the
 // maximum always does, and a map of zeros is left as it is.
 float LevelAtFraction(float largest, float fraction)
 {
@@ -67,8 +67,8 @@ void CentreWeightColumns(CFloatMatrix& map)
 // Gradient strength of the three smoothed colour planes, summed with no weighting.
 void SumColourEdges(const CPlaneStack& pixels, CFloatMatrix& edgeMap)
 {
-    // From the pixels again, and stronger than the smoothing of the saliency maps: only what
-    // survives this blur counts as an edge of a thing.
+    // Starts from the pixels again and blurs more than the saliency maps do: only what survives
+    // this blur counts as the edge of an object.
     COwnedStack planes;
     planes.Create(3, pixels.Cols, pixels.Rows);
     BlurPlanes(pixels, kEdgeBlurSigma, planes.Planes.data());
@@ -78,8 +78,8 @@ void SumColourEdges(const CPlaneStack& pixels, CFloatMatrix& edgeMap)
 // Rows taken through all their steps while they are in the cache.
 constexpr uint32_t kEdgeBand = 16;
 
-// From raw gradient strength to the few solid edges near the middle columns. What is returned
-// normalises them.
+// From raw gradient strength to the few solid edges near the middle columns. Returns the
+// normalisation that they still need.
 CNormalisation CleanEdgeMap(CFloatMatrix& edgeMap)
 {
     const int32_t cols = static_cast<int32_t>(edgeMap.Cols);
@@ -220,10 +220,10 @@ void CPictureAnalysis::BuildMaps(const CImageView& view)
         return;
     }
 
-    // Nothing here resamples. The factor above serves coordinates only: the stages read the
-    // first WorkCols x WorkRows pixels of the buffer, packed, so a host must hand over a
-    // picture whose longer side is 640. A larger one is read with the wrong row length and
-    // gives the maps of a sheared piece of it. A smaller one would be read past its end.
+    // Nothing here resamples. The factor above serves coordinates only: the stages read the first
+    // WorkCols x WorkRows pixels of the buffer, packed, so a host must pass a picture whose longer
+    // side is 640. A larger one is read with the wrong row length and gives the maps of a sheared
+    // piece of it. A smaller one would be read past its end.
     if (uint64_t{3} * static_cast<uint32_t>(WorkCols) * static_cast<uint32_t>(WorkRows) >
         view.ByteSize)
         ThrowText("VistaTrim: the image holds fewer pixels than the analysis reads.\n");
@@ -275,7 +275,7 @@ void CPictureAnalysis::FinishMaps(const CNormalisation* scales)
     const uint32_t height = static_cast<uint32_t>(WorkRows);
     uint32_t rows = 0;
     for (uint32_t first = 0; first < height; first += rows) {
-        // The first row of a table stands by itself.
+        // The first row of a table is computed on its own.
         rows = std::min(height - first, kFinishedRows + (first == 0 ? 1 : 0));
         const int32_t count = cols * static_cast<int32_t>(rows);
         for (int32_t k = 0; k < PictureMapCount; ++k) {
@@ -323,7 +323,7 @@ std::shared_ptr<const CPictureAnalysis> AnalysePicture(const IImage& image)
     view.Cols = static_cast<int32_t>(image.GetWidth());
     view.Rows = static_cast<int32_t>(image.GetHeight());
     view.Pixels = image.GetPixels();
-    // In 32 bits, as images count their bytes: a product that wraps leaves a small buffer.
+    // In 32 bits, as images count their bytes: a product that wraps means a small buffer.
     view.ByteSize = image.GetRowStride() * image.GetHeight();
     const auto analysis = std::make_shared<CPictureAnalysis>();
     analysis->BuildMaps(view);

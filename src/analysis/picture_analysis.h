@@ -49,7 +49,7 @@ public:
     CPictureAnalysis(const CPictureAnalysis&) = delete;
     CPictureAnalysis& operator=(const CPictureAnalysis&) = delete;
 
-    // Runs the whole analysis. Once per object. Throws a text if the buffer holds fewer pixels
+    // Runs the whole analysis. Once per object. Throws a message if the buffer holds fewer pixels
     // than the working size has.
     void BuildMaps(const CImageView& view);
 
@@ -72,8 +72,8 @@ private:
     void FinishMaps(const CNormalisation* scales);
     void MeasureSides();
 
-    // Storage of the matrices above, one after the other. Bytes, because the tables' storage holds
-    // the stages' planes of floats before it holds the tables.
+    // Storage of the matrices above, one after the other. TableStorage is bytes because it holds
+    // the float planes of the stages before it holds the tables.
     std::unique_ptr<float[]> MapStorage;
     std::unique_ptr<std::byte[]> TableStorage;
 };

@@ -18,7 +18,7 @@ struct SaliencyMapBuffers {
     float* SideMaps[4]; // top, bottom, left, right
 };
 
-// What is left to do to each map; see CNormalisation.
+// The normalisation that each map still needs.
 struct SaliencyMapScales {
     CNormalisation ContrastMap;
     CNormalisation SaliencyMap;
@@ -27,8 +27,7 @@ struct SaliencyMapScales {
 };
 
 // pixels  three planes of 0..255
-// The maps as they are before their last normalisation, which whoever goes through them next can
-// apply on the way.
+// The maps before their last normalisation, which the caller can apply in its next pass over them.
 SaliencyMapScales MeasureSaliencyMaps(const CPlaneStack& pixels, const SaliencyMapBuffers& buffers);
 
 // The finished maps.

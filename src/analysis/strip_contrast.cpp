@@ -61,7 +61,7 @@ void MeasureGroup(const CPlaneStack& stack, CPlaneStack& out, const StripGroup& 
         ComputeMahalanobisMap(stack, out, mean.Handle(), covariance.Handle(), normalise);
 }
 
-// The two distances are added with their natural weights; only their sum is brought to 0..1.
+// The two distances are added unweighted; only their sum is normalised to 0..1.
 void ComputeAnchoredContrast(const CPlaneStack& stack, CPlaneStack& out, const StripGroup& anchor,
                              const StripGroup& rest)
 {
@@ -95,7 +95,7 @@ void ComputeTopContrast(const CPlaneStack& stack, CPlaneStack& out, float fracti
     ComputeAnchoredContrast(stack, out, {strips.Top}, {strips.Left, strips.Right, strips.Bottom});
 }
 
-// Mirrors the above, but not to the last bit: the tables sum from the top in both.
+// Mirrors the above, but not to the last bit: the tables sum from the top in both cases.
 void ComputeBottomContrast(const CPlaneStack& stack, CPlaneStack& out, float fraction)
 {
     const BorderStrips strips = MakeBorderStrips(stack.Cols, stack.Rows, fraction);

@@ -12,13 +12,13 @@ constexpr size_t kPlanes = 3;
 constexpr size_t kPairs = 6;
 constexpr size_t kTables = kPlanes + kPairs;
 
-// Rows summed side by side. A running sum waits for itself at each pixel, but the sums of
-// different rows do not.
+// Rows summed side by side. A running sum depends on itself at each pixel, but the sums of
+// different rows are independent.
 constexpr int32_t kLanes = 16;
 // Columns turned into lanes at a time: three blocks of them fit into the first-level cache.
 constexpr int32_t kBlockCols = 64;
 
-// The sums of kLanes rows, from their first column to the present one.
+// The sums of kLanes rows, from their first column to the current one.
 struct RowSums {
     float Of[kTables][kLanes];
 };
@@ -116,8 +116,8 @@ CStripMoments::CStripMoments(const CPlaneStack& planes, const std::vector<CStrip
     const size_t height = CornerRows.size();
     Corners.resize(kTables * height * width);
 
-    // A table is made of running sums along the rows first, and then of running sums of these down
-    // the columns. Only the columns of a corner are added down.
+    // A table holds running sums along the rows, which are then summed down the columns. Only
+    // columns that contain a corner are summed down.
     std::vector<float> down(kTables * width, 0.0f);
     ColumnBlock block;
     std::vector<RowSums> atCorner(width);

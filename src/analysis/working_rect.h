@@ -15,9 +15,9 @@ struct WorkingRect {
 // rectangle never starts below 0 and never ends beyond the map, so where this is false the whole
 // rectangle lies on the map.
 //
-// It is true in very thin pictures, where a crop side can round to nothing, for records that a
-// host places beside the picture, and for every record of a picture whose analysis was refused:
-// its maps are empty.
+// It is true in very thin pictures, where a crop side can round to 0, for records that a host
+// places outside the picture, and for every record of a picture that the analysis rejected: its
+// maps are empty.
 inline bool HoldsNoPixel(const WorkingRect& rect)
 {
     return rect.FirstRow > rect.LastRow || rect.FirstCol > rect.LastCol;

@@ -11,7 +11,7 @@ namespace vistaTrim {
 using CropCell = std::vector<CInt32CropRect>;
 using CropRow = std::vector<CropCell>;
 using CropGridRows = std::vector<CropRow>;
-// Some cells of a grid, where they stand in it.
+// Pointers to cells of a grid.
 using CropCells = std::vector<const CropCell*>;
 
 } // namespace vistaTrim

@@ -28,8 +28,8 @@ public:
     void SetAspectRatioEnabled(double value, bool enabled);
     void SetCropRectScaleRatioEnabled(double value, bool enabled);
 
-    // Each fills what it names and returns it where it stands in CropGrid, until the next call that
-    // fills. The last two find the row of a ratio, or append one, and write its index.
+    // Each fills what it names and returns a reference into CropGrid, valid until the next such
+    // call. The last two find the row of a ratio, or append one, and write its index.
     const CropCell& GenerateCell(uint32_t aspectIndex, uint32_t scaleIndex);
     const CropRow& GenerateAspectRow(uint32_t aspectIndex);
     const CropGridRows& GenerateAll();

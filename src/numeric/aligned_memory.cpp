@@ -62,7 +62,8 @@ void* AllocateAligned(size_t size, size_t alignment)
         if (piece != nullptr)
             return piece;
     }
-    // The allocation must be a whole number of alignments; near the top that would wrap.
+    // std::aligned_alloc takes a multiple of the alignment; close to SIZE_MAX, rounding up would
+    // wrap.
     if (size > SIZE_MAX - (alignment - 1))
         return nullptr;
     return std::aligned_alloc(alignment, RoundUp(size, alignment));

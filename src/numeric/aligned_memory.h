@@ -43,7 +43,7 @@ private:
     char* Block;          // aligned to the smallest alignment
     size_t Size;
     size_t Last; // start of the uppermost piece in use; each piece knows the one below
-    size_t Top;  // first byte that is free
+    size_t Top;  // first free byte
 };
 
 } // namespace vistaTrim

@@ -36,7 +36,7 @@ void SelectCpuForm(CpuForm form);
 #endif
 
 // VISTATRIM_FORMS(Name, (parameters), (arguments)) defines `static void Name parameters`, which
-// runs NameBody in the active form. NameBody is a VISTATRIM_FORM_BODY that returns nothing.
+// runs NameBody in the active variant. NameBody is a VISTATRIM_FORM_BODY that returns nothing.
 #if defined(__x86_64__)
 #define VISTATRIM_FORMS(Name, Parameters, Arguments)                                               \
     static void Name##Plain Parameters                                                             \

@@ -1,4 +1,4 @@
-// Everything that the engine asks of linear algebra, in two forms.
+// The linear algebra that the engine needs, in two forms.
 //
 // The form in use is chosen when the project is configured: fixedOrder by default, blas with
 // -DVISTATRIM_LINEAR_ALGEBRA=blas. Callers go through the namespace linearAlgebra.
@@ -33,16 +33,17 @@ float DotProduct(int32_t n, const float* x, const float* y);
 void MultiplyBySymmetric(int32_t rows, int32_t n, const float* a, const float* b, float* c);
 
 // Cholesky factor of a, in its lower triangle. 0, or k if the leading minor of order k is not
-// positive, or below 0 if the triangle holds a NaN. a is half done then, or untouched for a NaN.
+// positive, or below 0 if the triangle holds NaN. On failure a is partly overwritten, or untouched
+// for NaN.
 int32_t FactorPositiveDefinite(int32_t n, float* a);
 
-// The inverse, in the lower triangle, of the matrix whose factor a holds. A NaN in the triangle
-// or a zero on the diagonal leaves a as it is.
+// The inverse, in the lower triangle, of the matrix whose factor a holds. NaN in the triangle or a
+// zero on the diagonal leaves a unchanged.
 void InvertFactored(int32_t n, float* a);
 
 } // namespace fixedOrder
 
-// The same by CBLAS and LAPACKE, whose kernels for different processors sum in different orders.
+// The same through CBLAS and LAPACKE, whose kernels sum in an order that depends on the processor.
 namespace blas {
 
 int32_t IndexOfLargest(int32_t n, const float* x);

@@ -1,4 +1,4 @@
-// The linear algebra by CBLAS and LAPACKE.
+// The linear algebra through CBLAS and LAPACKE.
 #include <cblas.h>
 #include <lapacke.h>
 

@@ -11,7 +11,7 @@ namespace vistaTrim::fixedOrder {
 
 namespace {
 
-// Running sums of the dot product. They are independent, so that registers of any width hold them.
+// Running sums of the dot product. They are independent, so registers of any width can hold them.
 constexpr int32_t kDotSums = 16;
 
 VISTATRIM_FORM_BODY void AddMultipleBody(int32_t n, float alpha, const float* x, float* y)
@@ -127,8 +127,8 @@ void AddScaled(int32_t n, float alpha, const float* x, float* y)
     AddMultiple(n, alpha, x, y);
 }
 
-// Clearing is the custom of the older BLAS. The engine relies on it for a model whose scale has no
-// root: such a plane shows no contrast, where NaN would spread over the whole map.
+// Clearing follows older BLAS libraries. The engine relies on it for a model whose scale is NaN:
+// such a plane shows no contrast, where NaN would spread over the whole map.
 void ScaleArray(int32_t n, float alpha, float* x)
 {
     if (alpha == 0.0f || std::isnan(alpha)) {
@@ -139,8 +139,8 @@ void ScaleArray(int32_t n, float alpha, float* x)
     Multiply(n, alpha, x);
 }
 
-// Sixteen running sums, element i going to sum i % 16; then the four quarters by twos, and what
-// is left by twos again.
+// Sixteen running sums, element i going to sum i % 16. They are then added in pairs: the four
+// quarters, then the four sums that remain.
 float DotProduct(int32_t n, const float* x, const float* y)
 {
     float sums[kDotSums] = {};

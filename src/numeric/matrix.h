@@ -30,7 +30,7 @@ public:
     float* Data = nullptr;
 
 protected:
-    // Count elements that somebody else keeps. Owned storage is given up.
+    // Count elements owned elsewhere. Frees the storage owned before.
     void View(uint32_t count, float* data);
 
 private:

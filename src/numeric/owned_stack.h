@@ -6,8 +6,8 @@
 
 namespace vistaTrim {
 
-// Only this object releases what Create made: it is no CPlaneStack to others, who see its planes
-// through a handle.
+// Only this object releases what Create made. The base is private: callers reach the planes through
+// a handle.
 class COwnedStack : private CPlaneStack {
 public:
     COwnedStack() = default;
@@ -26,7 +26,7 @@ public:
     using CPlaneStack::Planes;
     using CPlaneStack::Rows;
 
-    // For functions that take a stack. They do not release it.
+    // For functions that take a stack. They must not release it.
     CPlaneStack& Handle()
     {
         return *this;

@@ -14,7 +14,7 @@ class CPlaneStack {
 public:
     CPlaneStack() = default;
 
-    // One plane that the caller keeps; the second overload has no slots for tables.
+    // One plane, owned by the caller; the second overload has no slots for tables.
     void WrapPlane(int32_t cols, int32_t rows, float* plane);
     void WrapPlaneOnly(int32_t cols, int32_t rows, float* plane);
     // Releases the old planes, then allocates planeCount planes, 64-byte aligned and uninitialised.

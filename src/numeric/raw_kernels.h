@@ -27,7 +27,7 @@ enum KernelStatus : int32_t {
 // Rounds a count of floats up to whole cache lines, where the next piece of scratch starts.
 int64_t RoundUpToLine(int64_t floats);
 
-// Above 0 for a bad width, which the kernel refuses; 0 for one whose scratch 32 bits cannot count.
+// Above 0 for an invalid width, which the kernel rejects; 0 if the size does not fit 32 bits.
 int32_t SobelBufferSize(int32_t cols);
 int32_t SobelRowKernel(const float* src, float* dst, int32_t cols, int32_t rows, void* buffer);
 int32_t SobelColumnKernel(const float* src, float* dst, int32_t cols, int32_t rows, void* buffer);
@@ -39,7 +39,7 @@ int32_t GaussianKernel(const float* src, float* dst, int32_t cols, int32_t rows,
 void GaussianTaps(int32_t maskSize, float sigma, float* taps);
 
 int32_t ThresholdKernel(float* data, int32_t cols, int32_t rows, float level, float value);
-// cols floats from data on in each of the rows; row starts are stride floats apart.
+// cols floats in each row; data is the first row, and rows start stride floats apart.
 int32_t ScaleKernel(float* data, int64_t stride, int32_t cols, int32_t rows, float factor);
 
 // anchor is the pixel's position within its mask, the same in both directions.

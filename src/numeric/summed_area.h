@@ -1,7 +1,7 @@
 // Summed-area tables (F. Crow, Summed-area tables for texture mapping, 1984), of two kinds.
 //
-// The double kind serves the scoring: same shape as its map, element (r, c) = sum over rows
-// 0..r and columns 0..c, no zero row or column: readers treat an index below 0 as 0.
+// The double kind serves scoring: same shape as its map, element (r, c) = sum over rows 0..r and
+// columns 0..c, no zero row or column: readers treat an index below 0 as 0.
 //
 // The float kind serves the border statistics: (rows + 1) x (cols + 1), a zero row and column
 // first. Its sums exceed the 24 bits of a float on real pictures. That is accepted: the statistics
@@ -18,8 +18,8 @@ namespace vistaTrim {
 
 // map must have at least one element; table is already sized.
 void BuildSummedAreaTable(const CFloatMatrix& map, CDoubleMatrix& table);
-// Rows firstRow .. firstRow + rows - 1 of it, where all rows above stand already. Fastest for
-// kTableBand rows, or a multiple of them, after the first kTableBand + 1.
+// Rows firstRow .. firstRow + rows - 1 of it; all rows above must be filled. Fastest for kTableBand
+// rows, or a multiple of them, after the first kTableBand + 1.
 void ExtendSummedAreaTable(const CFloatMatrix& map, CDoubleMatrix& table, uint32_t firstRow,
                            uint32_t rows);
 constexpr uint32_t kTableBand = 6;

@@ -1,5 +1,5 @@
-// One analysis of a picture for many uses: its maps by name, descriptors of crops, and drivers.
-// For programs that hold the library's objects; the shared library does not export it.
+// One analysis of a picture for many uses: its maps by name, descriptors of crops, and drivers. For
+// programs that link the library's object files; the shared library does not export it.
 #ifndef VISTATRIM_PUBLIC_ANALYSED_PICTURE_H
 #define VISTATRIM_PUBLIC_ANALYSED_PICTURE_H
 

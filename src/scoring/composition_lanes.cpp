@@ -22,7 +22,7 @@ typedef float Floats __attribute__((vector_size(kLanes * sizeof(float)), may_ali
 constexpr int32_t kDotSums = 16;
 static_assert(kDescriptorSize % kDotSums == 0, "no slots are left over");
 
-// The crops of a group. Those of a last block that is not full repeat the first.
+// The crops of a group. A last block that is not full repeats the first crop.
 struct Group {
     const GridLimits* Rows[kScoredTogether];
     const GridLimits* Cols[kScoredTogether];
@@ -55,8 +55,8 @@ VISTATRIM_FORM_BODY void StartGroup(const GridLimits* const* rows, const GridLim
 }
 
 // Rows of corners of a crop, in its lane: corner k = row[edge k], 0 left of the map. The first row
-// is apart because it may lie above the map, where all corners are 0; of the others each edge is
-// looked up once for four.
+// is separate because it may be above the map, where all corners are 0; the others are read four at
+// a time.
 VISTATRIM_FORM_BODY void GatherFirstRow(const double* table, int64_t stride, int32_t rowEdge,
                                         const int32_t* edges, int32_t points, double* lane)
 {
@@ -89,9 +89,9 @@ VISTATRIM_FORM_BODY void GatherFourRows(const double* table, int64_t stride,
     }
 }
 
-// The weighted mean of each cell of a row of cells, whose corners stand `step` apart, goes to its
-// running sum. The terms of a cell are those of RegionSum in its order. Lengths are at least 1,
-// and so is an area.
+// The weighted mean of each cell of a row of cells, whose corners are `step` apart, goes to its
+// running sum. The terms of a cell are those of RegionSum in its order. Lengths are at least 1, and
+// so is an area.
 VISTATRIM_FORM_BODY void AddCells(const Doubles* upper, const Doubles* lower, int32_t step,
                                   int32_t cells, const Floats& rowLength, const Floats* colLengths,
                                   int32_t firstSlot, Floats* sums)
@@ -106,8 +106,8 @@ VISTATRIM_FORM_BODY void AddCells(const Doubles* upper, const Doubles* lower, in
     }
 }
 
-// The 4-fold and the 8-fold grid of a table. The corners of the first are every second one of the
-// second.
+// The 4-fold and the 8-fold grid of a table. The 4-fold grid uses every second corner of the 8-fold
+// one.
 VISTATRIM_FORM_BODY void AddCoarseGrids(const double* table, int64_t stride, int32_t slot4,
                                         int32_t slot8, Group& group)
 {

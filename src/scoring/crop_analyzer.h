@@ -34,7 +34,7 @@ public:
     // Fills the measures of one record inside the image, unless it is Scored.
     void EvaluateCropRect(CInt32CropRect& crop);
     // At most n of the candidates of the cells: one of each cluster in turn, or all that are kept
-    // when those are fewer. The list is the analyzer's and is overwritten by the next call.
+    // when those are fewer. The list belongs to the analyzer; the next call overwrites it.
     const std::vector<CInt32CropRect>& SelectTopCrops(int32_t n, const CropCells& cells,
                                                       int32_t rankingMode,
                                                       const WeightDistribution& weights);
@@ -42,8 +42,8 @@ public:
     WorkingRect ToWorkingRect(const CInt32CropRect& crop) const;
     WorkingRect ShrinkAboutCentre(const WorkingRect& rect, float fraction) const;
     float BorderCost(const WorkingRect& rect) const;
-    // The raw descriptor of a crop: kDescriptorSize cell means. False, and nothing written, for a
-    // crop that holds no pixel.
+    // The raw descriptor of a crop: kDescriptorSize cell means. Returns false and writes nothing
+    // for a crop that contains no pixel.
     bool ReadDescriptor(const CInt32CropRect& crop, float* descriptor) const;
     // Returns 0..1 and leaves the standardised descriptor in DescriptorBuffer.
     float ComputeCompositionScore(const WorkingRect& rect);
@@ -59,7 +59,7 @@ public:
     float DescriptorBuffer[kDescriptorSize] = {}; // scratch of ComputeCompositionScore
     const int32_t& BorderBand;      // working pixels, width of the band along each side
     const float& ScaleFactor;       // multiplies source coordinates to give working coordinates
-    const float& ContrastMaskTotal; // sums of the maps, at least 1e-10; 0 for a refused picture
+    const float& ContrastMaskTotal; // sums of the maps, at least 1e-10; 0 for a rejected picture
     const float& ColorContrastTotal;
     const float& EdgeTotal;
     const float& PeakTotal;

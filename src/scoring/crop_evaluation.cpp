@@ -172,9 +172,9 @@ struct LatticeRow {
 };
 
 // The unscored records of a walk, measured together. Records do not depend on one another, so the
-// order in which they are measured shows nowhere but in time: the crops of a lattice row read the
-// same few rows of a table, and all crops read one table before the next is opened, because the
-// ten tables together do not fit the cache.
+// order in which they are measured affects only speed: the crops of a lattice row read the same few
+// rows of a table, and all crops read one table before the next is opened, because the ten tables
+// together do not fit the cache.
 class CandidateWalk {
 public:
     explicit CandidateWalk(const CCropAnalyzer& analyzer) : Analyzer(analyzer)
@@ -205,12 +205,12 @@ private:
     std::vector<GridLimits> ColLimits;
     std::vector<uint32_t> LimitsOfColumn; // of the current cell
 
-    // One entry a crop.
+    // One entry per crop.
     std::vector<CInt32CropRect*> Crops;
     std::vector<int32_t> FirstCols;
     std::vector<int32_t> LastCols;
-    std::vector<uint32_t> LimitsOfCrop; // place of its column limits
-    // The same, of a part of each crop; scratch.
+    std::vector<uint32_t> LimitsOfCrop; // index of its column limits
+    // The same for a part of each crop; scratch.
     std::vector<int32_t> PartFirstCols;
     std::vector<int32_t> PartLastCols;
     std::vector<double> Lists[4];
@@ -356,7 +356,7 @@ void CandidateWalk::SidesOf(int side, int32_t depth, std::vector<double>& values
         firstCols = PartFirstCols.data();
     }
     for (const LatticeRow& row : Rows) {
-        // Rows of the band are the same for all crops of the row, and columns are not looked at.
+        // Rows of the band are the same for all crops of the row, and its columns are not used.
         const WorkingRect band = BandOf({row.FirstRow, 0, row.LastRow, 0}, side, depth);
         const bool rowsLeave = (side == kTop || side == kBottom) &&
                                (band.FirstRow < 0 || band.LastRow > Analyzer.WorkRows - 1);
@@ -496,8 +496,8 @@ void CCropAnalyzer::EvaluateCropRects(CropGridRows& grid, uint32_t aspectIndex, 
     const std::vector<CRectOfInterest> softRects = SoftRects(RectsOfInterest);
     CandidateWalk walk(*this);
 
-    // The rectangles of interest may have changed since the last walk: RoiScore is written
-    // anew for every record, scored or not.
+    // The rectangles of interest may have changed since the last walk: RoiScore is rewritten for
+    // every record, scored or not.
     const auto walkCell = [&](CropCell& cell) {
         bool scored = true;
         for (CInt32CropRect& crop : cell) {

@@ -11,8 +11,8 @@ namespace vistaTrim {
 struct Measure {
     double Score::*Value;
     double WeightDistribution::*Weight; // of its rank
-    // 1 or more: the ranking mode that keeps this weight alone, and a weight that counts whatever
-    // its sign. 0: no mode does, and the weight counts only when it is above 0.
+    // 1 or more: the ranking mode that keeps only this weight, which counts whatever its sign. 0:
+    // no mode keeps it, and it counts only when above 0.
     int32_t RankingMode;
 };
 

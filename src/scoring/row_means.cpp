@@ -8,8 +8,8 @@ namespace vistaTrim {
 
 namespace {
 
-// The row above the map is null. Each place is read whether it is needed or not, so that the loop
-// has no branches.
+// above is null for the map's first row. Every corner is read, needed or not, so that the loop has
+// no branches.
 VISTATRIM_FORM_BODY void MeansBody(const double* above, const double* last, int32_t lastCol,
                                    const int32_t* firstCols, const int32_t* lastCols, size_t count,
                                    double denominator, double* __restrict__ means)

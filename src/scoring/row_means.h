@@ -9,9 +9,8 @@
 
 namespace vistaTrim {
 
-// means[i] = RegionMean of rows firstRow..lastRow and columns firstCols[i]..lastCols[i], with its
-// bits. Columns beyond the map are read as the map's last one: whoever asks for them has another
-// use for that place.
+// means[i] = RegionMean of rows firstRow..lastRow and columns firstCols[i]..lastCols[i], bit for
+// bit. Columns beyond the map are read as the map's last one; the caller discards such means.
 void RowMeans(const CDoubleMatrix& table, int32_t firstRow, int32_t lastRow,
               const int32_t* firstCols, const int32_t* lastCols, size_t count, double denominator,
               double* means);

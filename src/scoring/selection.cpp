@@ -113,7 +113,7 @@ std::vector<float> RanksOf(const Survivors& survivors, double Score::*measure)
 // Weighted ranks added up, in the order of the measures.
 void MergeRanks(Survivors& survivors, const WeightDistribution& weights)
 {
-    // -0.0, to which a product adds without a change of its sign.
+    // -0.0, because adding a product to it keeps the product's sign.
     survivors.MergedScores.assign(survivors.Records.size(), -0.0);
     for (const Measure& measure : Measures()) {
         const double weight = weights.*measure.Weight;
@@ -196,7 +196,7 @@ VISTATRIM_FORM_BODY float OverlapOf(const OverlapSide& a, double left, double ri
     return static_cast<float>(common / (a.Area + area - common));
 }
 
-// The candidates that no cluster has taken yet, best first, one list a field.
+// The candidates that no cluster has taken yet, best first, one list per field.
 struct Pool {
     std::vector<double> Left, Right, Top, Bottom, Area;
     std::vector<int32_t> Survivor;
