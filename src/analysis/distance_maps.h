@@ -14,6 +14,9 @@ namespace vistaTrim {
 // distances.
 constexpr float kRegulariser = 10.0f;
 
+// The joint distance of n planes. Every build runs it when the fast sweeps of border_contrast.h
+// meet an indefinite covariance; with BLAS it always runs.
+//
 // stack       n planes
 // out         one plane of the same size
 // mean        one plane of n floats

@@ -76,7 +76,7 @@ SaliencyMapScales MeasureSaliencyMaps(const CPlaneStack& pixels, const SaliencyM
     if (range.IsOrdinary()) {
         scales.SaliencyMap = CNormalisation(range);
     } else {
-        NormaliseMeasuredPlane(buffers.SaliencyMap, count, range);
+        NormalisePlane(buffers.SaliencyMap, count);
         scales.SaliencyMap.Largest = LargestElement(buffers.SaliencyMap, count);
     }
     return scales;

@@ -48,8 +48,8 @@ int32_t BoxBufferSize(int32_t cols, int32_t rows, int32_t maskSize, int32_t anch
 int32_t BoxKernel(float* data, int64_t rowStep, int32_t cols, int32_t rows, int32_t maskSize,
                   int32_t anchor, bool largest, void* buffer);
 
-// GradientStrength computed one difference after the other, with a full scratch plane. The single
-// pass must give the same bits; this form reports errors.
+// GradientStrength computed one difference after the other, with a full scratch plane. It runs when
+// the single pass, which gives the same bits, has no scratch, and reports what failed.
 void GradientStrengthStepwise(const float* src, float* dst, int32_t cols, int32_t rows);
 
 } // namespace vistaTrim

@@ -239,20 +239,15 @@ void CNormalisation::Apply(float* x, int32_t n) const
         ShiftAndScale(x, n, Shift, Scale);
 }
 
-void NormaliseMeasuredPlane(float* x, int32_t n, const CPlaneRange& seen)
+void NormalisePlane(float* x, int32_t n)
 {
+    CPlaneRange seen;
+    seen.Include(x, n);
     if (n < 1 || !seen.IsOrdinary()) {
         NormaliseOddPlane(x, n);
         return;
     }
     CNormalisation(seen).Apply(x, n);
-}
-
-void NormalisePlane(float* x, int32_t n)
-{
-    CPlaneRange seen;
-    seen.Include(x, n);
-    NormaliseMeasuredPlane(x, n, seen);
 }
 
 void AddPlanes(CPlaneStack& target, const CPlaneStack& source, float alpha)

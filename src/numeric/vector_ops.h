@@ -54,8 +54,6 @@ struct CNormalisation {
     float Scale = 1.0f;
     float Largest = 0.0f; // what the largest element becomes
 };
-// NormalisePlane without the search: seen has included exactly the n elements of x.
-void NormaliseMeasuredPlane(float* x, int32_t n, const CPlaneRange& seen);
 
 // First plane of target += alpha * first plane of source.
 void AddPlanes(CPlaneStack& target, const CPlaneStack& source, float alpha);

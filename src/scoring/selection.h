@@ -18,7 +18,8 @@ struct RankEntry {
 // when lower is better. Equal values get adjacent ranks in index order.
 std::vector<float> PercentileRanks(std::vector<RankEntry> entries, bool higherIsBetter);
 
-// Intersection over union, inclusive source pixels.
+// Intersection over union, inclusive source pixels. One pair of what clustering computes for its
+// whole pool with the same arithmetic.
 float CropOverlap(const CInt32CropRect& a, const CInt32CropRect& b);
 
 } // namespace vistaTrim

@@ -34,7 +34,8 @@ TEST(PlaneRange, OfPiecesIsThatOfTheWhole)
         CPlaneRange seen;
         for (size_t i = 0; i < count; i += 7)
             seen.Include(&pieces[i], int32_t(std::min<size_t>(7, count - i)));
-        NormaliseMeasuredPlane(pieces.data(), int32_t(count), seen);
+        ASSERT_TRUE(seen.IsOrdinary());
+        CNormalisation(seen).Apply(pieces.data(), int32_t(count));
 
         EXPECT_EQ(pieces, expected);
     }
