@@ -172,6 +172,9 @@ const CropCell& RandomCropGenerator::GenerateCell(uint32_t aspectIndex, uint32_t
                                           static_cast<int32_t>(y), static_cast<int32_t>(bottom)));
         }
     }
+    // A lattice denser than one position per pixel has far fewer candidates than were reserved.
+    if (cell.capacity() / 2 > cell.size())
+        cell.shrink_to_fit();
     row[scaleIndex].swap(cell);
     return row[scaleIndex];
 }

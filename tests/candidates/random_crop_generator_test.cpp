@@ -492,6 +492,15 @@ TEST(RandomCropGenerator, DensityOfZeroWrapsAndTerminates)
     EXPECT_EQ(CandidatesOf(generator.GetEnabledCropRects(NoIndex)).size(), count);
 }
 
+TEST(RandomCropGenerator, DenseCellKeepsNoUnusedMemory)
+{
+    // 1,000 x 750 places are reserved, but only 65 x 49 positions are a pixel apart.
+    RandomCropGenerator generator = OneCellGenerator(128, 96, 4.0 / 3.0, 0.5, 1000);
+    const CropCell& cell = generator.GenerateAll()[0][0];
+    EXPECT_EQ(cell.size(), 65U * 49U);
+    EXPECT_LE(cell.capacity(), 2 * cell.size());
+}
+
 TEST(RandomCropGenerator, DensityBeyondTheLongestListIsALengthError)
 {
     RandomCropGenerator generator =
