@@ -38,8 +38,7 @@ void CheckOutputFile(const std::string& file)
         throw ProgramError(Shown(file) + " is a folder; --output takes the name of a file");
     const std::string folder = FolderOf(file);
     if (!fs::exists(folder, unknown))
-        throw ProgramError("cannot write " + Shown(file) + ": there is no folder " +
-                           Shown(folder));
+        throw ProgramError("cannot write " + Shown(file) + ": there is no folder " + Shown(folder));
     if (!fs::is_directory(folder, unknown))
         throw ProgramError("cannot write " + Shown(file) + ": " + Shown(folder) +
                            " is a file, not a folder");

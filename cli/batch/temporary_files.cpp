@@ -220,8 +220,8 @@ TemporaryFile::TemporaryFile(const std::string& target)
     Folder = FolderOf(target);
     ClearAbandoned(Folder);
     Enter(Folder, target);
-    Name = (path.parent_path() / (kPrefix + RunName() + "-" + std::to_string(counter++) +
-                                  path.extension().string()))
+    Name = (path.parent_path() /
+            (kPrefix + RunName() + "-" + std::to_string(counter++) + path.extension().string()))
                .string();
 }
 

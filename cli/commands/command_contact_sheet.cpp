@@ -127,8 +127,9 @@ int RunContactSheet(const Options& options, const std::vector<ListedPhoto>& phot
         PhotoSteps steps;
         steps.Work = [&](const ListedPhoto& photo, PhotoResult& result) {
             const photo::Photograph photograph = OpenPhoto(options, photo);
-            SuggestAsked(Analyse(photograph, RegionsFor(options, photo, photos.size())), options,
-                         result);
+            SuggestAsked(
+                AnalyseFor(options.Request, photograph, RegionsFor(options, photo, photos.size())),
+                options, result);
             const auto index = static_cast<size_t>(&photo - photos.data());
             made[index] = photo::SheetRow(layout, Shown(fs::path(photo.Path).filename().string()),
                                           PicturesOf(photograph, result, options, layout));

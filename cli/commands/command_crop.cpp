@@ -142,7 +142,7 @@ private:
                                     PhotoResult& result) const
     {
         const photo::Analysis analysis =
-            Analyse(photograph, RegionsFor(Asked, photo, Photos.size()));
+            AnalyseFor(Asked.Request, photograph, RegionsFor(Asked, photo, Photos.size()));
         std::vector<std::string> missing = SuggestAsked(analysis, Asked, result);
         if (!result.Found.Crops.empty())
             return missing;

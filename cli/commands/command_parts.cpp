@@ -36,6 +36,13 @@ photo::Analysis Analyse(const photo::Photograph& photograph, const photo::Region
     return photo::Analysis(std::move(picture), regions);
 }
 
+photo::Analysis AnalyseFor(const photo::Request& request, const photo::Photograph& photograph,
+                           const photo::RegionOptions& regions)
+{
+    photo::CheckRequest(request, photograph.Size());
+    return Analyse(photograph, regions);
+}
+
 photo::RegionOptions RegionsFor(const Options& options, const ListedPhoto& photo, size_t photos)
 {
     photo::RegionOptions regions = options.RegionUse;

@@ -63,7 +63,7 @@ int RunReport(const Options& options, const std::vector<ListedPhoto>& photos)
         steps.Work = [&](const ListedPhoto& photo, PhotoResult& result) {
             const photo::Photograph photograph = OpenPhoto(options, photo);
             const photo::Analysis analysis =
-                Analyse(photograph, RegionsFor(options, photo, photos.size()));
+                AnalyseFor(options.Request, photograph, RegionsFor(options, photo, photos.size()));
             SuggestAsked(analysis, explained, result);
             const photo::Stopwatch writing;
             const ReportPictures pictures = MakeReportPictures(

@@ -15,7 +15,8 @@ int RunSuggest(const Options& options, const std::vector<ListedPhoto>& photos)
         PhotoSteps steps;
         steps.Work = [&options, count = todo.size()](const ListedPhoto& photo,
                                                      PhotoResult& result) {
-            SuggestAsked(Analyse(OpenPhoto(options, photo), RegionsFor(options, photo, count)),
+            SuggestAsked(AnalyseFor(options.Request, OpenPhoto(options, photo),
+                                    RegionsFor(options, photo, count)),
                          options, result);
         };
         steps.Emit = [&output](const PhotoResult& result) { output.Write(result); };

@@ -22,8 +22,11 @@ int RunContactSheet(const Options& options, const std::vector<ListedPhoto>& phot
 // Reads the photograph of the list.
 photo::Photograph OpenPhoto(const Options& options, const ListedPhoto& photo);
 
-// What every command begins with. What decoding took is given back before the analysis.
+// Frees the memory that decoding took before the analysis starts.
 photo::Analysis Analyse(const photo::Photograph& photograph, const photo::RegionOptions& regions);
+// Rejects a request that the photograph cannot meet before decoding it.
+photo::Analysis AnalyseFor(const photo::Request& request, const photo::Photograph& photograph,
+                           const photo::RegionOptions& regions);
 
 // The regions that the options ask for, of this photograph of a run over `photos` of them.
 photo::RegionOptions RegionsFor(const Options& options, const ListedPhoto& photo, size_t photos);

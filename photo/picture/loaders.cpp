@@ -11,7 +11,8 @@ const std::string kPrefix = "VipsForeignLoad";
 
 bool EndsWith(const std::string& text, const std::string& end)
 {
-    return text.size() >= end.size() && text.compare(text.size() - end.size(), end.size(), end) == 0;
+    return text.size() >= end.size() &&
+           text.compare(text.size() - end.size(), end.size(), end) == 0;
 }
 
 bool IsBlocked(void* type)
@@ -38,8 +39,8 @@ void* Note(void* type, void* found, void*)
     if (IsBlocked(type) || name.compare(0, kPrefix.size(), kPrefix) != 0)
         return nullptr;
     Loader loader;
-    for (const char** suffix = VIPS_FOREIGN_CLASS(type)->suffs; suffix != nullptr && *suffix != nullptr;
-         ++suffix) {
+    for (const char** suffix = VIPS_FOREIGN_CLASS(type)->suffs;
+         suffix != nullptr && *suffix != nullptr; ++suffix) {
         std::string ending = *suffix + (**suffix == '.' ? 1 : 0);
         std::transform(ending.begin(), ending.end(), ending.begin(),
                        [](unsigned char c) { return static_cast<char>(std::tolower(c)); });

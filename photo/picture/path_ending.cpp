@@ -13,8 +13,7 @@ std::string EndingOfPath(const std::string& path)
         return "";
     std::string ending = name.substr(dot + 1);
     const auto isDigit = [](unsigned char c) { return std::isdigit(c) != 0; };
-    if (ending.find(' ') != std::string::npos ||
-        std::all_of(ending.begin(), ending.end(), isDigit))
+    if (ending.find(' ') != std::string::npos || std::all_of(ending.begin(), ending.end(), isDigit))
         return "";
     std::transform(ending.begin(), ending.end(), ending.begin(),
                    [](unsigned char c) { return static_cast<char>(std::tolower(c)); });

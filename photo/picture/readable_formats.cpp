@@ -32,9 +32,8 @@ constexpr MoreEnding kMoreEndings[] = {{"Jpeg", "jfif"}, {"Jpeg", "jif"}, {"Heif
 void AddMoreEndings(Loader& loader)
 {
     for (const MoreEnding& more : kMoreEndings)
-        if (loader.Family == more.Family &&
-            std::find(loader.Endings.begin(), loader.Endings.end(), more.Ending) ==
-                loader.Endings.end())
+        if (loader.Family == more.Family && std::find(loader.Endings.begin(), loader.Endings.end(),
+                                                      more.Ending) == loader.Endings.end())
             loader.Endings.emplace_back(more.Ending);
 }
 

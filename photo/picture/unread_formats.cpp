@@ -11,10 +11,10 @@ namespace vistaTrim::photo {
 
 namespace {
 
-constexpr const char* kRawEndings[] = {
-    "3fr", "arw", "cr2", "cr3", "crw", "dcr", "dng", "erf", "fff", "gpr", "iiq", "k25", "kdc",
-    "mef", "mos", "mrw", "nef", "nrw", "orf", "pef", "raf", "raw", "rw2", "rwl", "sr2", "srf",
-    "srw", "x3f"};
+constexpr const char* kRawEndings[] = {"3fr", "arw", "cr2", "cr3", "crw", "dcr", "dng",
+                                       "erf", "fff", "gpr", "iiq", "k25", "kdc", "mef",
+                                       "mos", "mrw", "nef", "nrw", "orf", "pef", "raf",
+                                       "raw", "rw2", "rwl", "sr2", "srf", "srw", "x3f"};
 
 struct Beginning {
     size_t At;
@@ -25,32 +25,31 @@ struct Beginning {
 
 constexpr const char* kConvert = "; convert it to JPEG, PNG or TIFF";
 
-constexpr Beginning kBeginnings[] = {
-    {4, "ftypcrx ", 8, kRawSentence},
-    {0, "FUJIFILMCCD-RAW", 15, kRawSentence},
-    {0, "IIRO", 4, kRawSentence},
-    {0, "IIRS", 4, kRawSentence},
-    {0, "MMOR", 4, kRawSentence},
-    {0, "IIU\0", 4, kRawSentence},
-    {6, "HEAPCCDR", 8, kRawSentence},
-    {0, "FOVb", 4, kRawSentence},
-    {0, "\0MRM", 4, kRawSentence},
-    {0, "BM", 2, "a BMP picture"},
-    {0, "8BPS", 4, "a layered PSD picture"},
-    {0, "\x76\x2f\x31\x01", 4, "an OpenEXR picture"},
-    {0, "#?RADIANCE", 10, "a Radiance HDR picture"},
-    {0, "SIMPLE  =", 9, "a FITS picture"},
-    {0, "\0\0\0\x0CjP  ", 8, "a JPEG 2000 picture"},
-    {0, "\xFF\x4F\xFF\x51", 4, "a JPEG 2000 picture"},
-    {0, "\0\0\0\x0CJXL ", 8, "a JPEG XL picture"},
-    {0, "\xFF\x0A", 2, "a JPEG XL picture"},
-    {4, "ftypheic", 8, "a HEIC picture"},
-    {4, "ftypmif1", 8, "a HEIF picture"},
-    {4, "ftypavif", 8, "an AVIF picture"},
-    {4, "ftyp", 4, "a video, not a photograph"},
-    {0, "\x1A\x45\xDF\xA3", 4, "a video, not a photograph"},
-    {0, "%PDF", 4, "a PDF document, not a photograph"},
-    {0, "PK\x03\x04", 4, "an archive, not a photograph"}};
+constexpr Beginning kBeginnings[] = {{4, "ftypcrx ", 8, kRawSentence},
+                                     {0, "FUJIFILMCCD-RAW", 15, kRawSentence},
+                                     {0, "IIRO", 4, kRawSentence},
+                                     {0, "IIRS", 4, kRawSentence},
+                                     {0, "MMOR", 4, kRawSentence},
+                                     {0, "IIU\0", 4, kRawSentence},
+                                     {6, "HEAPCCDR", 8, kRawSentence},
+                                     {0, "FOVb", 4, kRawSentence},
+                                     {0, "\0MRM", 4, kRawSentence},
+                                     {0, "BM", 2, "a BMP picture"},
+                                     {0, "8BPS", 4, "a layered PSD picture"},
+                                     {0, "\x76\x2f\x31\x01", 4, "an OpenEXR picture"},
+                                     {0, "#?RADIANCE", 10, "a Radiance HDR picture"},
+                                     {0, "SIMPLE  =", 9, "a FITS picture"},
+                                     {0, "\0\0\0\x0CjP  ", 8, "a JPEG 2000 picture"},
+                                     {0, "\xFF\x4F\xFF\x51", 4, "a JPEG 2000 picture"},
+                                     {0, "\0\0\0\x0CJXL ", 8, "a JPEG XL picture"},
+                                     {0, "\xFF\x0A", 2, "a JPEG XL picture"},
+                                     {4, "ftypheic", 8, "a HEIC picture"},
+                                     {4, "ftypmif1", 8, "a HEIF picture"},
+                                     {4, "ftypavif", 8, "an AVIF picture"},
+                                     {4, "ftyp", 4, "a video, not a photograph"},
+                                     {0, "\x1A\x45\xDF\xA3", 4, "a video, not a photograph"},
+                                     {0, "%PDF", 4, "a PDF document, not a photograph"},
+                                     {0, "PK\x03\x04", 4, "an archive, not a photograph"}};
 
 bool IsDrawing(const std::string& head)
 {

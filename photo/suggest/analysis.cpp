@@ -13,7 +13,6 @@
 #include "regions/find_regions.h"
 #include "regions/region_wishes.h"
 #include "regions/working_regions.h"
-#include "suggest/check_request.h"
 #include "suggest/engine_scores.h"
 #include "suggest/explanation.h"
 #include "suggest/lent_image.h"
@@ -33,11 +32,6 @@ struct DriverDeleter {
     }
 };
 using DriverHandle = std::unique_ptr<IVistaTrim, DriverDeleter>;
-
-std::string SizeText(PixelSize size)
-{
-    return std::to_string(size.Width) + " x " + std::to_string(size.Height);
-}
 
 // The ratios that the driver's table will hold, in its order. No ratio twice: the engine
 // would score its candidates twice and never serve the second set.
@@ -88,17 +82,12 @@ void FillParameters(const Request& request, const std::vector<Ratio>& ratios,
     parameters.NumMaxCropRectsPerSide = request.Density;
 }
 
-// The size in working pixels. The engine quietly takes a size that does not fit for no size
-// at all, so the question is asked here.
+// The size in working pixels.
 SuggestionParameters MakeEngineRequest(const Request& request, const WorkingPicture& picture)
 {
     if (!request.Size)
         return SuggestionParameters(false);
     const PixelSize photo = picture.Photo;
-    if (request.Size->Width > photo.Width || request.Size->Height > photo.Height)
-        throw PhotoError(PhotoError::Kind::DoesNotFit,
-                         "a crop of " + SizeText(*request.Size) +
-                             " does not fit the photograph, which is " + SizeText(photo));
     const double width =
         static_cast<double>(request.Size->Width) * picture.Pixels.Size.Width / photo.Width;
     const double height =
@@ -139,7 +128,7 @@ std::vector<WishedRegion> RegionsOf(const std::vector<Wish>& wishes, size_t name
 void Ask(const WorkingPicture& picture, const CAnalysedPicture& analysed, const Request& request,
          Suggestions& result)
 {
-    CheckRequest(request);
+    CheckRequest(request, picture.Photo);
     std::vector<Wish> wishes = WishesInside(request.Wishes, picture.Photo);
     const size_t named = wishes.size();
     const std::vector<RegionWish> found = WishesOf(result.Regions, picture.Photo);

@@ -1,9 +1,9 @@
-#include "suggest/check_request.h"
-
 #include <cmath>
 #include <string>
 
+#include "regions/working_regions.h"
 #include "vistaTrimPhoto/photo_error.h"
+#include "vistaTrimPhoto/request.h"
 
 namespace vistaTrim::photo {
 
@@ -15,9 +15,12 @@ void Demand(bool holds, const std::string& text)
         throw PhotoError(PhotoError::Kind::InvalidRequest, text);
 }
 
-} // namespace
+std::string TextOf(PixelSize size)
+{
+    return std::to_string(size.Width) + " x " + std::to_string(size.Height);
+}
 
-void CheckRequest(const Request& request)
+void CheckValues(const Request& request)
 {
     Demand(request.Top >= 1, "the number of crops must be at least 1");
     Demand(request.Density >= 1 && request.Density <= kHighestDensity,
@@ -36,6 +39,19 @@ void CheckRequest(const Request& request)
     for (const Wish& wish : request.Wishes)
         if (wish.Rect.Width < 1 || wish.Rect.Height < 1)
             throw PhotoError(PhotoError::Kind::InvalidRequest, wish, "holds no pixel");
+}
+
+} // namespace
+
+void CheckRequest(const Request& request, PixelSize photo)
+{
+    CheckValues(request);
+    WishesInside(request.Wishes, photo);
+    // The engine ignores a size that does not fit.
+    if (request.Size && (request.Size->Width > photo.Width || request.Size->Height > photo.Height))
+        throw PhotoError(PhotoError::Kind::DoesNotFit,
+                         "a crop of " + TextOf(*request.Size) +
+                             " does not fit the photograph, which is " + TextOf(photo));
 }
 
 } // namespace vistaTrim::photo

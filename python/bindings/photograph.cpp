@@ -16,6 +16,7 @@
 #include "vistaTrimPhoto/crop_writer.h"
 #include "vistaTrimPhoto/image_encoder.h"
 #include "vistaTrimPhoto/picture_runtime.h"
+#include "vistaTrimPhoto/request.h"
 
 namespace vistaTrim::python {
 
@@ -189,6 +190,10 @@ void BindPhotograph(py::module_& module)
         .def_property_readonly(
             "native_ending",
             [](const BoundPhotograph& self) { return photo::EndingOf(self.Photo.NativeFormat()); })
+        .def("check",
+             [](const BoundPhotograph& self, const photo::Request& request) {
+                 photo::CheckRequest(request, self.Photo.Size());
+             })
         .def("crop", &Crop)
         .def("encode", &Encode)
         .def("save", &Save)

@@ -322,6 +322,12 @@ def requests_of(values: Mapping[str, Plain]) -> List[Asked]:
             for shape in dict.fromkeys(map(_shape_of, aspects))]
 
 
+def check(photograph: _vistatrim.Photograph, requests: Iterable[Asked]) -> None:
+    """Raises for a request that the photograph cannot meet, before anyone decodes it."""
+    for _, request in requests:
+        photograph.check(request)
+
+
 def suggest(analysis: _vistatrim.Analysis, requests: Iterable[Asked]) -> Dict[str, Any]:
     """The objects of the program's JSON, without the name of the file. The crops and explanations
     of several requests add up."""

@@ -141,6 +141,7 @@ class Photo:
         requests = _options.requests_of(checked)
         use = _options.use_of(checked, self.name)
         with named(self.name):
+            _options.check(self._source, requests)
             return _options.suggest(self._analysed(use), requests)
 
     def _analysed(self, use: Optional[_options.Use]) -> _vistatrim.Analysis:

@@ -62,7 +62,8 @@ protected:
     Outcome CropSmall(const std::string& out, const std::vector<std::string>& more = {}) const
     {
         std::vector<std::string> arguments = {
-            "crop", "--faces", "off", "--top", "1", Folder.Path("small.jpg"), "-o", Folder.Path(out)};
+            "crop", "--faces",       "off", "--top", "1", Folder.Path("small.jpg"),
+            "-o",   Folder.Path(out)};
         arguments.insert(arguments.end(), more.begin(), more.end());
         return RunProgram(arguments);
     }

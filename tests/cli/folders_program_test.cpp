@@ -42,8 +42,9 @@ TEST(Folder, GivesPhotographsOfEveryReadableFormat)
     EXPECT_EQ(outcome.Status, 0) << outcome.Err;
     EXPECT_THAT(FilesOf(outcome.Out, folder.Path("")),
                 testing::ElementsAre("IMG.2026", "a.jfif", "b.jpg", "c", "d.jp2"));
-    EXPECT_EQ(outcome.Err, "vistatrim: skipped 3 files that are not photographs, or raw (1), and then "
-                           "to be developed to JPEG or TIFF first\n");
+    EXPECT_EQ(outcome.Err,
+              "vistatrim: skipped 3 files that are not photographs, or raw (1), and then "
+              "to be developed to JPEG or TIFF first\n");
 }
 
 TEST(Folder, SaysHowManyFilesItSkipped)

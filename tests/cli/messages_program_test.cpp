@@ -62,13 +62,13 @@ TEST_F(Messages, StrangeNamesAreQuotedInAllThatPeopleReadAndExactInJson)
     const Outcome json = RunProgram({"suggest", "--faces", "off", "--json", name});
     EXPECT_EQ(nlohmann::json::parse(json.Out)["file"], name);
 
-    const std::vector<std::string> crop = {"crop", "--faces", "off", "--top", "1",
-                                           name,   "-o",      Folder.Path("out")};
+    const std::vector<std::string> crop = {"crop", "--faces", "off", "--top",
+                                           "1",    name,      "-o",  Folder.Path("out")};
     const std::string cropShown = "$'" + Folder.Path("out/new\\nline \\033[31m-1.jpg") + "'";
     EXPECT_EQ(RunProgram(crop).Out, cropShown + "\n");
     const Outcome again = RunProgram(crop);
-    EXPECT_EQ(again.Err, "vistatrim: " + shown + ": " + cropShown +
-                             " exists already; --force replaces it\n");
+    EXPECT_EQ(again.Err,
+              "vistatrim: " + shown + ": " + cropShown + " exists already; --force replaces it\n");
     const Outcome option = RunProgram({"suggest", "--x\x1b[31m"});
     EXPECT_EQ(option.Status, 2);
     EXPECT_FALSE(Holds(option.Err, "\x1b")) << option.Err;
@@ -90,7 +90,8 @@ TEST_F(Messages, ANameThatBeginsWithADashHintsAtTheTwoDashes)
             << fault.Err;
         EXPECT_EQ(RunProgram({"suggest", "--faces", "off", "--", name}).Status, 0);
         // No hint for an option that is merely wrong.
-        EXPECT_FALSE(Holds(RunProgram({"suggest", "--no-such", "--", name}).Err, "there is a file"));
+        EXPECT_FALSE(
+            Holds(RunProgram({"suggest", "--no-such", "--", name}).Err, "there is a file"));
     }
     fs::current_path(before);
 }

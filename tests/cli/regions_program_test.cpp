@@ -1,4 +1,5 @@
 // The program's regions: from metadata and from --regions, in suggest's output and in crops.
+#include <filesystem>
 #include <string>
 #include <vector>
 
@@ -18,6 +19,7 @@ using namespace photo;
 
 using nlohmann::json;
 using testing::HasSubstr;
+using testing::Not;
 using testing::SizeIs;
 using vips::VImage;
 
@@ -199,6 +201,30 @@ TEST(Regions, FaultsOfTheFileAreNamed)
     const Outcome outside = RunProgram({"suggest", folder.Path("a.jpg"), "--regions", file});
     EXPECT_EQ(outside.Status, 1);
     EXPECT_THAT(outside.Err, HasSubstr("lies outside the photograph, which is 90 x 60"));
+}
+
+// The pixels of the photograph are damaged: only a request that is checked before they are decoded
+// gets to its own error.
+TEST(Regions, OutsideThePhotographAreRejectedBeforeItIsDecoded)
+{
+    const TempFolder folder;
+    const std::string photo = folder.Path("a.png");
+    Scene(90, 60, 0.5, 0.5).write_to_file(photo.c_str());
+    std::filesystem::resize_file(photo, std::filesystem::file_size(photo) / 2);
+    const std::vector<std::string> commands[] = {
+        {"suggest", photo, "-o", folder.Path("list")},
+        {"crop", photo, "-o", folder.Path("crops")},
+        {"report", photo, "-o", folder.Path("a.html")},
+        {"contact-sheet", photo, "-o", folder.Path("sheet.jpg")}};
+    for (std::vector<std::string> command : commands) {
+        SCOPED_TRACE(command[0]);
+        EXPECT_THAT(RunProgram(command).Err, Not(HasSubstr("outside")));
+        command.insert(command.end(), {"--keep", "500,5,5,5", "--force"});
+        const Outcome outcome = RunProgram(command);
+        EXPECT_EQ(outcome.Status, 1);
+        EXPECT_THAT(outcome.Err, HasSubstr("the region of --keep 500,5,5,5 lies outside the "
+                                           "photograph, which is 90 x 60"));
+    }
 }
 
 TEST(Regions, AFaceThatIsNamedSparesTheSearch)

@@ -7,8 +7,9 @@ namespace {
 
 TEST(ShownName, LeavesOrdinaryNamesAlone)
 {
-    for (const char* name : {"a.jpg", "two words.jpg", "o'clock.jpg", "back\\slash", "caf\xC3\xA9.jpg",
-                             "\xE5\xAF\xAB\xE7\x9C\x9F.png", "\xF0\x9F\x93\xB7.jpg"})
+    for (const char* name :
+         {"a.jpg", "two words.jpg", "o'clock.jpg", "back\\slash", "caf\xC3\xA9.jpg",
+          "\xE5\xAF\xAB\xE7\x9C\x9F.png", "\xF0\x9F\x93\xB7.jpg"})
         EXPECT_EQ(Shown(name), name);
     EXPECT_EQ(Shown(""), "''");
 }
@@ -29,10 +30,10 @@ TEST(ShownName, QuotesWhatATerminalOrALineWouldTakeForMore)
 
 TEST(ShownName, QuotesWhatIsNotUtf8)
 {
-    EXPECT_EQ(Shown("caf\xE9.jpg"), "$'caf\\351.jpg'");         // Latin-1
-    EXPECT_EQ(Shown("\xC3"), "$'\\303'");                       // cut short
-    EXPECT_EQ(Shown("\xC0\xAF"), "$'\\300\\257'");              // longer than need be
-    EXPECT_EQ(Shown("\xED\xA0\x80"), "$'\\355\\240\\200'");     // half of a pair
+    EXPECT_EQ(Shown("caf\xE9.jpg"), "$'caf\\351.jpg'");              // Latin-1
+    EXPECT_EQ(Shown("\xC3"), "$'\\303'");                            // cut short
+    EXPECT_EQ(Shown("\xC0\xAF"), "$'\\300\\257'");                   // longer than need be
+    EXPECT_EQ(Shown("\xED\xA0\x80"), "$'\\355\\240\\200'");          // half of a pair
     EXPECT_EQ(Shown("\xF5\x80\x80\x80"), "$'\\365\\200\\200\\200'"); // beyond the last character
 }
 

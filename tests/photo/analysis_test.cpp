@@ -279,6 +279,32 @@ TEST(Analysis, SaysWhatDoesNotFitAndWhichWish)
     ExpectSame(analysis.Suggest(avoided), analysis.Suggest(Request()));
 }
 
+// The same error as from Suggest, without an analysis.
+TEST(CheckRequest, RejectsWhatThePhotographCannotMeet)
+{
+    const Analysis analysis = AnalysisOfABlock();
+    std::vector<Request> bad(4);
+    bad[0].Top = 0;
+    bad[1].Size = PixelSize{801, 10};
+    bad[2].Size = PixelSize{10, 501};
+    bad[3].Wishes = {{WishKind::Keep, {0, 0, 10, 10}}, {WishKind::MustKeep, {800, 0, 10, 20}}};
+    for (const Request& request : bad) {
+        const PhotoError expected = ErrorOf(analysis, request);
+        try {
+            CheckRequest(request, {800, 500});
+            ADD_FAILURE() << "accepted: " << expected.what();
+        } catch (const PhotoError& error) {
+            EXPECT_EQ(error.GetKind(), expected.GetKind());
+            EXPECT_STREQ(error.what(), expected.what());
+        }
+    }
+
+    Request fits;
+    fits.Size = PixelSize{800, 500};
+    fits.Wishes = {{WishKind::MustAvoid, {800, 0, 10, 20}}, {WishKind::Keep, {790, 0, 100, 20}}};
+    CheckRequest(fits, {800, 500});
+}
+
 TEST(Analysis, ExplainsEveryShortfall)
 {
     const Analysis analysis = AnalysisOfABlock();

@@ -61,9 +61,9 @@ std::string DirectoryText(const std::vector<Entry>& entries)
 // A picture of 8 x 8 grey pixels, as TIFF, with more fields.
 std::string TinyTiff(const std::vector<Entry>& more, const std::string& behind = "")
 {
-    std::vector<Entry> entries = {{256, 3, 1, 8}, {257, 3, 1, 8}, {258, 3, 1, 8}, {259, 3, 1, 1},
-                                  {262, 3, 1, 1}, {273, 4, 1, 8}, {277, 3, 1, 1}, {278, 3, 1, 8},
-                                  {279, 4, 1, 64}};
+    std::vector<Entry> entries = {{256, 3, 1, 8}, {257, 3, 1, 8}, {258, 3, 1, 8},
+                                  {259, 3, 1, 1}, {262, 3, 1, 1}, {273, 4, 1, 8},
+                                  {277, 3, 1, 1}, {278, 3, 1, 8}, {279, 4, 1, 64}};
     entries.insert(entries.end(), more.begin(), more.end());
     return std::string("II*\0", 4) + LittleEndian(72, 4) + std::string(64, 'x') +
            DirectoryText(entries) + behind;
@@ -212,8 +212,7 @@ TEST(PlainError, KeepsTheReasonOfTheSystemAndNothingElse)
     const PhotoError wide =
         PlainError(Kind::NotWritable, "VipsJpeg: Maximum supported image dimension is 65500\n");
     EXPECT_STREQ(wide.what(), "the format does not hold a picture of this size");
-    const PhotoError blocked =
-        PlainError(Kind::Damaged, "svgload_source: operation is blocked\n");
+    const PhotoError blocked = PlainError(Kind::Damaged, "svgload_source: operation is blocked\n");
     EXPECT_STREQ(blocked.what(), "a picture of a kind that is not read");
     EXPECT_EQ(blocked.GetKind(), Kind::Unsupported);
     EXPECT_EQ(PlainError(Kind::Damaged, "vips: out of memory --- size == 9MB\n").GetKind(),

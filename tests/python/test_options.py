@@ -1,6 +1,7 @@
 """Wrong values are ValueErrors, wrong types TypeErrors; both name the option."""
 import numpy as np
 import pytest
+from PIL import Image
 
 import vistatrim
 
@@ -76,6 +77,17 @@ def test_what_this_photograph_cannot_meet_names_it(photo, photo_path):
         photo.suggest(size=(641, 100))
     with pytest.raises(ValueError, match=r"a\.jpg: .*must-keep 700,0,5,5"):
         photo.suggest(must_keep=(700, 0, 5, 5))
+
+
+def test_requests_that_do_not_fit_are_rejected_before_decoding(photo_path, tmp_path):
+    path = tmp_path / "half.png"
+    Image.open(photo_path).convert("RGB").save(path)
+    path.write_bytes(path.read_bytes()[:path.stat().st_size // 2])
+    damaged = vistatrim.Photo(path)
+    with pytest.raises(ValueError, match="outside"):
+        damaged.suggest(must_keep=(damaged.width, 0, 5, 5))
+    with pytest.raises(vistatrim.PhotoError):
+        damaged.suggest()
 
 
 def test_numbers_of_numpy_are_numbers(photo):

@@ -47,6 +47,11 @@ struct Request {
     bool Explain = false;                     // fill Suggestions::Explained and Crop::Explained
 };
 
+// Throws the PhotoError that Analysis::Suggest throws for a request that is invalid
+// (InvalidRequest) or that a photograph of this size cannot meet (DoesNotFit). It reads no pixels:
+// a caller can check a request before it pays for an analysis.
+void CheckRequest(const Request& request, PixelSize photo);
+
 } // namespace vistaTrim::photo
 
 #endif

@@ -140,6 +140,7 @@ def _line(content: Content, requests: List[_options.Asked], regions: _vistatrim.
                 source = _vistatrim.Photograph.from_file(os.fsencode(content), job.background)
             else:
                 source = _vistatrim.Photograph.from_bytes(content, job.background)
+            _options.check(source, requests)
             return _options.suggest(_vistatrim.Analysis(source, regions), requests)
         except _vistatrim.Failure as failure:
             kind, _, reason = failure.args
