@@ -7,6 +7,8 @@
 #include "fuzz_support.h"
 #include "options/options.h"
 #include "options/text_values.h"
+#include "vistaTrimPhoto/colour.h"
+#include "vistaTrimPhoto/geometry.h"
 
 using namespace fuzzing;
 using namespace vistaTrim;

@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
 # Runs clang-tidy (.clang-tidy) and cppcheck (scripts/cppcheck_suppressions.txt) over the engine,
-# the photograph library, the program, the tools, the benchmarks and the fuzzers, in parallel on all processors. Prints the
-# findings and fails if there are any.
+# the photograph library, the program, the bindings, the tools, the benchmarks and the fuzzers, in
+# parallel on all processors. Prints the findings and fails if there are any.
 #
 # usage: scripts/static_checks.sh [FILE.cpp...]
 #   FILE.cpp  check only these; default: all files tracked by git
@@ -13,7 +13,7 @@ cd "$(dirname "$0")/.."
 
 scripts/install_dependencies.sh build test check
 
-folders=(src include photo cli tools benchmarks fuzzers)
+folders=(src include photo cli python tools benchmarks fuzzers)
 sources=("$@")
 places=("$@")
 if [ ${#sources[@]} -eq 0 ]; then

@@ -6,7 +6,7 @@
 #include <nlohmann/json.hpp>
 
 #include "batch/program_error.h"
-#include "options/shape.h"
+#include "vistaTrimPhoto/shape.h"
 
 namespace vistaTrim::cli {
 
@@ -123,7 +123,7 @@ CropLabel LabelOf(const json& crop, const photo::Crop& made, size_t index, const
     CropLabel label;
     label.Shape = Word(crop, "shape", place);
     CheckShapeName(label.Shape, place);
-    label.Ratio = FileSafeRatio(made.Aspect.Text());
+    label.Ratio = photo::FileSafeRatio(made.Aspect.Text());
     label.Rank =
         crop.contains("rank") ? Whole(crop, "rank", 1, place) : static_cast<int32_t>(index) + 1;
     if (!crop.contains("fill"))

@@ -64,8 +64,9 @@ void CheckThatItFits(const SheetLayout& layout, size_t photos, const std::string
 std::vector<std::string> Heads(const Options& options)
 {
     std::vector<std::string> heads = {"Photograph"};
-    const std::vector<Shape> shapes = options.EachShape ? options.Shapes : std::vector<Shape>(1);
-    for (const Shape& shape : shapes)
+    const std::vector<photo::Shape> shapes =
+        options.EachShape ? options.Shapes : std::vector<photo::Shape>(1);
+    for (const photo::Shape& shape : shapes)
         for (int32_t rank = 1; rank <= options.Request.Top; ++rank) {
             const std::string number = std::to_string(rank);
             if (!options.EachShape)

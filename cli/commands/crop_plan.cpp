@@ -109,7 +109,7 @@ std::vector<CropLabel> ExpectedLabels(const Options& options, int32_t most)
             labels.push_back({"", ratio, rank, {}});
         return labels;
     }
-    for (const Shape& shape : options.Shapes)
+    for (const photo::Shape& shape : options.Shapes)
         for (int32_t rank = 1; rank <= ranks; ++rank)
             labels.push_back({shape.Name, shape.RatioText, rank, shape.Fill});
     return labels;

@@ -5,6 +5,8 @@
 #include "options/name_template.h"
 #include "options/read_option.h"
 #include "options/text_values.h"
+#include "vistaTrimPhoto/geometry.h"
+#include "vistaTrimPhoto/shape.h"
 
 namespace vistaTrim::cli {
 
@@ -36,9 +38,9 @@ void AddSizes(CLI::App& command, Options& values)
             command, "--fill", "WxH",
             "The best crop of this ratio, scaled to exactly this size; may be repeated",
             [&values](const std::string& text) {
-                const auto read = ParseSize(text);
+                const auto read = photo::ParseSize(text);
                 if (read)
-                    values.Shapes.push_back(ShapeOfSize(*read));
+                    values.Shapes.push_back(photo::ShapeOfSize(*read));
                 values.EachShape = true;
                 return read.has_value();
             },

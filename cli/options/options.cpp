@@ -12,6 +12,8 @@
 #include "options/read_option.h"
 #include "options/shape_options.h"
 #include "options/text_values.h"
+#include "vistaTrimPhoto/colour.h"
+#include "vistaTrimPhoto/geometry.h"
 #include "vistaTrimPhoto/photo_error.h"
 #include "vistaTrimPhoto/readable_formats.h"
 
@@ -44,7 +46,7 @@ void AddInput(CLI::App& app, Options& values)
         app, "--background", "#rrggbb, #rgb or the name of a colour",
         "What shows through transparent places (white)",
         [&values](const std::string& text) {
-            const auto colour = ParseColour(text);
+            const auto colour = photo::ParseColour(text);
             values.Reading.Background = colour.value_or(values.Reading.Background);
             return colour.has_value();
         },
@@ -72,7 +74,7 @@ void AddWish(CLI::App& app, Request& request, WishKind kind, const std::string& 
     AddRead(
         app, std::string("--") + NameOf(kind), "X,Y,W,H", description,
         [&request, kind](const std::string& text) {
-            const auto rect = ParseRect(text);
+            const auto rect = photo::ParseRect(text);
             if (rect)
                 request.Wishes.push_back({kind, *rect});
             return rect.has_value();
@@ -220,7 +222,7 @@ void AddCrop(CLI::App& app, Options& values)
     AddRead(
         app, "--resize", "WxH", "Scale each crop to fit this size, up or down",
         [&values](const std::string& text) {
-            values.CropFiles.ResizeTo = ParseSize(text);
+            values.CropFiles.ResizeTo = photo::ParseSize(text);
             return values.CropFiles.ResizeTo.has_value();
         },
         false)
@@ -318,7 +320,7 @@ void AddContactSheet(CLI::App& app, Options& values)
     AddRead(
         app, "--cell", "WxH, 16x16 to 2000x2000", "The room of each picture on the sheet (360x240)",
         [&values](const std::string& text) {
-            const auto size = ParseSize(text);
+            const auto size = photo::ParseSize(text);
             values.SheetCell = size.value_or(values.SheetCell);
             const auto fits = [](int32_t side) { return side >= 16 && side <= 2000; };
             return size && fits(size->Width) && fits(size->Height);

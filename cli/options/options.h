@@ -6,13 +6,13 @@
 #include <string>
 #include <vector>
 
-#include "options/shape.h"
 #include "vistaTrimPhoto/crop_writer.h"
 #include "vistaTrimPhoto/found_region.h"
 #include "vistaTrimPhoto/image_format.h"
 #include "vistaTrimPhoto/photograph.h"
 #include "vistaTrimPhoto/regions_file.h"
 #include "vistaTrimPhoto/request.h"
+#include "vistaTrimPhoto/shape.h"
 
 namespace vistaTrim::cli {
 
@@ -45,13 +45,13 @@ struct Options {
     bool Recursive = false;
     bool NullSeparated = false;
     photo::Request Request;
-    std::vector<Shape> Shapes;      // asked for by name or ratio
-    bool EachShape = false;         // the best crops of each of them, not of all together
-    photo::RegionOptions RegionUse; // but for what the file below names
-    std::string RegionsPath;        // empty: none
-    photo::RegionsFile Regions;     // what the file at RegionsPath names
-    std::string RankingFile;        // read into Request.Model
-    bool WeightsGiven = false;      // then the engine ranks
+    std::vector<photo::Shape> Shapes; // asked for by name or ratio
+    bool EachShape = false;           // the best crops of each of them, not of all together
+    photo::RegionOptions RegionUse;   // but for what the file below names
+    std::string RegionsPath;          // empty: none
+    photo::RegionsFile Regions;       // what the file at RegionsPath names
+    std::string RankingFile;          // read into Request.Model
+    bool WeightsGiven = false;        // then the engine ranks
     photo::ReadOptions Reading;
     ListFormat Format = ListFormat::Text;
     std::string Output; // file or folder; empty: standard output

@@ -3,13 +3,18 @@
 #include <algorithm>
 #include <memory>
 
-#include "options/presets.h"
 #include "options/read_option.h"
 #include "options/text_values.h"
+#include "vistaTrimPhoto/geometry.h"
+#include "vistaTrimPhoto/presets.h"
+#include "vistaTrimPhoto/shape.h"
 
 namespace vistaTrim::cli {
 
 namespace {
+
+using photo::Presets;
+using photo::Shape;
 
 constexpr const char* kGroup = "Shape of the crops";
 
@@ -73,7 +78,7 @@ void AddShapes(CLI::App& command, Options& values)
                 if (shape)
                     shape->Fill.reset();
                 else
-                    shape = ShapeOfRatio(text);
+                    shape = photo::ShapeOfRatio(text);
                 if (shape)
                     AddOnce(values.Shapes, *shape);
                 return shape.has_value();
@@ -118,7 +123,7 @@ void AddShapes(CLI::App& command, Options& values)
     AddRead(
         command, "--size", "WxH", "Crops of exactly this size, in pixels of the photograph",
         [&request](const std::string& text) {
-            request.Size = ParseSize(text);
+            request.Size = photo::ParseSize(text);
             return request.Size.has_value();
         },
         false)

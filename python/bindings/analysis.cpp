@@ -8,9 +8,12 @@
 #include <utility>
 #include <vector>
 
+#include <pybind11/stl.h>
+
 #include "photograph.h"
 #include "pixel_arrays.h"
 #include "vistaTrimPhoto/analysis.h"
+#include "vistaTrimPhoto/shape.h"
 
 namespace vistaTrim::python {
 
@@ -103,11 +106,17 @@ std::unique_ptr<Analysis> Analyse(const BoundPhotograph& photograph, photo::Regi
     return std::make_unique<Analysis>(photograph.Photo, regions);
 }
 
-py::dict Suggest(const Analysis& self, photo::Request request)
+// `fill`, if given, is the size to which the crops will be scaled; the request has one ratio.
+py::dict Suggest(const Analysis& self, photo::Request request,
+                 const std::optional<std::pair<int32_t, int32_t>>& fill)
 {
     photo::Suggestions suggestions;
     {
         const py::gil_scoped_release unlocked;
+        if (fill) {
+            const photo::Shape shape = photo::ShapeOfSize({fill->first, fill->second});
+            request = photo::RequestFor(shape, std::move(request), self.Picture().Photo);
+        }
         suggestions = self.Suggest(request);
     }
     py::list crops;
@@ -147,7 +156,7 @@ void BindAnalysis(py::module_& module)
 {
     py::class_<Analysis>(module, "Analysis")
         .def(py::init(&Analyse))
-        .def("suggest", &Suggest)
+        .def("suggest", &Suggest, py::arg("request"), py::arg("fill") = py::none())
         .def("maps", &Maps);
 }
 

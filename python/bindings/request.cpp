@@ -2,6 +2,7 @@
 #include "bindings.h"
 
 #include <map>
+#include <optional>
 #include <stdexcept>
 #include <string>
 #include <tuple>
@@ -10,7 +11,9 @@
 
 #include <pybind11/stl.h>
 
+#include "vistaTrimPhoto/colour.h"
 #include "vistaTrimPhoto/measures.h"
+#include "vistaTrimPhoto/presets.h"
 #include "vistaTrimPhoto/ranking_model.h"
 #include "vistaTrimPhoto/ratio.h"
 #include "vistaTrimPhoto/request.h"
@@ -106,6 +109,39 @@ Pair RatioOfValue(double value)
     return {ratio.Width, ratio.Height};
 }
 
+// A table of shapes with a name; to Python a shape is (name, ratio in file names, width and height
+// of the ratio, size or None).
+using ShapeTuple = std::tuple<std::string, std::string, int64_t, int64_t,
+                              std::optional<std::pair<int32_t, int32_t>>>;
+
+std::optional<ShapeTuple> FindPreset(const photo::Presets& presets, const std::string& name)
+{
+    const std::optional<photo::Shape> shape = presets.Find(name);
+    if (!shape)
+        return std::nullopt;
+    std::optional<std::pair<int32_t, int32_t>> fill;
+    if (shape->Fill)
+        fill = {shape->Fill->Width, shape->Fill->Height};
+    return ShapeTuple{shape->Name, shape->RatioText, shape->Aspect.Width, shape->Aspect.Height,
+                      fill};
+}
+
+std::vector<std::string> PresetNames(const photo::Presets& presets)
+{
+    std::vector<std::string> names;
+    for (const photo::Shape& shape : presets.All())
+        names.push_back(shape.Name);
+    return names;
+}
+
+std::optional<std::vector<double>> ParseColour(const std::string& text)
+{
+    const auto colour = photo::ParseColour(text);
+    if (!colour)
+        return std::nullopt;
+    return std::vector<double>(colour->begin(), colour->end());
+}
+
 py::list MeasureNames(size_t count)
 {
     py::list names;
@@ -133,6 +169,12 @@ void BindRequest(py::module_& module)
         .def_property("weights", unread, &SetWeights)
         .def_property("rank_by", unread, &SetRankBy)
         .def_property("ranking", unread, &SetRanking);
+    py::class_<photo::Presets>(module, "Presets")
+        .def(py::init<>())
+        .def("add_file", &photo::Presets::AddFile)
+        .def("find", &FindPreset)
+        .def("names", &PresetNames);
+    module.def("parse_colour", &ParseColour);
     module.def("parse_ratio", &ParseRatio);
     module.def("ratio_of_value", &RatioOfValue);
     module.attr("WEIGHED") = MeasureNames(photo::kNumWeighed);

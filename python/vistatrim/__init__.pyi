@@ -6,13 +6,14 @@ import numpy as np
 from ._plot import plot as plot
 
 __version__: str
-__all__ = ["Crop", "Crops", "Photo", "PhotoError", "__version__", "plot", "suggest"]
+__all__ = ["Crop", "Crops", "Photo", "PhotoError", "__version__", "plot", "presets", "suggest"]
 
-# A ratio: '4:5', (4, 5) or 0.8.
+# A ratio: '4:5', (4, 5), 0.8 or the name of a preset.
 _Ratio = Union[str, float, Tuple[int, int]]
 # A rectangle: (x, y, width, height) in pixels of the photograph.
 _Rect = Sequence[int]
 _Size = Tuple[int, int]
+_Path = Union[str, os.PathLike[str]]
 _Colour = Union[str, Tuple[int, int, int]]
 _Weights = Union[Sequence[float], Mapping[str, float]]
 # A file of JSON lines, or what one line of it lists.
@@ -36,6 +37,10 @@ class Crop:
     def height(self) -> int: ...
     @property
     def aspect(self) -> str: ...
+    @property
+    def shape(self) -> Optional[str]: ...
+    @property
+    def fill(self) -> Optional[Tuple[int, int]]: ...
     @property
     def covers_content(self) -> bool: ...
     @property
@@ -68,7 +73,9 @@ class Photo:
     def suggest(
         self, *,
         top: Optional[int] = ...,
+        presets: Union[None, _Path, Sequence[_Path]] = ...,
         aspect: Union[None, _Ratio, Sequence[_Ratio]] = ...,
+        preset: Union[None, str, Sequence[str]] = ...,
         scale: Union[None, float, Sequence[float]] = ...,
         each_ratio: Optional[bool] = ...,
         largest: Optional[bool] = ...,
@@ -101,7 +108,9 @@ def suggest(
     source: object, *,
     background: _Colour = ...,
     top: Optional[int] = ...,
+    presets: Union[None, _Path, Sequence[_Path]] = ...,
     aspect: Union[None, _Ratio, Sequence[_Ratio]] = ...,
+    preset: Union[None, str, Sequence[str]] = ...,
     scale: Union[None, float, Sequence[float]] = ...,
     each_ratio: Optional[bool] = ...,
     largest: Optional[bool] = ...,
@@ -119,3 +128,6 @@ def suggest(
     ignore_metadata_regions: Optional[bool] = ...,
     explain: Optional[bool] = ...,
 ) -> Crops: ...
+def presets(
+    files: Union[_Path, Sequence[_Path]] = ...,
+) -> Dict[str, Tuple[str, Optional[_Size]]]: ...

@@ -25,6 +25,8 @@ class Crop:
     covers_content: bool
     scores: Mapping[str, float] = field(hash=False)
     expected_overlap: Optional[float] = None
+    shape: Optional[str] = None  # "16x9" or "story", where each ratio or preset has its own crop
+    fill: Optional[Tuple[int, int]] = None  # the size of the preset that the crop is for
     explanation: Optional[Mapping[str, Any]] = field(default=None, hash=False, repr=False)
     _origin: Optional[Origin] = field(default=None, compare=False, repr=False)
 
@@ -49,8 +51,10 @@ class Crop:
 
 def crop_of(found: Mapping[str, Any], origin: Origin) -> Crop:
     """The crop that one object of the program's JSON describes."""
+    fill = found.get("fill")
     return Crop(found["x"], found["y"], found["width"], found["height"], found["aspect"],
                 found["coversContent"], found["scores"], found.get("expectedOverlap"),
+                found.get("shape"), (fill["width"], fill["height"]) if fill else None,
                 found.get("explain"), origin)
 
 

@@ -14,7 +14,7 @@ from ._errors import wrong_type, wrong_value
 
 # An option's value after it was checked: plain objects that JSON can hold.
 Plain = Union[None, bool, int, float, str, List[Any]]
-Check = Callable[[str, object], Plain]
+Check = Callable[..., Plain]  # of a name and a value; of_presets: and of the table
 FromText = Callable[[str], object]
 
 _LARGEST_PIXEL = 100_000_000  # sums of two still fit 32 bits
@@ -71,12 +71,15 @@ def one_of(*names: str) -> Check:
     return check
 
 
-def _ratio(name: str, value: object) -> List[Any]:
+def _ratio(name: str, value: object, table: _vistatrim.Presets) -> List[Any]:
     """Width and height in smallest terms; then the name for each_ratio, if it was written with
-    other ones: '21:9' is [7, 3, '21x9']."""
-    form = "a ratio such as '4:5', (4, 5) or 0.8"
+    other ones: '21:9' is [7, 3, '21x9'], 'square' is [1, 1, 'square']."""
+    form = "a ratio such as '4:5', (4, 5) or 0.8, or the name of a preset"
     found: Optional[Tuple[int, int]]
     if isinstance(value, str):
+        preset = table.find(value)
+        if preset is not None:
+            return [preset[2], preset[3], preset[0]]
         found = _vistatrim.parse_ratio(value)
         if found is None:
             raise wrong_value(name, form, value)
@@ -98,14 +101,55 @@ def _shape_of(ratio: Sequence[Any]) -> str:
     return str(ratio[2]) if len(ratio) > 2 else f"{ratio[0]}x{ratio[1]}"
 
 
-def ratios(name: str, value: object) -> Plain:
+def ratios(name: str, value: object, table: _vistatrim.Presets) -> Plain:
     """One ratio, or a list of them. A tuple of two numbers is one ratio."""
     if isinstance(value, (str, numbers.Real)):
-        return [_ratio(name, value)]
+        return [_ratio(name, value, table)]
     if isinstance(value, tuple) and len(value) == 2:
         if all(isinstance(side, numbers.Integral) for side in value):
-            return [_ratio(name, value)]
-    return [_ratio(name, item) for item in _items(name, "a ratio or a list of ratios", value)]
+            return [_ratio(name, value, table)]
+    return [_ratio(name, item, table)
+            for item in _items(name, "a ratio or a list of ratios", value)]
+
+
+def preset_files(name: str, value: object, table: _vistatrim.Presets) -> Plain:
+    """Adds the rows of one file, or of a list of them, to the table."""
+    one = isinstance(value, (str, os.PathLike))
+    for file in [value] if one else _items(name, "a file or a list of files", value):
+        try:
+            table.add_file(os.fsencode(str(file_name(name, file))))
+        except _vistatrim.Failure as failure:
+            raise ValueError(f"{name}: {failure.args[1]}") from None
+    return None  # the shapes that are asked for are kept, not where they come from
+
+
+def known_presets(files: object = ()) -> Dict[str, Tuple[str, Optional[Tuple[int, int]]]]:
+    """The shapes with a name: each one's ratio, ``'16:9'``, and its size (width, height) or None.
+    ``files``, one or a list, add to the built-in table. Raises ValueError for a file that cannot be
+    read or understood."""
+    table = _vistatrim.Presets()
+    preset_files("files", files, table)
+    found = {}
+    for name in table.names():
+        shape = table.find(name)
+        assert shape is not None
+        found[name] = (shape[1].replace("x", ":"), shape[4])
+    return found
+
+
+def presets(name: str, value: object, table: _vistatrim.Presets) -> Plain:
+    """Of each name: width and height of the ratio, the name, the size or None."""
+    form = "the name of a preset; there are " + ", ".join(table.names())
+    shapes = []
+    for item in [value] if isinstance(value, str) else _items(name, form, value):
+        if not isinstance(item, str):
+            raise wrong_type(name, form, item)
+        found = table.find(item)
+        if found is None:
+            raise wrong_value(name, form, item)
+        fill = list(found[4]) if found[4] is not None else None
+        shapes.append([found[2], found[3], found[0], fill])
+    return list(shapes)
 
 
 def scales(name: str, value: object) -> Plain:
@@ -240,6 +284,7 @@ class Option:
     short: str = ""
     field: str = ""  # of the request; empty: as the name
     of_analysis: bool = False  # asked when the photograph is analysed, not of each request
+    of_presets: bool = False  # may be a name in the table of presets, or adds to it
 
     @property
     def flag(self) -> str:
@@ -250,7 +295,12 @@ _REGION = "pixels of the photograph as displayed"
 
 OPTIONS: Tuple[Option, ...] = (
     Option("top", integer(1, 10000), "N", "crops for each photograph (5)", int, short="-n"),
-    Option("aspect", ratios, "W:H", "a ratio to try (six ratios)", repeats=True),
+    Option("presets", preset_files, "FILE", "more presets, from a table like presets.tsv",
+           repeats=True, of_presets=True),
+    Option("aspect", ratios, "W:H", "a ratio to try, or the name of a preset (six ratios)",
+           repeats=True, of_presets=True),
+    Option("preset", presets, "NAME", "the best crop of a shape with a name", repeats=True,
+           of_presets=True),
     Option("scale", scales, "S", "crop side over photograph side (0.5, 0.55 to 1)", _numbers, True,
            field="scales"),
     Option("each_ratio", truth, "", "the best crop of each ratio instead of the best of all of them"),
@@ -290,10 +340,16 @@ def checked(options: Mapping[str, object]) -> Dict[str, Plain]:
         if name not in NAMES:
             raise TypeError(f"suggest() got an unexpected option '{name}'; there are "
                             + ", ".join(NAMES))
-    found = {option.name: option.check(option.name, options[option.name])
-             for option in OPTIONS if options.get(option.name) is not None}
+    table = _vistatrim.Presets()
+    found = {}
+    for option in OPTIONS:
+        value = options.get(option.name)
+        if value is not None:
+            more = (table,) if option.of_presets else ()
+            found[option.name] = option.check(option.name, value, *more)
+    found.pop("presets", None)
     if "size" in found:
-        for other in ("aspect", "scale", "largest"):
+        for other in ("aspect", "preset", "scale", "largest"):
             if found.get(other):
                 raise ValueError(f"size cannot be given with {other}")
     if found.get("largest") and "scale" in found:
@@ -308,18 +364,23 @@ def checked(options: Mapping[str, object]) -> Dict[str, Plain]:
     return found
 
 
-# A request, and the name of the ratio that it is for if each ratio has one of its own.
-Asked = Tuple[Optional[str], _vistatrim.Request]
+# A request; if each shape has one of its own, the shape's name and the size that it fills.
+Asked = Tuple[Optional[str], Optional[Tuple[int, int]], _vistatrim.Request]
 
 
 def requests_of(values: Mapping[str, Plain]) -> List[Asked]:
-    """What checked options ask of the library: one request, or one for each ratio."""
-    aspects = values.get("aspect")
-    if not values.get("each_ratio") or not isinstance(aspects, list):
-        return [(None, _request_of(values))]
-    shapes = {_shape_of(aspect): aspect for aspect in reversed(aspects)}
-    return [(shape, _request_of({"top": 1, **values, "aspect": [shapes[shape]]}))
-            for shape in dict.fromkeys(map(_shape_of, aspects))]
+    """What checked options ask of the library: one request, or one for each shape."""
+    aspects, named = values.get("aspect") or [], values.get("preset") or []
+    assert isinstance(aspects, list) and isinstance(named, list)
+    if not values.get("each_ratio") and not named:
+        return [(None, None, _request_of(values))]
+    shapes: Dict[str, Tuple[List[Any], Optional[Tuple[int, int]]]] = {}
+    for aspect in aspects:
+        shapes.setdefault(_shape_of(aspect), (aspect[:2], None))
+    for width, height, name, fill in named:
+        shapes.setdefault(name, ([width, height], (fill[0], fill[1]) if fill else None))
+    return [(name, fill, _request_of({"top": 1, **values, "aspect": [ratio]}))
+            for name, (ratio, fill) in shapes.items()]
 
 
 def check(photograph: _vistatrim.Photograph, requests: Iterable[Asked]) -> None:
@@ -332,10 +393,10 @@ def suggest(analysis: _vistatrim.Analysis, requests: Iterable[Asked]) -> Dict[st
     """The objects of the program's JSON, without the name of the file. The crops and explanations
     of several requests add up."""
     total: Dict[str, Any] = {}
-    for shape, request in requests:
-        found = analysis.suggest(request)
+    for shape, fill, request in requests:
+        found = analysis.suggest(request, fill)
         if shape is not None:
-            found["crops"] = [_with_shape(crop, shape, rank)
+            found["crops"] = [_with_shape(crop, shape, rank, fill)
                               for rank, crop in enumerate(found["crops"], 1)]
         if not total:
             total = found
@@ -346,13 +407,16 @@ def suggest(analysis: _vistatrim.Analysis, requests: Iterable[Asked]) -> Dict[st
     return total
 
 
-def _with_shape(crop: Mapping[str, Any], shape: str, rank: int) -> Dict[str, Any]:
+def _with_shape(crop: Mapping[str, Any], shape: str, rank: int,
+                fill: Optional[Tuple[int, int]]) -> Dict[str, Any]:
     """In the order of the program, which puts them behind the ratio."""
     made: Dict[str, Any] = {}
     for name, value in crop.items():
         made[name] = value
         if name == "aspect":
             made.update(shape=shape, rank=rank)
+            if fill is not None:
+                made["fill"] = {"width": fill[0], "height": fill[1]}
     return made
 
 
@@ -376,7 +440,7 @@ def _request_of(values: Mapping[str, Plain]) -> _vistatrim.Request:
     wishes: List[Tuple[str, int, int, int, int]] = []
     for option in OPTIONS:
         value = values.get(option.name)
-        if value is None or option.of_analysis or option.name == "each_ratio":
+        if value is None or option.of_analysis or option.name in ("each_ratio", "preset"):
             continue
         if option.name == "largest":
             if value:
@@ -424,14 +488,13 @@ def region_options(use: Use) -> _vistatrim.RegionOptions:
 
 
 def background_colour(value: object) -> List[float]:
-    """'#rrggbb', 'white', 'black' or (red, green, blue), 0 to 255 each."""
-    name, form = "background", "'#rrggbb', 'white', 'black' or (red, green, blue)"
+    """'#rrggbb', '#rgb', a name of style sheets or (red, green, blue), 0 to 255 each."""
+    name, form = "background", "'#rrggbb', '#rgb', a colour's name or (red, green, blue)"
     if isinstance(value, str):
-        text = {"white": "#ffffff", "black": "#000000"}.get(value, value)
-        digits = "0123456789abcdefABCDEF"
-        if len(text) != 7 or text[0] != "#" or any(digit not in digits for digit in text[1:]):
+        colour = _vistatrim.parse_colour(value)
+        if colour is None:
             raise wrong_value(name, form, value)
-        return [float(int(text[at:at + 2], 16)) for at in (1, 3, 5)]
+        return list(colour)
     channels = _items(name, form, value)
     if len(channels) != 3:
         raise wrong_value(name, form, value)

@@ -45,7 +45,7 @@ for command in suggest crop report maps contact-sheet; do
     fi
 done
 offers coverage vistatrim suggest --rank-by "" || complain "no values for --rank-by"
-for preset in $(grep -v '^#' "$source_folder/cli/options/presets.tsv" | cut -f 1); do
+for preset in $(grep -v '^#' "$source_folder/photo/values/presets.tsv" | cut -f 1); do
     offers "$preset" vistatrim crop --preset "" || complain "no $preset for --preset"
 done
 offers webp vistatrim crop --format "" || complain "no values for --format"

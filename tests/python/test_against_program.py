@@ -25,6 +25,11 @@ REQUESTS = [
      dict(aspect=["16:9", "1:1"], each_ratio=True, top=2)),
     (["--aspect", "21:9", "--aspect", "1.5", "--aspect", "64:36", "--each-ratio"],
      dict(aspect=["21:9", "1.5", "64:36"], each_ratio=True)),
+    (["--aspect", "cinema", "--aspect", "1:1", "--each-ratio"],
+     dict(aspect=["cinema", "1:1"], each_ratio=True)),
+    (["--preset", "story", "--preset", "og-image", "--aspect", "3:2", "--top", "2", "--explain"],
+     dict(preset=["story", "og-image"], aspect="3:2", top=2, explain=True)),
+    (["--preset", "thumbnail", "--scale", "0.2,0.5"], dict(preset="thumbnail", scale=[0.2, 0.5])),
     (["--size", "60x60", "--top", "2"], dict(size=(60, 60), top=2)),
     (["--density", "12", "--rank-by", "coverage"], dict(density=12, rank_by="coverage")),
     *((["--rank-by", name], dict(rank_by=name))
@@ -44,11 +49,10 @@ def line_of(photo, **options):
 
 
 def test_the_table_has_every_option_of_the_program():
-    """But for those that say where photographs are listed, what is written, and how it runs; and
-    for the named shapes, which stand in a table of the program."""
+    """Except those that say where photographs are listed, what is written, and how it runs."""
     flags = set(re.findall(r"--[a-z][a-z-]*", program("suggest", "--help").stdout.decode()))
     others = {"--help", "--recursive", "--null", "--files-from", "--background", "--json", "--csv", "--output",
-              "--force", "--resume", "--preset", "--presets", "--jobs", "--quiet", "--timings"}
+              "--force", "--resume", "--jobs", "--quiet", "--timings"}
     assert others < flags
     assert {option.flag for option in _options.OPTIONS} == flags - others
 
@@ -57,7 +61,19 @@ def test_requests_cover_every_option():
     of_analysis = {option.name for option in _options.OPTIONS if option.of_analysis}
     assert of_analysis == {"faces", "regions", "ignore_metadata_regions"}  # in tests of their own
     assert {name for _, options in REQUESTS for name in options} | of_analysis | {
-        "ranking"} == set(_options.NAMES)
+        "ranking", "presets"} == set(_options.NAMES)
+
+
+def test_a_table_of_presets_adds_what_it_adds_to_the_program(formats, tmp_path):
+    table = tmp_path / "mine.tsv"
+    table.write_text("poster\t2:3\nsquare\t-\t64x64\n")
+    path = formats / "baseline.jpg"
+    [line] = suggested("--presets", table, "--preset", "poster", "--preset", "square", path)
+    del line["file"]
+    photo = vistatrim.Photo(path)
+    assert line_of(photo, presets=table, preset=["poster", "square"]) == line
+    assert [crop.shape for crop in photo.suggest(presets=[table], preset=["poster", "square"])] == [
+        "poster", "square"]
 
 
 @pytest.mark.parametrize("arguments, options", REQUESTS, ids=lambda value: str(value)[:40])

@@ -488,18 +488,43 @@ def test_the_command_line_has_every_option_of_the_table(capsys):
         assert option.flag in page
 
 
+def test_lists_are_read_from_files(monkeypatch, tmp_path, capsys):
+    called = {}
+    monkeypatch.setattr("vistatrim.archive.__main__.suggest",
+                        lambda names, **options: called.update(names=list(names)))
+    windows, nulls, empty = (tmp_path / name for name in ("windows.txt", "nulls.txt", "empty.txt"))
+    windows.write_bytes("\ufeffa.jpg\r\nb c.jpg\r\n\r\n".encode())
+    nulls.write_bytes(b"d\ne.jpg\0f.jpg\0")
+    empty.write_bytes(b"\n")
+    common = ["--output", str(tmp_path / "out"), "-q"]
+    assert main(["first.jpg", "--files-from", str(windows), *common]) == 0
+    assert called["names"] == ["first.jpg", "a.jpg", "b c.jpg"]
+    assert main(["--files-from", str(nulls), "--null", *common]) == 0
+    assert called["names"] == ["d\ne.jpg", "f.jpg"]
+    for wrong in (empty, tmp_path / "none.txt"):
+        assert main(["--files-from", str(wrong), *common]) == 1
+        assert str(wrong) in capsys.readouterr().err
+    with pytest.raises(SystemExit) as ended:
+        main(common)
+    assert ended.value.code == 2
+
+
 def test_options_of_the_command_line_reach_the_run(monkeypatch, tmp_path):
     called = {}
     monkeypatch.setattr("vistatrim.archive.__main__.suggest",
                         lambda names, **options: called.update(options, names=list(names)))
+    table = tmp_path / "mine.tsv"
+    table.write_text("poster\t2:3\n")
     arguments = ["a.jpg", "b.jpg", "--output", "out", "-n", "3", "--aspect", "4:5", "--aspect", "1.5",
                  "--scale", "0.5,0.75", "--scale", "1", "--keep", "1,2,3,4", "--keep", "5,6,7,8",
                  "--weights", "1,2,3", "--explain", "--density", "9", "--rank-by", "engine",
+                 "--preset", "square", "--preset", "poster", "--presets", str(table),
                  "--background", "black", "-r", "-j", "3", "--tries", "4", "-q"]
     assert main(arguments) == 0
     assert called["names"] == ["a.jpg", "b.jpg"] and called["output"] == "out"
     expected = dict(top=3, aspect=["4:5", "1.5"], scale=[0.5, 0.75, 1.0],
                     keep=[(1, 2, 3, 4), (5, 6, 7, 8)], weights=[1, 2, 3], explain=True, density=9,
-                    rank_by="engine", background="black", recursive=True, workers=3, tries=4,
+                    rank_by="engine", preset=["square", "poster"], presets=[str(table)],
+                    background="black", recursive=True, workers=3, tries=4,
                     progress=None, client=None)
     assert {name: called[name] for name in expected} == expected

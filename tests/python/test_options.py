@@ -118,3 +118,45 @@ def test_wrong_backgrounds_are_refused(background, photo_path):
 def test_backgrounds_of_wrong_types_are_refused(background, photo_path):
     with pytest.raises(TypeError, match="background"):
         vistatrim.Photo(photo_path, background=background)
+
+
+@pytest.mark.parametrize("background, same", [("#fa0", "#ffaa00"), ("Tomato", (255, 99, 71)),
+                                              ("black", "#000")])
+def test_backgrounds_have_short_forms_and_names(background, same):
+    clear = np.zeros((40, 60, 4), np.uint8)
+    shown = vistatrim.Photo(clear, background=background).preview(60)
+    assert np.array_equal(shown, vistatrim.Photo(clear, background=same).preview(60))
+    other = vistatrim.Photo(clear, background="white").preview(60)
+    assert not np.array_equal(shown, other)
+
+
+def test_presets_are_listed_and_tables_add_to_them(tmp_path):
+    known = vistatrim.presets()
+    assert known["square"] == ("1:1", None)
+    assert known["og-image"] == ("40:21", (1200, 630))
+    table = tmp_path / "mine.tsv"
+    table.write_text("poster\t2:3\t-\tthe wall\n")
+    assert vistatrim.presets(table) == {**known, "poster": ("2:3", None)}
+    assert vistatrim.presets() == known
+
+
+def test_wrong_presets_are_named(photo, tmp_path):
+    table = tmp_path / "bad.tsv"
+    table.write_text("poster\ttwo to three\n")
+    for options, fault in ((dict(preset="postre"), "preset.*square.*postre"),
+                           (dict(presets=table), r"presets: .*bad\.tsv:1: 'two to three' is not"),
+                           (dict(presets=tmp_path / "none.tsv"), "presets: cannot read .*none.tsv"),
+                           (dict(preset="square", size=(10, 10)), "size cannot be given with preset"),
+                           (dict(preset=""), "preset")):
+        with pytest.raises(ValueError, match=fault):
+            photo.suggest(**options)
+    for options in (dict(preset=5), dict(preset=[5]), dict(presets=5)):
+        with pytest.raises(TypeError, match=next(iter(options))):
+            photo.suggest(**options)
+
+
+def test_a_preset_with_a_size_tries_no_crop_that_would_be_scaled_up(photo):
+    width, height = photo.size
+    [small] = photo.suggest(preset="avatar")
+    assert (small.shape, small.fill) == ("avatar", (400, 400))
+    assert small.width >= min(400, width, height)

@@ -3,6 +3,8 @@
 #define VISTATRIM_PHOTO_GEOMETRY_H
 
 #include <cstdint>
+#include <optional>
+#include <string>
 
 namespace vistaTrim::photo {
 
@@ -37,6 +39,12 @@ constexpr int32_t kWorkingLongSide = 640;
 // nearest pixel, at least 1.
 PixelSize ScaledToLongSide(PixelSize photo, int32_t longSide);
 PixelSize WorkingSize(PixelSize photo);
+
+// "1920x1080"; both at least 1. nullopt for any other text.
+std::optional<PixelSize> ParseSize(const std::string& text);
+
+// "X,Y,W,H"; X and Y at least 0, W and H at least 1. nullopt for any other text.
+std::optional<PixelRect> ParseRect(const std::string& text);
 
 } // namespace vistaTrim::photo
 

@@ -2,20 +2,18 @@
 #ifndef VISTATRIM_PHOTO_PHOTOGRAPH_H
 #define VISTATRIM_PHOTO_PHOTOGRAPH_H
 
-#include <array>
 #include <cstddef>
 #include <memory>
 #include <string>
 #include <vector>
 
+#include "vistaTrimPhoto/colour.h"
 #include "vistaTrimPhoto/found_region.h"
 #include "vistaTrimPhoto/geometry.h"
 #include "vistaTrimPhoto/image_format.h"
 #include "vistaTrimPhoto/pixels.h"
 
 namespace vistaTrim::photo {
-
-using Colour = std::array<double, 3>; // red, green, blue, 0..255
 
 struct ReadOptions {
     Colour Background = {255, 255, 255}; // shows through where the photograph is transparent

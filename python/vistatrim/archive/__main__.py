@@ -19,16 +19,18 @@ def _parser() -> argparse.ArgumentParser:
         prog="python3 -m vistatrim.archive",
         description="Writes the best crops of many photographs as files of JSON lines. Started "
                     "again, it does what is missing.")
-    parser.add_argument("photographs", nargs="+", metavar="PHOTO",
+    parser.add_argument("photographs", nargs="*", metavar="PHOTO",
                         help="a photograph, a folder, a URL that fsspec reads (a folder there ends "
                              "in a slash), or - for a list on standard input")
     parser.add_argument("--output", "-o", required=True, metavar="DIR", help="folder or URL")
     parser.add_argument("--recursive", "-r", action="store_true",
                         help="go into the folders of a folder")
+    parser.add_argument("--files-from", action="append", default=[], metavar="FILE",
+                        help="a list of photographs, a name a line; - is standard input")
     parser.add_argument("--null", "-0", action="store_true",
-                        help="names of the list end in a null byte, not in a line feed")
-    parser.add_argument("--background", default="white", metavar="#rrggbb",
-                        help="what shows through transparent places (white)")
+                        help="names of a list end in a null byte, not in a line feed")
+    parser.add_argument("--background", default="white", metavar="COLOUR",
+                        help="#rrggbb, #rgb or a name: what shows through transparent places (white)")
     running = parser.add_argument_group("running")
     running.add_argument("--scheduler", metavar="ADDRESS",
                          help="such as tcp://10.0.0.1:8786; without it, a cluster of this machine")
@@ -81,18 +83,38 @@ def _asked(arguments: argparse.Namespace) -> Dict[str, Any]:
     return given
 
 
-def _names(photographs: Sequence[str], null: bool) -> Iterator[str]:
+def _listed(name: str, null: bool) -> List[str]:
+    """The names of a list. Lists from other systems may begin with a byte-order mark and end their
+    lines in a carriage return too."""
+    if name == "-":
+        content = sys.stdin.buffer.read()
+    else:
+        with open(name, "rb") as file:
+            content = file.read()
+    entries = content[3:] if content.startswith(b"\xef\xbb\xbf") else content
+    names = entries.split(b"\0") if null else [line[:-1] if line.endswith(b"\r") else line
+                                               for line in entries.split(b"\n")]
+    found = [os.fsdecode(entry) for entry in names if entry]
+    if not found:
+        raise ValueError(f"{name}: the list names no photograph")
+    return found
+
+
+def _names(photographs: Sequence[str], lists: Sequence[str], null: bool) -> Iterator[str]:
     for name in photographs:
         if name != "-":
             yield name
-            continue
-        listed = sys.stdin.buffer.read().split(b"\0" if null else b"\n")
-        yield from (os.fsdecode(entry) for entry in listed if entry)
+        else:
+            yield from _listed(name, null)
+    for name in lists:
+        yield from _listed(name, null)
 
 
 def main(argv: Optional[Sequence[str]] = None) -> int:
     parser = _parser()
     arguments = parser.parse_args(argv)
+    if not arguments.photographs and not arguments.files_from:
+        parser.error("no photograph was given, and no list of them")
     try:
         given = _asked(arguments)
         _options.checked(given)
@@ -109,7 +131,7 @@ def main(argv: Optional[Sequence[str]] = None) -> int:
             if arguments.scheduler is not None:
                 client = stack.enter_context(connected(arguments.scheduler, arguments.timeout))
             summary = suggest(
-                _names(arguments.photographs, arguments.null), output=arguments.output,
+                _names(arguments.photographs, arguments.files_from, arguments.null), output=arguments.output,
                 client=client, recursive=arguments.recursive, background=arguments.background,
                 partition_size=arguments.partition_size, tries=arguments.tries,
                 workers=arguments.jobs, memory_limit=arguments.memory_limit, progress=printer, **given)

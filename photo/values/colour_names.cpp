@@ -1,10 +1,10 @@
-#include "options/colour_names.h"
+#include "values/colour_names.h"
 
 #include <algorithm>
 #include <cctype>
 #include <iterator>
 
-namespace vistaTrim::cli {
+namespace vistaTrim::photo {
 
 namespace {
 
@@ -178,4 +178,4 @@ std::optional<uint32_t> ColourOfName(const std::string& name)
     return found->Rgb;
 }
 
-} // namespace vistaTrim::cli
+} // namespace vistaTrim::photo

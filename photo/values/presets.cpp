@@ -1,4 +1,4 @@
-#include "options/presets.h"
+#include "vistaTrimPhoto/presets.h"
 
 #include <algorithm>
 #include <cerrno>
@@ -9,13 +9,19 @@
 #include <stdexcept>
 #include <system_error>
 
-#include "batch/shown_name.h"
-#include "options/presets_table.h"
-#include "options/text_values.h"
+#include "values/presets_table.h"
+#include "vistaTrimPhoto/geometry.h"
+#include "vistaTrimPhoto/photo_error.h"
 
-namespace vistaTrim::cli {
+namespace vistaTrim::photo {
 
 namespace {
+
+// Says what is wrong with a row; the reader adds which row it is.
+class RowFault : public std::runtime_error {
+public:
+    using std::runtime_error::runtime_error;
+};
 
 // Names become parts of file names, and must not be taken for ratios.
 bool IsName(const std::string& text)
@@ -25,7 +31,7 @@ bool IsName(const std::string& text)
                c == '-' || c == '_';
     };
     return !text.empty() && text[0] != '-' && std::all_of(text.begin(), text.end(), isPart) &&
-           !photo::ParseRatio(text);
+           !ParseRatio(text);
 }
 
 Shape ShapeOfRow(const std::string& row)
@@ -35,17 +41,17 @@ Shape ShapeOfRow(const std::string& row)
     for (std::string cell; std::getline(stream, cell, '\t');)
         cells.push_back(cell);
     if (cells.size() < 2 || cells.size() > 4)
-        throw std::runtime_error("a row has a name, a ratio, a size or -, and what it is for, "
-                                 "with tabs between them");
+        throw RowFault("a row has a name, a ratio, a size or -, and what it is for, "
+                       "with tabs between them");
     if (!IsName(cells[0]))
-        throw std::runtime_error(
-            "'" + cells[0] + "' is not a name of letters, digits, - and _, or reads as a ratio");
+        throw RowFault("'" + cells[0] +
+                       "' is not a name of letters, digits, - and _, or reads as a ratio");
     Shape shape{cells[0], "", {}, {}};
     const bool hasSize = cells.size() > 2 && cells[2] != "-";
     if (hasSize) {
         shape.Fill = ParseSize(cells[2]);
         if (!shape.Fill)
-            throw std::runtime_error("'" + cells[2] + "' is not WxH");
+            throw RowFault("'" + cells[2] + "' is not WxH");
     }
     if (cells[1] == "-" && hasSize) {
         const Shape ofSize = ShapeOfSize(*shape.Fill);
@@ -55,11 +61,11 @@ Shape ShapeOfRow(const std::string& row)
     }
     const std::optional<Shape> ofRatio = ShapeOfRatio(cells[1]);
     if (!ofRatio)
-        throw std::runtime_error("'" + cells[1] + "' is not W:H");
+        throw RowFault("'" + cells[1] + "' is not W:H");
     shape.Aspect = ofRatio->Aspect;
     shape.RatioText = ofRatio->RatioText;
-    if (hasSize && !(photo::Reduced(shape.Fill->Width, shape.Fill->Height) == shape.Aspect))
-        throw std::runtime_error("the size " + cells[2] + " is not of the ratio " + cells[1]);
+    if (hasSize && !(Reduced(shape.Fill->Width, shape.Fill->Height) == shape.Aspect))
+        throw RowFault("the size " + cells[2] + " is not of the ratio " + cells[1]);
     return shape;
 }
 
@@ -79,8 +85,9 @@ void Presets::AddFile(const std::string& path)
     const std::string table{std::istreambuf_iterator<char>(stream),
                             std::istreambuf_iterator<char>()};
     if (!stream)
-        throw std::runtime_error("cannot read " + Shown(path) + ": " +
-                                 std::generic_category().message(errno != 0 ? errno : EIO));
+        throw PhotoError(PhotoError::Kind::Unreadable,
+                         "cannot read " + path + ": " +
+                             std::generic_category().message(errno != 0 ? errno : EIO));
     AddTable(table, path);
 }
 
@@ -103,9 +110,9 @@ void Presets::AddTable(const std::string& table, const std::string& source)
                 *known = shape;
             else
                 Shapes.push_back(shape);
-        } catch (const std::runtime_error& error) {
-            throw std::runtime_error(Shown(source) + ":" + std::to_string(number) + ": " +
-                                     error.what());
+        } catch (const RowFault& error) {
+            throw PhotoError(PhotoError::Kind::InvalidRequest,
+                             source + ":" + std::to_string(number) + ": " + error.what());
         }
     }
 }
@@ -118,6 +125,11 @@ std::optional<Shape> Presets::Find(const std::string& name) const
     return std::nullopt;
 }
 
+const std::vector<Shape>& Presets::All() const
+{
+    return Shapes;
+}
+
 std::string Presets::Names() const
 {
     std::string names;
@@ -126,4 +138,4 @@ std::string Presets::Names() const
     return names;
 }
 
-} // namespace vistaTrim::cli
+} // namespace vistaTrim::photo

@@ -1,31 +1,33 @@
 // Shapes with a name.
-#ifndef VISTATRIM_CLI_OPTIONS_PRESETS_H
-#define VISTATRIM_CLI_OPTIONS_PRESETS_H
+#ifndef VISTATRIM_PHOTO_PRESETS_H
+#define VISTATRIM_PHOTO_PRESETS_H
 
 #include <optional>
 #include <string>
 #include <vector>
 
-#include "options/shape.h"
+#include "vistaTrimPhoto/shape.h"
 
-namespace vistaTrim::cli {
+namespace vistaTrim::photo {
 
 class Presets {
 public:
     Presets(); // those of presets.tsv
 
     // Adds the rows of a file of the same form; a name that is there already gets the new shape.
-    // Throws std::runtime_error with file and line for a row that is not understood.
+    // Throws PhotoError, InvalidRequest or Unreadable, that names the file and the row.
     void AddFile(const std::string& path);
+    // The same for a text; `source` names it in messages.
     void AddTable(const std::string& table, const std::string& source);
 
     std::optional<Shape> Find(const std::string& name) const;
-    std::string Names() const; // "square, portrait and wide"
+    const std::vector<Shape>& All() const; // in the order of the tables
+    std::string Names() const;             // "square, portrait and wide"
 
 private:
     std::vector<Shape> Shapes;
 };
 
-} // namespace vistaTrim::cli
+} // namespace vistaTrim::photo
 
 #endif
