@@ -80,7 +80,7 @@ void Presets::AddFile(const std::string& path)
 {
     std::error_code unknown;
     if (std::filesystem::is_directory(path, unknown))
-        throw std::runtime_error(Shown(path) + " is a folder, not a table");
+        throw PhotoError(PhotoError::Kind::Unreadable, path + " is a folder, not a table");
     std::ifstream stream(path, std::ios::binary);
     const std::string table{std::istreambuf_iterator<char>(stream),
                             std::istreambuf_iterator<char>()};
