@@ -10,9 +10,9 @@
 #include "batch/photo_list.h"
 #include "batch/program_error.h"
 #include "batch/run_photos.h"
-#include "batch/shown_name.h"
 #include "commands/commands.h"
 #include "options/options.h"
+#include "text/shown_name.h"
 #include "vistaTrimPhoto/picture_runtime.h"
 
 using namespace vistaTrim::cli;

@@ -7,7 +7,7 @@
 #include <unistd.h>
 
 #include "batch/program_error.h"
-#include "batch/shown_name.h"
+#include "text/shown_name.h"
 
 namespace vistaTrim::cli {
 

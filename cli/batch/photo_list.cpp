@@ -7,7 +7,7 @@
 #include <iterator>
 #include <system_error>
 
-#include "batch/shown_name.h"
+#include "text/shown_name.h"
 #include "vistaTrimPhoto/readable_formats.h"
 
 namespace vistaTrim::cli {

@@ -12,7 +12,7 @@
 #include "batch/interruption.h"
 #include "batch/program_error.h"
 #include "batch/progress.h"
-#include "batch/shown_name.h"
+#include "text/shown_name.h"
 #include "vistaTrimPhoto/photo_error.h"
 #include "vistaTrimPhoto/picture_runtime.h"
 

@@ -22,7 +22,7 @@
 
 #include "batch/output_place.h"
 #include "batch/program_error.h"
-#include "batch/shown_name.h"
+#include "text/shown_name.h"
 
 namespace vistaTrim::cli {
 

@@ -10,7 +10,6 @@
 #include "batch/output_place.h"
 #include "batch/program_error.h"
 #include "batch/run_photos.h"
-#include "batch/shown_name.h"
 #include "batch/whole_file.h"
 #include "commands/asked_crops.h"
 #include "commands/crop_choice.h"
@@ -20,6 +19,7 @@
 #include "output/manifest.h"
 #include "output/picture_snippet.h"
 #include "output/xmp_sidecar.h"
+#include "text/shown_name.h"
 #include "vistaTrimPhoto/stopwatch.h"
 
 namespace vistaTrim::cli {

@@ -5,8 +5,8 @@
 #include "batch/output_place.h"
 #include "batch/program_error.h"
 #include "batch/run_photos.h"
-#include "batch/shown_name.h"
 #include "commands/map_files.h"
+#include "text/shown_name.h"
 #include "vistaTrimPhoto/stopwatch.h"
 
 namespace vistaTrim::cli {

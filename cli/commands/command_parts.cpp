@@ -8,8 +8,8 @@
 #include "batch/output_place.h"
 #include "batch/program_error.h"
 #include "batch/run_photos.h"
-#include "batch/shown_name.h"
 #include "batch/temporary_files.h"
+#include "text/shown_name.h"
 #include "vistaTrimPhoto/photo_error.h"
 
 namespace vistaTrim::cli {

@@ -7,10 +7,10 @@
 #include "batch/output_place.h"
 #include "batch/program_error.h"
 #include "batch/run_photos.h"
-#include "batch/shown_name.h"
 #include "batch/whole_file.h"
 #include "commands/asked_crops.h"
 #include "report/report_page.h"
+#include "text/shown_name.h"
 #include "vistaTrimPhoto/stopwatch.h"
 
 namespace vistaTrim::cli {

@@ -6,9 +6,9 @@
 #include <set>
 
 #include "batch/program_error.h"
-#include "batch/shown_name.h"
 #include "commands/commands.h"
 #include "options/name_template.h"
+#include "text/shown_name.h"
 
 namespace vistaTrim::cli {
 

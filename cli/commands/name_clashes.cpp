@@ -6,8 +6,8 @@
 #include <system_error>
 #include <utility>
 
-#include "batch/shown_name.h"
 #include "commands/crop_plan.h"
+#include "text/shown_name.h"
 #include "vistaTrimPhoto/image_format.h"
 
 namespace vistaTrim::cli {

@@ -7,11 +7,11 @@
 #include <CLI/CLI.hpp>
 #include <unistd.h>
 
-#include "batch/shown_name.h"
 #include "options/crop_options.h"
 #include "options/read_option.h"
 #include "options/shape_options.h"
 #include "options/text_values.h"
+#include "text/shown_name.h"
 #include "vistaTrimPhoto/colour.h"
 #include "vistaTrimPhoto/geometry.h"
 #include "vistaTrimPhoto/photo_error.h"

@@ -11,10 +11,10 @@
 #include "batch/output_place.h"
 #include "batch/program_error.h"
 #include "batch/resume.h"
-#include "batch/shown_name.h"
 #include "batch/temporary_files.h"
 #include "batch/whole_file.h"
 #include "output/result_text.h"
+#include "text/shown_name.h"
 
 namespace vistaTrim::cli {
 

@@ -6,11 +6,11 @@
 #include <cstdlib>
 #include <filesystem>
 
-#include "batch/shown_name.h"
 #include "output/result_text.h"
 #include "report/base64.h"
 #include "report/page_assets.h"
 #include "report/report_data.h"
+#include "text/shown_name.h"
 
 namespace vistaTrim::cli {
 

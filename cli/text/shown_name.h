@@ -1,6 +1,6 @@
 // Names and texts as they are shown to people: no name can move the cursor or begin a new line.
-#ifndef VISTATRIM_CLI_BATCH_SHOWN_NAME_H
-#define VISTATRIM_CLI_BATCH_SHOWN_NAME_H
+#ifndef VISTATRIM_CLI_TEXT_SHOWN_NAME_H
+#define VISTATRIM_CLI_TEXT_SHOWN_NAME_H
 
 #include <string>
 

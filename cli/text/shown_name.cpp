@@ -1,4 +1,4 @@
-#include "batch/shown_name.h"
+#include "text/shown_name.h"
 
 #include <cstdint>
 #include <cstdio>
