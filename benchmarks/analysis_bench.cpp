@@ -1,7 +1,7 @@
 // The analysis of a 640 x 480 picture, whole and stage by stage. The stages allocate their own
-// scratch, as they do in the analysis; what they read and write stands outside the loop. A stage
-// alone finds its planes in the cache more often than in the whole, so the sum of the stages is
-// less than the whole.
+// scratch, as they do in the analysis; what they read and write is allocated outside the loop. A
+// stage alone finds its planes in the cache more often than in the whole, so the sum of the stages
+// is less than the whole.
 //
 //     taskset -c 0 build/benchmarks/analysis_bench
 

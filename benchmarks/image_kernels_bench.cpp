@@ -54,7 +54,7 @@ BENCHMARK_CAPTURE(BenchGradient, ColumnDifference, &SobelColumnDifference)->Appl
 BENCHMARK_CAPTURE(BenchGradient, Strength, &GradientStrength)->Apply(PictureSizes);
 BENCHMARK_CAPTURE(BenchGradient, StrengthStepwise, &GradientStrengthStepwise)->Apply(PictureSizes);
 
-// One plane. Mask 9 takes the way for masks of any size.
+// One plane. Mask 9 takes the general path.
 void BenchSmooth(benchmark::State& state, int32_t maskSize, float sigma)
 {
     const Planes planes(state);

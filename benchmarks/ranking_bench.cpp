@@ -3,8 +3,8 @@
 //     taskset -c 0 build/release/benchmarks/ranking_bench
 //
 // Each iteration takes the next photograph of the Debian package lomiri-wallpapers-16.04, or a
-// synthetic image where that is not installed. The analysis, the candidates and their scores are
-// the engine's and are made ahead.
+// synthetic image where that is not installed. The engine's analysis, candidates and scores are
+// computed in advance.
 
 #include <algorithm>
 #include <cmath>
@@ -124,7 +124,7 @@ public:
                                              picture.Bytes.data());
         const CAnalysedPicture analysed(*image);
         DestroyImageObj(image);
-        // The analysis goes away with this call; the maps must not.
+        // The analysis is destroyed with this call; the maps must not be.
         for (const NamedPictureMap& map : analysed.Maps()) {
             MapCopies.emplace_back(map.Data, map.Data + size_t(map.Rows) * size_t(map.Cols));
             Maps.push_back({MapCopies.back().data(), map.Rows, map.Cols});

@@ -3,9 +3,9 @@
 //     taskset -c 0 build/benchmarks/request_bench [photograph...]
 //
 // Without arguments: the photographs of the Debian package lomiri-wallpapers-16.04, or a synthetic
-// image where it is not installed. Figures are processor time, so that they hold on a machine that
-// others use: per picture the median of interleaved rounds, then the sum over the pictures. Ours
-// returns ten crops that differ; theirs returns one.
+// image where it is not installed. Figures are processor time, so that they hold on a shared
+// machine: per picture the median of interleaved rounds, then the sum over the pictures. Ours
+// returns ten different crops; theirs returns one.
 
 #include <malloc.h>
 #include <sched.h>
@@ -89,7 +89,7 @@ IImage* MakeImage(const Picture& picture)
     return CreateImageObj(picture.Height, picture.Width, 3, offsets, picture.Pixels.data());
 }
 
-// Of all threads of the process: libvips has some.
+// Of all threads of the process, including libvips's.
 double ProcessorMilliseconds(const std::function<void()>& work)
 {
     const auto now = [] {
@@ -176,7 +176,7 @@ void AttentionCrop(VipsImage* in, double ratio)
     g_object_unref(out);
 }
 
-// The stages that can be run by themselves, on memory of their own.
+// The stages that can be run by themselves, on their own memory.
 void TimeStages(const Picture& picture, std::vector<double> (&times)[kRows])
 {
     const int32_t cols = static_cast<int32_t>(picture.Width);
@@ -288,7 +288,8 @@ double TwoThreadsOverOne(const std::function<void()>& work)
     return MedianOf(ratios);
 }
 
-// Arithmetic that touches no memory: what two threads gain here is all that the machine can give.
+// Arithmetic that touches no memory: the gain of two threads here is the most that the machine can
+// give.
 void WorkInRegisters()
 {
     double values[4] = {1.0, 1.1, 1.2, 1.3};

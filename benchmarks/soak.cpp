@@ -4,12 +4,12 @@
 // usage: soak [ROUNDS] [COLSxROWS] [--tidy] [--check]
 //   ROUNDS     10000 by default
 //   COLSxROWS  size of every picture; the longer side must be 640. Mixed sizes by default
-//   --tidy     use only calls that leave nothing behind
-//   --check    exit with status 1 if memory grew by more than the library abandons on purpose
+//   --tidy     use only calls that leak nothing --check    exit with status 1 if memory grew by
+//   more than the library leaks on purpose
 //
-// The library abandons on purpose: three empty arrays per driver whose parameters have no aspect
-// ratios, and one record each time a driver without rectangles of interest is asked for them.
-// Every second round does both, unless --tidy is given; the others leave nothing behind.
+// The library leaks on purpose: three empty arrays per driver whose parameters have no aspect
+// ratios, and one record per call of GetRectsOfInterest on a driver without any. Every second round
+// does both, unless --tidy is given; the others leak nothing.
 #include <cmath>
 #include <cstdint>
 #include <cstdio>

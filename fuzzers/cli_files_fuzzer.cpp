@@ -1,5 +1,5 @@
-// Output files of earlier runs, as --resume reads them: any text is read or refused, and what
-// the program writes is read back.
+// Output files of earlier runs, as --resume reads them: any text is read or rejected, and what the
+// program writes is read back.
 #include <string>
 
 #include "batch/program_error.h"

@@ -1,4 +1,5 @@
-// Command lines of any text: they are read or refused, and what is read is in its bounds.
+// Command lines of any text: they are read or rejected, and the values read are within their
+// limits.
 #include <cmath>
 #include <iostream>
 #include <string>
@@ -66,7 +67,7 @@ extern "C" int LLVMFuzzerInitialize(int*, char***)
     return 0;
 }
 
-// The input is the arguments, one a line.
+// The input is the arguments, one per line.
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* bytes, size_t count)
 {
     std::vector<std::string> arguments(1, "vistatrim");

@@ -1,6 +1,6 @@
-// Files of any bytes, read as photographs: they are read to pictures of the right size or
-// refused with a reason. The decoders themselves are libvips' and are not instrumented; what
-// is looked for is how this library takes what they give.
+// Files of any bytes, read as photographs: they are read as pictures of the right size or rejected
+// with a reason. The decoders are libvips's and not instrumented; the target is how this library
+// handles what they return.
 #include <algorithm>
 #include <cstdint>
 #include <cstdio>
@@ -46,7 +46,7 @@ void CheckPhotograph()
 extern "C" int LLVMFuzzerInitialize(int*, char*** arguments)
 {
     StartPictureRuntime((*arguments)[0]);
-    // A file without a name: nothing is left behind.
+    // An unnamed file: nothing is left on disk.
     theFile = memfd_create("photograph", 0);
     Demand(theFile >= 0, "a file to write to");
     thePath = "/proc/self/fd/" + std::to_string(theFile);

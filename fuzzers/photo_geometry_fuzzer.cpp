@@ -1,5 +1,5 @@
-// Crops of the working picture, on their way back to the photograph: any size of photograph,
-// any crop that the generator hands out, any wishes.
+// Crops of the working picture, on their way back to the photograph: any size of photograph, any
+// crop that the generator returns, any wishes.
 #include <algorithm>
 #include <optional>
 #include <vector>
@@ -65,8 +65,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* bytes, size_t count)
                std::min(working.Width, working.Height) >= 1,
            "working size");
 
-    // On very thin pictures a side of a candidate can be nothing; it then lies behind the first
-    // column or row.
+    // On very thin pictures a side of a candidate can be 0; it then ends before it begins.
     CInt32Rect crop;
     crop.Left = Whole(data, 0, working.Width - 1);
     crop.Right = Whole(data, crop.Left, working.Width - 1);
@@ -104,7 +103,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* bytes, size_t count)
     if (shape.Size)
         Demand(back->Width == shape.Size->Width && back->Height == shape.Size->Height,
                "the size that was asked for");
-    // What the working crop meets as the library sees it, the crop of the photograph meets.
+    // Every wish that the working crop meets is met by the crop of the photograph.
     for (const Wish& wish : wishes) {
         if (crop.Empty())
             break;

@@ -1,5 +1,5 @@
 // Writes the inputs that the fuzzers of photo/ and cli/ start from: program_fuzz_seeds DIRECTORY
-// makes one directory for each of them in there.
+// creates one subdirectory per fuzzer.
 #include <cstdint>
 #include <cstdio>
 #include <filesystem>
@@ -21,7 +21,7 @@ void Write(const std::filesystem::path& file, const std::string& bytes)
     std::ofstream(file, std::ios::binary) << bytes;
 }
 
-// One argument a line.
+// One argument per line.
 void WriteOptionSeeds(const std::filesystem::path& directory)
 {
     const char* lines[] = {
@@ -89,7 +89,7 @@ void WriteGeometrySeeds(const std::filesystem::path& directory)
     }
 }
 
-// Small pictures of every kind that is told apart: bands, depth, transparency, orientation.
+// Small pictures of every kind that readers distinguish: bands, depth, transparency, orientation.
 void WritePhotographSeeds(const std::filesystem::path& directory)
 {
     Write(directory / "p6.ppm", "P6\n4 3\n255\n" + std::string(36, 'x'));
@@ -117,7 +117,7 @@ void WritePhotographSeeds(const std::filesystem::path& directory)
             try {
                 image->write_to_file((directory / (std::string(name) + ending)).c_str());
             } catch (const vips::VError&) {
-                // Not every format takes every kind, and a build may lack one.
+                // Not every format supports every kind, and a build may lack a format.
                 vips_error_clear();
             }
 }

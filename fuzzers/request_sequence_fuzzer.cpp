@@ -46,7 +46,7 @@ std::vector<DoubleInfo> Table(FuzzedDataProvider& data, int32_t fewest, bool sca
     std::vector<DoubleInfo> rows;
     const int32_t count = Whole(data, fewest, 5);
     for (int32_t i = 0; i < count; ++i) {
-        // Scales above 1 make most requests throw, so they are rarer than chance would make them.
+        // Scales above 1 make most requests throw, so they are made rarer.
         const double value =
             scales && Whole(data, 0, 7) != 0 ? Whole(data, 0, 64) / 64.0 : Number(data);
         rows.emplace_back(value, Whole(data, 0, 3) != 0);
@@ -123,7 +123,7 @@ private:
 Session::Session(FuzzedDataProvider& data) : PictureOf(PictureSize(data)), Model(1, 1, {}, {}, 1)
 {
     // The default tables come from SetDefaults. An empty aspect table would give the same tables
-    // but abandon three small arrays, which the leak checker would report on every run.
+    // but leak three small arrays, which the leak checker would report on every run.
     if (Whole(data, 0, 31) == 0) {
         Parameters.SetDefaults();
     } else {
@@ -368,7 +368,7 @@ void Session::CheckRects() const
                    rects[i].Kind == Rects[i].Kind && rects[i].Enabled == Rects[i].Enabled &&
                    rects[i].Marked == Rects[i].Marked,
                "the fields of a rectangle of interest");
-    // The library abandons this one record on purpose; the leak checker would report it.
+    // The library leaks this record on purpose; the leak checker would report it.
     if (count == 0)
         ::operator delete(rects);
 }

@@ -8,8 +8,8 @@
 #include <utility>
 #include <vector>
 
-// One figure of one photograph: a sum and how many terms it has. Pairs come ten to a photograph,
-// boxes one.
+// One figure of one photograph: a sum and how many terms it has. A photograph has ten pairs and one
+// box.
 struct Tally {
     double Sum = 0;
     double Count = 0;

@@ -56,7 +56,7 @@ std::string OneLine(std::string text)
     return text;
 }
 
-// Upright, three bytes a pixel, longer side exactly 640.
+// Upright, three bytes per pixel, longer side exactly 640.
 vips::VImage ReadPicture(const std::string& path)
 {
     if (!fs::exists(path))

@@ -84,7 +84,7 @@ std::string WeightsName(const Weights& weights)
     return name.str();
 }
 
-// An image and its driver, ended together and in the right order.
+// An image and its driver, destroyed in the right order.
 class CSession {
 public:
     CSession(const WorkingPhoto& photo, const vistaTrim::VistaTrimParameters& parameters)
@@ -137,9 +137,9 @@ private:
     vistaTrim::IVistaTrim* Driver = nullptr;
 };
 
-// The share of the photograph's candidates that a crop's measures beat: what the engine's own
-// ranks say of a crop that is not one of its candidates, without the tiers. As there, the last two
-// weights count only when above 0.
+// The share of the photograph's candidates that a crop's measures beat: the engine's own ranks for
+// a crop that is not one of its candidates, without the tiers. As there, the last two weights count
+// only when above 0.
 class CRankTable {
 public:
     explicit CRankTable(const std::vector<vistaTrim::CInt32CropRect>& candidates)
@@ -322,8 +322,7 @@ PhotoFigures EvaluatePhoto(const JudgedPhoto& judged, const Options& options)
         EvaluateBoxes(figures, session, judged, chosen, photo, options, candidates);
     EvaluatePairs(figures, session, judged.Pairs, photo, options, CRankTable(candidates));
 
-    // A score of exactly 0 or 1 means that the model's raw output left the range it is mapped
-    // from.
+    // A score of exactly 0 or 1 means that the model's raw output was outside its range.
     for (const vistaTrim::CInt32CropRect& crop : candidates)
         figures[{"all candidates", "composition saturates"}].Add(
             crop.Score.CompositionScore <= 0 || crop.Score.CompositionScore >= 1 ? 1 : 0);
@@ -369,7 +368,7 @@ int RunProgramMeasurement(const Options& options)
     for (std::string word; words >> word;)
         program.Arguments.push_back(word);
 
-    // Before the long runs, so that a fault in the list shows at once.
+    // Before the long runs, so that an error in the list shows at once.
     const FaceList faces = options.FacesFile.empty() ? FaceList() : ReadFaceList(options.FacesFile);
     std::vector<PhotoFigures> results =
         MeasureChosenCrops(program, ReadCropTables(options.Boxes, "", options.Split));

@@ -1,4 +1,4 @@
-// Faces that people looked at, and whether a crop keeps them.
+// Faces checked by people, and whether a crop keeps them.
 #ifndef VISTATRIM_TOOLS_FACE_LIST_H
 #define VISTATRIM_TOOLS_FACE_LIST_H
 
@@ -15,7 +15,7 @@ using FaceList = std::map<std::string, std::vector<CropBox>>;
 // std::runtime_error naming the file and the line.
 FaceList ReadFaceList(const std::string& file);
 
-// The faces without what lies outside the photograph, which no crop can hold.
+// The faces clipped to the photograph: no crop can contain the rest.
 std::vector<CropBox> InsidePhoto(const std::vector<CropBox>& faces, double width, double height);
 
 // Whether the crop misses a part of any face.

@@ -38,7 +38,7 @@ struct Fault {
 struct Source {
     std::string File;
     std::vector<std::string> Lines;
-    std::vector<std::string> Code; // the same, with blanks for everything but code
+    std::vector<std::string> Code; // the same, with everything except code blanked
 };
 
 bool IsWord(char c)
@@ -273,7 +273,7 @@ private:
             std::to_string(up ? value + 1 : value - 1) + literal.substr(digits), "off by one");
     }
 
-    // A whole line that is one call or one assignment, and no declaration.
+    // A line that is exactly one call or assignment, not a declaration.
     void FindStatement(const std::string& code)
     {
         const std::string text = Stripped(code);

@@ -1,6 +1,6 @@
-// Writes what the choice model sees of photographs whose best crop a person chose, for the fit:
-// the inputs of its network, and the features of candidates and of voted pairs of crops. The
-// features come from the code that the program runs, so there is no second definition of them.
+// Writes the choice model's inputs for photographs whose best crop a person chose, for the fit: the
+// inputs of its network, and the features of candidates and of voted pairs of crops. The features
+// come from the code that the program runs, so there is only one definition of them.
 #include <cstdint>
 #include <cstdio>
 #include <exception>

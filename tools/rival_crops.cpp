@@ -37,7 +37,7 @@ CropBox AttentionCrop(const WorkingPhoto& photo, double ratio)
                 .copy(vips::VImage::option()->set("interpretation", VIPS_INTERPRETATION_sRGB));
         const vips::VImage crop = image.smartcrop(
             width, height, vips::VImage::option()->set("interesting", VIPS_INTERESTING_ATTENTION));
-        // The offsets of a cut-out say where the old origin lies in it.
+        // The offsets of an extracted area give the position of the old origin in it.
         return {static_cast<double>(-crop.xoffset()), static_cast<double>(-crop.yoffset()),
                 static_cast<double>(crop.width()), static_cast<double>(crop.height())};
     } catch (const vips::VError& error) {

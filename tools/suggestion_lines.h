@@ -12,7 +12,7 @@
 // Crops by the photograph's file name without its folder, the best first.
 using Suggestions = std::map<std::string, std::vector<CropBox>>;
 
-// One JSON object a line. Throws std::runtime_error naming the source and the line.
+// One JSON object per line. Throws std::runtime_error naming the source and the line.
 Suggestions ReadSuggestions(std::istream& lines, const std::string& source);
 
 // Throws std::runtime_error if the source holds no line for the photograph.

@@ -1,9 +1,9 @@
-// What an analysis takes from the free store: what stays with the analyzer, and the most that
-// is held at any moment of its construction. Every allocation of the library goes through
-// operator new, aligned_alloc or malloc; the linker sends all three here, with free.
+// How much heap an analysis uses: what the analyzer keeps, and the peak during construction. Every
+// allocation of the library goes through operator new, aligned_alloc or malloc; the linker sends
+// all three here, with free.
 //
-// The sizes count what the allocator set aside, not what was asked for. The linear algebra
-// library keeps buffers of its own, once for a process, and they are not counted.
+// Sizes are what the allocator reserved, not what was requested. Buffers that BLAS keeps for the
+// whole process are not counted.
 
 #include <cstdio>
 #include <cstdlib>
@@ -31,7 +31,7 @@ void* Counted(void* pointer)
 
 } // namespace
 
-// The names are the linker's.
+// The linker's --wrap fixes these names.
 extern "C" {
 void* __real_aligned_alloc(size_t alignment, size_t size);
 void* __real_malloc(size_t size);
@@ -52,7 +52,7 @@ void __wrap_free(void* pointer)
 }
 }
 
-// Never inlined: with both in sight the compiler takes the pair for a mismatch.
+// Never inlined: seeing both, the compiler would warn of a mismatched pair.
 __attribute__((noinline)) void* operator new(size_t size)
 {
     void* const pointer = std::malloc(size == 0 ? 1 : size);
@@ -89,7 +89,7 @@ using namespace testPictures;
 constexpr double kMegabyte = 1e6;
 
 struct Usage {
-    size_t Peak; // most that was held above what the image takes
+    size_t Peak; // on top of the image
     size_t Stays;
 };
 
@@ -108,7 +108,7 @@ Usage Measure(int32_t cols, int32_t rows)
     return usage;
 }
 
-TEST(AnalysisMemory, OfAnOrdinaryPictureStaysInItsBounds)
+TEST(AnalysisMemory, OfAnOrdinaryPictureStaysWithinLimits)
 {
     for (const auto& [cols, rows] : {std::pair(640, 480), std::pair(480, 640)}) {
         const Usage usage = Measure(cols, rows);
@@ -118,8 +118,8 @@ TEST(AnalysisMemory, OfAnOrdinaryPictureStaysInItsBounds)
     }
 }
 
-// Ten float maps and ten double tables: 120 bytes a pixel; nothing else grows with the picture.
-TEST(AnalysisMemory, StaysAreTheMapsAndTables)
+// Ten float maps and ten double tables: 120 bytes per pixel; nothing else grows with the picture.
+TEST(AnalysisMemory, RemainingMemoryIsMapsAndTables)
 {
     for (const auto& [cols, rows] :
          {std::pair(640, 480), std::pair(640, 640), std::pair(640, 100)}) {
@@ -130,7 +130,7 @@ TEST(AnalysisMemory, StaysAreTheMapsAndTables)
     }
 }
 
-TEST(AnalysisMemory, IsGivenBackInFull)
+TEST(AnalysisMemory, IsFreedCompletely)
 {
     const ImageHolder image = MakeImage(Blobs(640, 300, 2));
     {

@@ -1,17 +1,16 @@
-// The whole analysis against its slow form, which was written from the same definitions by
-// somebody who had not seen the fast one.
+// Compares the whole analysis with its slow form, written independently from the same definitions.
 //
-// Where the maps come apart. The smoothed planes may differ in their last bits, since the order
-// of the additions in a smoothing is free. The float tables of the strip statistics round at
-// every step, far above that: on a picture of 640 x 480 an entry is up to 2e10, with steps of
-// 2,000, and the sums of a strip are differences of such entries. So two sets of planes that
-// agree to seven digits give variances that agree to four or five, or fewer where a strip has
-// only some hundred pixels, and a distance map changes by as much. The tolerances of the whole
-// analysis are made for that. They are wide, but FromTheSamePlanes takes this one freedom away:
-// there the tables and the statistics have the same bits, and every map agrees to 4e-5.
+// Where the maps differ. The smoothed planes may differ in their last bits, since the order of the
+// additions in a smoothing is free. The float tables of the strip statistics round at every step,
+// far above that: on a picture of 640 x 480 an entry is up to 2e10, with steps of 2,000, and the
+// sums of a strip are differences of such entries. So two sets of planes that agree to seven digits
+// give variances that agree to four or five, or fewer where a strip has only some hundred pixels,
+// and a distance map changes by as much. The tolerances of the whole analysis allow for that. They
+// are wide, but the tests GivenTheSamePlanes remove this one freedom: there the tables and the
+// statistics have the same bits, and every map agrees to 4e-5.
 //
-// A value on a threshold can fall on either side of it. Such a flip is counted, and it has to be
-// explained: the value that stayed is within the map's tolerance of the level.
+// A value on a threshold can fall on either side of it. Such a flip is counted and must be
+// explained: the value that was kept is within the map's tolerance of the level.
 
 #include <algorithm>
 #include <cmath>
@@ -34,7 +33,7 @@
 #include "real_photographs.h"
 #endif
 
-// OpenBLAS' own; another BLAS has none.
+// Only OpenBLAS has this function.
 extern "C" char* openblas_get_corename() __attribute__((weak));
 
 namespace vistaTrim {
@@ -66,12 +65,12 @@ struct Tolerances {
     double Maps[kMapCount];
     double Totals, Gains; // relative
 };
-// Measured over made pictures and photographs: contrasts 2.3e-4, peaks 2.7e-4, edges 4.4e-5,
+// Measured over synthetic images and photographs: contrasts 2.3e-4, peaks 2.7e-4, edges 4.4e-5,
 // sides 3.5e-3; totals 2.1e-3, gains 3.4e-3.
 constexpr Tolerances kUsual = {
     {5e-4, 5e-4, 5e-4, 5e-4, 6e-4, 1e-4, 1e-2, 1e-2, 1e-2, 1e-2}, 1e-2, 1e-2};
-// Under 64 pixels on the shorter side: contrasts 4.1e-3, sides 0.091, gains 0.019. The worst is
-// a right strip of a single column, at the far end of the tables.
+// Shorter side under 64 pixels: contrasts 4.1e-3, sides 0.091, gains 0.019. The worst is a right
+// strip of a single column, at the far end of the tables.
 constexpr Tolerances kNarrow = {
     {1e-2, 1e-2, 1e-2, 1e-2, 1e-2, 1e-4, 0.2, 0.2, 0.2, 0.2}, 2e-2, 5e-2};
 
@@ -93,7 +92,7 @@ Difference Compare(const CFloatMatrix& map, const slowOracle::FloatPlane& slow, 
             if (std::abs(std::max(x, y) - level) > tolerance)
                 ++difference.Unexplained;
         } else {
-            // A NaN would compare as no difference.
+            // NaN would count as no difference.
             difference.Largest = std::max(difference.Largest, x == y ? 0 : std::abs(x - y));
             if (std::isnan(x) != std::isnan(y))
                 difference.Largest = HUGE_VAL;
@@ -102,11 +101,11 @@ Difference Compare(const CFloatMatrix& map, const slowOracle::FloatPlane& slow, 
     return difference;
 }
 
-// True if a value near one of the two thresholds of the edge map stands close enough for its
-// flip to reach the pixel: the boxes of erosion and dilation reach 2 and 3 pixels.
+// True if a value near one of the two thresholds of the edge map is close enough for its flip to
+// affect the pixel: the boxes of erosion and dilation have radius 2 and 3.
 bool NearEdgeThreshold(const slowOracle::EdgeStages& stages, int cols, int rows, int col, int row)
 {
-    // As far as two computations of the row-normalised map can be apart.
+    // How far two computations of the row-normalised map can differ.
     constexpr double kNear = 2e-5;
     for (int r = std::max(row - 5, 0); r <= std::min(row + 5, rows - 1); ++r)
         for (int c = std::max(col - 5, 0); c <= std::min(col + 5, cols - 1); ++c) {
@@ -215,7 +214,7 @@ int ExpectSameAnalysis(const slowOracle::Picture& slowPicture, Record& record)
         record.Flips[k] += difference.Flips;
         flips += difference.Flips;
 
-        // The table of a map has no freedom at all.
+        // A map's table must match bit for bit.
         const slowOracle::FloatPlane copy(map.Data, map.Data + map.Count);
         const slowOracle::DoublePlane table =
             slowOracle::BuildSummedAreaTable(copy, slow.WorkCols, slow.WorkRows);
@@ -235,7 +234,7 @@ int ExpectSameAnalysis(const slowOracle::Picture& slowPicture, Record& record)
     return flips;
 }
 
-TEST(AnalysisOracle, AgreesOnMadePictures)
+TEST(AnalysisOracle, AgreesOnSyntheticImages)
 {
     Record record;
     int flips = 0;
@@ -265,7 +264,7 @@ TEST(AnalysisOracle, AgreesAtEverySize)
         }
 }
 
-TEST(AnalysisOracle, AgreesOnTheNarrowestAndTheRefusedPicture)
+TEST(AnalysisOracle, AgreesOnTheNarrowestAndTheRejectedPicture)
 {
     Record record;
     for (const auto& [cols, rows] :
@@ -309,7 +308,7 @@ double LargestDifference(const slowOracle::FloatPlane& a, const slowOracle::Floa
 }
 
 // Both sides work on the library's smoothed planes.
-TEST(AnalysisOracle, FromTheSamePlanesStatisticsHaveTheSameBits)
+TEST(AnalysisOracle, StatisticsMatchBitForBitGivenTheSamePlanes)
 {
     double contrasts = 0;
     double sides = 0;
@@ -424,7 +423,7 @@ SlowMaps SlowMapsFrom(const slowOracle::PlaneStack& blurred, const slowOracle::P
 
 struct MapsApart {
     double Usual = 0; // largest difference in any of the seven maps that spans 0 to 1
-    double Flat = 0;  // in those that are flat but for rounding
+    double Flat = 0;  // in those that are flat up to rounding
 
     void Add(const slowOracle::FloatPlane& fast, const slowOracle::FloatPlane& slow)
     {
@@ -477,14 +476,14 @@ MapsApart SaliencyApart(const slowOracle::Picture& picture)
     return apart;
 }
 
-// What is left is the inverse of the covariance, in single precision on both sides: 2.2e-5 over
-// the kernels named above.
+// What remains is the inverse of the covariance, in single precision on both sides: 2.2e-5 over the
+// kernels named above.
 constexpr double kSamePlanes = 4e-5;
 // A map that spans less than 1e-5 before its normalisation is multiplied by 1e5, and the last
 // bit of a distance, 6e-8, becomes 6e-3.
 constexpr double kSamePlanesFlat = 2e-2;
 
-TEST(AnalysisOracle, FromTheSamePlanesAllSizesAgree)
+TEST(AnalysisOracle, AllSizesAgreeGivenTheSamePlanes)
 {
     double worst = 0;
     for (const auto& [cols, rows] :
@@ -492,8 +491,8 @@ TEST(AnalysisOracle, FromTheSamePlanesAllSizesAgree)
           std::pair(640, 2), std::pair(640, 1), std::pair(1, 640), std::pair(9, 640)})
         for (const std::string name : {"blobs:2", "photograph:3", "noise:4", "vertical_gradient"}) {
             // Both rows of this one are equally far from the strips at the sides, by sums of terms
-            // a thousand times as large. What the kernel at hand leaves of the difference, some
-            // 1e-5, is or is not stretched to 1.
+            // a thousand times as large. The difference that the kernel leaves, about 1e-5, may or
+            // may not be stretched to 1.
             if (name == "vertical_gradient" && rows == 2 && !HasKernelsOfTheRecord())
                 continue;
             SCOPED_TRACE(testing::Message() << name << " " << cols << " x " << rows);
@@ -513,10 +512,10 @@ slowOracle::Picture NearWhite(slowOracle::Picture picture)
     return picture;
 }
 
-// Where the float tables lose most: large sums, of which a strip of few pixels is the small
-// difference. Variances are off by units here, and below 0 at times, so that only shared planes
-// can tell whether the same was computed.
-TEST(AnalysisOracle, FromTheSamePlanesThinPicturesNearWhiteAgree)
+// Where the float tables lose most: a strip of few pixels is the small difference of large sums.
+// Variances are off by whole units here, and sometimes negative, so only shared planes can show
+// whether both forms compute the same.
+TEST(AnalysisOracle, ThinPicturesNearWhiteAgreeGivenTheSamePlanes)
 {
     double worst = 0;
     double flat = 0;
@@ -537,7 +536,7 @@ TEST(AnalysisOracle, FromTheSamePlanesThinPicturesNearWhiteAgree)
     std::printf("largest difference %.1e, in flat maps %.1e\n", worst, flat);
 }
 
-TEST(AnalysisOracle, FromTheSamePlanesPhotographsAgree)
+TEST(AnalysisOracle, PhotographsAgreeGivenTheSamePlanes)
 {
 #if VISTATRIM_HAVE_PHOTOGRAPHS
     const std::vector<std::string> paths = PhotographPaths();

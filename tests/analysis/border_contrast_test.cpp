@@ -53,7 +53,7 @@ void ExpectSameMaps(const Maps& found, const Maps& expected)
             << "map " << map;
 }
 
-// Applies what is left to do, and compares the largest elements that were promised.
+// Applies the pending normalisation and compares the promised largest elements.
 void Finish(Maps& maps, const BorderContrastScales& scales)
 {
     const CNormalisation of[6] = {scales.Contrast, scales.ColorContrast, scales.Sides[0],
@@ -83,7 +83,7 @@ std::vector<Picture> OrdinaryPictures()
     return pictures;
 }
 
-TEST(BorderContrast, SweepHasTheBitsOfTheStepwiseFormInEveryVariant)
+TEST(BorderContrast, SweepMatchesTheStepwiseFormBitForBitInEveryVariant)
 {
     if (!kFixedOrder)
         GTEST_SKIP() << "the sweep is not used with BLAS, whose products round in their own way";
@@ -112,7 +112,7 @@ TEST(BorderContrast, SweepHasTheBitsOfTheStepwiseFormInEveryVariant)
 // Far beyond the range of bytes the float tables lose so many digits that a variance of an anchored
 // group comes out below -10: it has no root, and the joint covariance is indefinite. The groups of
 // flat pictures of bytes stay above -6.
-TEST(BorderContrast, OfAModelWithoutARootIsTheStepwiseOne)
+TEST(BorderContrast, OfAnIndefiniteModelMatchesTheStepwiseForm)
 {
     COwnedStack ownBlurred;
     CPlaneStack& blurred = ownBlurred.Handle();
@@ -136,7 +136,7 @@ TEST(BorderContrast, OfAModelWithoutARootIsTheStepwiseOne)
     ExpectSameMaps(found, expected);
 }
 
-TEST(BorderContrast, IsTheStepwiseOneWithEitherLinearAlgebra)
+TEST(BorderContrast, MatchesTheStepwiseFormWithEitherLinearAlgebra)
 {
     const Picture picture = testPictures::Blobs(320, 200, 7);
     COwnedStack ownBlurred;

@@ -54,7 +54,7 @@ void TablesInMapOrder(const CCropAnalyzer& a, const CDoubleMatrix* out[10])
         out[6 + side] = &a.SideTables[side];
 }
 
-TEST(CropAnalyzer, Of640By480WorksAtItsOwnSize)
+TEST(CropAnalyzer, A640By480PictureKeepsItsSize)
 {
     const auto analyzer = Analyse(Blobs(640, 480, 1));
     EXPECT_EQ(analyzer->ScaleFactor, 1.0f);
@@ -124,7 +124,7 @@ TEST(CropAnalyzer, OneBy1280IsReadAsOneBy640)
     EXPECT_TRUE(SameBits(analyzer->ContrastMap, firstHalf->ContrastMap));
 }
 
-TEST(CropAnalyzer, OneBy1281IsRefusedWithAMessage)
+TEST(CropAnalyzer, OneBy1281IsRejectedWithAMessage)
 {
     for (const auto& [cols, rows] : {std::pair(1, 1281), std::pair(1281, 1)}) {
         SCOPED_TRACE(testing::Message() << cols << " x " << rows);
@@ -172,11 +172,11 @@ TEST(CropAnalyzer, LargerPictureIsReadWithTheWrongRowLength)
         EXPECT_TRUE(SameBits(*a[k].Map, *b[k].Map)) << a[k].Name;
 }
 
-// Three bytes a pixel are read whatever the image says of its channels, so one of four bytes a
-// pixel gives the maps of its first three quarters of bytes, sheared.
-TEST(CropAnalyzer, ReadsThreeBytesAPixelWhateverTheChannelCount)
+// Three bytes per pixel are read whatever the image's channel count, so an image of four bytes per
+// pixel gives the maps of the first three quarters of its bytes, sheared.
+TEST(CropAnalyzer, ReadsThreeBytesPerPixelWhateverTheChannelCount)
 {
-    const Picture bytes = Blobs(640, 40, 6); // as many as 640 x 30 pixels of four have
+    const Picture bytes = Blobs(640, 40, 6); // the bytes of 640 x 30 pixels of four
     const int32_t offsets[4] = {0, 1, 2, 3};
     const ImageHolder fourChannels(CreateImageObj(30, 640, 4, offsets, bytes.Bytes.data()));
     const CCropAnalyzer analyzer(fourChannels.get());
@@ -226,7 +226,7 @@ TEST(CropAnalyzer, ClearsTheWeakValuesOfEachMapAtItsFraction)
     for (int side = 0; side < 4; ++side)
         ExpectThresholded(analyzer->SideMaps[side], 0.01f);
 
-    // The contrast and the saliency keep theirs.
+    // The contrast and the saliency are not thresholded.
     const CFloatMatrix& contrast = analyzer->ContrastMap;
     EXPECT_TRUE(std::any_of(contrast.Data, contrast.Data + contrast.Count,
                             [](float v) { return v > 0.0f && v < 0.1f; }));
@@ -300,13 +300,13 @@ TEST(CropAnalyzer, EdgesAreWeightedByColumnsInSteps)
         for (uint32_t c = 0; c < 640; ++c)
             peaks[c / 128] = std::max(peaks[c / 128], analyzer->EdgeMap.Data[r * 640 + c]);
 
-    // The blocks are alike but for the last bits of the normalisation.
+    // The blocks are equal up to the last bits of the normalisation.
     const double weights[5] = {0.2, std::sqrt(0.2), 1.0, std::sqrt(0.2), 0.2};
     for (int k = 0; k < 5; ++k)
         EXPECT_NEAR(peaks[k], weights[k], 1e-6) << k;
 }
 
-// The cleaning once more, with the kernels themselves.
+// The cleaning repeated with the kernels themselves.
 TEST(CropAnalyzer, CleansItsEdgesInOrder)
 {
     for (const auto& [cols, rows] : {std::pair(640, 360), std::pair(200, 640), std::pair(3, 640)}) {
@@ -353,7 +353,7 @@ TEST(CropAnalyzer, CleansItsEdgesInOrder)
 
 TEST(CropAnalyzer, LoneEdgeBeatsTheSameEdgeAmongMany)
 {
-    // One block above, a comb of blocks below, all in the middle fifth or beside it alike.
+    // One block above, a comb of blocks below, all inside the middle fifth or all outside it.
     Picture picture = Flat(640, 480, 60, 60, 60);
     for (int32_t r = 60; r < 160; ++r)
         for (int32_t c = 300; c < 340; ++c)
@@ -407,7 +407,7 @@ TEST(CropAnalyzer, TotalsAreTheSumsOfTheMaps)
     EXPECT_NEAR(analyzer->PeakTotal / Total(analyzer->PeakMap), 1, 1e-7);
 }
 
-TEST(CropAnalyzer, GainsAreOneOverTheMeanOfTheSidesOwnBand)
+TEST(CropAnalyzer, GainsAreTheReciprocalMeanOfTheSidesOwnBand)
 {
     for (const auto& [cols, rows] : {std::pair(640, 480), std::pair(200, 640), std::pair(640, 1),
                                      std::pair(1, 640), std::pair(640, 7)}) {
@@ -440,9 +440,9 @@ TEST(CropAnalyzer, MirroredPictureSwapsLeftAndRight)
     const Picture picture = Blobs(640, 400, 12);
     const auto plain = Analyse(picture);
     const auto mirrored = Analyse(MirroredLeftRight(picture));
-    // Statistics read far from the corner where the float tables begin lose more digits: over
-    // sizes and seeds mirrored contrasts were apart by up to 2.3e-4 and side maps by 1.7e-3. A
-    // value on its threshold may fall on either side of it.
+    // Statistics read far from the corner where the float tables begin lose more digits: over sizes
+    // and seeds mirrored contrasts differed by up to 2.3e-4 and side maps by 1.7e-3. A value on its
+    // threshold may fall on either side of it.
     const auto expectMirrored = [](const CFloatMatrix& a, const CFloatMatrix& b, double tolerance) {
         int flips = 0;
         for (uint32_t r = 0; r < a.Rows; ++r)
@@ -465,7 +465,7 @@ TEST(CropAnalyzer, MirroredPictureSwapsLeftAndRight)
     EXPECT_NEAR(plain->SideGain[3] / mirrored->SideGain[2], 1, 5e-3);
 }
 
-TEST(CropAnalyzer, TwoThreadsGiveTheBitsOfOne)
+TEST(CropAnalyzer, TwoThreadsGiveTheSameBitsAsOne)
 {
     const Picture first = Blobs(640, 480, 13);
     const Picture second = Noise(480, 640, 14);
@@ -495,7 +495,7 @@ TEST(CropAnalyzer, TwoThreadsGiveTheBitsOfOne)
     expectSame(*threadSecond, *aloneSecond);
 }
 
-// The analysis is done when the constructor returns: the image may go.
+// The analysis is complete when the constructor returns: the image may be destroyed.
 TEST(CropAnalyzer, KeepsNoReferenceToTheImage)
 {
     ImageHolder image = MakeImage(Blobs(640, 480, 15));

@@ -116,7 +116,7 @@ long double SlowDistance(const Scene& scene, size_t i)
     return std::sqrt(square);
 }
 
-TEST(MahalanobisMap, HasTheBitsOfOneProductOfTheWholePlane)
+TEST(MahalanobisMap, MatchesOneProductOfTheWholePlaneBitForBit)
 {
     const FormScope scope;
     std::vector<PlaneSize> sizes = AwkwardSizes();
@@ -194,7 +194,7 @@ TEST(MahalanobisMap, OfACovarianceWithNaNIsNaN)
 
 // The variance of a bright flat strip can come out below -10. Such a model has no scale, and its
 // plane shows no contrast; a BLAS may leave NaN there instead.
-TEST(ScalarDistanceMap, OfAVarianceWithoutARootIsZero)
+TEST(ScalarDistanceMap, OfAModelWithoutAScaleIsZero)
 {
     for (const float variance : {-20.0f, std::numeric_limits<float>::quiet_NaN()}) {
         SCOPED_TRACE(variance);
@@ -206,7 +206,7 @@ TEST(ScalarDistanceMap, OfAVarianceWithoutARootIsZero)
     }
 }
 
-TEST(ScalarDistanceMap, OfVariancesAtTheEnds)
+TEST(ScalarDistanceMap, OfExtremeVariances)
 {
     Scene scene(1, 67, 9, 14);
     scene.SetCovariance({kInfinity});
@@ -269,7 +269,7 @@ TEST(MahalanobisMap, AnIndefiniteCovarianceMakesDistancesInfinite)
 }
 
 // The square is not clamped: a common scale below 0 leaves no distance at all.
-TEST(MahalanobisMap, ANegativeSquareHasNoRoot)
+TEST(MahalanobisMap, ANegativeSquareGivesNaN)
 {
     Scene scene(3, 9, 5, 6);
     scene.SetCovariance({-50, 0, 0, 0, 50, 0, 0, 0, 50});
@@ -312,7 +312,7 @@ TEST(MahalanobisMap, TakesOtherNumbersOfPlanes)
     }
 }
 
-// Nothing but single operations on each element, so that all bits are known.
+// Only single operations on each element, so all bits are known.
 TEST(ScalarDistanceMap, OffsetsDropsTheSignAndScales)
 {
     const FormScope scope;
@@ -364,7 +364,7 @@ TEST(ScalarDistanceMap, AgreesWithTheGeneralFormUpToRounding)
     float worst = 0.0f;
     for (size_t i = 0; i < scalar.size(); ++i)
         worst = std::max(worst, std::fabs(scene.Out.Data()[i] - scalar[i]) / scalar[i]);
-    // 1.2e-7, one unit of the last place; the forms round three times each.
+    // 1.2e-7, one unit of the last place; each form rounds three times.
     EXPECT_LT(worst, 3e-7f);
 }
 
@@ -438,7 +438,7 @@ TEST(InvertRegularised, TheFallbackMayBeInfinite)
     EXPECT_EQ(result, (std::vector<float>{kInfinity, 0, 0, 0, kInfinity, 0, 0, 0, kInfinity}));
 }
 
-TEST(DotThreePlanes, RoundsOnceInEveryForm)
+TEST(DotThreePlanes, RoundsOnceInEveryVariant)
 {
     const FormScope scope;
     for (CpuForm form : AvailableForms())

@@ -1,4 +1,4 @@
-// The tool as a user meets it: exit codes, files, and messages that name what is wrong.
+// The tool as a user sees it: exit codes, files, and messages that name what is wrong.
 
 #include <cstdio>
 #include <cstdlib>
@@ -82,7 +82,7 @@ TEST_F(DumpMaps, NamesTheFileThatIsMissing)
     EXPECT_EQ(Errors, "dump_maps: /no/such/picture.jpg: no such file\n");
 }
 
-TEST_F(DumpMaps, NamesTheFileThatIsNoPicture)
+TEST_F(DumpMaps, NamesTheFileThatIsNotAPicture)
 {
     const std::string text = (Folder / "text.jpg").string();
     std::ofstream(text) << "no picture\n";
@@ -97,7 +97,7 @@ TEST_F(DumpMaps, NamesTheFolderThatIsAFile)
     EXPECT_EQ(Errors.find("dump_maps: " + picture + ": "), 0u) << Errors;
 }
 
-TEST_F(DumpMaps, NamesTheOptionThatIsWrong)
+TEST_F(DumpMaps, NamesTheWrongOption)
 {
     EXPECT_NE(Run(""), 0);
     EXPECT_NE(Errors.find("picture"), std::string::npos) << Errors;

@@ -74,7 +74,7 @@ TEST(MultiScaleEdges, WithoutAScaleAreZero)
     EXPECT_EQ(Edges(source, {}, true, true), std::vector<float>(40 * 30, 0.0f));
 }
 
-// 0.04f lies below 0.04 and 0.2f above 0.2, and the product is cut without a rounding.
+// 0.04f lies below 0.04 and 0.2f above 0.2, and the product is truncated without rounding first.
 TEST(MultiScaleEdges, SkipAScaleThatLeavesNoPixel)
 {
     const std::vector<float> none25(25 * 200, 0.0f);
@@ -88,12 +88,12 @@ TEST(MultiScaleEdges, SkipAScaleThatLeavesNoPixel)
     Stack side4(1, 4, 100);
     side4.FillNoise(3);
     EXPECT_EQ(Edges(side4, {0.2f}), std::vector<float>(400, 0.0f));
-    // A skipped scale leaves the others alone.
+    // A skipped scale does not affect the others.
     EXPECT_EQ(Edges(side25, {0.04f, 0.2f}), Edges(side25, {0.2f}));
 }
 
-// Taken as a scale of no pixels, it would add the map of the scale before it once more.
-TEST(MultiScaleEdges, SkippedScaleAddsNothingToTheOneBeforeItAndIsSilent)
+// If it were used as a scale of no pixels, it would add the map of the previous scale again.
+TEST(MultiScaleEdges, SkippedScaleAddsNothingAndPrintsNothing)
 {
     for (const bool upright : {false, true}) {
         SCOPED_TRACE(upright ? "no row" : "no column");
@@ -169,8 +169,8 @@ TEST(MultiScaleEdges, OfTwoScalesAreTheirSum)
     EXPECT_LE(*std::max_element(both.begin(), both.end()), 2.0f);
 }
 
-// 40 x 0.04f leaves one pixel of width, which the resize back refuses: the scale adds its raw
-// gradients and, behind them, whatever the buffer held. At the first scale that is zeros.
+// 40 x 0.04f leaves one pixel of width, which the resize back rejects: the scale adds its raw
+// gradients and, after them, whatever the buffer held. At the first scale that is zeros.
 TEST(MultiScaleEdges, RefusedFirstScaleAddsGradientsAndZeros)
 {
     Stack source(2, 40, 200);
@@ -192,7 +192,7 @@ TEST(MultiScaleEdges, RefusedFirstScaleAddsGradientsAndZeros)
     EXPECT_EQ(edges, expected);
 }
 
-TEST(MultiScaleEdges, RefusedSecondScaleAddsTheFirstOnceMore)
+TEST(MultiScaleEdges, RejectedSecondScaleAddsTheFirstAgain)
 {
     Stack source(1, 40, 200);
     source.FillNoise(10);
@@ -213,7 +213,7 @@ TEST(MultiScaleEdges, GiveTheSameBitsEveryTime)
         source.FillNoise(11);
         testing::internal::CaptureStderr();
         const std::vector<float> first = Edges(source, {0.04f, 0.2f});
-        std::vector<std::unique_ptr<Stack>> dirt; // memory that the next run may get back
+        std::vector<std::unique_ptr<Stack>> dirt; // memory that the next run may reuse
         for (int i = 0; i < 4; ++i) {
             dirt.push_back(std::make_unique<Stack>(1, cols, rows));
             std::fill_n(dirt.back()->Plane(0), cols * rows, 5.0f + float(i));
@@ -236,8 +236,8 @@ TEST(MultiScaleEdges, NormaliseTheOutputOnlyWhenAsked)
 
 TEST(MultiScaleEdges, DampRowsAtTheSmallSizeWhenAsked)
 {
-    // With 1 x 7 left the resize back is refused, so the damped rows show as they are: each
-    // row is a single element x, x / (x + 0.01) if it is above 0.05.
+    // At 1 x 7 the resize back is rejected, so the damped rows show unchanged: each row is a single
+    // element x, x / (x + 0.01) if it is above 0.05.
     Stack source(1, 40, 200);
     source.FillNoise(13);
     testing::internal::CaptureStderr();
@@ -290,7 +290,7 @@ TEST(NormaliseRow, ElementOnTheThresholdIsNotSummed)
 
 TEST(NormaliseRow, SumIsAFloatRoundedAtEachAddition)
 {
-    // From 2^24 on a float takes no single ones.
+    // From 2^24 on, adding 1 to a float changes nothing.
     float row[5] = {16777216.0f, 1.0f, 1.0f, 1.0f, 1.0f};
     NormaliseRowBySum(row, 5, 0.0f, 0.05f);
     EXPECT_EQ(row[0], 1.0f);
@@ -307,8 +307,8 @@ TEST(NormaliseRow, DivisorIsNotRoundedToFloat)
     EXPECT_EQ(row[0], 1.0f - 0x1p-24f);
 }
 
-// Rows are summed side by side; each has the bits of a row alone.
-TEST(NormaliseRows, GiveEachRowTheBitsOfARowAlone)
+// Rows are summed side by side; each must match a single row bit for bit.
+TEST(NormaliseRows, MatchASingleRowBitForBit)
 {
     for (int rows : {1, 7, 8, 9, 19}) {
         SCOPED_TRACE(rows);

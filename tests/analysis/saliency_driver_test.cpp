@@ -104,7 +104,7 @@ TEST(SaliencyDriver, WritesEveryMapInFullAtAnySize)
     }
 }
 
-TEST(SaliencyDriver, NormalisesAllButTheColourContrast)
+TEST(SaliencyDriver, NormalisesAllExceptTheColourContrast)
 {
     const Maps maps(Blobs(160, 120, 3));
     for (int k : {0, 1, 3, 4, 5, 6}) {
@@ -124,8 +124,8 @@ TEST(SaliencyDriver, NormalisesAllButTheColourContrast)
     EXPECT_NEAR(Largest(unsure.Contrast()), 1.0f, 1e-6);
 }
 
-// The stages once more, in the stated order, each map from its own formula: min(T, B) of the
-// joint contrasts alone; the enriched minimum; edges of the unsmoothed planes times contrast.
+// The stages repeated in the stated order, each map from its own formula: min(T, B) of the joint
+// contrasts alone; the enriched minimum; edges of the unsmoothed planes times contrast.
 TEST(SaliencyDriver, FusesTheStagesInOrder)
 {
     const Picture picture = Blobs(131, 97, 4);
@@ -194,7 +194,7 @@ TEST(SaliencyDriver, SideStripsAreAFifthOfTheShorterSide)
             picture.Set(r, c, 180, 180, 180);
     const Maps maps(picture);
     EXPECT_EQ(maps.Side(0)[80], 0.0f);            // its own strip
-    EXPECT_EQ(maps.Side(0)[60 * 160 + 80], 1.0f); // all else
+    EXPECT_EQ(maps.Side(0)[60 * 160 + 80], 1.0f); // the rest
     EXPECT_EQ(maps.Side(1)[60 * 160 + 80], 0.0f); // the bottom's kind
     EXPECT_EQ(maps.Side(1)[80], 1.0f);
 }
@@ -209,7 +209,7 @@ TEST(SaliencyDriver, FlatPictureLeavesAllMapsNearZero)
     }
 }
 
-TEST(SaliencyDriver, NarrowPictureHasNoEdgesButAllElse)
+TEST(SaliencyDriver, NarrowPictureHasEverythingExceptEdges)
 {
     const Maps maps(Noise(4, 90, 2)); // both scales leave no pixel
     EXPECT_EQ(Largest(maps.Saliency()), 0.0f);
@@ -219,9 +219,9 @@ TEST(SaliencyDriver, NarrowPictureHasNoEdgesButAllElse)
 }
 
 // The statistics are differences of float table entries, which grow from the top left corner: a
-// strip at the far sides loses more digits than its mirror image near the corner. Over sizes
-// from 64 x 48 to 640 x 480, five seeds, blobs and noise, the contrasts of mirrored pictures
-// were apart by at most 1.2e-4, their colour contrasts by 2.3e-4, the side maps by 1.7e-3.
+// strip at the far sides loses more digits than its mirror image near the corner. Over sizes from
+// 64 x 48 to 640 x 480, five seeds, blobs and noise, the contrasts of mirrored pictures differed by
+// at most 1.2e-4, their colour contrasts by 2.3e-4, the side maps by 1.7e-3.
 constexpr double kMirrorContrast = 6e-4;
 constexpr double kMirrorSide = 5e-3;
 
@@ -242,7 +242,7 @@ TEST(SaliencyDriver, MirroredPictureMirrorsContrastAndSwapsLeftAndRight)
     EXPECT_LE(LargestDifference(maps.Side(1), Mirrored(mirrored.Side(1), 160)), kMirrorSide);
     EXPECT_LE(LargestDifference(maps.Side(2), Mirrored(mirrored.Side(3), 160)), kMirrorSide);
     EXPECT_LE(LargestDifference(maps.Side(3), Mirrored(mirrored.Side(2), 160)), kMirrorSide);
-    // The properties are not empty: the picture is no mirror of itself.
+    // The check is not vacuous: the picture does not mirror itself.
     EXPECT_GT(LargestDifference(maps.Contrast(), mirrored.Contrast()), 0.1);
     EXPECT_GT(LargestDifference(maps.Side(2), mirrored.Side(2)), 0.1);
 }
@@ -261,8 +261,8 @@ TEST(SaliencyDriver, UpsideDownPictureSwapsTopAndBottom)
     EXPECT_GT(LargestDifference(maps.Side(0), turned.Side(0)), 0.1);
 }
 
-// No plane is weighted and no colour transform is made: the order of the bytes is a matter of
-// rounding alone.
+// No plane is weighted and no colour transform is applied: the order of the bytes affects only
+// rounding.
 TEST(SaliencyDriver, SwappedBytesChangeNothingButRounding)
 {
     const Picture picture = Blobs(160, 120, 7);
@@ -274,7 +274,7 @@ TEST(SaliencyDriver, SwappedBytesChangeNothingButRounding)
     }
 }
 
-TEST(SaliencyDriver, TwoThreadsGiveTheBitsOfOne)
+TEST(SaliencyDriver, TwoThreadsGiveTheSameBitsAsOne)
 {
     const Picture first = Blobs(320, 240, 8);
     const Picture second = Noise(240, 320, 9);

@@ -28,7 +28,7 @@ struct TabledStack {
     {
         return Stack.Planes[size_t(plane)][row * Stack.Cols + col];
     }
-    // Whole numbers: sums and products stay exact in the float tables of a small stack.
+    // Integers: sums and products stay exact in the float tables of a small stack.
     void FillWhole(uint32_t seed, uint32_t below)
     {
         std::mt19937 random(seed);
@@ -93,7 +93,7 @@ TEST(BorderStrips, AreAtLeastOnePixelWide)
     EXPECT_EQ(MakeBorderStrips(640, 8, 0.25f).Top.Bottom, 1);
 }
 
-TEST(BorderStrips, WidthIsRoundedToFloatBeforeItIsCut)
+TEST(BorderStrips, WidthIsRoundedToFloatBeforeTruncation)
 {
     // 0.29f lies below 0.29, so in double the product falls short of 29.
     ASSERT_LT(100.0 * double(0.29f), 29.0);
@@ -117,7 +117,7 @@ TEST(BorderStrips, OfOnePixelAreThatPixel)
         ExpectStrip(strip, 0, 0, 0, 0);
 }
 
-TEST(BorderStrips, AreClippedHoweverWideTheyAre)
+TEST(BorderStrips, AreClippedToTheImage)
 {
     const BorderStrips strips = MakeBorderStrips(5, 3, 2.0f);
     ExpectStrip(strips.Top, 0, 0, 4, 2);
@@ -140,7 +140,7 @@ TEST(BorderStrips, OfAHundredCountBottomCornersTwice)
     EXPECT_EQ(std::count(hits.begin(), hits.end(), 2), 2 * 625);
 }
 
-// Sums below 2^24 are exact in the tables, so the slow sums below meet them to the bit.
+// Sums below 2^24 are exact in the tables, so the slow sums below match them to the bit.
 TEST(StripStatistics, AreMeanAndCovarianceWithCornersCountedTwice)
 {
     TabledStack planes(3, 17, 11);
@@ -196,7 +196,7 @@ TEST(StripStatistics, OfAViewAreTheDiagonalOfTheStack)
 
 TEST(StripStatistics, TotalIsAFloatThatRoundsAtEveryStrip)
 {
-    // One row: its sums along the row. 2^24, then a one, then a one that no float can add.
+    // One row: its sums along the row. 2^24, then a 1, then a 1 that a float sum loses.
     TabledStack planes(1, 3, 1);
     planes.At(0, 0, 0) = 16777216.0f;
     planes.At(0, 0, 1) = 1.0f;
@@ -310,7 +310,7 @@ TEST(AnchoredContrast, OfAFlatStackIsZero)
 }
 
 // One faint pixel away from all strips: both models are 0, and its distance from each is its value
-// over the root of the regulariser. The map's floor of 1e-5 parts the two.
+// over the root of the regulariser. The map's floor of 1e-5 separates the two.
 TEST(AnchoredContrast, ReachesOneOnlyIfItsRangeReachesTheFloor)
 {
     const float perUnit = 1.0f / std::sqrt(10.0f);
@@ -362,13 +362,13 @@ TEST(AnchoredContrast, OfAnUpsideDownStackSwapsTopAndBottom)
 }
 
 // Each quadrant strip has a value of its own, so a map is zero at its own strip alone.
-TEST(SideContrasts, StandInTheOrderTopBottomLeftRight)
+TEST(SideContrasts, AreInTheOrderTopBottomLeftRight)
 {
     constexpr int32_t kSide = 50;
     for (int side = 0; side < 4; ++side) {
         SCOPED_TRACE(side);
         TabledStack planes(3, kSide, kSide);
-        // One strip of 10 is dark, all else light: seen from that strip all else is far.
+        // One strip of 10 is dark, the rest light: measured from that strip the rest is far.
         for (int p = 0; p < 3; ++p)
             for (int32_t r = 0; r < kSide; ++r)
                 for (int32_t c = 0; c < kSide; ++c) {

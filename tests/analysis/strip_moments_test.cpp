@@ -1,4 +1,4 @@
-// Statistics of strips without tables: the bits of those that are read from tables.
+// Statistics of strips without tables: the same bits as those read from tables.
 #include "analysis/strip_moments.h"
 
 #include <cstring>
@@ -46,7 +46,7 @@ void ExpectStatisticsOfTheTables(const CPlaneStack& stack, const CStripMoments& 
 }
 
 // Bright planes, whose tables lose digits: an order of additions of its own would show.
-TEST(StripMoments, AreThoseOfTheTablesInEveryVariant)
+TEST(StripMoments, MatchTheTablesInEveryVariant)
 {
     const FormScope scope;
     std::vector<PlaneSize> sizes = AwkwardSizes();
@@ -75,7 +75,7 @@ TEST(StripMoments, AreThoseOfTheTablesInEveryVariant)
     }
 }
 
-TEST(StripMoments, TakeAnyRectangles)
+TEST(StripMoments, AcceptAnyRectangles)
 {
     const Scene scene(97, 53, 0.0f);
     const std::vector<CStripRect> rects = {

@@ -1,4 +1,4 @@
-// Pictures to analyse: packed three-byte pixels, and what can be done to them.
+// Pictures to analyse: packed three-byte pixels, and operations on them.
 #ifndef VISTATRIM_TESTS_ANALYSIS_TEST_PICTURES_H
 #define VISTATRIM_TESTS_ANALYSIS_TEST_PICTURES_H
 

@@ -93,7 +93,7 @@ bool MayIncludeLibrary(const Room& room, const std::string& header)
 }
 
 // The header's path relative to the root, empty if there is no such header. A generated header
-// counts as lying where its template is.
+// belongs to its template's folder.
 std::string Resolved(const std::string& includer, const std::string& header)
 {
     std::vector<fs::path> folders = {fs::path(includer).parent_path()};
@@ -205,7 +205,7 @@ TEST(IncludeDirection, EveryRoomOfTheTableHoldsSources)
     }
 }
 
-// No two rooms may see each other, by whatever way round.
+// No two rooms may include each other, directly or through others.
 TEST(IncludeDirection, OfTheTableHasNoCircle)
 {
     std::set<std::string> settled;
@@ -271,7 +271,7 @@ TEST(IncludeDirection, IncludesAreReadFromLines)
 }
 
 // The page shows the table, row for row.
-TEST(IncludeDirection, IsShownInTheArchitectureAsItIs)
+TEST(IncludeDirection, IsShownUnchangedInTheArchitecture)
 {
     const std::vector<std::string> page = LinesOf(kRoot / "docs/architecture.md");
     const std::string heading = "| room | holds | may include |";

@@ -394,7 +394,7 @@ TEST(RandomCropGenerator, FlagOfAnUnknownRatioAppendsARowAndTouchesNoCell)
     EXPECT_TRUE(generator.CropGrid.empty());
 }
 
-TEST(RandomCropGenerator, DisabledRowsAreEnumeratedButNotHandedOut)
+TEST(RandomCropGenerator, DisabledRowsAreEnumeratedButNotReturned)
 {
     RandomCropGenerator generator = UsualGenerator(640, 480);
     generator.SetAspectRatioEnabled(3.0 / 2.0, false);

@@ -19,7 +19,7 @@ PhotoResult Numbered(size_t index)
     return result;
 }
 
-TEST(Batch, EmitsInOrderWhateverTheSpeedOfEach)
+TEST(Batch, EmitsInOrderWhicheverFinishesFirst)
 {
     for (const int workers : {1, 2, 5}) {
         std::vector<std::string> emitted;
@@ -61,7 +61,7 @@ TEST(Batch, WorksOnSeveralAtATime)
     EXPECT_EQ(most, 3);
 }
 
-TEST(Batch, StoppedEmitsEverythingThatWasBegun)
+TEST(Batch, StoppedRunEmitsEverythingStarted)
 {
     std::atomic<size_t> begun{0};
     std::vector<size_t> emitted;
@@ -85,7 +85,7 @@ TEST(Batch, StoppedEmitsEverythingThatWasBegun)
         EXPECT_EQ(emitted[i], i);
 }
 
-TEST(Batch, LetsEveryWorkerLeave)
+TEST(Batch, CallsLeaveInEveryWorker)
 {
     std::atomic<int> left{0};
     BatchSteps steps;
@@ -107,7 +107,7 @@ TEST(Batch, OfNothingEmitsNothing)
     EXPECT_EQ(RunBatch(0, 4, steps), 0U);
 }
 
-TEST(Progress, TellsDoneTotalAndTimeLeft)
+TEST(Progress, ShowsDoneTotalAndTimeLeft)
 {
     EXPECT_EQ(ProgressLine(5, 10, 65.0), "[###############...............] 5/10  1:05 left");
     EXPECT_EQ(ProgressLine(0, 10, 0.0), "[..............................] 0/10");

@@ -28,7 +28,7 @@ photo::Suggestions CropsOfAGradient()
     return photo::Analysis(picture).Suggest(photo::Request());
 }
 
-TEST(BlasThreads, EndAndTheAnalysisGoesOnWithoutThem)
+TEST(BlasThreads, StopAndTheAnalysisStillWorks)
 {
     HoldBlasToOneThread();
     EXPECT_EQ(Threads(), 1U);

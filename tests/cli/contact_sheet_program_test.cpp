@@ -1,5 +1,5 @@
 // A contact sheet has a row for each photograph, whatever it is called and even if it is broken,
-// with the photograph first and its crops behind it.
+// with the photograph first and its crops after it.
 #include <cmath>
 
 #include <gtest/gtest.h>
@@ -47,7 +47,8 @@ TEST(ContactSheet, HasARowOfPicturesForEachPhotograph)
                     folder.Path("blue.png"), "--top", "2", "-o", folder.Path("sheet.jpg")});
     EXPECT_EQ(outcome.Status, 1); // of the broken one
     const VImage sheet = VImage::new_from_file(folder.Path("sheet.jpg").c_str());
-    // A gap of 12 around; a head of 30; rows of 30 + 240 + 12; the broken one's is its text alone.
+    // A gap of 12 around; a head of 30; rows of 30 + 240 + 12; the broken one's row is only its
+    // message.
     EXPECT_EQ(sheet.width(), 3 * 372 + 12);
     ASSERT_EQ(sheet.height(), 12 + 30 + 282 + 30 + 282 + 12);
     for (int cell = 0; cell < 3; ++cell) {
@@ -81,7 +82,7 @@ TEST(ContactSheet, TakesShapesAndCells)
     EXPECT_EQ(widthOfCell(2), 45);
 }
 
-TEST(ContactSheet, RefusesWhatItCannotWrite)
+TEST(ContactSheet, RejectsWhatItCannotWrite)
 {
     const TempFolder folder;
     Scene(300, 200, 0.3, 0.6).write_to_file(folder.Path("a.jpg").c_str());

@@ -23,7 +23,7 @@ VImage Open(const std::string& path)
     return VImage::new_from_file(path.c_str());
 }
 
-// The whole photograph as the only crop, so that the place of every colour is known.
+// The whole photograph as the only crop, so that the position of every colour is known.
 std::vector<std::string> WholeAsCrop(const std::string& photo, const std::string& folder,
                                      std::vector<std::string> more = {})
 {
@@ -40,7 +40,7 @@ void ExpectQuarters(const VImage& image, double tolerance)
             EXPECT_NEAR(means[quarter][band], kQuarterColours[quarter][band], tolerance);
 }
 
-TEST(Crop, IsCutFromTheFullResolutionWhereSuggestSaid)
+TEST(Crop, IsCutFromTheFullResolutionWhereSuggestPlacedIt)
 {
     const TempFolder folder;
     const VImage scene = Scene(1801, 1203, 0.3, 0.6);
@@ -59,7 +59,7 @@ TEST(Crop, IsCutFromTheFullResolutionWhereSuggestSaid)
         const VImage written = Open(folder.Path("out/a-" + std::to_string(i + 1) + ".png"));
         ASSERT_EQ(written.width(), expected.width());
         ASSERT_EQ(written.height(), expected.height());
-        EXPECT_EQ((written - expected).abs().max(), 0.0); // every pixel, unchanged
+        EXPECT_EQ((written - expected).abs().max(), 0.0); // every pixel unchanged
     }
 }
 
@@ -78,7 +78,7 @@ TEST(Crop, IsUprightFromAllEightOrientations)
         EXPECT_EQ(written.height(), 600);
         EXPECT_EQ(vips_image_get_orientation(written.get_image()), 1);
         ExpectQuarters(written, 2.0);
-        // Several crops are read in another way than one.
+        // Several crops are read differently from one.
         const Outcome several = RunProgram({"crop", folder.Path("a.jpg"), "-o", folder.Path("two"),
                                             "--size", "899x599", "--force", "--top", "2"});
         ASSERT_EQ(several.Status, 0) << several.Err;
@@ -171,7 +171,7 @@ TEST(Crop, IsWrittenInEveryFormat)
             EXPECT_NEAR(means[1][3], 0.0, 2.0);
         }
         const VImage inked = Open(folder.Path("out/ink" + ending));
-        // What was written can be read again, by whatever module that takes.
+        // What was written can be read again, with whichever module that needs.
         EXPECT_EQ(RunProgram({"suggest", folder.Path("out/ink" + ending)}).Status, 0);
         const bool keepsInk = std::string(format) == "jpg" || std::string(format) == "tif";
         EXPECT_EQ(inked.interpretation() == VIPS_INTERPRETATION_CMYK, keepsInk);
@@ -209,12 +209,12 @@ TEST(Crop, KeepsMetadataUnlessStripped)
     const VImage bare = Open(folder.Path("bare/a-1.jpg"));
     EXPECT_EQ(bare.get_typeof("exif-ifd0-Make"), 0U);
     EXPECT_EQ(bare.get_typeof("exif-ifd3-GPSLatitude"), 0U);
-    EXPECT_NE(bare.get_typeof(VIPS_META_ICC_NAME), 0U); // colours stay what they are
+    EXPECT_NE(bare.get_typeof(VIPS_META_ICC_NAME), 0U); // colours are unchanged
     EXPECT_EQ(ReadText(folder.Path("bare/a-1.jpg")).find("Testers"), std::string::npos);
 }
 
-// Cameras embed a small picture of the whole; it would show what was cropped away.
-TEST(Crop, LosesTheEmbeddedSmallPictureOfTheWhole)
+// Cameras embed a thumbnail of the whole; it would show what was cropped away.
+TEST(Crop, DropsTheEmbeddedThumbnail)
 {
     const TempFolder folder;
     VImage tagged = WithMetadata(Quarters(900, 600));
@@ -247,10 +247,10 @@ TEST(Crop, NeverReplacesAFileWithoutForce)
     EXPECT_GT(Open(folder.Path("a-2.jpg")).width(), 100);
 }
 
-TEST(Crop, LeavesNothingBehindOfABrokenPhotograph)
+TEST(Crop, LeavesNoFilesForABrokenPhotograph)
 {
     const TempFolder folder;
-    // Large enough to be read as a small version of itself from its first half alone.
+    // Large enough for a reduced version to be read from its first half.
     Scene(3000, 2000, 0.3, 0.3).write_to_file(folder.Path("a.jpg").c_str());
     for (const double share : {0.1, 0.5, 0.99}) {
         CutShort(folder.Path("a.jpg"), folder.Path("cut.jpg"), share);
@@ -262,7 +262,7 @@ TEST(Crop, LeavesNothingBehindOfABrokenPhotograph)
     }
 }
 
-TEST(Crop, RefusesNamesThatClash)
+TEST(Crop, RejectsNamesThatClash)
 {
     const TempFolder folder;
     std::filesystem::create_directories(folder.Path("x"));
@@ -295,7 +295,7 @@ TEST(Crop, NeverReplacesAPhotographOfTheSameRun)
     EXPECT_FALSE(std::filesystem::exists(folder.Path("p-1-1.jpg"))); // nothing was written
 }
 
-TEST(Crop, AFolderWithoutPhotographsTakesNoName)
+TEST(Crop, FolderWithoutPhotographsClaimsNoName)
 {
     const TempFolder folder;
     std::filesystem::create_directory(folder.Path("a"));
@@ -306,7 +306,7 @@ TEST(Crop, AFolderWithoutPhotographsTakesNoName)
     EXPECT_TRUE(std::filesystem::exists(folder.Path("out/a-1.jpg"))) << outcome.Err;
 }
 
-TEST(Crop, KilledLeavesWholeFilesAloneAndResumes)
+TEST(Crop, KilledRunLeavesOnlyCompleteFilesAndResumes)
 {
     const TempFolder folder;
     std::filesystem::create_directory(folder.Path("in"));
@@ -343,7 +343,7 @@ TEST(Crop, KilledLeavesWholeFilesAloneAndResumes)
                 << i << rank << " " << outcome.Err;
 }
 
-// Ranks 2 and 4 of five are there, in another hand; ranks 1, 3 and 5 are missing.
+// Ranks 2 and 4 of five exist, with other contents; ranks 1, 3 and 5 are missing.
 TEST(Crop, ResumedWritesOnlyWhatIsMissing)
 {
     const TempFolder folder;
@@ -378,8 +378,8 @@ TEST(Crop, ResumedWritesOnlyWhatIsMissing)
     EXPECT_EQ(again.Out, "");
 }
 
-// The first crop is the last that an interrupted run writes, but a person can take away any.
-TEST(Crop, ResumedBringsBackACropBehindTheFirst)
+// The first crop is the last that an interrupted run writes, but a person can delete any.
+TEST(Crop, ResumedRestoresALaterCrop)
 {
     const TempFolder folder;
     Scene(900, 600, 0.3, 0.6).write_to_file(folder.Path("a.png").c_str());
@@ -407,8 +407,8 @@ TEST(Crop, ResumedInAnotherFormatWritesThatFormat)
     EXPECT_EQ(resumed.Out, folder.Path("out/a-1.webp") + "\n" + folder.Path("out/a-2.webp") + "\n");
 }
 
-// A photograph with fewer crops than asked for has nothing missing.
-TEST(Crop, ResumedIsContentWithFewerCropsThanAsked)
+// A photograph with fewer crops than requested has nothing missing.
+TEST(Crop, ResumedAcceptsFewerCropsThanRequested)
 {
     const TempFolder folder;
     Quarters(900, 600).write_to_file(folder.Path("a.jpg").c_str());
@@ -443,14 +443,14 @@ TEST(Maps, AreWrittenAsPicturesOfTheWorkingSize)
         EXPECT_EQ(map.bands(), 1);
         EXPECT_EQ(map.max(), 255.0);
     }
-    // The disc stands out of its ground.
+    // The disc stands out from its background.
     const VImage contrast = Open(folder.Path("out/a-ColorContrastMap.png"));
     EXPECT_GT(contrast.getpoint(192, 256)[0], 100.0);
     EXPECT_LT(contrast.getpoint(600, 40)[0], 60.0);
     EXPECT_EQ(RunProgram({"maps", folder.Path("a.jpg"), "-o", folder.Path("out")}).Status, 1);
 }
 
-TEST(Report, IsOnePageThatNeedsNothingElse)
+TEST(Report, IsOneSelfContainedPage)
 {
     const TempFolder folder;
     Scene(900, 600, 0.3, 0.6).write_to_file(folder.Path("a <b>&\".jpg").c_str());

@@ -1,4 +1,4 @@
-// What the program takes from a folder.
+// Which files of a folder the program reads.
 #include <filesystem>
 
 #include <gmock/gmock.h>

@@ -39,8 +39,8 @@ Block Touched(size_t bytes)
     return block;
 }
 
-// These two run in this order, the first one with a heap as a program finds it.
-TEST(FreedMemory, GoesBackToTheSystemBetweenTheSteps)
+// These two run in this order, the first with a fresh heap.
+TEST(FreedMemory, IsReturnedToTheSystemBetweenSteps)
 {
     std::vector<Block> blocks;
     for (int i = 0; i < 300; ++i)

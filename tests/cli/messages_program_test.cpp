@@ -1,4 +1,4 @@
-// What the program says to people, and that it says so before it works.
+// What the program reports, and that it reports it before it starts working.
 #include <filesystem>
 
 #include <gtest/gtest.h>

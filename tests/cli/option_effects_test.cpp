@@ -1,4 +1,4 @@
-// Options by what they do to the outcome, where no other test looks at that.
+// Options by their effect on the result, where no other test covers it.
 #include <algorithm>
 #include <cmath>
 #include <filesystem>
@@ -32,7 +32,7 @@ TEST(OptionEffects, RecursiveKeepsTheFoldersAtEveryLevel)
 {
     const TempFolder folder;
     const VImage scene = Scene(300, 200, 0.3, 0.6);
-    // The same name in every folder: only the folders tell them apart.
+    // The same name in every folder: only the folders distinguish them.
     const std::vector<std::string> inside = {"", "one/", "one/two/", "one/two/three/",
                                              "other/two/"};
     for (const std::string& where : inside) {
@@ -51,7 +51,7 @@ TEST(OptionEffects, RecursiveKeepsTheFoldersAtEveryLevel)
     EXPECT_EQ(RunProgram({"maps", "-r", folder.Path("in"), "-o", folder.Path("maps")}).Status, 0);
     for (const std::string& where : inside)
         EXPECT_TRUE(std::filesystem::exists(folder.Path("maps/" + where + "a-EdgeMap.png")));
-    // Without the option, what is below the folder stays untouched.
+    // Without the option, subfolders are skipped.
     const Outcome flat =
         RunProgram({"crop", "--top", "1", folder.Path("in"), "-o", folder.Path("flat")});
     EXPECT_EQ(flat.Out, folder.Path("flat/a-1.jpg") + "\n");
@@ -147,7 +147,7 @@ TEST(OptionEffects, DensityAndScaleAndAspectSetTheCandidates)
         options.emplace_back("--explain");
         return Suggested(folder.Path("a.jpg"), options)["explain"]["candidates"].get<int>();
     };
-    // A crop as high as the photograph has room along one axis alone.
+    // A crop as high as the photograph has room along one axis only.
     EXPECT_EQ(candidates({"--aspect", "1:1", "--scale", "1", "--density", "9"}), 9);
     EXPECT_EQ(candidates({"--aspect", "1:1", "--scale", "1", "--density", "30"}), 30);
     EXPECT_EQ(candidates({"--aspect", "1:1", "--scale", "1"}), 8);

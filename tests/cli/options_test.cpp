@@ -54,7 +54,7 @@ TEST(Options, OfSuggestAreRead)
     EXPECT_EQ(values.Workers, 2);
 }
 
-TEST(Options, StandAtTheirDefaults)
+TEST(Options, HaveTheirDefaults)
 {
     const CommandLine line = Parse({"suggest", "a.jpg"});
     ASSERT_FALSE(line.ExitStatus);
@@ -146,7 +146,7 @@ TEST(Options, ThatContradictEachOtherAreRefused)
     FaultOf({"suggest", "a.jpg", "--resume", "--force", "--json", "-o", "out.txt"});
 }
 
-TEST(Options, HelpAndVersionAreNoFault)
+TEST(Options, HelpAndVersionAreNotErrors)
 {
     EXPECT_EQ(Parse({"--help"}).ExitStatus, 0);
     EXPECT_EQ(Parse({"crop", "--help"}).ExitStatus, 0);

@@ -50,7 +50,7 @@ TEST_F(Pipes, APhotographComesFromStandardInputAndItsBestCropGoesToStandardOutpu
         TheScene.extract_area(best["x"], best["y"], best["width"], best["height"]);
     EXPECT_EQ((Open(Folder.Path("out.png")) - expected).abs().max(), 0.0);
 
-    // Into a folder, too, under a name of its own.
+    // Into a folder, too, under a fixed name.
     input.OutTo.clear();
     EXPECT_EQ(RunProgram({"crop", "-", "-n", "1", "-o", Folder.Path("dir")}, input).Out,
               Folder.Path("dir/stdin-1.png") + "\n");

@@ -66,7 +66,7 @@ TEST_F(ReadOutput, OfCropIsNotCroppedAgainHoweverItIsSpelled)
         EXPECT_EQ(outcome.Err, "");
         EXPECT_EQ(FilesBelow("in/out"), (std::set<std::string>{"a-1.jpg", "below/b-1.jpg"}));
     }
-    // A run with another output takes the crops for what they are: photographs in a folder.
+    // A run with another output reads the crops as photographs of the folder.
     EXPECT_EQ(Listed({}).size(), 4U);
 }
 
@@ -127,7 +127,7 @@ TEST_F(ReadOutput, IsReadWithAWarningWhereItIsNamed)
                              " is both read and written: files of earlier runs in it count as "
                              "photographs\n");
     EXPECT_TRUE(fs::exists(Folder.Path("in/a-1.jpg")));
-    // A file that is named is no folder to be warned of.
+    // Naming a file gives no warning about folders.
     const Outcome second = with({Folder.Path("in/a-1.jpg")});
     EXPECT_EQ(second.Status, 0) << second.Err;
     EXPECT_EQ(second.Err, "");

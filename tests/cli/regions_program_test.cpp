@@ -24,7 +24,7 @@ using testing::SizeIs;
 using vips::VImage;
 
 constexpr PixelSize kPhoto{900, 600};
-// Far from the bright disc of the scene, so that no crop holds it by chance.
+// Far from the bright disc of the scene, so that no crop contains it by chance.
 constexpr PixelRect kPet{720, 60, 90, 60};
 
 // A pet at kPet of the picture as it is stored, which is kPhoto large.
@@ -181,7 +181,7 @@ TEST(Regions, OfAFileAreListedAndKept)
     EXPECT_EQ(result.at("explain").at("wishes")[0].at("source"), "file");
 }
 
-TEST(Regions, FaultsOfTheFileAreNamed)
+TEST(Regions, ErrorsNameTheFile)
 {
     const TempFolder folder;
     Scene(90, 60, 0.5, 0.5).write_to_file(folder.Path("a.jpg").c_str());
@@ -204,7 +204,7 @@ TEST(Regions, FaultsOfTheFileAreNamed)
 }
 
 // The pixels of the photograph are damaged: only a request that is checked before they are decoded
-// gets to its own error.
+// reports its own error.
 TEST(Regions, OutsideThePhotographAreRejectedBeforeItIsDecoded)
 {
     const TempFolder folder;
@@ -227,7 +227,7 @@ TEST(Regions, OutsideThePhotographAreRejectedBeforeItIsDecoded)
     }
 }
 
-TEST(Regions, AFaceThatIsNamedSparesTheSearch)
+TEST(Regions, ANamedFaceSkipsTheSearch)
 {
     const std::string portrait = "/usr/lib/python3/dist-packages/skimage/data/astronaut.png";
     const TempFolder folder;
@@ -244,7 +244,7 @@ TEST(Regions, AFaceThatIsNamedSparesTheSearch)
     const json named = Suggest(portrait, {"--regions", folder.Path("r.jsonl")});
     ASSERT_THAT(named.at("regions"), SizeIs(1));
     EXPECT_EQ(named.at("regions")[0].at("source"), "file");
-    // Alone it may be looked at beside the analysis; the result is the same.
+    // A single photograph may be searched while it is analysed; the result is the same.
     EXPECT_EQ(Suggest(portrait, {"-j", "1"}), Suggest(portrait, {"-j", "4"}));
 }
 

@@ -128,7 +128,7 @@ TEST(ReportPage, EscapesNamesAndErrors)
     EXPECT_THAT(section, Not(HasSubstr("<b>'")));
 }
 
-TEST(ReportPage, FillsEveryMarkOfItsTemplate)
+TEST(ReportPage, FillsEveryPlaceholderOfItsTemplate)
 {
     const std::string page =
         ReportBeginning() + ReportSection(TwoCrops("a.jpg"), {"data:,", {}}, 0) + ReportEnd(3, 1);

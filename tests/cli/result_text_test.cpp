@@ -67,7 +67,7 @@ TEST(JsonLine, HoldsTheCropsOfAPhotograph)
     EXPECT_EQ(crop["scores"].size(), 7U);
 }
 
-TEST(JsonLine, OfAFailureHoldsFileAndErrorAlone)
+TEST(JsonLine, OfAFailureHasOnlyFileAndError)
 {
     const nlohmann::json json = nlohmann::json::parse(JsonLine(FailedResult("x.jpg")));
     EXPECT_EQ(json, (nlohmann::json{{"file", "x.jpg"}, {"error", "the file is \"empty\", sorry"}}));
@@ -103,7 +103,7 @@ TEST(PeopleText, SaysWhenThereIsNoCrop)
     EXPECT_NE(PeopleText(SampleResult("x.jpg", 1)).find("1600"), std::string::npos);
 }
 
-TEST(Resume, PassesOverWhatJsonHoldsWhole)
+TEST(Resume, SkipsPhotographsCompleteInJson)
 {
     const std::string whole = JsonLine(SampleResult("a.jpg", 2)) + JsonLine(FailedResult("b.jpg")) +
                               JsonLine(SampleResult("c.jpg", 0));
@@ -113,7 +113,7 @@ TEST(Resume, PassesOverWhatJsonHoldsWhole)
     EXPECT_EQ(held.Kept, JsonLine(SampleResult("a.jpg", 2)) + JsonLine(SampleResult("c.jpg", 0)));
 }
 
-TEST(Resume, PassesOverWhatCsvHoldsWhole)
+TEST(Resume, SkipsPhotographsCompleteInCsv)
 {
     const std::string a = CsvLines(SampleResult("a\n,.jpg", 2));
     const std::string c = CsvLines(SampleResult("c.jpg", 0));
@@ -125,7 +125,7 @@ TEST(Resume, PassesOverWhatCsvHoldsWhole)
     EXPECT_EQ(held.Kept, CsvHeader() + a + c);
 }
 
-TEST(Resume, RefusesAFileThatIsNotOurs)
+TEST(Resume, RejectsAFileThatIsNotOurs)
 {
     EXPECT_ANY_THROW(HeldByJson("dear diary\n"));
     EXPECT_ANY_THROW(HeldByCsv("dear diary\n", CsvHeader()));

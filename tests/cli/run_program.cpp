@@ -33,7 +33,7 @@ pid_t Spawn(const std::vector<std::string>& arguments, const std::string& in,
     Redirect(in, O_RDONLY, STDIN_FILENO);
     Redirect(out, O_WRONLY | O_CREAT | O_TRUNC, STDOUT_FILENO);
     Redirect(err, O_WRONLY | O_CREAT | O_TRUNC, STDERR_FILENO);
-    // Opened ahead: nobody may not be let into the folder that the program was built in.
+    // Opened in advance: user nobody may have no access to the build folder.
     const int program = open(VISTATRIM_PROGRAM, O_RDONLY | O_CLOEXEC);
     constexpr uid_t kNobody = 65534;
     if (asNobody && geteuid() == 0 && (setgid(kNobody) != 0 || setuid(kNobody) != 0))
@@ -46,7 +46,7 @@ pid_t Spawn(const std::vector<std::string>& arguments, const std::string& in,
     _exit(127);
 }
 
-// What is written to it comes out as it was written.
+// Output passes through unchanged.
 class PseudoTerminal {
 public:
     PseudoTerminal()
@@ -128,7 +128,7 @@ Outcome RunProgram(const std::vector<std::string>& arguments, const RunOptions& 
     const std::string err = options.ErrIsTerminal ? errTerminal.Name() : folder.Path("err");
     const pid_t child = Spawn(arguments, folder.Path("in"), out, err, options.AsNobody);
     Outcome outcome;
-    // A terminal holds little: whoever writes more waits until somebody reads.
+    // A terminal's buffer is small: a writer blocks until the other side reads.
     std::thread outReader([&] { outcome.Out = outTerminal.ReadAll(); });
     std::thread errReader([&] { outcome.Err = errTerminal.ReadAll(); });
     outcome.Status = WaitFor(child);

@@ -1,4 +1,4 @@
-// Runs the program as a person would.
+// Runs the program as a user would.
 #ifndef VISTATRIM_TESTS_CLI_RUN_PROGRAM_H
 #define VISTATRIM_TESTS_CLI_RUN_PROGRAM_H
 
@@ -10,7 +10,7 @@
 namespace vistaTrim::cli {
 
 struct Outcome {
-    int Status = -1; // exit status; 1000 + the signal's number if one ended the program
+    int Status = -1; // exit status; 1000 + signal number if a signal killed the program
     std::string Out;
     std::string Err;
 };
@@ -25,7 +25,7 @@ struct RunOptions {
 
 Outcome RunProgram(const std::vector<std::string>& arguments, const RunOptions& options = {});
 
-// Begins a run whose output goes nowhere and returns its process.
+// Starts a run whose output is discarded and returns its process.
 pid_t BeginProgram(const std::vector<std::string>& arguments);
 int WaitFor(pid_t process); // as Outcome::Status
 

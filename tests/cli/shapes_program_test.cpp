@@ -1,4 +1,4 @@
-// Shapes, sizes and names: what `crop` and `suggest` make of them.
+// Shapes, sizes and names: how `crop` and `suggest` apply them.
 #include <algorithm>
 #include <filesystem>
 
@@ -78,7 +78,7 @@ TEST_F(Shapes, EachRatioGivesTheBestCropOfEachWithTheRatioInItsName)
     EXPECT_EQ(two.Out, Folder.Path("out/a-1x1.jpg") + "\n" + Folder.Path("out/a-1x1-2.jpg") + "\n");
 }
 
-TEST_F(Shapes, EachRatioOfSuggestNamesShapeAndRank)
+TEST_F(Shapes, EachRatioOfSuggestListsShapeAndRank)
 {
     const auto line =
         nlohmann::json::parse(RunProgram({"suggest", "--json", "--each-ratio", "--aspect", "21:9",
@@ -107,7 +107,7 @@ TEST_F(Shapes, ARatioWithoutACropIsNamedAndTheOthersAreWritten)
     EXPECT_NE(manifest[0]["error"].get<std::string>().find("1x3"), std::string::npos);
 }
 
-TEST_F(Shapes, FillIsExactlyTheAskedSize)
+TEST_F(Shapes, FillIsExactlyTheRequestedSize)
 {
     // Odd sizes, small and large, also beyond the photograph's own pixels.
     const Words sizes = {"1200x630", "333x777", "1x1", "97x13", "1999x1001", "640x641"};
@@ -123,8 +123,8 @@ TEST_F(Shapes, FillIsExactlyTheAskedSize)
     }
 }
 
-// A quarter disc would show a squeezed picture: the crop has the ratio before it is scaled.
-TEST_F(Shapes, FillCutsAtTheRatioAndNeverScalesUpWhereItNeedNot)
+// The disc would show a squeezed picture: the crop has the ratio before it is scaled.
+TEST_F(Shapes, FillCutsAtTheRatioAndScalesUpOnlyWhenItMust)
 {
     const Outcome outcome =
         Crop({"--fill", "1500x500", "--manifest", Folder.Path("m.json"), "-n", "3"});
@@ -156,7 +156,7 @@ TEST_F(Shapes, AUsersFileAddsAndReplacesPresets)
 {
     WriteText(Folder.Path("mine.tsv"),
               "# name\tratio\tsize\r\n\nposter\t2:3\t-\tthe wall\r\navatar\t-\t64x64\n");
-    // The file counts wherever it stands on the command line.
+    // The file counts wherever it is on the command line.
     const Outcome outcome =
         Crop({"--preset", "poster", "--preset", "avatar", "--presets", Folder.Path("mine.tsv")});
     ASSERT_EQ(outcome.Status, 0) << outcome.Err;
@@ -173,7 +173,7 @@ TEST_F(Shapes, AUsersFileAddsAndReplacesPresets)
     EXPECT_EQ(Crop({"--presets", Folder.Path("none.tsv"), "--force"}).Status, 2);
 }
 
-TEST_F(Shapes, LargestSpansThePhotographOneWay)
+TEST_F(Shapes, LargestSpansOneSideOfThePhotograph)
 {
     for (const char* aspect : {"1:1", "21:9", "3:2", "4:5"}) {
         const auto line = nlohmann::json::parse(
@@ -209,7 +209,7 @@ TEST_F(Shapes, NamesFollowTheTemplate)
     EXPECT_EQ(Written("out/21x9"), (Words{"{a}_1_100x43_cinema.jpg"}));
 }
 
-TEST_F(Shapes, NamesThatAreWrongAreRefused)
+TEST_F(Shapes, WrongNamesAreRejected)
 {
     for (const char* name : {"{stem}-{colour}", "{stem", "stem}", "", "/tmp/{stem}", "../{stem}",
                              "{stem}/", "a/../{stem}"}) {
@@ -222,7 +222,7 @@ TEST_F(Shapes, NamesThatAreWrongAreRefused)
     EXPECT_TRUE(Written().empty());
 }
 
-TEST_F(Shapes, NamesThatCollideAreRefusedBeforeAnythingIsWritten)
+TEST_F(Shapes, NamesThatCollideAreRejectedBeforeAnythingIsWritten)
 {
     Quarters(900, 600).write_to_file(Folder.Path("b.jpg").c_str());
     // Within a photograph.
@@ -248,7 +248,7 @@ TEST_F(Shapes, NamesThatCollideAreRefusedBeforeAnythingIsWritten)
     EXPECT_NE(input.Err.find("would replace one of the photographs"), std::string::npos);
     EXPECT_TRUE(Written().empty());
     EXPECT_EQ(SizeOf("a.jpg"), (PixelSize{1800, 1200}));
-    // What is told apart by sizes that are known goes.
+    // Names that differ by known sizes are accepted.
     EXPECT_EQ(
         Crop({"--name", "{stem}-{width}x{height}", "--fill", "10x10", "--fill", "20x10"}).Status,
         0);
@@ -277,7 +277,7 @@ TEST_F(Shapes, ManifestListsEveryFileWithItsSizeAndScores)
     }
     EXPECT_TRUE(manifest[1].contains("error"));
 
-    // It is not replaced, and nothing is written before that is found out.
+    // It is not replaced, and nothing is written before that is detected.
     std::filesystem::remove_all(Folder.Path("out"));
     EXPECT_EQ(Crop({"--manifest", Folder.Path("m.json")}).Status, 1);
     EXPECT_TRUE(Written().empty());
@@ -306,7 +306,7 @@ TEST_F(Shapes, PictureElementOffersEveryFileAndEscapesNames)
                   "</picture>\n");
 }
 
-TEST_F(Shapes, ThatContradictEachOtherAreRefused)
+TEST_F(Shapes, ThatContradictEachOtherAreRejected)
 {
     for (const Words& words :
          {Words{"--fill", "10x10", "--resize", "5x5"}, Words{"--fill", "10x10", "--widths", "5"},

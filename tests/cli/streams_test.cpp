@@ -61,7 +61,7 @@ TEST(Streams, AProgressBarIsShownOnATerminalOfStandardErrorOnly)
         EXPECT_TRUE(Holds(err, "] 1/3")) << err;
         EXPECT_TRUE(Holds(err, "] 3/3")) << err;
         EXPECT_FALSE(Holds(err, "\n")) << err;
-        // The bar is gone in the end.
+        // The bar is erased at the end.
         const size_t last = err.rfind(kClearLine);
         ASSERT_NE(last, std::string::npos);
         EXPECT_EQ(last + std::string(kClearLine).size(), err.size());
@@ -108,7 +108,7 @@ TEST(Streams, ErrorsAndStatusAreTheSameOnATerminalAndInAFile)
         const Outcome one = RunWith(kinds, {"suggest", "--csv", folder.Path("broken.jpg")});
         EXPECT_EQ(one.Status, 1);
         EXPECT_EQ(one.Err, fault);
-        EXPECT_TRUE(Holds(one.Out, "not a picture")); // the list says it too
+        EXPECT_TRUE(Holds(one.Out, "not a picture")); // the list reports it too
         // Between two states of the bar, on a line of its own.
         const Outcome two =
             RunWith(kinds, {"suggest", folder.Path("a.jpg"), folder.Path("broken.jpg")});

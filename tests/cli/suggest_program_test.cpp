@@ -72,8 +72,8 @@ void ExpectSoundCrops(const json& result)
     }
 }
 
-// Where the disc is what a crop must hold, it is ranked by what it holds, so that the test
-// stands whatever the default weights are.
+// Crops that must contain the disc are ranked by coverage, so that the test does not depend on the
+// default weights.
 const std::vector<std::string> kByContent = {"--weights", "0,0.5,0,0.5,0"};
 
 std::vector<std::string> ByContent(std::vector<std::string> options)
@@ -96,8 +96,9 @@ TEST(Suggest, FindsTheDisc)
     EXPECT_EQ(best["coversContent"], true);
 }
 
-// At full scale there are 25 positions of each ratio, and all 50 come when more are asked for.
-TEST(Suggest, KeepsTheAskedRatiosExactly)
+// At full scale there are 25 positions of each ratio, and all 50 are returned when more are
+// requested.
+TEST(Suggest, KeepsTheRequestedRatiosExactly)
 {
     const TempFolder folder;
     Scene(3000, 2000, 0.3, 0.6).write_to_file(folder.Path("a.jpg").c_str());
@@ -125,7 +126,7 @@ double OverlapOf(const PixelRect& a, const PixelRect& b)
                      static_cast<double>(b.Width) * b.Height - shared);
 }
 
-TEST(Suggest, GivesCropsThatDifferWithTheOverlapToExpect)
+TEST(Suggest, GivesDifferentCropsWithTheirExpectedOverlap)
 {
     const TempFolder folder;
     Scene(1800, 1200, 0.3, 0.6).write_to_file(folder.Path("a.jpg").c_str());
@@ -167,8 +168,8 @@ TEST(Suggest, GivesTheLargestCentredCropOfAnEmptyPicture)
               SuggestOne(folder.Path("scene.png"))["crops"][0]["expectedOverlap"]);
 }
 
-// The library's own list stops to group like crops when more are asked for than it has.
-TEST(Suggest, FreeChoiceOfFewCropsIsTheBeginningOfMany)
+// The engine's own list stops grouping similar crops when more are requested than it has.
+TEST(Suggest, FreeChoiceOfFewCropsIsAPrefixOfMany)
 {
     const TempFolder folder;
     Scene(1800, 1200, 0.3, 0.6).write_to_file(folder.Path("a.jpg").c_str());
@@ -182,7 +183,7 @@ TEST(Suggest, FreeChoiceOfFewCropsIsTheBeginningOfMany)
     }
 }
 
-TEST(Suggest, GivesAskedSizesToThePixel)
+TEST(Suggest, GivesRequestedSizesToThePixel)
 {
     const TempFolder folder;
     Scene(1801, 1203, 0.3, 0.6).write_to_file(folder.Path("a.jpg").c_str());
@@ -199,7 +200,7 @@ TEST(Suggest, GivesAskedSizesToThePixel)
     EXPECT_TRUE(JsonLinesOf(tooLarge.Out).at(0).contains("error"));
 }
 
-TEST(Suggest, GivesOnlyTheAskedScales)
+TEST(Suggest, GivesOnlyTheRequestedScales)
 {
     const TempFolder folder;
     Scene(1800, 1200, 0.3, 0.6).write_to_file(folder.Path("a.jpg").c_str());
@@ -209,7 +210,7 @@ TEST(Suggest, GivesOnlyTheAskedScales)
         EXPECT_NEAR(crop["width"].get<double>(), 900.0, 6.0);
 }
 
-TEST(Suggest, HoldsToHardWishesToThePixel)
+TEST(Suggest, HonoursHardWishesToThePixel)
 {
     const TempFolder folder;
     Scene(2999, 2001, 0.3, 0.6).write_to_file(folder.Path("a.jpg").c_str());
@@ -225,7 +226,7 @@ TEST(Suggest, HoldsToHardWishesToThePixel)
     }
 }
 
-// With fewer candidates than are asked for, all of them come in plain order: first every crop
+// With fewer candidates than requested, all of them are listed in plain order: first every crop
 // that meets the wish.
 TEST(Suggest, PutsCropsThatMeetSoftWishesFirst)
 {
@@ -275,7 +276,7 @@ TEST(Suggest, ExplainsWhyThereIsNoCrop)
               "no candidate meets --must-avoid; try more ratios or scales");
 }
 
-TEST(Suggest, TellsWhyThereAreFewerCropsThanAsked)
+TEST(Suggest, SaysWhyThereAreFewerCropsThanRequested)
 {
     const TempFolder folder;
     Scene(1800, 1200, 0.3, 0.6).write_to_file(folder.Path("a.jpg").c_str());
@@ -293,7 +294,7 @@ TEST(Suggest, TellsWhyThereAreFewerCropsThanAsked)
         SuggestOne(folder.Path("a.jpg"), {"--aspect", "3:2", "--scale", "1", "--explain"});
     EXPECT_EQ(one["crops"].size(), 1U);
     EXPECT_EQ(one["explain"]["note"], "one candidate is left to choose from");
-    // A pixel of this one is some forty of the working picture's.
+    // One pixel of this photograph is about forty of the working picture's.
     Scene(16, 11, 0.3, 0.6).write_to_file(folder.Path("b.png").c_str());
     const json small =
         SuggestOne(folder.Path("b.png"), {"--aspect", "1:1", "--top", "50", "--explain"});
@@ -303,7 +304,7 @@ TEST(Suggest, TellsWhyThereAreFewerCropsThanAsked)
                   " candidates, the others rank too low or are much like these");
 }
 
-TEST(Suggest, RanksByWhatItIsAskedTo)
+TEST(Suggest, RanksByTheRequestedMeasure)
 {
     const TempFolder folder;
     Scene(1800, 1200, 0.3, 0.6).write_to_file(folder.Path("a.jpg").c_str());
@@ -350,7 +351,7 @@ TEST(Suggest, SaysWhatIsWrongWithARankingFile)
     EXPECT_NE(wrong.Err.find("r.json: 'version' must be 1"), std::string::npos) << wrong.Err;
 }
 
-TEST(Suggest, SeesAllEightOrientationsAlike)
+TEST(Suggest, TreatsAllEightOrientationsAlike)
 {
     const TempFolder folder;
     const VImage upright = Scene(1200, 800, 0.3, 0.6);
@@ -399,7 +400,7 @@ TEST(Suggest, TakesEveryKindOfPixels)
     for (const json& result : lines) {
         ExpectSoundCrops(result);
         EXPECT_EQ(result["crops"].size(), 5U);
-        // In the first, the edge of the clear place draws more notice than a grey disc.
+        // In the first, the edge of the transparent area scores higher than a grey disc.
         if (result["file"] != folder.Path("1 grey and alpha.png")) {
             EXPECT_TRUE(Contains(RectOf(result["crops"][0]), {270 - 50, 360 - 50, 100, 100}))
                 << result;
@@ -424,7 +425,7 @@ TEST(Suggest, TakesAwkwardSizes)
         EXPECT_GE(result["crops"].size(), 1U) << result;
     }
     EXPECT_EQ(RectOf(lines[0]["crops"][0]), (PixelRect{0, 0, 1, 1}));
-    EXPECT_EQ(lines[0]["crops"].size(), 1U); // there is but one crop of one pixel
+    EXPECT_EQ(lines[0]["crops"].size(), 1U); // there is only one crop of one pixel
 }
 
 TEST(Suggest, TakesAHundredMegapixels)
@@ -440,9 +441,9 @@ TEST(Suggest, TakesAHundredMegapixels)
     EXPECT_TRUE(Contains(RectOf(result["crops"][0]), {3750 - 600, 4800 - 600, 1200, 1200}));
 }
 
-// Broken ones among good ones: each names file and reason, the good ones come through, and the
-// order is that of the input, whatever the number of workers.
-TEST(Suggest, GoesOnAfterBrokenPhotographs)
+// Broken ones among good ones: each error names file and reason, the good ones are processed, and
+// the order is that of the input, whatever the number of workers.
+TEST(Suggest, ContinuesAfterBrokenPhotographs)
 {
     const TempFolder folder;
     Scene(900, 600, 0.3, 0.6).write_to_file(folder.Path("good.jpg").c_str());
@@ -532,7 +533,7 @@ TEST(Suggest, ReadsListsAndFolders)
               (std::vector<std::string>{folder.Path("new\nline.jpg")}));
 }
 
-TEST(Suggest, NeverReplacesAFileUnasked)
+TEST(Suggest, NeverReplacesAFileWithoutForce)
 {
     const TempFolder folder;
     Scene(300, 200, 0.3, 0.6).write_to_file(folder.Path("a.jpg").c_str());
@@ -559,7 +560,7 @@ TEST(Suggest, SaysWhenItCannotWrite)
     EXPECT_NE(outcome.Err.find("cannot write standard output"), std::string::npos) << outcome.Err;
 }
 
-// A folder of copies, for runs that take a moment.
+// A folder of copies, for runs that take a while.
 std::vector<std::string> ManyPhotographs(const TempFolder& folder, int count)
 {
     std::filesystem::create_directory(folder.Path("in"));
@@ -607,7 +608,7 @@ TEST(Suggest, InterruptedLosesNothingAndResumes)
         EXPECT_EQ(ReadText(whole).substr(0, interrupted.size()), interrupted);
         EXPECT_EQ(interrupted.back(), '\n');
 
-        // Even a line cut by the end of the power is mended.
+        // Even a line cut short by a power failure is repaired.
         WriteText(parts, interrupted + "{\"file\":\"");
         EXPECT_EQ(RunProgram(with({parts, "--resume"})).Status, 0);
         EXPECT_EQ(ReadText(parts), ReadText(whole));

@@ -16,7 +16,7 @@ using vips::VImage;
 // as cut from the upright picture.
 TEST(XmpSidecar, SharesAreThoseOfTheStoredPicture)
 {
-    const VImage upright = VImage::xyz(60, 40).cast(VIPS_FORMAT_UCHAR); // no two pixels alike
+    const VImage upright = VImage::xyz(60, 40).cast(VIPS_FORMAT_UCHAR); // all pixels differ
     const PixelRect crop{7, 11, 23, 17};
     const VImage wanted = upright.extract_area(crop.X, crop.Y, crop.Width, crop.Height);
     for (int orientation = 1; orientation <= 8; ++orientation) {

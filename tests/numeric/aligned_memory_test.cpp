@@ -12,7 +12,7 @@
 
 #include <gtest/gtest.h>
 
-// The address sanitizer's allocator ends the program on a hopeless request unless told otherwise.
+// The address sanitizer's allocator aborts on a huge request unless configured otherwise.
 extern "C" const char* __asan_default_options();
 extern "C" __attribute__((visibility("default"))) const char* __asan_default_options()
 {
@@ -29,7 +29,7 @@ bool IsAligned(const void* pointer, size_t alignment)
 
 TEST(AlignedMemory, KeepsAPowerOfTwoOfAtLeast64)
 {
-    // Two at a time: a lucky address may fit once.
+    // Two at a time: one address may be aligned by chance.
     for (size_t alignment = 64; alignment <= 65536; alignment *= 2) {
         void* first = AllocateAligned(24, alignment);
         void* second = AllocateAligned(24, alignment);
@@ -54,7 +54,7 @@ TEST(AlignedMemory, AnyOtherAlignmentCountsAs64)
         }
 }
 
-TEST(AlignedMemory, EveryByteAskedForCanBeWritten)
+TEST(AlignedMemory, EveryRequestedByteIsWritable)
 {
     for (size_t size : {1u, 63u, 64u, 65u, 4097u, 1u << 20}) {
         void* block = AllocateAligned(size, 64);
@@ -65,14 +65,14 @@ TEST(AlignedMemory, EveryByteAskedForCanBeWritten)
     }
 }
 
-TEST(AlignedMemory, NothingAskedForGivesNull)
+TEST(AlignedMemory, ZeroBytesGiveNull)
 {
     EXPECT_EQ(AllocateAligned(0, 64), nullptr);
     EXPECT_EQ(AllocateAligned(0, 0), nullptr);
     EXPECT_EQ(AllocateAligned(0, 4096), nullptr);
 }
 
-TEST(AlignedMemory, ExhaustionGivesNullAndThrowsNothing)
+TEST(AlignedMemory, OutOfMemoryGivesNullWithoutThrowing)
 {
     // The last ones would wrap when rounded up to whole alignments.
     for (size_t size : {SIZE_MAX / 2, SIZE_MAX - 4096, SIZE_MAX - 63, SIZE_MAX - 1, SIZE_MAX}) {
@@ -119,7 +119,7 @@ TEST(AlignedMemory, LargePagesLeaveTheBytesAsTheyAre)
     }
 }
 
-TEST(AlignedMemory, NullIsFreedWithoutHarm)
+TEST(AlignedMemory, FreeingNullIsHarmless)
 {
     FreeAligned(nullptr);
 }

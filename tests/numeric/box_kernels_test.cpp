@@ -25,7 +25,7 @@ GuardedPlane SlowBox(const GuardedPlane& src, int32_t before, int32_t after, boo
     });
 }
 
-// The kernel with scratch of its own, on a plane of `stride` floats a row.
+// The kernel with its own scratch, on a plane of `stride` floats per row.
 int32_t RunKernel(float* data, int32_t stride, int32_t cols, int32_t rows, int32_t maskSize,
                   int32_t anchor, bool largest)
 {
@@ -33,7 +33,7 @@ int32_t RunKernel(float* data, int32_t stride, int32_t cols, int32_t rows, int32
     const int32_t status = BoxBufferSize(cols, rows, maskSize, anchor, &size);
     if (status != KernelSuccess)
         return status;
-    // Exactly as much as was asked for, between guards.
+    // Exactly the requested size, between guards.
     GuardedPlane scratch(size / 4, 1);
     const int32_t result =
         BoxKernel(data, int64_t{4} * stride, cols, rows, maskSize, anchor, largest, scratch.Data());
@@ -54,7 +54,7 @@ protected:
     }
 };
 
-TEST_F(BoxKernels, InPlaceEqualsASeparateDestinationInEveryForm)
+TEST_F(BoxKernels, InPlaceEqualsASeparateDestinationInEveryVariant)
 {
     const FormScope scope;
     for (const PlaneSize& size : AwkwardSizes()) {
@@ -146,7 +146,7 @@ TEST_F(BoxKernels, AnchorMovesTheBox)
     }
 }
 
-TEST_F(BoxKernels, PixelsBetweenRowsStay)
+TEST_F(BoxKernels, RowPaddingIsUntouched)
 {
     const int32_t stride = 21;
     const GuardedPlane src = GuardedPlane::Fractions(stride, 9, 45);
@@ -160,7 +160,7 @@ TEST_F(BoxKernels, PixelsBetweenRowsStay)
             ASSERT_EQ(plane.At(x, y), x < 17 ? expected.At(x, y) : src.At(x, y));
 }
 
-TEST_F(BoxKernels, BothReportARefusedMaskInTheSameThreeLines)
+TEST_F(BoxKernels, BothReportARejectedMaskInTheSameThreeLines)
 {
     const GuardedPlane src = GuardedPlane::Fractions(6, 5, 46);
     const std::string lines =
@@ -187,12 +187,12 @@ TEST_F(BoxKernels, BothReportAnEmptyMapInTheSameThreeLines)
     EXPECT_EQ(TakeErrors(), lines);
     DilateBox(empty, 7);
     EXPECT_EQ(TakeErrors(), lines);
-    // The size is looked at before the mask.
+    // The size is checked before the mask.
     DilateBox(empty, 0);
     EXPECT_EQ(TakeErrors(), lines);
 }
 
-TEST_F(BoxKernels, BothReportDeniedScratchInTheSameTwoLines)
+TEST_F(BoxKernels, BothReportFailedScratchInTheSameTwoLines)
 {
     const GuardedPlane src = GuardedPlane::Fractions(6, 5, 47);
     CFloatMatrix map;

@@ -5,13 +5,13 @@
 namespace vistaTrim {
 namespace {
 
-TEST(CpuForms, PlainFormIsAlwaysThere)
+TEST(CpuForms, PlainVariantIsAlwaysAvailable)
 {
     EXPECT_TRUE(CpuFormAvailable(CpuFormPlain));
     EXPECT_TRUE(CpuFormAvailable(ActiveCpuForm()));
 }
 
-TEST(CpuForms, SelectingWhatIsNoFormGivesThePlainOne)
+TEST(CpuForms, SelectingAnUnknownVariantGivesPlain)
 {
     const CpuForm before = ActiveCpuForm();
     EXPECT_FALSE(CpuFormAvailable(CpuFormCount));

@@ -51,8 +51,8 @@ const NamedOperation kOperations[] = {
 
 class GradientKernels : public KernelTest {};
 
-// Whole numbers keep every sum exact, so the check needs no tolerance.
-TEST_F(GradientKernels, AreExactOnWholeNumbersInEveryForm)
+// Integers keep every sum exact, so the check needs no tolerance.
+TEST_F(GradientKernels, AreExactOnIntegersInEveryVariant)
 {
     const FormScope scope;
     for (const PlaneSize& size : AwkwardSizes()) {
@@ -75,9 +75,9 @@ TEST_F(GradientKernels, AreExactOnWholeNumbersInEveryForm)
     }
 }
 
-// The sums are rounded in the order in which they are written, from left to right and from
-// top to bottom; every form keeps it.
-TEST_F(GradientKernels, RoundInTheWrittenOrderInEveryForm)
+// The sums are rounded in the order in which they are written, from left to right and from top to
+// bottom; every variant keeps this order.
+TEST_F(GradientKernels, RoundInTheWrittenOrderInEveryVariant)
 {
     const FormScope scope;
     for (const PlaneSize& size : AwkwardSizes()) {
@@ -130,7 +130,7 @@ TEST_F(GradientKernels, SignsAreBelowMinusAboveAndLeftMinusRight)
     SobelColumnDifference(src.Data(), columnsDst.Data(), 5, 5);
     EXPECT_EQ(rowsDst.At(2, 2), 8.0f);
     EXPECT_EQ(columnsDst.At(2, 2), -80.0f);
-    // One pixel is missing outside, so the border sees half the slope.
+    // One pixel is missing outside, so the border sees half the gradient.
     EXPECT_EQ(rowsDst.At(2, 0), 4.0f);
     EXPECT_EQ(columnsDst.At(0, 2), -40.0f);
 }
@@ -144,7 +144,7 @@ TEST_F(GradientKernels, StrengthIsTheSumOfAbsoluteValues)
     EXPECT_EQ(dst.At(1, 1), 2.0f);
 }
 
-TEST_F(GradientKernels, ReportNullPlanesAndLeaveTheDestination)
+TEST_F(GradientKernels, ReportNullPlanesAndKeepTheDestination)
 {
     GuardedPlane plane(2, 2, 3.0f);
     for (GradientOperation operation : {SobelRowDifference, SobelColumnDifference}) {
@@ -152,11 +152,11 @@ TEST_F(GradientKernels, ReportNullPlanesAndLeaveTheDestination)
         EXPECT_EQ(TakeErrors(), kNullLine);
         operation(plane.Data(), nullptr, 2, 2);
         EXPECT_EQ(TakeErrors(), kNullLine);
-        // A null pointer is found before a bad size.
+        // A null pointer is reported before a bad size.
         operation(nullptr, plane.Data(), 0, 2);
         EXPECT_EQ(TakeErrors(), kNullLine);
     }
-    // Each of the two differences reports for itself.
+    // Each of the two differences reports separately.
     GradientStrength(nullptr, plane.Data(), 2, 2);
     EXPECT_EQ(TakeErrors(), std::string(kNullLine) + kNullLine);
     GradientStrength(plane.Data(), nullptr, 2, 2);
@@ -164,7 +164,7 @@ TEST_F(GradientKernels, ReportNullPlanesAndLeaveTheDestination)
     EXPECT_EQ(plane.Pixels(), GuardedPlane(2, 2, 3.0f).Pixels());
 }
 
-TEST_F(GradientKernels, ReportBadSizesAndLeaveTheDestination)
+TEST_F(GradientKernels, ReportBadSizesAndKeepTheDestination)
 {
     const GuardedPlane src(2, 2, 1.0f);
     GuardedPlane dst(2, 2, 3.0f);
@@ -174,14 +174,14 @@ TEST_F(GradientKernels, ReportBadSizesAndLeaveTheDestination)
             operation(src.Data(), dst.Data(), size.Cols, size.Rows);
             EXPECT_EQ(TakeErrors(), kSizeLine);
         }
-        // The temporary plane of an empty size is null, and that is what the second one tells.
+        // The temporary plane of an empty size is null, which the second difference reports.
         GradientStrength(src.Data(), dst.Data(), size.Cols, size.Rows);
         EXPECT_EQ(TakeErrors(), std::string(kSizeLine) + kNullLine);
     }
     EXPECT_EQ(dst.Pixels(), GuardedPlane(2, 2, 3.0f).Pixels());
 }
 
-TEST_F(GradientKernels, TellDeniedScratchInOneTextForBothAndRunAllTheSame)
+TEST_F(GradientKernels, ReportFailedScratchWithOneMessageForBothAndStillRun)
 {
     const GuardedPlane src = GuardedPlane::WholeNumbers(5, 4, 13);
     GuardedPlane dst(5, 4, 3.0f);
@@ -195,7 +195,7 @@ TEST_F(GradientKernels, TellDeniedScratchInOneTextForBothAndRunAllTheSame)
 }
 
 // Allocations of the stepwise form in order: temporary plane, scratch, scratch.
-TEST_F(GradientKernels, StepwiseStrengthTellsWhicheverAllocationFails)
+TEST_F(GradientKernels, StepwiseStrengthReportsTheAllocationThatFails)
 {
     const GuardedPlane src = GuardedPlane::WholeNumbers(5, 4, 14);
     const std::vector<float> untouched = GuardedPlane(5, 4, 3.0f).Pixels();
@@ -225,7 +225,7 @@ TEST_F(GradientKernels, StepwiseStrengthTellsWhicheverAllocationFails)
     }
 }
 
-TEST_F(GradientKernels, StrengthFallsBackOnTheStepsWhenItsOwnScratchIsDenied)
+TEST_F(GradientKernels, StrengthFallsBackToStepsWithoutScratch)
 {
     const GuardedPlane src = GuardedPlane::WholeNumbers(9, 4, 15);
     GuardedPlane expected(9, 4);

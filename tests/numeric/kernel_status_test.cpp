@@ -7,7 +7,7 @@
 namespace vistaTrim {
 namespace {
 
-TEST(StatusText, TellsEveryStatusInItsOwnWords)
+TEST(StatusText, HasAMessageForEveryStatus)
 {
     EXPECT_STREQ(StatusText(1), "ippStsNoOperation: No operation has been executed.");
     EXPECT_STREQ(StatusText(-5), "ippStsBadArgErr: Incorrect arg/param of the function.");
@@ -19,7 +19,7 @@ TEST(StatusText, TellsEveryStatusInItsOwnWords)
     EXPECT_STREQ(StatusText(-108), "ippStsNotEvenStepErr: Step value is not pixel multiple.");
 }
 
-TEST(StatusText, TellsAnythingElseAsUnknown)
+TEST(StatusText, AnythingElseIsUnknown)
 {
     for (int32_t status : {0, 2, -1, -7, -109, std::numeric_limits<int32_t>::min(),
                            std::numeric_limits<int32_t>::max()})
@@ -27,7 +27,7 @@ TEST(StatusText, TellsAnythingElseAsUnknown)
             << status;
 }
 
-TEST(KernelBuffer, StandsOnACacheLine)
+TEST(KernelBuffer, IsCacheLineAligned)
 {
     for (int32_t size : {1, 63, 64, 65, 100000}) {
         AllocationFaults tally({});
@@ -40,7 +40,7 @@ TEST(KernelBuffer, StandsOnACacheLine)
     }
 }
 
-TEST(KernelBuffer, IsNullBelowOneByteWithoutAskingTheHeap)
+TEST(KernelBuffer, IsNullBelowOneByteWithoutAllocating)
 {
     AllocationFaults tally({});
     EXPECT_EQ(AllocateKernelBuffer(0), nullptr);
@@ -50,7 +50,7 @@ TEST(KernelBuffer, IsNullBelowOneByteWithoutAskingTheHeap)
     FreeKernelBuffer(nullptr);
 }
 
-TEST(KernelBuffer, IsNullWhenTheHeapIsExhausted)
+TEST(KernelBuffer, IsNullWhenOutOfMemory)
 {
     AllocationFaults exhausted({0});
     EXPECT_EQ(AllocateKernelBuffer(64), nullptr);

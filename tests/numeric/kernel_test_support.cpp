@@ -9,8 +9,8 @@
 
 #include "numeric/aligned_memory.h"
 
-// The linker is told to send calls of AllocateAligned and FreeAligned here (--wrap), by their
-// mangled names; __real_ is the way on to the originals.
+// The linker redirects calls of AllocateAligned and FreeAligned here (--wrap), by their mangled
+// names; __real_ names the originals.
 extern "C" {
 void* __real__ZN9vistaTrim15AllocateAlignedEmm(size_t size, size_t alignment);
 void __real__ZN9vistaTrim11FreeAlignedEPv(void* pointer);
@@ -41,7 +41,7 @@ namespace vistaTrim {
 
 namespace {
 
-// Not a multiple of any vector width, so that planes start where no register load is aligned.
+// Not a multiple of any vector width, so that planes start unaligned for every register load.
 constexpr size_t kGuard = 67;
 constexpr uint32_t kGuardBits = 0x7FC0BEEF;
 

@@ -1,5 +1,5 @@
-// What the tests of the image kernels share: planes with guards, the error stream, denied
-// memory, processor forms and awkward sizes.
+// What the tests of the image kernels share: planes with guards, the error stream, failing
+// allocations, ISA variants and awkward sizes.
 #ifndef VISTATRIM_TESTS_NUMERIC_KERNEL_TEST_SUPPORT_H
 #define VISTATRIM_TESTS_NUMERIC_KERNEL_TEST_SUPPORT_H
 
@@ -17,14 +17,14 @@
 
 namespace vistaTrim {
 
-// A plane between two stretches of a NaN of its own: a kernel that writes past the plane
-// destroys it, and one that reads past the plane spreads it into its result.
+// A plane between two runs of a particular NaN: a kernel that writes past the plane destroys it,
+// and one that reads past the plane spreads it into its result.
 class GuardedPlane {
 public:
     GuardedPlane(int32_t cols, int32_t rows, float fill = 0.0f);
     static GuardedPlane FromFunction(int32_t cols, int32_t rows,
                                      const std::function<float(int32_t x, int32_t y)>& pixel);
-    // The same numbers on every call; whole numbers of 0..255, or fractions of that range.
+    // The same numbers on every call: integers of 0..255, or fractions in that range.
     static GuardedPlane WholeNumbers(int32_t cols, int32_t rows, uint32_t seed);
     static GuardedPlane Fractions(int32_t cols, int32_t rows, uint32_t seed);
 
@@ -34,7 +34,7 @@ public:
     float Replicated(int32_t x, int32_t y) const; // the nearest pixel inside
     bool GuardsIntact() const;
     std::vector<float> Pixels() const;
-    // All bits of all pixels, so that the two zeros differ and a NaN equals itself.
+    // All bits of all pixels, so that the two zeros differ and NaN equals itself.
     std::vector<uint32_t> Bits() const;
 
     int32_t Cols;
@@ -44,7 +44,7 @@ private:
     std::vector<float> storage;
 };
 
-// Catches what is written to the error stream; a test that leaves something uncollected fails.
+// Catches what is written to the error stream; a test that leaves output uncollected fails.
 class KernelTest : public testing::Test {
 protected:
     KernelTest();
@@ -58,7 +58,7 @@ private:
     std::streambuf* previous;
 };
 
-// While one lives, the chosen aligned allocations fail, counted from 0, and all are tallied.
+// While one exists, the chosen aligned allocations fail, counted from 0, and all are counted.
 class AllocationFaults {
 public:
     explicit AllocationFaults(std::set<int> denied);
@@ -67,21 +67,21 @@ public:
     AllocationFaults& operator=(const AllocationFaults&) = delete;
     ~AllocationFaults();
 
-    // For the allocator's stand-in.
+    // For the replacement allocator.
     bool Deny();
     void Count(int change);
 
     int Asked = 0;
-    int Live = 0; // given and not yet given back
+    int Live = 0; // allocated and not yet freed
 
 private:
     std::set<int> denied;
 };
 
-// Every form that this machine has.
+// Every variant that this machine runs.
 std::vector<CpuForm> AvailableForms();
 
-// Puts back the form that was in use.
+// Restores the variant that was in use.
 class FormScope {
 public:
     FormScope();

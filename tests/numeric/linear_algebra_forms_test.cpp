@@ -1,8 +1,8 @@
 // Our own linear algebra against CBLAS and LAPACKE, on the sizes that the engine has.
 //
 // The kernels of OpenBLAS 0.3.21 for Prescott gave the bits of ours; those for Haswell and SkylakeX
-// contract products and sums, and each sums in an order of its own. What they differed by is in
-// the comment of each limit, in units of the magnitude that the roundings work on.
+// contract products and sums, and each sums in an order of its own. The comment of each limit
+// states how far they differed, relative to the rounded values.
 #include "numeric/linear_algebra.h"
 
 #include <algorithm>
@@ -71,7 +71,7 @@ TEST_F(LinearAlgebraForms, AddScaledWithinARounding)
 
 // Sums of 304 products. Measured: 4.2e-8 of the sum of the magnitudes (SkylakeX); the limit is
 // three times that.
-TEST_F(LinearAlgebraForms, DotProductsStayNear)
+TEST_F(LinearAlgebraForms, DotProductsStayClose)
 {
     double worst = 0.0;
     for (int trial = 0; trial < 2000; ++trial) {
@@ -90,7 +90,7 @@ TEST_F(LinearAlgebraForms, DotProductsStayNear)
 
 // Three products of a pixel and a row of the inverse. Measured: 2.3e-7 (Haswell, SkylakeX), two
 // roundings of each form; the limit is three.
-TEST_F(LinearAlgebraForms, SymmetricProductsStayNear)
+TEST_F(LinearAlgebraForms, SymmetricProductsStayClose)
 {
     double worst = 0.0;
     for (int trial = 0; trial < 50; ++trial) {
@@ -120,7 +120,7 @@ TEST_F(LinearAlgebraForms, SymmetricProductsStayNear)
 // Covariances with the regulariser on the diagonal. The error of an inverse grows with the
 // condition number. Measured: 1.9e-7 of the largest element, per condition number (SkylakeX); the
 // limit is three times that.
-TEST_F(LinearAlgebraForms, InversesStayNear)
+TEST_F(LinearAlgebraForms, InversesStayClose)
 {
     double worst = 0.0;
     for (int trial = 0; trial < 5000; ++trial) {
@@ -156,7 +156,7 @@ TEST_F(LinearAlgebraForms, InversesStayNear)
     EXPECT_LE(worst, 6e-7);
 }
 
-TEST_F(LinearAlgebraForms, RefuseTheSameMatrices)
+TEST_F(LinearAlgebraForms, RejectTheSameMatrices)
 {
     const std::vector<std::vector<float>> matrices = {{-1, 0, 0, 0, 1, 0, 0, 0, 1},
                                                       {1, 2, 0, 2, 3, 0, 0, 0, 1},

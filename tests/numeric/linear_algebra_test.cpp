@@ -45,7 +45,7 @@ std::vector<float> Covariance(size_t n, uint32_t seed)
     return a;
 }
 
-TEST(FixedOrderExtremes, AreTheFirstOfTheirMagnitude)
+TEST(FixedOrderExtremes, AreTheFirstOfEqualMagnitude)
 {
     const float x[] = {2.0f, -7.0f, 7.0f, -1.0f, 1.0f};
     EXPECT_EQ(fixedOrder::IndexOfLargest(5, x), 1);
@@ -182,7 +182,7 @@ TEST(FixedOrderInverse, TimesTheMatrixIsOne)
         }
 }
 
-// The factor and the inverse of a matrix of whole numbers whose factor is whole: no rounding.
+// The factor and the inverse of an integer matrix with an integer factor: no rounding.
 TEST(FixedOrderInverse, OfAWorkedExampleIsExact)
 {
     // L = {2 . .; 4 1 .; -2 8 4}
@@ -204,7 +204,7 @@ TEST(FixedOrderInverse, OfAWorkedExampleIsExact)
     EXPECT_EQ(a[8], 0.0625f);
 }
 
-TEST(FixedOrderFactor, NamesTheFirstMinorThatIsNotPositive)
+TEST(FixedOrderFactor, ReturnsTheFirstMinorThatIsNotPositive)
 {
     float first[] = {-1, 0, 0, 0, 1, 0, 0, 0, 1};
     EXPECT_EQ(fixedOrder::FactorPositiveDefinite(3, first), 1);
@@ -214,7 +214,7 @@ TEST(FixedOrderFactor, NamesTheFirstMinorThatIsNotPositive)
     EXPECT_EQ(fixedOrder::FactorPositiveDefinite(3, third), 3);
 }
 
-TEST(FixedOrderFactor, LeavesAMatrixWithNaNAsItIs)
+TEST(FixedOrderFactor, LeavesAMatrixWithNaNUnchanged)
 {
     for (const size_t where : {0, 1, 2, 4, 5, 8}) {
         float a[] = {9, 1, 2, 1, 9, 3, 2, 3, 9};
@@ -230,7 +230,7 @@ TEST(FixedOrderFactor, LeavesAMatrixWithNaNAsItIs)
     EXPECT_EQ(fixedOrder::FactorPositiveDefinite(3, a), 0);
 }
 
-TEST(FixedOrderInverse, OfASingularFactorIsLeftAlone)
+TEST(FixedOrderInverse, OfASingularFactorIsUnchanged)
 {
     std::vector<float> a = {2, 1, 1, 0, 0, 1, 0, 0, 3};
     const std::vector<float> before = a;

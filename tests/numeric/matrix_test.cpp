@@ -10,7 +10,7 @@
 
 namespace {
 
-// What the arrays of this program asked the free store for; the matrices are its only arrays.
+// Heap requests for arrays; the matrices are the only arrays in this program.
 bool denyArrays = false;
 size_t arrayRequests = 0;
 size_t lastArrayBytes = 0;
@@ -44,7 +44,7 @@ void operator delete[](void* block, size_t) noexcept
 namespace vistaTrim {
 namespace {
 
-// While one lives, no array is to be had.
+// While one exists, array allocations fail.
 class NoMemory {
 public:
     NoMemory()
@@ -83,7 +83,7 @@ void Number(CDoubleMatrix& matrix)
             matrix.Data[r * matrix.Cols + c] = 100 * r + c;
 }
 
-TEST(FloatMatrix, FieldsStandInOrder)
+TEST(FloatMatrix, FieldsAreInOrder)
 {
     const CFloatMatrix matrix;
     const auto* base = reinterpret_cast<const unsigned char*>(&matrix);
@@ -159,7 +159,7 @@ TEST(FloatMatrix, ResizeCopiesTheCommonRectangle)
         }
 }
 
-TEST(FloatMatrix, TwoToTheThirtyElementsAreRefusedUntried)
+TEST(FloatMatrix, TwoToTheThirtyElementsThrowWithoutAllocating)
 {
     if (!ArraysAreOurs())
         GTEST_SKIP() << "the free store is not this test's";
@@ -181,7 +181,7 @@ TEST(FloatMatrix, TwoToTheThirtyElementsAreRefusedUntried)
     EXPECT_EQ(matrix.Data[5], 102.0f);
 }
 
-TEST(FloatMatrix, OneElementLessIsAskedFor)
+TEST(FloatMatrix, OneElementLessIsAllocated)
 {
     if (!ArraysAreOurs())
         GTEST_SKIP() << "the free store is not this test's";
@@ -244,7 +244,7 @@ TEST(FloatMatrix, ResizeZeroedKeepsStorageOfTheSameCountAndClearsIt)
     EXPECT_EQ(std::vector<float>(matrix.Data, matrix.Data + 24), std::vector<float>(24, 0.0f));
 }
 
-TEST(FloatMatrix, ResizeZeroedTakesNewStorageForAnotherCount)
+TEST(FloatMatrix, ResizeZeroedReallocatesForAnotherCount)
 {
     CFloatMatrix matrix;
     matrix.Resize(4, 6);
@@ -278,7 +278,7 @@ TEST(FloatMatrix, CopyFromTakesTheShapeAndKeepsStorageOfTheSameCount)
               std::vector<float>(source.Data, source.Data + 24));
 }
 
-TEST(FloatMatrix, CopyFromTakesNewStorageForAnotherCountAndSharesNothing)
+TEST(FloatMatrix, CopyFromReallocatesForAnotherCountAndSharesNothing)
 {
     CFloatMatrix source;
     source.Resize(6, 4);
@@ -330,7 +330,7 @@ TEST(FloatArray, SwapExchangesStorage)
     EXPECT_EQ(none.Data[1], 5.0f);
 }
 
-TEST(FloatMatrix, GivesItsOwnStorageBack)
+TEST(FloatMatrix, FreesItsOwnStorage)
 {
     if (!ArraysAreOurs())
         GTEST_SKIP() << "arrays come from elsewhere";
@@ -339,7 +339,7 @@ TEST(FloatMatrix, GivesItsOwnStorageBack)
         CFloatMatrix matrix;
         matrix.Resize(3, 5);
         EXPECT_EQ(liveArrays, before + 1);
-        matrix.Resize(7, 2); // the first is given up
+        matrix.Resize(7, 2); // frees the first
         EXPECT_EQ(liveArrays, before + 1);
         CFloatMatrix copy;
         copy.CopyFrom(matrix);
@@ -348,7 +348,7 @@ TEST(FloatMatrix, GivesItsOwnStorageBack)
     EXPECT_EQ(liveArrays, before);
 }
 
-TEST(DoubleMatrix, GivesItsOwnStorageBack)
+TEST(DoubleMatrix, FreesItsOwnStorage)
 {
     if (!ArraysAreOurs())
         GTEST_SKIP() << "arrays come from elsewhere";
@@ -357,7 +357,7 @@ TEST(DoubleMatrix, GivesItsOwnStorageBack)
         CDoubleMatrix matrix;
         matrix.Resize(3, 5);
         EXPECT_EQ(liveArrays, before + 1);
-        matrix.Resize(7, 2); // the first is given up
+        matrix.Resize(7, 2); // frees the first
         EXPECT_EQ(liveArrays, before + 1);
         CDoubleMatrix copy;
         copy.CopyFrom(matrix);
@@ -366,7 +366,7 @@ TEST(DoubleMatrix, GivesItsOwnStorageBack)
     EXPECT_EQ(liveArrays, before);
 }
 
-TEST(FloatMatrix, BorrowedStorageIsUsedAndLeftToItsOwner)
+TEST(FloatMatrix, BorrowedStorageIsUsedButNotFreed)
 {
     float storage[8] = {};
     storage[6] = -6.0f;
@@ -385,7 +385,7 @@ TEST(FloatMatrix, BorrowedStorageIsUsedAndLeftToItsOwner)
 
     CFloatMatrix matrix;
     matrix.Borrow(2, 3, storage);
-    matrix.Resize(3, 3); // storage of its own, with what the two have in common
+    matrix.Resize(3, 3); // its own storage, with the common rectangle
     EXPECT_NE(matrix.Data, storage);
     EXPECT_EQ(matrix.Data[5], 102.0f);
     matrix.Borrow(0, 3, storage);
@@ -472,7 +472,7 @@ TEST(DoubleMatrix, ResizeCopiesTheCommonRectangle)
     EXPECT_EQ(matrix.Cols, 5u);
 }
 
-TEST(DoubleMatrix, TwoToTheTwentyNinthElementsAreRefusedUntried)
+TEST(DoubleMatrix, TwoToTheTwentyNinthElementsThrowWithoutAllocating)
 {
     if (!ArraysAreOurs())
         GTEST_SKIP() << "the free store is not this test's";
@@ -518,7 +518,7 @@ TEST(DoubleMatrix, CopyFromKeepsStorageOfTheSameCount)
     EXPECT_EQ(target.Data, before);
 }
 
-TEST(DoubleMatrix, CopyFromTakesNewStorageForAnotherCountAndSharesNothing)
+TEST(DoubleMatrix, CopyFromReallocatesForAnotherCountAndSharesNothing)
 {
     CDoubleMatrix source;
     source.Resize(2, 3);

@@ -22,7 +22,7 @@ std::vector<float> Noise(size_t count, float low, float high)
     return x;
 }
 
-TEST(PlaneRange, OfPiecesIsThatOfTheWhole)
+TEST(PlaneRange, OfPiecesEqualsThatOfTheWhole)
 {
     for (size_t count : {1u, 15u, 16u, 33u, 1000u}) {
         SCOPED_TRACE(count);
@@ -41,7 +41,7 @@ TEST(PlaneRange, OfPiecesIsThatOfTheWhole)
     }
 }
 
-TEST(PlaneRange, IsTheSameInEveryForm)
+TEST(PlaneRange, IsTheSameInEveryVariant)
 {
     const CpuForm before = ActiveCpuForm();
     const std::vector<float> x = Noise(333, 0.0f, 5.0f);
@@ -60,7 +60,7 @@ TEST(PlaneRange, IsTheSameInEveryForm)
     SelectCpuForm(before);
 }
 
-// What is known of a plane after a threshold, without looking at it again.
+// The extremes of a plane after a threshold, without reading it again.
 TEST(PlaneRange, ClearedBelowIsThatOfTheClearedPlane)
 {
     const std::vector<float> x = Noise(333, 0.5f, 5.0f);
@@ -133,7 +133,7 @@ TEST(NormalisePlane, OfInfinityIsZero)
 
 TEST(NormalisePlane, RoundsTheShiftBeforeTheScale)
 {
-    // 0.1f + 0.3f in float, then times a scale that is no power of two.
+    // 0.1f + 0.3f in float, then times a scale that is not a power of two.
     float x[] = {0.1f, 0.3f, 0.8f};
     const float shift = -0.1f;
     const float middle = 0.3f + shift;

@@ -112,7 +112,7 @@ TEST(PlaneStack, ReleaseFreesPlanesAndTablesAndKeepsTheSizes)
     }
 }
 
-TEST(PlaneStack, APlaneThatCouldNotBeHadIsNull)
+TEST(PlaneStack, APlaneThatFailsToAllocateIsNull)
 {
     AllocationFaults memory({1});
     CPlaneStack stack;
@@ -140,7 +140,7 @@ TEST(PlaneStack, WrappersBorrowTheirPlane)
         EXPECT_EQ(withRoom.ElementCount, 12);
         EXPECT_FALSE(withRoom.TablesBuilt);
 
-        // Wrapping anew leaves nothing of the last time.
+        // Wrapping again leaves nothing of the previous plane.
         CPlaneStack planeOnly = withRoom;
         planeOnly.TablesBuilt = true;
         planeOnly.WrapPlaneOnly(3, 4, plane);
@@ -190,12 +190,12 @@ TEST(PlaneStack, ReleaseOnACopyFreesThePlanesOfAll)
     EXPECT_EQ(memory.Live, 0);
     EXPECT_TRUE(copy.Planes.empty());
     EXPECT_FALSE(copy.TablesBuilt);
-    // The first stack knows nothing of it.
+    // The first stack does not notice.
     EXPECT_EQ(stack.Planes, planes);
     EXPECT_EQ(stack.PlaneTables.size(), 2u);
     EXPECT_EQ(stack.PairTables.size(), 3u);
     EXPECT_TRUE(stack.TablesBuilt);
-    // And is simply dropped: its end frees nothing a second time.
+    // And is simply dropped: its destructor frees nothing again.
 }
 
 TEST(PlaneStack, PlanePointersAreACopyOfTheList)
@@ -230,7 +230,7 @@ TEST(PlaneStack, OnePlaneTakesTheBytesInOrder)
         }
 }
 
-TEST(PlaneStack, ThreePlanesPartTheInterleavedBytes)
+TEST(PlaneStack, ThreePlanesDeinterleaveTheBytes)
 {
     const FormScope scope;
     for (CpuForm form : AvailableForms())

@@ -37,7 +37,7 @@ TEST_F(PointwiseKernels, ThresholdKeepsWhatEqualsTheLevel)
     EXPECT_EQ(map.Data[4], -2.0f);
 }
 
-TEST_F(PointwiseKernels, ThresholdAtZeroChangesNothingThatIsNotNegative)
+TEST_F(PointwiseKernels, ThresholdAtZeroKeepsNonNegativeValues)
 {
     const GuardedPlane plane = GuardedPlane::Fractions(33, 7, 1);
     CFloatMatrix map;
@@ -112,7 +112,7 @@ TEST_F(PointwiseKernels, ScaleColumnsMultipliesTheStripAndNothingBesideIt)
             }
 }
 
-TEST_F(PointwiseKernels, ScaleColumnsRefusesAnEmptyStripSilently)
+TEST_F(PointwiseKernels, ScaleColumnsIgnoresAnEmptyStrip)
 {
     const GuardedPlane before = GuardedPlane::Fractions(3, 4, 4);
     CFloatMatrix map;

@@ -61,7 +61,7 @@ CPlaneStack StackOf(GuardedPlane& plane)
 class ResizeKernels : public KernelTest {};
 
 // Every step of the definition is rounded where it says, so the check is by bits.
-TEST_F(ResizeKernels, MatchTheDefinitionToTheBitInEveryForm)
+TEST_F(ResizeKernels, MatchTheDefinitionToTheBitInEveryVariant)
 {
     const FormScope scope;
     const PlaneSize pairs[][2] = {
@@ -150,7 +150,7 @@ TEST_F(ResizeKernels, EnlargementRepeatsTheEdgePastTheOutermostCentres)
                                                 1, 1, 1.5, 2.5, 3.5, 4.5, 5, 5}));
 }
 
-TEST_F(ResizeKernels, SourceUnderTwoPixelsIsRefusedWithOneLinePerPlane)
+TEST_F(ResizeKernels, SourceUnderTwoPixelsIsRejectedWithOneLinePerPlane)
 {
     for (const PlaneSize& size : {PlaneSize{9, 1}, {1, 9}, {1, 1}}) {
         GuardedPlane src(size.Cols, size.Rows, 1.0f);
@@ -164,7 +164,7 @@ TEST_F(ResizeKernels, SourceUnderTwoPixelsIsRefusedWithOneLinePerPlane)
     }
 }
 
-TEST_F(ResizeKernels, EmptySizesAreToldOnceAndThenMissedByEachPlane)
+TEST_F(ResizeKernels, EmptySizesAreReportedOnceAndByEachPlane)
 {
     GuardedPlane src(4, 5, 1.0f);
     GuardedPlane dst(4, 5, 3.0f);
@@ -186,7 +186,7 @@ TEST_F(ResizeKernels, EmptySizesAreToldOnceAndThenMissedByEachPlane)
 }
 
 // Allocations in order: the tables, the working memory.
-TEST_F(ResizeKernels, DeniedMemoryIsToldByEachPlane)
+TEST_F(ResizeKernels, EachPlaneReportsFailedAllocation)
 {
     GuardedPlane src = GuardedPlane::Fractions(6, 5, 34);
     for (int denied : {0, 1}) {
@@ -201,7 +201,7 @@ TEST_F(ResizeKernels, DeniedMemoryIsToldByEachPlane)
     }
 }
 
-TEST_F(ResizeKernels, NullPlaneIsToldAndTheOthersAreDone)
+TEST_F(ResizeKernels, NullPlaneIsReportedAndTheOthersAreResized)
 {
     GuardedPlane src = GuardedPlane::Fractions(6, 5, 35);
     GuardedPlane dst(4, 4, 3.0f);
@@ -211,7 +211,7 @@ TEST_F(ResizeKernels, NullPlaneIsToldAndTheOthersAreDone)
     EXPECT_EQ(dst.Bits(), SlowResize(src, 4, 4).Bits());
 }
 
-TEST_F(ResizeKernels, SourceDecidesHowManyPlanesAreDone)
+TEST_F(ResizeKernels, SourceSetsTheNumberOfPlanes)
 {
     GuardedPlane src = GuardedPlane::Fractions(6, 5, 36);
     GuardedPlane done(4, 4, 3.0f);

@@ -49,7 +49,7 @@ private:
 TEST(ScratchScope, GivesAlignedPiecesThatDoNotOverlap)
 {
     Block block(1 << 16);
-    // The block may start anywhere.
+    // The block may start at any address.
     const CScratchScope scope(block.Data() + 3, block.Size() - 3);
     std::vector<char*> pieces;
     for (size_t size : {1u, 63u, 64u, 65u, 1000u, 4u}) {
@@ -74,14 +74,14 @@ TEST(ScratchScope, UsesFreedMemoryAgain)
     void* const second = AllocateAligned(1000, 64);
     FreeAligned(second);
     EXPECT_EQ(AllocateAligned(1000, 64), second);
-    // In any order: what is free on top goes once the piece above it has gone.
+    // In any order: a freed piece is reclaimed once everything above it is freed.
     FreeAligned(first);
     FreeAligned(second);
     EXPECT_EQ(AllocateAligned(3000, 64), first);
     FreeAligned(first);
 }
 
-TEST(ScratchScope, SendsTheRestToTheFreeStore)
+TEST(ScratchScope, AllocatesTheRestOnTheHeap)
 {
     Block block(1024);
     const CScratchScope scope(block.Data(), block.Size());
@@ -99,7 +99,7 @@ TEST(ScratchScope, SendsTheRestToTheFreeStore)
     EXPECT_EQ(AllocateAligned(0, 64), nullptr);
 }
 
-TEST(ScratchScope, TakesNoBlockForNone)
+TEST(ScratchScope, AcceptsNoBlock)
 {
     for (size_t bytes : {size_t{0}, size_t{10}}) {
         char tiny[16];
@@ -111,7 +111,7 @@ TEST(ScratchScope, TakesNoBlockForNone)
     }
 }
 
-TEST(ScratchScope, EndsWithItsLife)
+TEST(ScratchScope, EndsWithItsLifetime)
 {
     Block block(4096);
     {
@@ -125,7 +125,7 @@ TEST(ScratchScope, EndsWithItsLife)
     FreeAligned(after);
 }
 
-TEST(ScratchScope, InnerScopeGoesFirstAndBothTakeBack)
+TEST(ScratchScope, InnerScopeAllocatesFirstAndBothAcceptFrees)
 {
     Block outerBlock(4096);
     Block innerBlock(4096);
@@ -142,7 +142,7 @@ TEST(ScratchScope, InnerScopeGoesFirstAndBothTakeBack)
     FreeAligned(outerPiece);
 }
 
-TEST(ScratchScope, IsOfItsThreadAlone)
+TEST(ScratchScope, AffectsOnlyItsThread)
 {
     Block block(4096);
     const CScratchScope scope(block.Data(), block.Size());
@@ -170,12 +170,12 @@ TEST(ScratchScope, HoldsThePlanesOfAStack)
     stack.Release();
 }
 
-TEST(BorrowedMatrix, LeavesTheStorageToItsOwner)
+TEST(BorrowedMatrix, DoesNotFreeTheStorage)
 {
     std::vector<float> storage(12, 3.0f);
     {
         CFloatMatrix matrix;
-        matrix.Resize(2, 2); // its own, given up
+        matrix.Resize(2, 2); // its own, freed later
         matrix.Borrow(3, 4, storage.data());
         EXPECT_EQ(matrix.Rows, 3u);
         EXPECT_EQ(matrix.Cols, 4u);
@@ -191,7 +191,7 @@ TEST(BorrowedMatrix, LeavesTheStorageToItsOwner)
     EXPECT_EQ(table.Data, doubles.data());
 }
 
-TEST(BorrowedMatrix, KeepsItsPlaceWhileTheCountStays)
+TEST(BorrowedMatrix, KeepsItsStorageWhileTheCountStays)
 {
     std::vector<float> storage(12, 3.0f);
     CFloatMatrix matrix;
@@ -209,7 +209,7 @@ TEST(BorrowedMatrix, KeepsItsPlaceWhileTheCountStays)
     EXPECT_EQ(storage[3], 7.0f);
 }
 
-TEST(BorrowedMatrix, OwnsWhatItGetsWhenTheCountChanges)
+TEST(BorrowedMatrix, OwnsItsStorageOnceTheCountChanges)
 {
     std::vector<float> storage = {1, 2, 3, 4};
     CFloatMatrix matrix;
@@ -231,8 +231,8 @@ TEST(BorrowedMatrix, OfNoElementsHasNoData)
     EXPECT_EQ(matrix.Count, 0u);
 }
 
-// With the address sanitizer pieces have bounds of their own: their neighbours, their headers
-// and what was given back are out of them, and the whole block is the caller's again at the end.
+// With the address sanitizer each piece has its own bounds: neighbours, headers and freed pieces
+// are out of bounds, and the caller may use the whole block again at the end.
 TEST(ScratchScope, TheAddressSanitizerWatchesEachPiece)
 {
 #if defined(VISTATRIM_HAS_ADDRESS_SANITIZER)

@@ -10,7 +10,7 @@
 
 namespace {
 
-// Array allocations of the free store while watched: which one fails, and how many are out.
+// Heap allocations of arrays while watched: which one fails, and how many are live.
 bool watchingArrays = false;
 int arraysAsked = 0;
 int arraysLive = 0;
@@ -87,8 +87,8 @@ float PairedSum(const std::vector<float>& taps, const std::function<float(int32_
     return sum + taps[static_cast<size_t>(reach)] * at(0);
 }
 
-// The order of additions that all forms and all mask sizes keep: columns first, the pairs
-// from the outside in, the centre last.
+// The order of additions that all variants and mask sizes keep: columns first, the pairs from the
+// outside in, the centre last.
 GuardedPlane OrderedSmooth(const GuardedPlane& src, int32_t maskSize, float sigma)
 {
     const std::vector<float> taps = TapsOf(maskSize, sigma);
@@ -105,7 +105,7 @@ struct Smoothing {
     int32_t MaskSize;
     float Sigma;
 };
-// The three in use, and masks that take the way for any size.
+// The three sizes in use, and sizes that take the general path.
 const Smoothing kSmoothings[] = {{7, 0.7f}, {7, 0.5f}, {15, 2.0f}, {3, 1.0f},
                                  {5, 0.9f}, {9, 3.0f}, {21, 2.5f}};
 
@@ -140,8 +140,8 @@ TEST_F(SmoothingKernels, TapsAreTheRoundedBellDividedByItsFloatSum)
     }
 }
 
-// At sigma 100 the bell is all but flat over the mask, and ends with it all the same.
-TEST_F(SmoothingKernels, MaskIsCutWhateverSigmaIs)
+// At sigma 100 the bell is almost flat over the mask, and still ends with it.
+TEST_F(SmoothingKernels, MaskIsTruncatedWhateverSigmaIs)
 {
     GuardedPlane src(31, 1, 0.0f);
     src.Data()[15] = 1.0f;
@@ -179,7 +179,7 @@ TEST_F(SmoothingKernels, MatchTheDefinition)
     EXPECT_LE(worst, kSumTolerance);
 }
 
-TEST_F(SmoothingKernels, RoundInOneOrderInEveryFormAndForEveryMask)
+TEST_F(SmoothingKernels, RoundInOneOrderInEveryVariantAndForEveryMask)
 {
     const FormScope scope;
     for (const PlaneSize& size : AwkwardSizes())
@@ -198,8 +198,8 @@ TEST_F(SmoothingKernels, RoundInOneOrderInEveryFormAndForEveryMask)
         }
 }
 
-// All that a flat picture yields rests on it: borders, corners and vector tails included.
-TEST_F(SmoothingKernels, ConstantPlaneComesOutAsOneValueToTheBit)
+// All results for a flat picture depend on it: borders, corners and vector tails included.
+TEST_F(SmoothingKernels, ConstantPlaneStaysConstantToTheBit)
 {
     const FormScope scope;
     for (const PlaneSize& size : AwkwardSizes())
@@ -237,7 +237,7 @@ TEST_F(SmoothingKernels, FlippedPictureGivesTheFlippedResultToTheBit)
     }
 }
 
-// A pixel alone is its own border: the taps sum to 1 twice, up to rounding.
+// A single pixel is its own border: the taps sum to 1 twice, up to rounding.
 TEST_F(SmoothingKernels, SinglePixelKeepsItsValueUpToRounding)
 {
     for (const Smoothing& s : kSmoothings) {
@@ -252,7 +252,7 @@ TEST_F(SmoothingKernels, SinglePixelKeepsItsValueUpToRounding)
     }
 }
 
-TEST_F(SmoothingKernels, SingleColumnIsSmoothedAlongItselfAlone)
+TEST_F(SmoothingKernels, SingleColumnIsSmoothedOnlyAlongItself)
 {
     const GuardedPlane src = GuardedPlane::Fractions(1, 40, 24);
     GuardedPlane dst(1, 40);
@@ -274,7 +274,7 @@ TEST_F(SmoothingKernels, ReportBadSizesInThreeLines)
         GaussianSmooth(src.Data(), dst.Data(), size.Cols, size.Rows, 7, 1.0f);
         EXPECT_EQ(TakeErrors(), std::string(kSizeLine) + kDeniedLines);
     }
-    // The size is looked at before the mask.
+    // The size is checked before the mask.
     GaussianSmooth(src.Data(), dst.Data(), 0, 2, 4, 1.0f);
     EXPECT_EQ(TakeErrors(), std::string(kSizeLine) + kDeniedLines);
     EXPECT_EQ(dst.Pixels(), GuardedPlane(2, 2, 3.0f).Pixels());
@@ -291,7 +291,7 @@ TEST_F(SmoothingKernels, ReportEvenAndSmallMasksInThreeLines)
     EXPECT_EQ(dst.Pixels(), GuardedPlane(9, 9, 3.0f).Pixels());
 }
 
-TEST_F(SmoothingKernels, ReportDeniedScratchAndRunTheKernelAllTheSame)
+TEST_F(SmoothingKernels, ReportFailedScratchAndStillRunTheKernel)
 {
     const GuardedPlane src = GuardedPlane::Fractions(9, 9, 25);
     GuardedPlane dst(9, 9, 3.0f);
@@ -302,7 +302,7 @@ TEST_F(SmoothingKernels, ReportDeniedScratchAndRunTheKernelAllTheSame)
     EXPECT_EQ(faults.Live, 0);
 }
 
-TEST_F(SmoothingKernels, ReportNullPlanesFromTheKernelAlone)
+TEST_F(SmoothingKernels, OnlyTheKernelReportsNullPlanes)
 {
     GuardedPlane plane(9, 9, 3.0f);
     AllocationFaults tally({});
@@ -314,7 +314,7 @@ TEST_F(SmoothingKernels, ReportNullPlanesFromTheKernelAlone)
     EXPECT_EQ(tally.Asked, 2);
 }
 
-TEST_F(SmoothingKernels, KernelRefusesWhatItsSizeRefuses)
+TEST_F(SmoothingKernels, KernelRejectsWhatItsSizeFunctionRejects)
 {
     const GuardedPlane src(3, 3, 1.0f);
     GuardedPlane dst(3, 3, 3.0f);
@@ -343,7 +343,7 @@ TEST_F(SmoothingKernels, StackIsSmoothedPlaneByPlaneWithMaskSeven)
     source.Planes = {in[0].Data(), in[1].Data()};
     target.Planes = {out[0].Data(), out[1].Data()};
 
-    // A sigma that is no float: it is rounded to one first.
+    // A sigma that a float cannot represent: it is rounded first.
     SmoothStack(source, target, 0.7);
 
     for (int i = 0; i < 2; ++i) {
@@ -354,7 +354,7 @@ TEST_F(SmoothingKernels, StackIsSmoothedPlaneByPlaneWithMaskSeven)
     }
 }
 
-TEST_F(SmoothingKernels, EachPlaneOfAStackReportsForItself)
+TEST_F(SmoothingKernels, EachPlaneReportsSeparately)
 {
     GuardedPlane plane(4, 4, 3.0f);
     CPlaneStack source;
@@ -400,7 +400,7 @@ TEST_F(SmoothingKernels, InterleavedPixelsAreSeparatedAndSmoothedWithMaskFifteen
     }
 }
 
-TEST_F(SmoothingKernels, InterleavedPixelsThrowWhenAnArrayIsDeniedAndLeakNone)
+TEST_F(SmoothingKernels, InterleavedPixelsThrowWhenAnAllocationFailsAndLeakNothing)
 {
     const std::vector<uint8_t> pixels(3 * 4 * 4, 9);
     for (int denied = 0; denied < 3; ++denied) {

@@ -64,7 +64,7 @@ void SlowPairTable(const float* planeA, const float* planeB, float* table, int32
     }
 }
 
-// A matrix that looks at numbers of somebody else's: one whose Count is 0 frees nothing.
+// A matrix that views storage owned elsewhere: with a Count of 0 it frees nothing.
 void Borrow(CFloatMatrix& matrix, const GuardedPlane& plane)
 {
     matrix.Rows = static_cast<uint32_t>(plane.Rows);
@@ -160,7 +160,7 @@ CDoubleMatrix& Build(const GuardedPlane& map, GuardedTable& table)
     return table.Table;
 }
 
-// Whole numbers keep every sum exact, so the check is EQ and needs no tolerance.
+// Integers keep every sum exact, so the check is EQ and needs no tolerance.
 TEST(SummedAreaTable, SumsEveryRectangleFromTheCorner)
 {
     for (const PlaneSize& size : AwkwardSizes()) {
@@ -260,8 +260,8 @@ TEST(RegionSum, TakesItsCornersInOrder)
     table.Data[1] = 1.0;         // B
     table.Data[2] = large;       // C
     table.Data[3] = large + 2.0; // A
-    // A - B is a tie and goes to the even neighbour, 2^53; less C leaves 0, plus D 3. A - C
-    // first would keep what B takes away.
+    // A - B is a tie and goes to the even neighbour, 2^53; minus C gives 0, plus D gives 3. A - C
+    // first would keep what B removes.
     EXPECT_EQ(RegionSum(table, 1, 1, 1, 1), 3.0);
 }
 
@@ -415,7 +415,7 @@ TEST(PairTable, OfAPlaneWithItselfSumsSquares)
     EXPECT_EQ(static_cast<double>(table.At(17, 12)), sum);
 }
 
-// 4097 squared has 25 bits: rounded to float before it is added it would lose its last one.
+// 4097 squared has 25 bits: rounding it to float before adding it would lose the last one.
 TEST(PairTable, DoesNotRoundTheProductOnItsOwn)
 {
     const GuardedPlane a =

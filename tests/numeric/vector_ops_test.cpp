@@ -23,7 +23,7 @@ std::vector<int32_t> AwkwardCounts()
     return counts;
 }
 
-// A row of both signs, with the values that have bits of their own.
+// A row of both signs, with -0, a denormal and an infinity.
 GuardedPlane SignedNumbers(int32_t count, uint32_t seed)
 {
     GuardedPlane row = GuardedPlane::Fractions(count, 1, seed);
@@ -38,7 +38,7 @@ GuardedPlane SignedNumbers(int32_t count, uint32_t seed)
     return row;
 }
 
-// Runs the operation in every form, at every count, into an array of its own and in place, and
+// Runs the operation in every variant, at every count, into a separate array and in place, and
 // compares bits with one(i).
 void ExpectElementWise(const std::function<void(int32_t, const float*, const float*, float*)>& run,
                        const std::function<float(float, float)>& one, bool nonNegative = false)
@@ -48,8 +48,8 @@ void ExpectElementWise(const std::function<void(int32_t, const float*, const flo
         for (int32_t n : AwkwardCounts()) {
             SCOPED_TRACE(testing::Message() << "form " << form << ", count " << n);
             SelectCpuForm(form);
-            // Numbers go on behind the sources: from a guard there, a step too many would make
-            // the guard behind the destination.
+            // The sources continue past the count: with guards there, one step too many would write
+            // the guard value after the destination and go unnoticed.
             GuardedPlane a =
                 nonNegative ? GuardedPlane::Fractions(n + 16, 1, 1) : SignedNumbers(n + 16, 1);
             GuardedPlane b = SignedNumbers(n + 16, 2);
@@ -117,7 +117,7 @@ TEST(VectorOps, SqrtIsExactlyRounded)
         true);
 }
 
-TEST(VectorOps, RootOfANegativeIsNotANumberInEveryForm)
+TEST(VectorOps, RootOfANegativeIsNaNInEveryVariant)
 {
     const FormScope scope;
     for (CpuForm form : AvailableForms()) {
@@ -129,7 +129,7 @@ TEST(VectorOps, RootOfANegativeIsNotANumberInEveryForm)
     }
 }
 
-TEST(VectorOps, CubeHasTheSameBitsInEveryForm)
+TEST(VectorOps, CubeHasTheSameBitsInEveryVariant)
 {
     ExpectElementWise(
         [](int32_t n, const float* a, const float*, float* y) { VectorPowScalar(n, a, 3.0f, y); },
@@ -139,7 +139,7 @@ TEST(VectorOps, CubeHasTheSameBitsInEveryForm)
         });
 }
 
-TEST(VectorOps, PowerIsWithinOneUnitOfTheLastPlace)
+TEST(VectorOps, PowerIsWithinOneUlp)
 {
     const GuardedPlane a = GuardedPlane::Fractions(640, 427, 5);
     const int32_t n = 640 * 427;
@@ -169,7 +169,7 @@ TEST(VectorOps, CubeKeepsZeroAndOne)
     EXPECT_EQ(x[2], 8.0f);
 }
 
-TEST(VectorOps, NegativeCountsAndNullArraysAreRefused)
+TEST(VectorOps, NegativeCountsAndNullArraysAreIgnored)
 {
     float x[] = {-4.0f, 9.0f};
     const float before[] = {-4.0f, 9.0f};
@@ -257,8 +257,8 @@ TEST(NormalisePlane, TakesARangeOfTheFloorAsItIs)
     EXPECT_EQ(above[1], 2e-05f * static_cast<float>(1.0 / static_cast<double>(2e-05f)));
 }
 
-// Below the floor the range has no say, above it the floor has none.
-TEST(NormalisePlane, RangesJustUnderAndJustOverTheFloorPart)
+// Below the floor the range has no effect, above it the floor has none.
+TEST(NormalisePlane, RangesJustUnderAndJustOverTheFloorDiffer)
 {
     for (const float under : {std::nextafter(1e-05f, 0.0f), 0.99e-05f}) {
         float x[] = {0.0f, under, under / 2};
@@ -274,7 +274,7 @@ TEST(NormalisePlane, RangesJustUnderAndJustOverTheFloorPart)
     }
 }
 
-// One multiplication for each element, so the bits are known although a library does it.
+// One multiplication for each element, so the bits are known even though a library computes it.
 TEST(NormalisePlane, ScalesByTheRoundedReciprocal)
 {
     const FormScope scope;

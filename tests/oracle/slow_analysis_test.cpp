@@ -235,7 +235,7 @@ TEST(SlowResize, StrongReductionReadsOnlyFourPixels)
     EXPECT_THAT(Resized(src, 9, 9, 1, 1), ElementsAre(5.0F));
 }
 
-TEST(SlowResize, OneRowIsRefusedOncePerPlane)
+TEST(SlowResize, OneRowIsRejectedOncePerPlane)
 {
     Messages messages;
     PlaneStack target = MakeStack(3, 4, 4);
@@ -898,7 +898,7 @@ TEST(SlowAnalysis, TooNarrowPicturesGiveAMessage)
     EXPECT_TRUE(a.ContrastMap.empty());
 }
 
-TEST(SlowAnalysis, ShortBuffersAreRefused)
+TEST(SlowAnalysis, ShortBuffersAreRejected)
 {
     const Picture picture = NoisePicture(100, 100, 1);
     EXPECT_THROW(AnalysePicture(picture), std::invalid_argument);

@@ -257,7 +257,7 @@ TEST(SlowGeneratorModel, UnknownRatioIsAddedWithItsFlagAndNoGridRow)
     EXPECT_TRUE(model.Grid.empty());
 }
 
-TEST(SlowGeneratorModel, DisabledRowsAreFilledButNotHandedOut)
+TEST(SlowGeneratorModel, DisabledRowsAreFilledButNotReturned)
 {
     GeneratorModel model = UsualModel(640, 480);
     model.SetAspectRatioEnabled(3.0 / 2.0, false);
@@ -277,7 +277,7 @@ TEST(SlowGeneratorModel, DisabledRowsAreFilledButNotHandedOut)
     EXPECT_THROW(model.GetEnabledGrid(6), std::out_of_range);
 }
 
-TEST(SlowGeneratorModel, RowWithAllScalesDisabledIsHandedOutWithoutCells)
+TEST(SlowGeneratorModel, RowWithAllScalesDisabledIsReturnedWithoutCells)
 {
     GeneratorModel model(640, 480, {{1.5, true}}, {{0.5, false}}, 25);
     model.GenerateAll();

@@ -225,7 +225,7 @@ TEST(SlowScoring, BandPastTheOppositeSideOfASmallCropCounts)
     EXPECT_EQ(BorderCost(in, rect), 3.25F + 1.625F);
 }
 
-TEST(SlowScoring, BandOutsideThePictureRulesTheBorderOut)
+TEST(SlowScoring, BandOutsideThePictureGivesBorderScoreZero)
 {
     const ScoringInput in = SidedPicture();
     EXPECT_EQ(SideValue(in, {0, 0, 0, 0}, 0), 1.0F);

@@ -46,7 +46,7 @@ TEST(SyntheticImages, SeedsGiveDifferentPictures)
             << kind;
 }
 
-TEST(SyntheticImages, UnknownNamesAreRefused)
+TEST(SyntheticImages, UnknownNamesAreRejected)
 {
     EXPECT_THROW(MakePicture("no_such_picture", 4, 4), std::invalid_argument);
     EXPECT_THROW(MakePicture("flat:256", 4, 4), std::invalid_argument);
@@ -101,7 +101,7 @@ TEST(SyntheticImages, HalvesMeetInTheMiddle)
     EXPECT_NE(PixelAt(stacked, 1, 4), PixelAt(stacked, 1, 5));
 }
 
-TEST(SyntheticImages, OneBrightPixelStandsAlone)
+TEST(SyntheticImages, OneBrightPixelIsAlone)
 {
     const Picture picture = OneBrightPixel(9, 6);
     int sum = 0;

@@ -1,5 +1,5 @@
-// Nothing here starts libvips before the first photograph does, as in a program that never heard
-// of it.
+// Nothing here starts libvips before the first photograph does, as in a program that does not use
+// it otherwise.
 #include "vistaTrimPhoto/analysis.h"
 
 #include <cmath>
@@ -80,7 +80,7 @@ void ExpectSame(const Suggestions& a, const Suggestions& b)
     }
 }
 
-// Which kind, and what the message says.
+// The error that the request throws.
 PhotoError ErrorOf(const Analysis& analysis, const Request& request)
 {
     try {
@@ -92,7 +92,7 @@ PhotoError ErrorOf(const Analysis& analysis, const Request& request)
     return PhotoError(PhotoError::Kind::Internal, "");
 }
 
-TEST(Analysis, AnswersEachOfSeveralRequestsAsAFreshOneDoes)
+TEST(Analysis, AnswersEachRequestLikeAFreshAnalysis)
 {
     const Analysis kept = AnalysisOfABlock();
     for (int round = 0; round < 2; ++round)
@@ -130,7 +130,7 @@ TEST(Analysis, AnswersSeveralThreadsAsOne)
 
 // The engine asked directly, with each weight alone: the same crops in the same order, and every
 // measure under its own name.
-TEST(Analysis, HandsWeightsAndScoresThroughInPlace)
+TEST(Analysis, KeepsTheOrderOfWeightsAndScores)
 {
     const PixelImage image = BlockOnARamp({640, 400});
     const Analysis analysis(Photograph::FromPixels(ViewOf(image)));
@@ -197,7 +197,7 @@ TEST(Analysis, OutlivesThePhotographAndItsPixels)
     EXPECT_FALSE(result.Crops[0].Explained.has_value());
 }
 
-TEST(Analysis, GivesWhatTheRequestAsksFor)
+TEST(Analysis, GivesWhatIsRequested)
 {
     const Analysis analysis = AnalysisOfABlock();
     const std::vector<Request> requests = DifferentRequests();
@@ -224,7 +224,7 @@ TEST(Analysis, GivesWhatTheRequestAsksFor)
     EXPECT_LT(wished.Explained->Passing, wished.Explained->Candidates);
 }
 
-TEST(Analysis, RefusesInvalidRequestsByKind)
+TEST(Analysis, RejectsInvalidRequestsByKind)
 {
     const Analysis analysis = AnalysisOfABlock();
     const auto invalid = [&analysis](const auto& spoil) {
@@ -271,7 +271,7 @@ TEST(Analysis, SaysWhatDoesNotFitAndWhichWish)
     EXPECT_FALSE(ErrorOf(analysis, large).ConcernedWish());
     EXPECT_EQ(ErrorOf(analysis, large).Text("--"), ErrorOf(analysis, large).what());
 
-    // What is to be avoided and lies outside is avoided already, wherever that is.
+    // A region to avoid that lies outside is avoided already, wherever it is.
     Request avoided;
     avoided.Wishes = {
         {WishKind::MustAvoid,
@@ -347,7 +347,7 @@ TEST(Analysis, ExplainsEveryShortfall)
     EXPECT_EQ(NoteOf(explained(many)).find("of "), 0U);
 }
 
-TEST(Analysis, TakesOnlyAWorkingPictureOfItsPhotograph)
+TEST(Analysis, RejectsAnInconsistentWorkingPicture)
 {
     const WorkingPicture good = AnalysisOfABlock().Picture();
     EXPECT_NO_THROW(Analysis{good});

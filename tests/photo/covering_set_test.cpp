@@ -70,7 +70,7 @@ TEST(CoveringSet, EachCropRaisesTheExpectedBestOverlapMost)
     }
 }
 
-TEST(CoveringSet, HandsOutEveryCropOnceWithHigherTiersFirst)
+TEST(CoveringSet, ReturnsEveryCropOnceWithHigherTiersFirst)
 {
     const std::vector<CInt32CropRect> crops = RandomCrops(700);
     std::vector<double> utilities;
@@ -88,7 +88,7 @@ TEST(CoveringSet, HandsOutEveryCropOnceWithHigherTiersFirst)
     EXPECT_FALSE(set.Next(served));
 }
 
-TEST(CoveringSet, TheFirstCropsDoNotDependOnHowManyAreAsked)
+TEST(CoveringSet, TheFirstCropsDoNotDependOnHowManyAreRequested)
 {
     const std::vector<CInt32CropRect> crops = RandomCrops(300);
     const std::vector<double> utilities(crops.size(), 0.0);
@@ -101,7 +101,7 @@ TEST(CoveringSet, TheFirstCropsDoNotDependOnHowManyAreAsked)
     EXPECT_EQ(first, all);
 }
 
-TEST(CoveringSet, NothingComesOfNothing)
+TEST(CoveringSet, OfNoCropsIsEmpty)
 {
     const std::vector<CInt32CropRect> crops;
     const std::vector<double> utilities;

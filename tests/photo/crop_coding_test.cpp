@@ -14,8 +14,8 @@ namespace {
 
 using vips::VImage;
 
-// Coloured detail of every size, alike everywhere, as photographs have it: all parts of it take
-// about the same number of bytes.
+// Coloured detail of every size, uniform over the picture, so that all parts take about the same
+// number of bytes.
 VImage Texture(int width, int height)
 {
     VImage sum = VImage::black(width, height, VImage::option()->set("bands", 3)) + 128.0;
@@ -112,8 +112,8 @@ TEST(JpegCoding, OfChromaHalvedOneWayIsHalf)
     EXPECT_EQ(chromaFor(0x11), ChromaSampling::Full);
 }
 
-// Other encoders have tables of their own. With one step for all frequencies, three photographs of
-// 2 megapixels took as many bytes as at these qualities of the standard tables.
+// Other encoders have their own tables. With one step for all frequencies, three photographs of 2
+// megapixels took as many bytes as at these qualities of the standard tables.
 TEST(JpegCoding, OfOtherTablesTakesAsManyBytes)
 {
     const auto flat = [](int step) {

@@ -1,4 +1,4 @@
-// Parts of crops against sums over cells, ranks against counting.
+// Checks parts of crops against sums over cells, and ranks against counting.
 #include <algorithm>
 #include <cmath>
 #include <random>

@@ -98,12 +98,12 @@ TEST(CropWriter, CutsThePixelsOfTheRectangle)
         const VImage expected = scene.extract_area(rect.X, rect.Y, rect.Width, rect.Height);
         EXPECT_TRUE(pixels[i].Bytes == PixelsOfImage(expected).Bytes);
         EXPECT_EQ((Decoded(encoded[i]) - expected).abs().max(), 0.0);
-        // One crop is read in another way than several.
+        // One crop is read differently from several.
         EXPECT_TRUE(ReadCrops(photograph, {crops[i]})[0].Bytes == pixels[i].Bytes);
     }
 }
 
-TEST(CropWriter, ReadsUprightScreenColoursOfEveryKind)
+TEST(CropWriter, ReadsUprightSrgbOfEveryKind)
 {
     const TempFolder folder;
     const VImage quarters = Quarters(600, 400);
@@ -134,7 +134,7 @@ TEST(CropWriter, ReadsUprightScreenColoursOfEveryKind)
     EXPECT_EQ(grey.Bytes.size(), 9U * 9 * 3);
 }
 
-TEST(CropWriter, ScalesPixelsToTheAskedSize)
+TEST(CropWriter, ScalesPixelsToTheRequestedSize)
 {
     const PixelImage image = PixelsOfImage(Quarters(600, 400));
     CropOutput crop = Output({0, 0, 600, 400});
@@ -147,7 +147,7 @@ TEST(CropWriter, ScalesPixelsToTheAskedSize)
     }
 }
 
-TEST(CropWriter, HeedsQualityAndStrip)
+TEST(CropWriter, AppliesQualityAndStrip)
 {
     const TempFolder folder;
     VImage scene = Scene(600, 400, 0.4, 0.5).copy();
@@ -225,7 +225,7 @@ TEST(ImageEncoder, CutsAndScalesDownButNeverUp)
     EXPECT_EQ(Decoded(EncodeImage(pixels, encoding)).width(), 300);
 }
 
-TEST(ImageEncoder, HeedsQualityAndEffort)
+TEST(ImageEncoder, AppliesQualityAndEffort)
 {
     const PixelImage pixels = PixelsOfImage(Scene(600, 400, 0.4, 0.5));
     const auto bytes = [&pixels](ImageFormat format, int quality, bool fast) {
@@ -258,7 +258,7 @@ TEST(ImageEncoder, ErrorsHaveKinds)
               Kind::NotWritable);
 }
 
-TEST(ImageFormat, HasOneEndingAndKnowsTheOthers)
+TEST(ImageFormat, HasOneExtensionAndKnowsTheOthers)
 {
     std::set<std::string> endings;
     for (const ImageFormat format : {ImageFormat::Jpeg, ImageFormat::Png, ImageFormat::Webp,

@@ -1,5 +1,5 @@
-// The face finder, on a portrait that Debian ships and on pictures without a face. Without dlib
-// or the portrait, what needs them is skipped.
+// The face finder, on a portrait that Debian ships and on pictures without a face. Without dlib or
+// the portrait, the tests that need them are skipped.
 #include "regions/face_finder.h"
 
 #include <algorithm>
@@ -81,7 +81,7 @@ TEST_F(FaceFinderOnPortrait, BothSearchesFindTheLargeFace)
     const PixelImage portrait = PortraitOf(512);
     for (const FaceSearch search : {FaceSearch::Large, FaceSearch::All}) {
         const auto faces = FindFaces(portrait, search);
-        ASSERT_FALSE(faces.empty()); // part of her suit is taken for another one
+        ASSERT_FALSE(faces.empty()); // part of her suit counts as another face
         ExpectOverlap(faces[0].Rect, kFaceInPortrait);
         EXPECT_EQ(faces[0].Kind, RegionKind::Face);
         EXPECT_EQ(faces[0].Source, RegionSource::FaceFinder);
@@ -92,7 +92,7 @@ TEST_F(FaceFinderOnPortrait, BothSearchesFindTheLargeFace)
 
 TEST_F(FaceFinderOnPortrait, OnlyTheFineSearchFindsTheSmallFace)
 {
-    const PixelImage portrait = PortraitOf(256); // the face takes some 45 x 50 pixels
+    const PixelImage portrait = PortraitOf(256); // the face is about 45 x 50 pixels
     EXPECT_THAT(FindFaces(portrait, FaceSearch::Large), IsEmpty());
 
     const auto faces = FindFaces(portrait, FaceSearch::All);
@@ -101,7 +101,7 @@ TEST_F(FaceFinderOnPortrait, OnlyTheFineSearchFindsTheSmallFace)
                                   kFaceInPortrait.Width / 2, kFaceInPortrait.Height / 2});
 }
 
-TEST_F(FaceFinderOnPortrait, TheFineSearchFindsAllThatTheCoarseOneFinds)
+TEST_F(FaceFinderOnPortrait, TheFineSearchFindsWhateverTheCoarseOneFinds)
 {
     const PixelImage portrait = PortraitOf(512);
     const auto fine = FindFaces(portrait, FaceSearch::All);

@@ -18,7 +18,7 @@ TEST(WorkingSize, HasItsLongerSideAtExactly640)
     EXPECT_EQ(WorkingSize({3, 2}), (PixelSize{640, 427}));
 }
 
-TEST(WorkingSize, NeverLosesASide)
+TEST(WorkingSize, SideIsAtLeastOnePixel)
 {
     EXPECT_EQ(WorkingSize({1, 1}), (PixelSize{640, 640}));
     EXPECT_EQ(WorkingSize({1, 5000}), (PixelSize{1, 640}));
@@ -44,9 +44,9 @@ TEST(ToWorkingOutward, OfTheWholePhotographIsTheWholeWorkingPicture)
     }
 }
 
-// Checked against the definition: a working pixel belongs to the result just if its area in
-// the photograph shares more than an edge with the rectangle.
-TEST(ToWorkingOutward, HoldsExactlyTheWorkingPixelsThatAreTouched)
+// Checked against the definition: a working pixel belongs to the result exactly if its area in the
+// photograph shares more than an edge with the rectangle.
+TEST(ToWorkingOutward, CoversExactlyTheTouchedWorkingPixels)
 {
     std::mt19937 random(7);
     for (int round = 0; round < 2000; ++round) {

@@ -71,7 +71,7 @@ TEST(InputGrid, ColoursAndGradientAreCellMeans)
 
 TEST(InputGrid, MapsAreCellMeansAtTheirOwnSize)
 {
-    // Whole numbers keep every sum exact.
+    // Integers keep every sum exact.
     const int rows = 53;
     const int cols = 80;
     std::vector<float> values;

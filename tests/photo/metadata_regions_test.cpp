@@ -246,7 +246,7 @@ TEST(MetadataRegions, DamagedPacketsAreHarmless)
         if (crop)
             RegionsOfXmp(*crop, {100, 100}, 1);
     }
-    EXPECT_GT(withRegions, 100); // else the damage would hide what is tested
+    EXPECT_GT(withRegions, 100); // otherwise the damage would hide what is tested
 }
 
 TEST(CropRegions, MoveWithTheCrop)
@@ -263,7 +263,7 @@ TEST(CropRegions, MoveWithTheCrop)
     EXPECT_THAT(*crop, HasSubstr("stDim:w=\"200\""));
 }
 
-TEST(CropRegions, AreClippedAndLeftOut)
+TEST(CropRegions, AreClippedOrDropped)
 {
     const std::string xmp = WorkingGroup({{0.25, 0.5, 0.1, 0.2, "Face", "Outside"},
                                           {0.5, 0.5, 0.1, 0.2, "Face", "Clipped"},
@@ -328,7 +328,7 @@ TEST(CropRegions, OfIptcBecomeRectangles)
     }
 }
 
-TEST(CropRegions, NoneLeftMeansNoListLeft)
+TEST(CropRegions, WithoutAnyTheListIsDropped)
 {
     const auto crop =
         XmpForCrop(PeopleTags("0, 0, 0.1, 0.2"), kPhoto, 1, {200, 0, 200, 200}, {200, 200});
@@ -348,7 +348,7 @@ TEST(CropRegions, StaleOnesDoNotSurvive)
     EXPECT_THAT(*crop, Not(HasSubstr("RegionList")));
 }
 
-TEST(CropRegions, APacketWithoutRegionsStaysByteForByte)
+TEST(CropRegions, APacketWithoutRegionsIsUnchanged)
 {
     const std::string xmp = Packet("<dc:format>image/jpeg</dc:format>");
 

@@ -17,7 +17,7 @@ namespace {
 
 using vips::VImage;
 
-// Every byte depends on its place, and no two rows or columns are alike.
+// Every byte depends on its position, and no two rows or columns are equal.
 PixelImage Pattern(PixelSize size, int32_t channels)
 {
     PixelImage image{size, channels, {}};
@@ -46,7 +46,7 @@ void ExpectSamePixels(const PixelImage& a, const PixelImage& b)
     EXPECT_TRUE(a.Bytes == b.Bytes);
 }
 
-// Everything that is read of one, byte for byte what is read of the other.
+// Everything read from one equals, byte for byte, what is read from the other.
 void ExpectSamePhotograph(const Photograph& a, const Photograph& b)
 {
     EXPECT_EQ(a.Size(), b.Size());
@@ -61,7 +61,7 @@ void ExpectSamePhotograph(const Photograph& a, const Photograph& b)
     ExpectSamePixels(ReadCrops(a, {crop})[0], ReadCrops(b, {crop})[0]);
 }
 
-// The pixels in a larger block, between guard bytes; with the rows bottom up if asked for.
+// The pixels in a larger block, between guard bytes; with the rows bottom up if requested.
 struct Strided {
     Strided(const PixelImage& image, ptrdiff_t padding, bool bottomUp)
     {
@@ -187,7 +187,7 @@ TEST(PhotographForms, APreviewIsNeverLargerThanThePhotograph)
     EXPECT_THROW(photograph.ReadPreview(0), PhotoError);
 }
 
-// What a caller can act on, by kind and not by text.
+// What a caller can act on, by kind and not by message.
 TEST(PhotographForms, ErrorsHaveKinds)
 {
     using Kind = PhotoError::Kind;

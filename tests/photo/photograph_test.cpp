@@ -27,8 +27,8 @@ WorkingPicture Read(const std::string& path, const Colour& background = kWhite)
     return Photograph::FromFile(path, {background}).ReadWorkingPicture();
 }
 
-// `tolerance` levels of 255: lossless formats keep plain colours to the last level but for the
-// rounding of a profile there and back; JPEG is allowed what it was measured to lose.
+// `tolerance` levels of 255: lossless formats keep plain colours to the last level except for
+// rounding through a profile and back; JPEG is allowed its measured loss.
 void ExpectQuarters(const WorkingPicture& picture, double tolerance)
 {
     ASSERT_EQ(picture.Pixels.Bytes.size(), static_cast<size_t>(picture.Pixels.Size.Width) *
@@ -64,7 +64,7 @@ TEST(Photograph, IsReadFromEveryFormat)
     }
 }
 
-// Debian's libvips can read these two; another build may not, and then says so.
+// Debian's libvips can read these two; another build may not, and then reports it.
 TEST(Photograph, IsReadFromHeifWhereLibvipsDoes)
 {
     const TempFolder folder;
@@ -148,12 +148,12 @@ TEST(Photograph, OfAPaletteIsReadInItsColours)
     ExpectQuarters(Read(folder.Path("a.png")), 3.0);
 }
 
-TEST(Photograph, OfAWideGamutIsBroughtToSrgb)
+TEST(Photograph, OfAWideGamutIsConvertedToSrgb)
 {
     const TempFolder folder;
     const VImage wide =
         Quarters(900, 600).icc_transform("p3", VImage::option()->set("input_profile", "srgb"));
-    // The stored numbers are others, else this would show nothing.
+    // The stored values differ, otherwise this would prove nothing.
     ASSERT_GT(std::abs(QuarterMeans(wide)[0][0] - kQuarterColours[0][0]), 8.0);
     for (const char* name : {"a.png", "a.jpg", "a.tif"}) {
         wide.write_to_file(folder.Path(name).c_str());
@@ -161,7 +161,7 @@ TEST(Photograph, OfAWideGamutIsBroughtToSrgb)
     }
 }
 
-TEST(Photograph, WithAProfileOfNoUseIsTakenForSrgb)
+TEST(Photograph, WithAnUnusableProfileCountsAsSrgb)
 {
     const TempFolder folder;
     VImage image = Quarters(900, 600).copy();
@@ -177,9 +177,9 @@ TEST(Photograph, WithAProfileOfNoUseIsTakenForSrgb)
     ExpectQuarters(Read(folder.Path("a.tif")), 1.0);
 }
 
-// Print colours hold less than a screen's, so the colours do not come back as they were; they
-// must be what the profile makes of them.
-TEST(Photograph, OfCmykIsBroughtToSrgb)
+// Print colours have a smaller gamut than a screen's, so the colours do not round-trip; they must
+// be what the profile gives.
+TEST(Photograph, OfCmykIsConvertedToSrgb)
 {
     const TempFolder folder;
     const VImage ink =
@@ -187,7 +187,7 @@ TEST(Photograph, OfCmykIsBroughtToSrgb)
     ASSERT_EQ(ink.bands(), 4);
     const auto expected =
         QuarterMeans(ink.icc_transform("srgb", VImage::option()->set("embedded", true)));
-    VImage bare = ink.copy(); // without its profile there is still a way
+    VImage bare = ink.copy(); // without its profile it is still readable
     bare.remove(VIPS_META_ICC_NAME);
     for (const VImage& image : {ink, bare})
         for (const char* name : {"a.jpg", "a.tif"}) {
@@ -235,7 +235,7 @@ TEST(Photograph, OfAwkwardSizeHasAWorkingPicture)
     }
 }
 
-TEST(Photograph, NameMayHoldWhatLibvipsReadsAsOptions)
+TEST(Photograph, NameMayContainLibvipsOptionSyntax)
 {
     const TempFolder folder;
     Quarters(90, 60).write_to_file(folder.Path("plain.jpg").c_str());

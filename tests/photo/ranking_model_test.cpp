@@ -1,4 +1,4 @@
-// Files of fitted weights: what is read, and what is refused.
+// Files of fitted weights: what is read, and what is rejected.
 #include <cstdio>
 #include <fstream>
 #include <functional>

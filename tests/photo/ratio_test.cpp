@@ -27,7 +27,7 @@ TEST(Ratio, TakesDecimals)
     EXPECT_EQ(ParseRatio("1.0001"), (Ratio{10001, 10000}));
 }
 
-TEST(Ratio, RefusesWhatIsNone)
+TEST(Ratio, RejectsOtherText)
 {
     for (const char* text :
          {"",      ":",    "16:",  ":9",   "0:9",   "16:0", "-3:2",    "3:-2",      "3-2",  "3:2:1",
@@ -35,7 +35,7 @@ TEST(Ratio, RefusesWhatIsNone)
         EXPECT_FALSE(ParseRatio(text)) << text;
 }
 
-TEST(Ratio, OfTheLibrarysDefaultsIsFoundAgain)
+TEST(Ratio, OfTheLibrarysDefaultsIsRecovered)
 {
     EXPECT_EQ(RatioOfValue(64.0 / 27.0), (Ratio{64, 27}));
     EXPECT_EQ(RatioOfValue(16.0 / 9.0), (Ratio{16, 9}));

@@ -80,7 +80,7 @@ TEST(ReadableFormats, AreThoseOfPhotographs)
         EXPECT_FALSE(format.Endings.empty()) << format.Name;
         all.insert(all.end(), format.Endings.begin(), format.Endings.end());
     }
-    // Drawings, documents, tables and raw memory are no photographs.
+    // Drawings, documents, tables and raw memory are not photographs.
     for (const char* other : {"svg", "pdf", "csv", "mat", "v", "raw", "fits"})
         EXPECT_THAT(all, Not(Contains(other)));
 }
@@ -117,7 +117,7 @@ TEST(KindOfFile, IsThatOfTheEndingOrOfTheContent)
         WriteText(folder.Path(name), content);
         return KindOfFile(folder.Path(name));
     };
-    EXPECT_EQ(kindOf("A.JPEG", "broken"), FileKind::Photograph); // whoever reads it says so
+    EXPECT_EQ(kindOf("A.JPEG", "broken"), FileKind::Photograph); // reading it reports the error
     EXPECT_EQ(kindOf("a.jfif", jpeg), FileKind::Photograph);
     EXPECT_EQ(kindOf("a.NEF", "broken"), FileKind::Raw);
     EXPECT_EQ(kindOf("a.jpg~", jpeg), FileKind::Other); // a copy that an editor made
@@ -139,7 +139,7 @@ TEST(Photograph, ThatIsRawIsRefused)
         WriteText(folder.Path("photo.tif"), content);
         return ReasonOf(folder.Path("photo.tif"));
     };
-    EXPECT_EQ(reason(TinyTiff({})), ""); // an ordinary one is read
+    EXPECT_EQ(reason(TinyTiff({})), ""); // an ordinary TIFF is read
     EXPECT_EQ(reason(TinyTiff({{50827, 1, 4, 1}})), "");
     const std::string raw =
         "a raw photograph, which has to be developed to JPEG or TIFF before it can be read";
@@ -170,7 +170,7 @@ TEST(Photograph, OfAFormatThatIsNotReadSaysWhich)
     EXPECT_EQ(reason("1 2 3\n"), "not a picture, or of a format that cannot be read");
 }
 
-// Whatever is wrong with a file, people read our sentences and none of libvips'.
+// Whatever is wrong with a file, people read our messages and never libvips's.
 TEST(Photograph, ThatIsBrokenSaysSoInPlainWords)
 {
     const TempFolder folder;

@@ -1,4 +1,4 @@
-// What found regions ask of the crops.
+// The wishes that found regions add.
 #include "regions/region_wishes.h"
 
 #include <gmock/gmock.h>
@@ -19,7 +19,7 @@ FoundRegion Region(const PixelRect& rect, RegionKind kind)
     return {rect, kind, RegionSource::File, 1.0, "", WishKind::Keep};
 }
 
-TEST(RegionWishes, AFaceAsksForRoomForItsHead)
+TEST(RegionWishes, AFaceKeepsRoomForItsHead)
 {
     const auto wishes = WishesOf({Region({400, 300, 100, 100}, RegionKind::Face)}, kPhoto);
 
@@ -28,13 +28,13 @@ TEST(RegionWishes, AFaceAsksForRoomForItsHead)
     EXPECT_EQ(wishes[0].Wish.Rect, (PixelRect{380, 260, 140, 160}));
 }
 
-TEST(RegionWishes, AHeadEndsWhereThePhotographEnds)
+TEST(RegionWishes, AHeadIsClippedToThePhotograph)
 {
     EXPECT_EQ(HeadOf({0, 10, 100, 100}, kPhoto), (PixelRect{0, 0, 120, 130}));
     EXPECT_EQ(HeadOf({900, 700, 100, 100}, kPhoto), (PixelRect{880, 660, 120, 140}));
 }
 
-TEST(RegionWishes, OtherRegionsAndFacesToAvoidAskForJustTheirPlace)
+TEST(RegionWishes, OtherRegionsAndFacesToAvoidAreTakenAsTheyAre)
 {
     FoundRegion avoided = Region({400, 300, 100, 100}, RegionKind::Face);
     avoided.Wish = WishKind::Avoid;
@@ -47,7 +47,7 @@ TEST(RegionWishes, OtherRegionsAndFacesToAvoidAskForJustTheirPlace)
     EXPECT_EQ(wishes[1].Wish.Rect, (PixelRect{400, 300, 100, 100}));
 }
 
-TEST(RegionWishes, ARegionWithoutWishOrPlaceAsksForNothing)
+TEST(RegionWishes, ARegionWithoutWishOrPlaceAddsNoWish)
 {
     FoundRegion shown = Region({10, 20, 30, 40}, RegionKind::Other);
     shown.Wish.reset();
@@ -55,15 +55,15 @@ TEST(RegionWishes, ARegionWithoutWishOrPlaceAsksForNothing)
                 IsEmpty());
 }
 
-TEST(RegionWishes, ASoftWishForTheWholePhotographIsNone)
+TEST(RegionWishes, ASoftWishForTheWholePhotographIsDropped)
 {
     FoundRegion whole = Region({0, 0, 1000, 800}, RegionKind::Subject);
     EXPECT_THAT(WishesOf({whole}, kPhoto), IsEmpty());
-    whole.Wish = WishKind::MustKeep; // what must be, must be
+    whole.Wish = WishKind::MustKeep; // a hard wish is kept
     EXPECT_THAT(WishesOf({whole}, kPhoto), SizeIs(1));
 }
 
-TEST(SameRegion, MoreThanHalfInCommonIsTheSame)
+TEST(SameRegion, MoreThanHalfInCommonIsTheSameRegion)
 {
     const FoundRegion face = Region({0, 0, 100, 100}, RegionKind::Face);
     EXPECT_TRUE(AreTheSame(face, Region({32, 0, 100, 100}, RegionKind::Face)));  // 68 of 132

@@ -54,7 +54,7 @@ TEST_F(RegionsFileTest, ReadsEveryMember)
 
     ASSERT_THAT(file.RegionsOf("a.jpg"), SizeIs(1));
     const FoundRegion& region = file.RegionsOf("a.jpg")[0];
-    EXPECT_EQ(region.Rect, (PixelRect{10, 20, 31, 41})); // whole pixels, outward
+    EXPECT_EQ(region.Rect, (PixelRect{10, 20, 31, 41})); // rounded outward to whole pixels
     EXPECT_EQ(region.Kind, RegionKind::Face);
     EXPECT_EQ(region.Source, RegionSource::File);
     EXPECT_EQ(region.Label, "Ada");
@@ -84,7 +84,7 @@ TEST_F(RegionsFileTest, ANameWithoutFolderFitsAnyFolder)
                                   "{\"file\":\"x/a.jpg\",\"regions\":[]}\r\n\n");
 
     EXPECT_THAT(file.RegionsOf("elsewhere/a.jpg"), SizeIs(1));
-    EXPECT_THAT(file.RegionsOf("x/a.jpg"), IsEmpty()); // the very name comes first
+    EXPECT_THAT(file.RegionsOf("x/a.jpg"), IsEmpty()); // the exact name comes first
     EXPECT_TRUE(file.Names("x/a.jpg"));
     EXPECT_FALSE(file.Names("b.jpg"));
     EXPECT_THAT(file.RegionsOf("b.jpg"), IsEmpty());
@@ -97,7 +97,7 @@ TEST_F(RegionsFileTest, LinesOfOnePhotographAddUp)
     EXPECT_THAT(Read(line + line).RegionsOf("a"), SizeIs(2));
 }
 
-TEST_F(RegionsFileTest, AFaultNamesFileAndLine)
+TEST_F(RegionsFileTest, AnErrorNamesFileAndLine)
 {
     const std::string good = "{\"file\":\"a\",\"regions\":[]}\n\n";
     const std::pair<const char*, const char*> faults[] = {
@@ -128,7 +128,7 @@ TEST_F(RegionsFileTest, AFaultNamesFileAndLine)
     }
 }
 
-TEST_F(RegionsFileTest, AFileThatIsNotThereIsNamed)
+TEST_F(RegionsFileTest, AMissingFileIsNamed)
 {
     try {
         RegionsFile missing(Path);

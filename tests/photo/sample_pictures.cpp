@@ -23,7 +23,7 @@ public:
     void SetUp() override
     {
         StartPictureRuntime("tests");
-        LoadVipsModules(); // to make HEIF files; the program fetches them by itself
+        LoadVipsModules(); // to make HEIF files; the program loads them by itself
     }
 };
 
@@ -119,7 +119,7 @@ VImage Scene(int width, int height, double atX, double atY)
 VImage StoredWithOrientation(const VImage& upright, int orientation)
 {
     VImage stored = upright;
-    switch (orientation) { // what undoes the turn that the reader will make
+    switch (orientation) { // undoes the rotation that the reader will apply
     case 2: stored = upright.flip(VIPS_DIRECTION_HORIZONTAL); break;
     case 3: stored = upright.rot(VIPS_ANGLE_D180); break;
     case 4: stored = upright.flip(VIPS_DIRECTION_VERTICAL); break;

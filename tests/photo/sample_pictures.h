@@ -1,4 +1,4 @@
-// Pictures made for the tests, in every kind that photographs come in.
+// Synthetic photographs for the tests, in every form that photographs come in.
 #ifndef VISTATRIM_TESTS_PHOTO_SAMPLE_PICTURES_H
 #define VISTATRIM_TESTS_PHOTO_SAMPLE_PICTURES_H
 
@@ -10,7 +10,7 @@
 
 namespace vistaTrim::photo {
 
-// A folder that goes away with the object. Readable by everyone.
+// A folder that is deleted with the object. Readable by everyone.
 class TempFolder {
 public:
     TempFolder();
@@ -25,19 +25,18 @@ private:
     std::string Folder;
 };
 
-// Four quarters of plain colour, so that any turn or flip shows:
-// red, green / blue, yellow.
+// Four quarters of plain colour, so that any rotation or flip shows: red, green / blue, yellow.
 vips::VImage Quarters(int width, int height);
 constexpr std::array<std::array<double, 3>, 4> kQuarterColours = {
     {{200, 40, 40}, {40, 160, 40}, {40, 40, 200}, {200, 200, 40}}};
 // Mean colours of the middles of the four quarters, in the same order.
 std::vector<std::vector<double>> QuarterMeans(const vips::VImage& image);
 
-// A quiet grey ground with soft grain and one bright disc, whose centre is at the given shares
-// of width and height: something that a crop should hold.
+// A quiet grey background with soft grain and one bright disc, whose centre is at the given shares
+// of width and height: something that a crop should contain.
 vips::VImage Scene(int width, int height, double atX, double atY);
 
-// The picture stored so that a reader who heeds `orientation`, 1..8, sees `upright`.
+// The picture stored so that a reader that applies `orientation`, 1..8, gets `upright`.
 vips::VImage StoredWithOrientation(const vips::VImage& upright, int orientation);
 
 void WriteText(const std::string& path, const std::string& text);

@@ -30,7 +30,8 @@ private:
     std::mt19937 Engine{20};
 };
 
-// A crop as the library's lattice lays it: one side rounded from the scale, the other from it.
+// A crop as the engine's lattice makes it: one side rounded from the scale, the other from that
+// side.
 CInt32Rect LatticeCrop(PixelSize working, const Ratio& ratio, double scale, Dice& dice)
 {
     int32_t width = 0;
@@ -61,10 +62,10 @@ TEST(WayBack, OfTheWholePictureIsTheWholePhotograph)
     EXPECT_EQ(Back({0, 639, 0, 639}, {1, 1}, {1, 1}), (PixelRect{0, 0, 1, 1}));
 }
 
-// Of a picture one working pixel high the library gives crops whose sides rounded to nothing;
-// they begin behind the first column and row and end one before they begin, and the last of
-// them begins behind the last pixel. What comes back is a pixel of the photograph at least.
-TEST(WayBack, OfACropWithoutAPixelLiesInThePhotograph)
+// For a picture one working pixel high the engine returns crops whose sides rounded to 0: they end
+// one pixel before they begin, and the last one begins after the last pixel. The result still holds
+// at least one pixel of the photograph.
+TEST(WayBack, CropWithoutPixelsMapsInsideThePhotograph)
 {
     const PixelSize photo{6400, 10};
     for (const int32_t left : {1, 320, 639, 640})
@@ -77,7 +78,8 @@ TEST(WayBack, OfACropWithoutAPixelLiesInThePhotograph)
         }
 }
 
-// 320 working pixels of 640 are columns 0 to 319, both ends in: just half of the photograph.
+// 320 working pixels of 640 are columns 0 to 319, both ends included: exactly half of the
+// photograph.
 TEST(WayBack, CountsBothEndsOfARectangle)
 {
     EXPECT_EQ(Back({0, 319, 0, 239}, {4224, 3168}, {4, 3}), (PixelRect{0, 0, 2112, 1584}));
@@ -85,7 +87,7 @@ TEST(WayBack, CountsBothEndsOfARectangle)
               (PixelRect{2112, 1584, 2112, 1584}));
 }
 
-TEST(WayBack, StaysInsideAndKeepsTheRatioAsWholePixelsAllow)
+TEST(WayBack, StaysInsideAndKeepsTheRatioUpToRounding)
 {
     Dice dice;
     for (int round = 0; round < 4000; ++round) {
@@ -110,7 +112,7 @@ TEST(WayBack, StaysInsideAndKeepsTheRatioAsWholePixelsAllow)
     }
 }
 
-TEST(WayBack, TakesTheExactRatioWhereItIsWithinReach)
+TEST(WayBack, UsesTheExactRatioWhenWithinTolerance)
 {
     Dice dice;
     for (int round = 0; round < 4000; ++round) {
@@ -137,8 +139,8 @@ TEST(WayBack, MovesNoEdgeFar)
         const CInt32Rect crop = LatticeCrop(working, ratio, 0.1 * dice.Between(4, 10), dice);
         const PixelRect rect = Back(crop, photo, ratio);
         const double step = static_cast<double>(photo.Width) / working.Width;
-        // The reach for the exact ratio, the library's own rounding of one side, and a pixel
-        // of rounding here.
+        // The tolerance for the exact ratio, the engine's rounding of one side, and a pixel of
+        // rounding here.
         const double width = (crop.Right - crop.Left + 1) * step;
         const double height = (crop.Bottom - crop.Top + 1) * step;
         const double allowedX = std::max(2.0 * step, 0.02 * width + step) + 2.0;
@@ -174,8 +176,8 @@ TEST(WayBack, LeavesACropOnTheBorderThatItTouches)
     EXPECT_GT(touching, 1000);
 }
 
-// The promise of the wishes: whatever the library sees met on the working picture, with the
-// regions rounded outward, is met in the photograph's own pixels.
+// The guarantee for wishes: whatever the engine finds met on the working picture, with the regions
+// rounded outward, is met in the photograph's own pixels.
 TEST(WayBack, KeepsEveryWishThatTheWorkingCropMeets)
 {
     Dice dice;
@@ -216,12 +218,12 @@ TEST(WayBack, KeepsEveryWishThatTheWorkingCropMeets)
             }
         }
     }
-    // The dice did throw both kinds.
+    // Both kinds occurred.
     EXPECT_GT(kept, 300);
     EXPECT_GT(avoided, 3000);
 }
 
-TEST(WayBack, GivesAnAskedSizeToThePixel)
+TEST(WayBack, GivesARequestedSizeToThePixel)
 {
     Dice dice;
     for (int round = 0; round < 2000; ++round) {
@@ -252,8 +254,8 @@ TEST(WayBack, GivesNoCropForASizeThatDoesNotFit)
 
 TEST(WayBack, PrefersAWishToTheRatio)
 {
-    // Two regions to avoid leave a gap of just the crop's working columns; no size of the
-    // ratio but the plain one fits between them.
+    // Two regions to avoid leave a gap of exactly the crop's working columns; only the unadjusted
+    // size fits between them.
     const PixelSize photo{6400, 4800};
     const std::vector<Wish> wishes = {{WishKind::MustAvoid, {0, 0, 1000, 4800}},
                                       {WishKind::MustAvoid, {2010, 0, 4390, 4800}},

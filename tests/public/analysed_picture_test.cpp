@@ -21,7 +21,7 @@ using namespace testPictures;
 std::shared_ptr<const CAnalysedPicture> AnalysedOnce(const Picture& picture)
 {
     const ImageHolder image = MakeImage(picture);
-    return std::make_shared<CAnalysedPicture>(*image); // the image ends here
+    return std::make_shared<CAnalysedPicture>(*image); // the image is destroyed here
 }
 
 std::shared_ptr<const CAnalysedPicture> Refused()
@@ -58,7 +58,7 @@ TEST(AnalysedPictureMaps, HaveNoOtherName)
     EXPECT_EQ(analysed->Find(""), nullptr);
 }
 
-TEST(AnalysedPictureMaps, OfARefusedPictureAreEmpty)
+TEST(AnalysedPictureMaps, OfARejectedPictureAreEmpty)
 {
     const auto analysed = Refused();
     ASSERT_EQ(analysed->Maps().size(), 10u);
@@ -105,7 +105,7 @@ TEST(AnalysedPictureDescriptor, IsNotWrittenForACropWithoutPixels)
     }
 }
 
-TEST(AnalysedPictureDescriptor, OfARefusedPictureIsNeverWritten)
+TEST(AnalysedPictureDescriptor, OfARejectedPictureIsNeverWritten)
 {
     std::vector<float> found = Untouched();
     EXPECT_FALSE(Refused()->ReadDescriptor(CInt32CropRect(0, 0, 0, 1280), found.data()));
@@ -168,7 +168,7 @@ std::vector<CInt32CropRect> AnswersOfTheExports(const Picture& picture,
     return Answers(driver.get());
 }
 
-TEST(AnalysedPictureDrivers, AnswerAsThoseOfTheExports)
+TEST(AnalysedPictureDrivers, AnswerLikeExportedDrivers)
 {
     for (const Picture& picture : {Blobs(640, 427, 4), Noise(300, 640, 5), Blobs(1280, 855, 6)}) {
         const auto analysed = AnalysedOnce(picture);
@@ -227,7 +227,7 @@ TEST(AnalysedPictureDrivers, CanBeInitializedOnAnotherImage)
     const ImageHolder image = MakeImage(other);
     const auto analysed = AnalysedOnce(Blobs(640, 480, 10));
     IVistaTrim* const driver = analysed->MakeDriver(WithRatios({}, 5));
-    driver->Initialize(image.get(), WithRatios({}, 5)); // abandons what it had
+    driver->Initialize(image.get(), WithRatios({}, 5)); // leaks what it had
     EXPECT_TRUE(SameRecords(Answers(driver), AnswersOfTheExports(other, WithRatios({}, 5))));
     DestroyVistaTrimObj(driver);
 }

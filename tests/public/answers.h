@@ -1,5 +1,5 @@
-// What a host gets out of one picture by a fixed round of requests, for tests that ask whether
-// two rounds gave the same bits.
+// What a host gets from one picture by a fixed round of requests, for tests that two rounds give
+// the same bits.
 #ifndef VISTATRIM_TESTS_PUBLIC_ANSWERS_H
 #define VISTATRIM_TESTS_PUBLIC_ANSWERS_H
 
@@ -54,7 +54,7 @@ inline Answers AnswersOf(IVistaTrim* driver, int32_t width, int32_t height)
     return answers;
 }
 
-// To the bit: a NaN equals itself, and the two zeros differ.
+// Bit for bit: NaN equals itself, and the two zeros differ.
 inline bool SameBits(double a, double b)
 {
     return std::memcmp(&a, &b, sizeof a) == 0;

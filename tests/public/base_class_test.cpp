@@ -1,5 +1,5 @@
-// The interfaces as bases of a host's own classes: copying one of them copies what the host's
-// class holds, and of the interface nothing.
+// The interfaces as bases of a host's own classes: copying one copies the fields of the host's
+// class and nothing of the interface.
 #include <gtest/gtest.h>
 
 #include "vistaTrim/vistaTrim.h"
@@ -180,7 +180,7 @@ template <typename Interface, typename Host> void ExpectThatAssignmentCopiesNoth
     EXPECT_EQ(second.Held, 2);
 }
 
-TEST(Interface, AssignedAsSuchCopiesNothingAndReturnsTheTarget)
+TEST(Interface, AssignmentCopiesNothingAndReturnsTheTarget)
 {
     ExpectThatAssignmentCopiesNothing<IBaseClass, CHostObject>();
     ExpectThatAssignmentCopiesNothing<IImage, CHostImage>();

@@ -14,7 +14,7 @@ namespace {
 static_assert(!std::is_copy_constructible<CCropRects>::value, "lists are counted, not copied");
 static_assert(!std::is_copy_assignable<CCropRects>::value, "lists are counted, not copied");
 
-// Tells when it ends.
+// Reports its destruction.
 class WatchedList : public CCropRects {
 public:
     explicit WatchedList(bool& ended) : Ended(ended)
@@ -69,7 +69,7 @@ TEST(CropRects, ReleaseWithTwoReferencesOnlyLowersTheCount)
     EXPECT_TRUE(ended);
 }
 
-TEST(CropRects, DestroyEndsItWhateverTheCount)
+TEST(CropRects, DestroyIgnoresTheCount)
 {
     bool ended = false;
     ICropRects* list = new WatchedList(ended);
@@ -78,7 +78,7 @@ TEST(CropRects, DestroyEndsItWhateverTheCount)
     EXPECT_TRUE(ended);
 }
 
-TEST(SmartPtrOfCropRects, AddingAReferenceLeavesTheCallersOwn)
+TEST(SmartPtrOfCropRects, AddingAReferenceKeepsTheCallers)
 {
     bool ended = false;
     CCropRects* list = new WatchedList(ended);
@@ -90,7 +90,7 @@ TEST(SmartPtrOfCropRects, AddingAReferenceLeavesTheCallersOwn)
     EXPECT_TRUE(ended);
 }
 
-TEST(SmartPtrOfCropRects, TakingOverAReferenceEndsIt)
+TEST(SmartPtrOfCropRects, TakingOverAReferenceDropsItAtTheEnd)
 {
     bool ended = false;
     {
@@ -101,7 +101,7 @@ TEST(SmartPtrOfCropRects, TakingOverAReferenceEndsIt)
     EXPECT_TRUE(ended);
 }
 
-TEST(CropRects, MoreThanAListCanHoldIsALengthErrorAndLeavesTheListAsItIs)
+TEST(CropRects, MoreThanAListCanHoldIsALengthErrorAndLeavesTheListUnchanged)
 {
     CCropListBuilder builder;
     builder.Append(CInt32CropRect(1, 2, 3, 4));
@@ -117,7 +117,7 @@ TEST(CropRects, MoreThanAListCanHoldIsALengthErrorAndLeavesTheListAsItIs)
     list->Release();
 }
 
-TEST(SmartPtrOfCropRects, ReleaseHandsTheReferenceOn)
+TEST(SmartPtrOfCropRects, ReleasePassesTheReferenceOn)
 {
     bool ended = false;
     CCropRects* list = nullptr;
@@ -132,7 +132,7 @@ TEST(SmartPtrOfCropRects, ReleaseHandsTheReferenceOn)
     EXPECT_TRUE(ended);
 }
 
-TEST(SmartPtrOfCropRects, HoldsNullWithoutHarm)
+TEST(SmartPtrOfCropRects, AcceptsNull)
 {
     SmartPtr<CCropRects> added(nullptr, true);
     SmartPtr<CCropRects> taken(nullptr, false);

@@ -1,9 +1,9 @@
-// The same picture gives the same bits: again, in memory that held something else before, in
-// every processor form, and with any number of threads inside the linear algebra library.
-// Other kernels of that library round differently; how far that reaches is measured here.
+// The same picture gives the same bits: again, in memory that held something else before, in every
+// ISA variant, and with any number of BLAS threads. Other BLAS kernels round differently; how much
+// is measured here.
 //
-// With --dump FILE the program writes the results of its pictures there and runs no test: that
-// is how it looks at itself under another kernel, which is chosen when a process starts.
+// With --dump FILE the program writes the results of its pictures there and runs no test: it starts
+// itself that way under another kernel, which is chosen when a process starts.
 #include <cmath>
 #include <cstdint>
 #include <cstdio>
@@ -26,7 +26,7 @@
 #include "public/analysed_picture.h"
 #include "vistaTrim/vistaTrim.h"
 
-// OpenBLAS' own calls; weak, so that these tests build with another library as well.
+// OpenBLAS's own calls; weak, so that these tests also build with another BLAS.
 extern "C" {
 void openblas_set_num_threads(int count) __attribute__((weak));
 int openblas_get_num_threads() __attribute__((weak));
@@ -43,8 +43,8 @@ struct NamedPicture {
     Picture Pixels;
 };
 
-// Content, noise, hard edges, bright plains whose statistics lose most digits, and a picture
-// so thin that its smallest copy is refused.
+// Content, noise, hard edges, bright flat areas whose statistics lose most digits, and a picture so
+// thin that its smallest copy is rejected.
 std::vector<NamedPicture> SomePictures()
 {
     return {{"blobs", testPictures::Blobs(640, 160, 1)},
@@ -101,7 +101,7 @@ void ExpectSameBits(const Results& found, const Results& expected)
     EXPECT_TRUE(SameBits(found.Crops.Own, expected.Crops.Own));
 }
 
-// Fills the memory that the next analysis will get, a value that would show.
+// Fills the memory that the next analysis will get with a value that would show.
 void DirtyTheFreeStore(int byte)
 {
     std::vector<std::unique_ptr<char[]>> blocks;
@@ -110,7 +110,7 @@ void DirtyTheFreeStore(int byte)
         for (int i = 0; i < 8; ++i) {
             blocks.emplace_back(new char[size]);
             std::memset(blocks.back().get(), byte, size);
-            // So that the writes are not left out.
+            // So that the writes are not optimised away.
             asm volatile("" : : "r"(blocks.back().get()) : "memory");
             if (size >= (size_t{1} << 25))
                 break;
@@ -129,7 +129,7 @@ TEST(Determinism, TheSameBitsWhateverTheMemoryHeldBefore)
     }
 }
 
-// Nothing of an earlier picture is left in a driver of a later one.
+// Nothing of an earlier picture remains in a later driver.
 TEST(Determinism, TheSameBitsAfterOtherPictures)
 {
     const std::vector<NamedPicture> pictures = SomePictures();
@@ -142,9 +142,9 @@ TEST(Determinism, TheSameBitsAfterOtherPictures)
     }
 }
 
-// The linear algebra library picks its kernels by the processor and not by our choice, so its
-// results are the same in every form, and with them everything else is.
-TEST(Determinism, EveryProcessorFormGivesTheSameBits)
+// BLAS picks its kernels by the processor, not by our variant, so its results are the same in every
+// variant, and so is everything else.
+TEST(Determinism, EveryIsaVariantGivesTheSameBits)
 {
     const CpuForm before = ActiveCpuForm();
     int forms = 0;
@@ -167,10 +167,10 @@ TEST(Determinism, EveryProcessorFormGivesTheSameBits)
     RecordProperty("formsBesidesPlain", forms / static_cast<int>(SomePictures().size()));
 }
 
-// The library shares a product out by rows, so each element is summed by one thread and in one
-// order, and the dot product of 304 values stays with one thread. Should a later version do
-// otherwise, this test fails, and the difference wants measuring as below for the kernels.
-TEST(Determinism, TheNumberOfThreadsInTheLinearAlgebraChangesNoBit)
+// BLAS divides a product by rows, so each element is summed by one thread and in one order, and the
+// dot product of 304 values stays with one thread. If a later version does otherwise, this test
+// fails, and the difference must be measured as below for the kernels.
+TEST(Determinism, BlasThreadCountChangesNoBit)
 {
     if (openblas_set_num_threads == nullptr || openblas_get_num_threads == nullptr)
         GTEST_SKIP() << "not OpenBLAS";
@@ -217,8 +217,7 @@ int Dump(const char* file)
     return out ? 0 : 1;
 }
 
-// What a process gave whose linear algebra was told to use the kernels of `core`; `here` has
-// the shape of it.
+// The results of a process whose BLAS uses the kernels of `core`; `here` has their shape.
 bool ReadResultsUnder(const char* core, const std::vector<Results>& here, std::vector<Results>& all)
 {
     char file[] = "/tmp/determinism_XXXXXX";
@@ -285,9 +284,9 @@ size_t InBoth(const std::vector<CInt32CropRect>& a, const std::vector<CInt32Crop
 
 // Largest differences seen between the kernels of SkylakeX and those of Haswell, Nehalem and
 // Prescott (OpenBLAS 0.3.21), on these pictures: maps 5.4e-7 and, on the picture of two flat
-// halves, 7.2e-5; composition score 9.5e-6, the other measures 1.9e-7. The halves' strips hold
-// one or two colours, so the inverse of their covariances has little but the regulariser to
-// stand on. Four times that is allowed.
+// halves, 7.2e-5; composition score 9.5e-6, the other measures 1.9e-7. The halves' strips hold one
+// or two colours, so the inverse of their covariances is mostly the regulariser's. Four times that
+// is allowed.
 constexpr double kMapTolerance = 2.2e-6;
 constexpr double kFlatMapTolerance = 2.9e-4;
 constexpr double kCompositionTolerance = 3.8e-5;
@@ -302,7 +301,7 @@ void ExpectNear(const char* core, const NamedPicture& picture, const Results& he
     for (size_t i = 0; i < here.Maps.size(); ++i) {
         const MapCopy& map = here.Maps[i];
         ASSERT_EQ(map.Values.size(), there.Maps[i].Values.size());
-        // Edges never pass through the linear algebra.
+        // Edges never pass through BLAS.
         if (map.Name == "EdgeMap") {
             EXPECT_TRUE(SameBits(map.Values, there.Maps[i].Values));
         }
@@ -327,7 +326,7 @@ void ExpectNear(const char* core, const NamedPicture& picture, const Results& he
                 InBoth(here.Crops.Best, there.Crops.Best), here.Crops.Best.size());
 }
 
-TEST(Determinism, OtherKernelsOfTheLinearAlgebraStayNear)
+TEST(Determinism, OtherBlasKernelsStayClose)
 {
     if (openblas_get_corename == nullptr)
         GTEST_SKIP() << "not OpenBLAS";
@@ -349,8 +348,8 @@ TEST(Determinism, OtherKernelsOfTheLinearAlgebraStayNear)
 
 int main(int count, char** arguments)
 {
-    std::cerr.rdbuf(nullptr); // the kernels tell of the thin picture
-    // Threads of the linear algebra wait for one another busily; only one test wants them.
+    std::cerr.rdbuf(nullptr); // the kernels report the thin picture
+    // BLAS threads busy-wait for one another; only one test needs them.
     if (openblas_set_num_threads != nullptr)
         openblas_set_num_threads(1);
     if (count == 3 && std::string(arguments[1]) == "--dump")

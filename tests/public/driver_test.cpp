@@ -34,7 +34,7 @@ int32_t HeightOf(const CInt32CropRect& crop)
 // A list that no driver has touched; a failed request must leave it so.
 ICropRects* const kUntouched = reinterpret_cast<ICropRects*>(uintptr_t{0x5555});
 
-// The text that a request throws, by each of the three handlers; empty if it throws none.
+// The message that a request throws, by each of the three handlers; empty if it throws none.
 std::string ThrownText(HostObjects& host, const SuggestionParameters& request, bool best)
 {
     std::string texts[3];
@@ -82,7 +82,7 @@ std::string ThrownText(HostObjects& host, const SuggestionParameters& request)
     return text;
 }
 
-TEST(Driver, WithoutAnyWishEveryPairIsHandedOut)
+TEST(Driver, DefaultRequestReturnsEveryPair)
 {
     HostObjects host(640, 480);
     EXPECT_EQ(host.Suggestions(SuggestionParameters()).size(), 14501U);
@@ -128,7 +128,7 @@ TEST(Driver, EmptyAspectTableReplacesTheWholeSet)
     EXPECT_EQ(count, 1U);
 }
 
-// A row of the grid without cells holds no candidates. That is an empty list and no failure.
+// A row of the grid without cells holds no candidates. That is an empty list, not an error.
 TEST(Driver, AspectRowsWithoutScaleRowsGiveEmptyLists)
 {
     VistaTrimParameters parameters;
@@ -145,14 +145,14 @@ TEST(Driver, AspectRowsWithoutScaleRowsGiveEmptyLists)
         EXPECT_TRUE(host.Suggestions(request).empty());
         EXPECT_TRUE(host.BestCrops(5, request).empty());
     }
-    // A crop size brings the first scale row, and from then on there is something to find.
+    // A crop size brings the first scale row, and from then on there are candidates.
     EXPECT_FALSE(host.BestCrops(5, SuggestionParameters(120, 80, false)).empty());
     EXPECT_EQ(host.NumScaleRows(), 1U);
     EXPECT_FALSE(host.Suggestions(SuggestionParameters()).empty());
 }
 
 // With one aspect row nothing is defaulted, not even a density of 0, which wraps.
-TEST(Driver, AspectTableOfTheHostKeepsEverythingElseOfTheHost)
+TEST(Driver, AspectTableOfTheHostKeepsItsOtherParameters)
 {
     VistaTrimParameters parameters;
     parameters.AspectRatios = new DoubleInfo[1];
@@ -246,7 +246,7 @@ TEST(Driver, RequestThatYieldsNothingGivesAnEmptyListWithoutData)
     }
 }
 
-TEST(Driver, RatioRequestHandsOutItsRowInLatticeOrder)
+TEST(Driver, RatioRequestReturnsItsRowInLatticeOrder)
 {
     HostObjects host(640, 480);
     const std::vector<CInt32CropRect> crops =
@@ -273,22 +273,22 @@ TEST(Driver, RatioOutsideTheToleranceAddsAnEnabledRow)
     HostObjects host(640, 96);
     EXPECT_FALSE(host.Suggestions(SuggestionParameters(1.5 + 1.1 * kTolerance, false)).empty());
     EXPECT_EQ(host.NumAspectRows(), 7U);
-    // The row stays: the same ratio finds it, and a request without wishes has it too.
+    // The row stays: the same ratio finds it, and a default request includes it.
     EXPECT_FALSE(host.Suggestions(SuggestionParameters(1.5 + 1.1 * kTolerance, false)).empty());
     EXPECT_EQ(host.NumAspectRows(), 7U);
     EXPECT_EQ(host.Driver->GetParameters().NumAspectRatios, 6U);
 }
 
-// The row is filled twice in one request; a ratio that is not even within reach of itself gets
-// a row each time.
-TEST(Driver, InfiniteRatioAddsTwoRowsARequest)
+// The row is filled twice in one request; a ratio that does not match even itself gets a row each
+// time.
+TEST(Driver, InfiniteRatioAddsTwoRowsPerRequest)
 {
     HostObjects host(640, 96);
     host.Suggestions(SuggestionParameters(std::numeric_limits<double>::infinity(), false));
     EXPECT_EQ(host.NumAspectRows(), 8U);
 }
 
-TEST(Driver, RatioGoesBeforeACropSize)
+TEST(Driver, RatioTakesPrecedenceOverACropSize)
 {
     HostObjects host(640, 480);
     SuggestionParameters both(300, 200, false);
@@ -298,7 +298,7 @@ TEST(Driver, RatioGoesBeforeACropSize)
     EXPECT_EQ(host.NumScaleRows(), 7U);
 }
 
-TEST(Driver, CropSizeHandsOutOneCell)
+TEST(Driver, CropSizeReturnsOneCell)
 {
     HostObjects host(640, 480);
     const std::vector<CInt32CropRect> crops =
@@ -320,14 +320,14 @@ TEST(Driver, CropSizeOnTheTableAddsNothing)
     EXPECT_EQ(host.NumScaleRows(), 7U);
 }
 
-TEST(Driver, CropSizeOfTheWholePictureIsGranted)
+TEST(Driver, CropSizeOfTheWholePictureIsAccepted)
 {
     HostObjects host(640, 480);
     EXPECT_EQ(host.Suggestions(SuggestionParameters(640, 480, false)).size(), 1U);
 }
 
-// Larger than the picture, only one side, a NaN, a negative: all of these are no crop size.
-TEST(Driver, UnusableCropSizeIsNoCropSize)
+// Larger than the picture, only one side, NaN, negative: none of these counts as a crop size.
+TEST(Driver, UnusableCropSizeIsIgnored)
 {
     HostObjects host(640, 96);
     const double nan = std::numeric_limits<double>::quiet_NaN();
@@ -346,7 +346,7 @@ TEST(Driver, UnusableCropSizeIsNoCropSize)
     EXPECT_EQ(host.NumScaleRows(), 7U);
 }
 
-TEST(Driver, DisabledRatioThrowsWhenAskedForAndIsLeftOutOtherwise)
+TEST(Driver, DisabledRatioThrowsWhenRequestedAndIsLeftOutOtherwise)
 {
     HostObjects host(640, 480);
     host.Driver->SetAspectRatioEnabled(4.0 / 3.0, false);
@@ -438,7 +438,7 @@ TEST(Driver, BuiltInDetectorAloneChangesNothing)
                             HostObjects(640, 96).Suggestions(SuggestionParameters(false))));
 }
 
-TEST(DriverDeathTest, AskingForTheDetectorEndsTheProcess)
+TEST(DriverDeathTest, RequestingTheDetectorTerminates)
 {
     testing::FLAGS_gtest_death_test_style = "threadsafe";
     EXPECT_EXIT(
@@ -451,7 +451,7 @@ TEST(DriverDeathTest, AskingForTheDetectorEndsTheProcess)
         testing::KilledBySignal(SIGABRT), "");
 }
 
-TEST(Driver, TableReportsOfferTheCount)
+TEST(Driver, TableReportsGiveTheCount)
 {
     HostObjects host(640, 96);
     DoubleInfo* table = nullptr;
@@ -497,17 +497,17 @@ TEST(Driver, RectsOfInterestLiveInTheDriverAndNotInTheParameters)
     EXPECT_EQ(host.Driver->GetParameters().NumRectsOfInterest, 2U);
 }
 
-TEST(Driver, DestroyEndsItWhateverTheCount)
+TEST(Driver, DestroyIgnoresTheCount)
 {
     HostObjects host(640, 96);
     host.Driver->AddRef();
     host.Driver->AddRef();
-    host.Driver->Destroy(); // the leak check sees a driver that lives on
+    host.Driver->Destroy(); // the leak check would notice a surviving driver
     host.Driver = nullptr;
-    EXPECT_EQ(host.Image->GetWidth(), 640U); // borrowed, not ended
+    EXPECT_EQ(host.Image->GetWidth(), 640U); // borrowed, not destroyed
 }
 
-TEST(Driver, LastReleaseEndsIt)
+TEST(Driver, LastReleaseDestroysIt)
 {
     HostObjects host(640, 96);
     host.Driver->AddRef();
@@ -577,7 +577,7 @@ private:
     uint32_t Height;
 };
 
-TEST(Driver, BorrowsAnImageOfTheHostsOwnMaking)
+TEST(Driver, BorrowsAHostsOwnImage)
 {
     CountingImage image(640, 96);
     const VistaTrimParameters parameters = UsualParameters();
@@ -592,7 +592,7 @@ TEST(Driver, BorrowsAnImageOfTheHostsOwnMaking)
     EXPECT_TRUE(SameRecords(crops, HostObjects(640, 96).Suggestions(request)));
 }
 
-TEST(Interfaces, CopyingOneTakesNoStateOver)
+TEST(Interfaces, CopyingTransfersNoState)
 {
     CountingImage first(640, 40);
     CountingImage second(320, 16);
@@ -601,7 +601,7 @@ TEST(Interfaces, CopyingOneTakesNoStateOver)
     EXPECT_EQ(second.GetWidth(), 320U);
 }
 
-// Builds neither generator nor analyzer, so it is looked at through GetParameters only.
+// Builds neither generator nor analyzer, so only GetParameters can inspect it.
 TEST(Driver, InitializeWithDefaultsStoresTheDefaults)
 {
     IImage* image = MakeTestImage(640, 40);
@@ -619,7 +619,7 @@ TEST(Driver, InitializeWithDefaultsStoresTheDefaults)
 const char* const kSmallImageText =
     "VistaTrim: the image holds fewer pixels than the analysis reads.\n";
 
-// What creating a driver on a black image of this form throws; empty if it throws nothing.
+// What creating a driver on a black image of this size throws; empty if it throws nothing.
 std::string ThrownByCreation(uint32_t width, uint32_t height, uint32_t channels)
 {
     const int32_t offsets[4] = {0, 1, 2, 3};
@@ -644,7 +644,7 @@ TEST(ImageSize, FewerPixelsThanAreReadIsAnError)
     EXPECT_EQ(ThrownByCreation(639, 480, 3), kSmallImageText);
     EXPECT_EQ(ThrownByCreation(640, 480, 2), kSmallImageText);
     EXPECT_EQ(ThrownByCreation(640, 480, 0), kSmallImageText);
-    // 2^32 bytes wrap to none.
+    // 2^32 bytes wrap to 0.
     EXPECT_EQ(ThrownByCreation(65536, 65536, 1), kSmallImageText);
 }
 
@@ -659,8 +659,8 @@ TEST(ImageSize, ExactlyThePixelsThatAreReadAreEnough)
     EXPECT_EQ(ThrownByCreation(640, 480, 4), "");
 }
 
-// Initialize is the one that may be called on a driver that is ready.
-TEST(Driver, InitializeThatThrowsLeavesTheDriverAsItWas)
+// Only Initialize may be called on a ready driver.
+TEST(Driver, InitializeThatThrowsLeavesTheDriverUnchanged)
 {
     HostObjects host(640, 96);
     host.Driver->SetAspectRatioEnabled(1.0, true);
@@ -675,13 +675,13 @@ TEST(Driver, InitializeThatThrowsLeavesTheDriverAsItWas)
     EXPECT_EQ(host.NumAspectRows(), 7U);
     EXPECT_EQ(host.Driver->GetParameters().NumMaxCropRectsPerSide, 25U);
     EXPECT_TRUE(SameRecords(host.Suggestions(SuggestionParameters()), before));
-    // Higher than the first image, which makes it a request for everything.
+    // Taller than the first image, so it counts as a request for everything.
     EXPECT_EQ(host.Suggestions(SuggestionParameters(100.0, 97.0, false)).size(), before.size());
 }
 
-// What these leave behind is listed with the leak suppressions.
+// The leak suppressions list what these leak.
 
-TEST(DriverAbandonments, ListWithoutRectanglesOffersADefaultRecord)
+TEST(DriverDeliberateLeaks, ListWithoutRectanglesOffersADefaultRecord)
 {
     HostObjects host(640, 40);
     CRectOfInterest* table = nullptr;
@@ -696,7 +696,7 @@ TEST(DriverAbandonments, ListWithoutRectanglesOffersADefaultRecord)
     EXPECT_NE(another, table);
 }
 
-TEST(DriverAbandonments, SecondInitializeStartsAnew)
+TEST(DriverDeliberateLeaks, SecondInitializeStartsAnew)
 {
     HostObjects host(640, 40);
     host.Driver->SetAspectRatioEnabled(1.0, true);

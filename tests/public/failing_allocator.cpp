@@ -8,7 +8,7 @@ namespace failingAllocator {
 
 namespace {
 
-// Beyond this a sanitizer's malloc would end the process.
+// Above this size a sanitizer's malloc would abort the process.
 constexpr size_t kMostBytes = size_t{1} << 36;
 
 std::atomic<size_t> countdown{0};

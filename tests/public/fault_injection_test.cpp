@@ -1,6 +1,6 @@
-// Memory runs out at every single place, whichever allocator is asked: the language's, the
-// aligned one or one inside a library that we call. Each fault is put into a child process, since
-// planes that could not be had are not tested for and end the process.
+// Every single allocation fails once, whichever allocator serves it: the language's, the aligned
+// one or one inside a library that we call. Each fault is injected into a child process, because
+// planes that fail to allocate are not checked for and crash it.
 #include <csignal>
 #include <cstdint>
 #include <cstdio>
@@ -25,7 +25,7 @@
 #include "numeric/linear_algebra.h"
 #include "whole_process_allocator.h"
 
-// OpenBLAS' own call: null without it.
+// OpenBLAS's own call: null without it.
 extern "C" void openblas_set_num_threads(int count) __attribute__((weak));
 
 namespace vistaTrim {
@@ -35,10 +35,10 @@ using wholeProcessAllocator::Counts;
 using wholeProcessAllocator::StartCounting;
 using wholeProcessAllocator::StopCounting;
 
-// What a child tells by its exit code.
+// What a child reports by its exit code.
 enum Ending : int {
-    RanThrough = 10, // as if nothing had been denied
-    Degraded = 11,   // ran to its end, another answer than usual
+    RanThrough = 10, // as if nothing had failed
+    Degraded = 11,   // ran to its end with another answer than usual
     ThrewBadAlloc = 12,
     ResultTouched = 20, // the rest must not happen
     DriverBroken = 21,
@@ -86,7 +86,7 @@ Outcome InChild(const std::function<int()>& operation)
     return outcome;
 }
 
-// The lines of a text, each once.
+// The lines of a message, each once.
 std::set<std::string> Lines(const std::string& text)
 {
     std::set<std::string> lines;
@@ -111,7 +111,7 @@ VistaTrimParameters FewCandidates()
     return parameters;
 }
 
-// The empty driver that nobody gets. All that it was to hold is given back.
+// The empty driver that no caller receives. Everything it was to hold is freed.
 constexpr long kAbandonedPieces = 1;
 constexpr long kAbandonedBytes = 512;
 
@@ -119,8 +119,8 @@ class FaultInjection : public testing::Test {
 protected:
     FaultInjection() : parameters(FewCandidates())
     {
-        // One thread, so that what is the n-th allocation stays so, and one run of everything, so
-        // that what libraries keep for good is there already.
+        // One thread, so that the n-th allocation is always the same one, and one full run first,
+        // so that permanent allocations of libraries are made already.
         if (openblas_set_num_threads != nullptr)
             openblas_set_num_threads(1);
         HostObjects warm(640, 64, parameters);
@@ -192,8 +192,8 @@ protected:
 };
 
 // Planes and kernel scratch of a picture lie inside the storage of its tables, which operator new
-// gives or refuses: nothing that is not tested for is left.
-TEST_F(FaultInjection, NoAllocationOfADriverEndsTheProcess)
+// provides or refuses: no unchecked allocation remains.
+TEST_F(FaultInjection, NoFailedAllocationOfADriverCrashes)
 {
     if (!kFixedOrder)
         GTEST_SKIP() << "with BLAS some planes do not fit into the tables' storage";
@@ -244,8 +244,8 @@ TEST_F(FaultInjection, NoPlaneOfAnySizeComesFromTheHeap)
 }
 
 // The list of rectangles of interest is the last thing that is made for a driver: parameters,
-// candidates and analysis stand by then.
-TEST_F(FaultInjection, DriverWithoutRoomForItsRectanglesIsAbandonedEmpty)
+// candidates and analysis exist by then.
+TEST_F(FaultInjection, DriverWithoutMemoryForItsRectanglesLeaksEmpty)
 {
     IImage* image = MakeTestImage(640, 64);
     VistaTrimParameters withRects = parameters;
@@ -273,7 +273,7 @@ TEST_F(FaultInjection, DriverWithoutRoomForItsRectanglesIsAbandonedEmpty)
 }
 
 // Through the aligned allocator itself, wherever it would take the memory from.
-TEST_F(FaultInjection, AlignedMemoryDegradesAKernelOrEndsTheProcessAtAPlane)
+TEST_F(FaultInjection, AlignedMemoryDegradesAKernelOrCrashesAtAPlane)
 {
     IImage* image = MakeTestImage(640, 64);
     IVistaTrim* driver = CreateVistaTrimObj(image, &parameters);
@@ -294,13 +294,13 @@ TEST_F(FaultInjection, AlignedMemoryDegradesAKernelOrEndsTheProcessAtAPlane)
         const Outcome outcome = InChild([&]() -> int {
             AllocationFaults faults({k});
             const int ending = CreateWithFault(image, 0, expected);
-            // The kernel that had no scratch gave back all else.
+            // The kernel that had no scratch freed everything else.
             return faults.Live == 0 ? ending : static_cast<int>(Leaked);
         });
         ++endings[outcome.Ended];
         const std::set<std::string> lines = Lines(outcome.Errors);
         messages.insert(lines.begin(), lines.end());
-        // A kernel that degrades the answer has said so.
+        // A kernel that degrades the answer reports it.
         if (outcome.Ended == Degraded)
             EXPECT_FALSE(lines.empty()) << "aligned allocation " << k;
         else
@@ -315,7 +315,7 @@ TEST_F(FaultInjection, AlignedMemoryDegradesAKernelOrEndsTheProcessAtAPlane)
         "Gaussian blur: ippStsNullPtrErr: Null pointer error.",
         "Dilation buffer allocation: failed to allocate buffer.",
         "Dilation b: ippStsNullPtrErr: Null pointer error.",
-        "ippStsNullPtrErr: Null pointer error."}; // of a resize, which has no words of its own
+        "ippStsNullPtrErr: Null pointer error."}; // of a resize, which adds no message of its own
     EXPECT_EQ(messages, documented);
     std::printf("%d aligned allocations: %d end the process, %d degrade the answer with a message, "
                 "%d change nothing\n",
@@ -324,7 +324,7 @@ TEST_F(FaultInjection, AlignedMemoryDegradesAKernelOrEndsTheProcessAtAPlane)
 }
 
 // A request on a driver of its own, with its k-th allocation denied.
-TEST_F(FaultInjection, NoAllocationOfARequestEndsTheProcess)
+TEST_F(FaultInjection, NoFailedAllocationOfARequestCrashes)
 {
     const SuggestionParameters requests[] = {SuggestionParameters(),
                                              SuggestionParameters(1.5, false),
@@ -368,7 +368,7 @@ TEST_F(FaultInjection, NoAllocationOfARequestEndsTheProcess)
                 EXPECT_EQ(outcome.Errors, "");
             }
             EXPECT_GT(denied, 10U);
-            throwing += denied - 2; // the last one ran through, and the count has moved on
+            throwing += denied - 2; // the last one succeeded, and the count went one further
         }
     std::printf("six requests: %zu allocations, each throws std::bad_alloc\n", throwing);
 }
@@ -394,7 +394,7 @@ TEST_F(FaultInjection, ImageThrowsAndAScoredRectangleNeedsNoMemory)
 
 // Our own linear algebra needs no memory. With BLAS the inversion goes through LAPACKE in column
 // order, which needs no copy of the matrix, and the product takes its buffers from BLAS's pool.
-TEST_F(FaultInjection, LinearAlgebraAsksTheHeapForNothing)
+TEST_F(FaultInjection, BlasAllocatesNothing)
 {
     const float covariance[9] = {90, 20, 10, 20, 80, 5, 10, 5, 70};
     float inverse[9];

@@ -1,4 +1,4 @@
-// A picture and its driver as a host holds them, ended in the right order.
+// A picture and its driver as a host holds them, destroyed in the right order.
 #ifndef VISTATRIM_TESTS_PUBLIC_HOST_OBJECTS_H
 #define VISTATRIM_TESTS_PUBLIC_HOST_OBJECTS_H
 
@@ -30,7 +30,7 @@ inline IImage* MakeTestImage(uint32_t width, uint32_t height)
     return CreateImageObj(height, width, 3, offsets, TestPixels(width, height).data());
 }
 
-// The usual tables as a host makes them, so that nothing of them is abandoned.
+// The usual tables as a host makes them, so that none of them leaks.
 inline VistaTrimParameters UsualParameters()
 {
     VistaTrimParameters parameters;

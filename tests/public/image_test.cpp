@@ -64,7 +64,7 @@ TEST(CreateImageObj, KeepsTheFourChannelOffsets)
     DestroyImageObj(image);
 }
 
-TEST(CreateImageObj, TakesAsManyBytesAPixelAsThereAreChannels)
+TEST(CreateImageObj, ReadsOneBytePerPixelAndChannel)
 {
     std::vector<uint8_t> bytes(5 * 3 * 4);
     for (size_t i = 0; i < bytes.size(); ++i)
@@ -91,7 +91,7 @@ TEST(CreateImageObj, ByteCountPast32BitsWraps)
     DestroyImageObj(image);
 }
 
-// Tells when it ends.
+// Reports its destruction.
 class WatchedImage : public CRGB8Image {
 public:
     explicit WatchedImage(bool& ended) : CRGB8Image(1, 1, 1, kOffsets), Ended(ended)
@@ -107,7 +107,7 @@ private:
     bool& Ended;
 };
 
-TEST(Image, LastReleaseEndsIt)
+TEST(Image, LastReleaseDestroysIt)
 {
     bool ended = false;
     IImage* image = new WatchedImage(ended);
@@ -118,7 +118,7 @@ TEST(Image, LastReleaseEndsIt)
     EXPECT_TRUE(ended);
 }
 
-TEST(Image, DestroyEndsItWhateverTheCount)
+TEST(Image, DestroyIgnoresTheCount)
 {
     bool ended = false;
     IImage* image = new WatchedImage(ended);
@@ -128,8 +128,8 @@ TEST(Image, DestroyEndsItWhateverTheCount)
     EXPECT_TRUE(ended);
 }
 
-// Volatile: a compiler takes two names for two functions and settles the question itself.
-TEST(Image, DestroyFunctionsAreOneUnderTwoNames)
+// Volatile: a compiler assumes that two names are two functions and folds the comparison.
+TEST(Image, BothDestroyFunctionsAreTheSame)
 {
     using Destroy = void (*)(void*);
     const volatile Destroy ofImage = reinterpret_cast<Destroy>(&DestroyImageObj);

@@ -153,7 +153,7 @@ public:
     virtual VistaTrimParameters GetParameters() = 0;
 };
 
-// Only declared: the members come out of the library.
+// Only declared: the library defines the members.
 template <class T> class SmartPtr {
 public:
     SmartPtr(T* object, bool addReference);
@@ -312,7 +312,7 @@ void CheckRequests()
     ICropRects* list = nullptr;
     ComputeCropSuggestions(driver, &list, &request);
     {
-        // The interface stands first in the list, so the addresses are the same.
+        // The interface is the first base, so the addresses are the same.
         SmartPtr<CCropRects> first(reinterpret_cast<CCropRects*>(list), false);
         SmartPtr<CCropRects> second(first.operator->(), true);
         Check(second.release() == reinterpret_cast<CCropRects*>(list), "smart pointer");

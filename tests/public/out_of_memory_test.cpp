@@ -1,4 +1,4 @@
-// Every allocation of an operation fails once: what reaches the host, and what is left.
+// Every allocation of an operation fails once: what the host sees, and what remains.
 #include <functional>
 #include <limits>
 #include <memory>
@@ -20,8 +20,8 @@ using failingAllocator::Live;
 
 ICropRects* const kUntouched = reinterpret_cast<ICropRects*>(uintptr_t{0x5555});
 
-// Runs the operation with its n-th allocation denied. True if std::bad_alloc came out; false if
-// the operation needs fewer allocations and ran to its end.
+// Runs the operation with its n-th allocation denied. True if std::bad_alloc was thrown; false if
+// the operation needs fewer allocations and finished.
 bool RunsOutAt(size_t n, const std::function<void()>& operation)
 {
     bool thrown = false;
@@ -72,7 +72,7 @@ VistaTrimParameters FewCandidates()
     return parameters;
 }
 
-// Denies each allocation of a request on a driver of its own, and asks the same driver again
+// Denies each allocation of a request on a driver of its own, and repeats it on the same driver
 // afterwards: the answer must be that of a driver that never ran out.
 void DenyEachOfARequest(const SuggestionParameters& request, bool best)
 {
@@ -103,7 +103,7 @@ void DenyEachOfARequest(const SuggestionParameters& request, bool best)
         ASSERT_TRUE(
             SameRecords(best ? host.BestCrops(4, request) : host.Suggestions(request), expected))
             << "allocation " << n;
-        // What the driver keeps is its own: it goes with the driver.
+        // What the driver keeps is freed with it.
         DestroyVistaTrimObj(host.Driver);
         host.Driver = nullptr;
         EXPECT_LT(Live(), before) << "allocation " << n;
@@ -168,7 +168,7 @@ TEST(OutOfMemory, EachAllocationOfTheOtherOperations)
     EXPECT_TRUE(rect.Score.Scored);
 }
 
-TEST(OutOfMemory, TablesAndRectanglesStayAsTheyWere)
+TEST(OutOfMemory, TablesAndRectanglesAreUnchanged)
 {
     HostObjects host(640, 40, FewCandidates());
     EXPECT_TRUE(RunsOutAt(1, [&] { host.Driver->SetAspectRatioEnabled(7.0, true); }));
@@ -183,7 +183,7 @@ TEST(OutOfMemory, TablesAndRectanglesStayAsTheyWere)
     EXPECT_EQ(count, 2U);
 }
 
-TEST(OutOfMemory, ImageGivesItsStorageBackWhenTheBufferIsDenied)
+TEST(OutOfMemory, ImageIsFreedWhenItsBufferFailsToAllocate)
 {
     const int32_t offsets[4] = {0, 1, 2, 3};
     const long before = Live();
@@ -248,7 +248,7 @@ TEST(OutOfMemory, FailedCopyOfParametersLeavesTheTargetAndFreesItsArrays)
     EXPECT_EQ(target.NumAspectRatios, 3U);
 }
 
-// The rows stand before their count says so.
+// The rows are written before their count.
 TEST(OutOfMemory, FailedDefaultsLeaveNoCountWithoutItsRows)
 {
     for (size_t n = 1; n <= 2; ++n) {
@@ -267,7 +267,7 @@ TEST(OutOfMemory, ByteCountPast32BitsAsksForTheLargestSize)
         uint32_t VistaTrimParameters::*Count;
         uint32_t Rows;
     };
-    // 2^32 bytes and the next above it; nothing is read, since nothing is granted.
+    // 2^32 bytes and the next size above; nothing is read, because nothing is allocated.
     for (const Case& oversized : {Case{&VistaTrimParameters::NumAspectRatios, 268435456U},
                                   Case{&VistaTrimParameters::NumCropRectScaleRatios, 268435456U},
                                   Case{&VistaTrimParameters::NumRectsOfInterest, 178956971U},
@@ -284,20 +284,20 @@ TEST(OutOfMemory, ByteCountPast32BitsAsksForTheLargestSize)
     EXPECT_EQ(target.AspectRatios, nullptr);
 }
 
-TEST(OutOfMemory, LargestByteCountOf32BitsIsAskedForAsItIs)
+TEST(OutOfMemory, LargestByteCountOf32BitsIsRequestedUnchanged)
 {
     VistaTrimParameters source;
     VistaTrimParameters target;
     source.NumAspectRatios = 268435455U; // of 16 bytes each: 16 below 2^32
-    DenyAllocation(1);                   // four gigabytes would be granted, and filled
+    DenyAllocation(1);                   // four gigabytes would be allocated and filled
     EXPECT_THROW(target = source, std::bad_alloc);
     EXPECT_EQ(failingAllocator::LargestRefused(), 4294967280U);
     DenyAllocation(0);
     source.NumAspectRatios = 0;
 }
 
-// Abandoned on purpose: the driver that could not be finished.
-TEST(OutOfMemory, DriverThatCannotBeBuiltIsNoDriver)
+// Leaks on purpose: the driver that could not be completed.
+TEST(OutOfMemory, FailedCreationReturnsNoDriver)
 {
     IImage* image = MakeTestImage(640, 40);
     const VistaTrimParameters parameters = FewCandidates();
@@ -324,7 +324,7 @@ TEST(OutOfMemory, SecondInitializeThatFailsKeepsTheFirstCandidates)
     }
 }
 
-TEST(Memory, DriverGivesBackAllThatItTook)
+TEST(Memory, DriverFreesEverything)
 {
     const long before = Live();
     {
@@ -339,7 +339,7 @@ TEST(Memory, DriverGivesBackAllThatItTook)
     EXPECT_EQ(Live(), before);
 }
 
-// What the driver abandons, to the piece.
+// Exactly the allocations that the driver leaks.
 TEST(Memory, DefaultedDriverAbandonsTheThreeEmptyArraysOfItsCopy)
 {
     const long before = Live();
@@ -349,7 +349,7 @@ TEST(Memory, DefaultedDriverAbandonsTheThreeEmptyArraysOfItsCopy)
     EXPECT_EQ(Live(), before + 3);
 }
 
-TEST(Memory, RecordOfAnEmptyListOfRectanglesIsNobodys)
+TEST(Memory, DefaultRecordIsNeverFreed)
 {
     const long before = Live();
     {

@@ -12,7 +12,8 @@
 
 namespace ownDeclarations {
 
-// Visible outside this file, or a compiler concludes that no object of these classes can exist.
+// Visible outside this file: otherwise the compiler concludes that no object of these classes can
+// exist.
 
 struct Measures {
     bool scored;
@@ -181,7 +182,7 @@ protected:
         getTop = reinterpret_cast<GetTop>(Address("GetNTopCropSuggestions"));
         evaluate = reinterpret_cast<Evaluate>(Address("EvaluateScores"));
 
-        // Tables of the host's own, so that nothing is defaulted.
+        // The host's own tables, so that nothing is defaulted.
         parameters.numAspects = 2;
         parameters.aspects = new Ratio[2]{{1.5, true}, {1.0, true}};
         parameters.numScales = 2;
@@ -213,7 +214,7 @@ protected:
     Driver* driver = nullptr;
 };
 
-TEST_F(OwnDeclarations, EveryListedSymbolIsThere)
+TEST_F(OwnDeclarations, EveryListedSymbolIsExported)
 {
     std::ifstream file(VISTATRIM_EXPORTED_SYMBOLS);
     std::string name;
@@ -225,7 +226,7 @@ TEST_F(OwnDeclarations, EveryListedSymbolIsThere)
     EXPECT_GT(count, 100);
 }
 
-TEST_F(OwnDeclarations, NothingElseIsThere)
+TEST_F(OwnDeclarations, NothingElseIsExported)
 {
     for (const char* name : {"_ZN9vistaTrim9VistaTrimC1Ev", "_ZN9vistaTrim10CCropRectsC1Ev",
                              "_ZN9vistaTrim19RandomCropGenerator11GenerateAllEv",
@@ -301,9 +302,9 @@ TEST_F(OwnDeclarations, RequestsThroughSlotsAndFunctionsAgree)
     byFunction->Release();
 }
 
-// The five doubles travel by value. Only the first weight, by mode 1 or by weights of its own,
-// is one and the same choice; another weight is another one.
-TEST_F(OwnDeclarations, WeightsTravelByValue)
+// The five doubles are passed by value. Mode 1 and a first weight alone select the same; another
+// weight alone selects differently.
+TEST_F(OwnDeclarations, WeightsPassByValue)
 {
     const Request request{0, 0, 0, false};
     const auto merged = [&](int32_t mode, Weights weights, bool slot) {
@@ -438,7 +439,7 @@ TEST_F(OwnDeclarations, TextsAreCaughtByTheThreePointerHandlers)
     EXPECT_EQ(result, untouched);
 }
 
-// Leaves the generator and the analyzer of before behind, as the suppressions tell.
+// Leaks the previous generator and analyzer, as the suppressions list.
 TEST_F(OwnDeclarations, BothInitializingSlots)
 {
     driver->InitializeWithDefaults(image);

@@ -102,9 +102,9 @@ TEST(VistaTrimParameters, EachDefaultCanBeSetByItself)
     EXPECT_FALSE(parameters.UseBuiltInFaceDetector);
 }
 
-// The operations are for fresh objects: an array that was there is abandoned, not freed, so a
-// host that kept the pointer still owns it.
-TEST(VistaTrimParameters, SettingADefaultAbandonsTheArrayThatWasThere)
+// The operations are for fresh objects: an existing array is leaked, not freed, so a host that kept
+// the pointer still owns it.
+TEST(VistaTrimParameters, SettingADefaultLeaksTheOldArray)
 {
     const std::unique_ptr<DoubleInfo[]> mine(new DoubleInfo[1]);
     mine[0] = DoubleInfo(9.0);
@@ -137,12 +137,12 @@ void ExpectSameBytes(const void* copy, const void* rows, size_t bytes)
     EXPECT_EQ(std::memcmp(copy, rows, bytes), 0);
 }
 
-// Also what lies between the fields of a row.
+// Also the padding between the fields of a row.
 TEST(VistaTrimParameters, RowsAreCopiedByteByByte)
 {
     VistaTrimParameters source = SomeParameters();
     const auto fill = [](void* rows, size_t bytes) {
-        std::memset(rows, 1, bytes); // 1, so that every bool stays one
+        std::memset(rows, 1, bytes); // 1, so that every bool is valid
     };
     fill(source.AspectRatios, 2 * sizeof(DoubleInfo));
     fill(source.CropRectScaleRatios, sizeof(DoubleInfo));
@@ -217,16 +217,16 @@ TEST(VistaTrimParameters, DestructFreesTheArraysAndLeavesPointersAndCounts)
     EXPECT_EQ(parameters.NumAspectRatios, 2U);
     EXPECT_EQ(parameters.NumCropRectScaleRatios, 1U);
     EXPECT_EQ(parameters.NumRectsOfInterest, 1U);
-    // New arrays before the object ends.
+    // New arrays before the object is destroyed.
     parameters.SetDefaults();
 }
 
-TEST(VistaTrimParameters, EndClearsThePointersAndKeepsTheCounts)
+TEST(VistaTrimParameters, DestructorClearsThePointersAndKeepsTheCounts)
 {
     alignas(VistaTrimParameters) unsigned char storage[sizeof(VistaTrimParameters)];
     VistaTrimParameters* const parameters = new (storage) VistaTrimParameters(SomeParameters());
     parameters->~VistaTrimParameters();
-    // Looked at as bytes: the object is gone, its storage is not.
+    // Read as bytes: the object is gone, its storage is not.
     const volatile unsigned char* bytes = storage;
     EXPECT_EQ(bytes[offsetof(VistaTrimParameters, NumAspectRatios)], 2);
     for (size_t i = 0; i < sizeof(void*); ++i) {

@@ -58,7 +58,7 @@ TEST(CInt32Rect, SidesOfAnAreaWrapIn32Bits)
 {
     const int32_t low = std::numeric_limits<int32_t>::min();
     const int32_t high = std::numeric_limits<int32_t>::max();
-    EXPECT_EQ(CInt32Rect(low, high, 0, 9).Area(), 0); // 2^32 columns wrap to none
+    EXPECT_EQ(CInt32Rect(low, high, 0, 9).Area(), 0); // 2^32 columns wrap to 0
     EXPECT_EQ(CInt32Rect(0, high, 0, 0).Area(), low); // 2^31 columns
 }
 
@@ -138,7 +138,7 @@ TEST(CInt32CropRect, DefaultIsUnscored)
     EXPECT_EQ(crop.Score.RoiScore, 1.0);
 }
 
-TEST(CInt32CropRect, SidesInFieldOrderAndAllElseDefault)
+TEST(CInt32CropRect, SidesAreInFieldOrderAndTheRestIsDefault)
 {
     const CInt32CropRect crop(1, 2, 3, 4);
     EXPECT_EQ(crop.Left, 1);
@@ -209,7 +209,7 @@ TEST(CRectOfInterest, AssignmentCopiesAllAndReturnsTheTarget)
     EXPECT_EQ(target.Kind, RoiHardExclude);
 }
 
-TEST(DoubleInfo, IsEnabledUnlessToldOtherwise)
+TEST(DoubleInfo, IsEnabledByDefault)
 {
     EXPECT_EQ(DoubleInfo().Value, 0.0);
     EXPECT_TRUE(DoubleInfo().Enabled);
@@ -227,7 +227,7 @@ TEST(DoubleInfo, AssignmentCopiesAllAndReturnsTheTarget)
     EXPECT_FALSE(target.Enabled);
 }
 
-TEST(WeightDistribution, ThreeWeightsSwitchThePeakRankingsOff)
+TEST(WeightDistribution, ThreeWeightsDisableThePeakRankings)
 {
     const WeightDistribution weights(1, 2, 3);
     EXPECT_EQ(weights.Weight1, 1.0);

@@ -1,9 +1,9 @@
 // Every candidate of eight pictures, with all measures, has the same bits in every run, in every
-// ISA variant, with any number of drivers at work at the same time, and whatever kernels OpenBLAS
-// is told to use: the engine does not use them unless it is built to.
+// ISA variant, with any number of drivers at work at the same time, and whichever kernels OpenBLAS
+// uses: the engine does not call them unless it is built to.
 //
-// With --print the program prints one line for each picture and runs no test: that is how it looks
-// at itself in another process.
+// With --print the program prints one line for each picture and runs no test: it starts itself that
+// way in another process.
 #include <algorithm>
 #include <cstdint>
 #include <cstdio>
@@ -124,7 +124,7 @@ const std::vector<Picture>* SameBits::Pictures = nullptr;
 const std::vector<std::string>* SameBits::Expected = nullptr;
 
 // A hash that did not depend on the pixels would hide every difference.
-TEST_F(SameBits, OneBitOfOnePixelShows)
+TEST_F(SameBits, OneChangedPixelBitIsNoticed)
 {
     for (size_t i = 0; i < kPictures; ++i) {
         Picture other = (*Pictures)[i];
@@ -133,7 +133,7 @@ TEST_F(SameBits, OneBitOfOnePixelShows)
     }
 }
 
-TEST_F(SameBits, AgainAndInEveryVariant)
+TEST_F(SameBits, OnRepetitionAndInEveryVariant)
 {
     const CpuForm before = ActiveCpuForm();
     for (int form = CpuFormPlain; form < CpuFormCount; ++form) {
@@ -145,7 +145,7 @@ TEST_F(SameBits, AgainAndInEveryVariant)
     SelectCpuForm(before);
 }
 
-TEST_F(SameBits, WithSeveralDriversAtATime)
+TEST_F(SameBits, WithSeveralDriversAtOnce)
 {
     for (const size_t threads : {2U, 4U, 8U}) {
         std::vector<std::vector<std::string>> lines(threads);
@@ -162,7 +162,7 @@ TEST_F(SameBits, WithSeveralDriversAtATime)
     }
 }
 
-TEST_F(SameBits, WhateverKernelsOpenBlasIsToldToUse)
+TEST_F(SameBits, WithEveryOpenBlasKernel)
 {
     if (!kFixedOrder)
         GTEST_SKIP() << "with BLAS the last bits are those of its kernels";

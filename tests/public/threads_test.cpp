@@ -1,6 +1,6 @@
-// What a host may do from several threads: drive separate drivers, take and give up references
-// of any object, and read lists, whatever becomes of the drivers that made them. Built with the
-// thread sanitizer these tests look for races; built without, they compare bits.
+// What a host may do from several threads: use separate drivers, add and drop references to any
+// object, and read lists, even when the drivers that made them are gone. Built with the thread
+// sanitizer these tests look for races; built without, they compare bits.
 #include <atomic>
 #include <cstdint>
 #include <functional>
@@ -14,7 +14,7 @@
 #include "answers.h"
 #include "vistaTrim/vistaTrim.h"
 
-// OpenBLAS' own call; weak, so that these tests build with another library as well.
+// OpenBLAS's own call; weak, so that these tests also build with another BLAS.
 extern "C" void openblas_set_num_threads(int count) __attribute__((weak));
 
 namespace vistaTrim {
@@ -22,8 +22,8 @@ namespace {
 
 using testPictures::Picture;
 
-// Threads of the linear algebra wait for one another busily, so on a loaded machine these tests
-// would take minutes with them; one of them brings some in.
+// BLAS threads busy-wait for one another, so on a loaded machine these tests would take minutes
+// with them; only one of them uses some.
 void SetBlasThreads(int count)
 {
     if (openblas_set_num_threads != nullptr)
@@ -40,7 +40,7 @@ protected:
 
 constexpr int kThreads = 4;
 
-// Runs work(0) .. work(kThreads - 1) at the same time: all wait for the last one to be there.
+// Runs work(0) .. work(kThreads - 1) at the same time: all wait until the last one has started.
 void RunTogether(const std::function<void(int)>& work)
 {
     std::atomic<int> ready{0};
@@ -79,7 +79,7 @@ Answers AnswersOf(const Picture& picture)
     return AnswersOf(driver.get(), picture.Cols, picture.Rows);
 }
 
-// Of different sizes, so that scratch that was shared would not fit.
+// Of different sizes, so that shared scratch would not fit.
 std::vector<Picture> SomePictures()
 {
     return {testPictures::Blobs(640, 96, 1), testPictures::Blobs(80, 640, 2),
@@ -87,7 +87,7 @@ std::vector<Picture> SomePictures()
             testPictures::Gradient(60, 640)};
 }
 
-TEST_F(Threads, SeparateDriversGiveTheBitsOfOneThread)
+TEST_F(Threads, SeparateDriversGiveTheSameBitsAsOneThread)
 {
     const std::vector<Picture> pictures = SomePictures();
     std::vector<Answers> alone;
@@ -108,7 +108,7 @@ TEST_F(Threads, SeparateDriversGiveTheBitsOfOneThread)
     EXPECT_EQ(different, 0);
 }
 
-// The same picture at the same moment in every thread: the stages meet one another.
+// The same picture at the same moment in every thread: the same stages run at once.
 TEST_F(Threads, ManyDriversOfOnePictureAgree)
 {
     const Picture picture = testPictures::Blobs(640, 20, 4);
@@ -135,8 +135,8 @@ TEST_F(Threads, OneImageServesDriversOfManyThreads)
     EXPECT_EQ(different, 0);
 }
 
-// Made in one thread, asked in another, ended in a third; one at a time.
-TEST_F(Threads, ADriverMayWanderFromThreadToThread)
+// Created in one thread, used in another, destroyed in a third; one at a time.
+TEST_F(Threads, ADriverMayMoveBetweenThreads)
 {
     const Picture picture = testPictures::Blobs(640, 52, 6);
     const Answers alone = AnswersOf(picture);
@@ -152,7 +152,7 @@ TEST_F(Threads, ADriverMayWanderFromThreadToThread)
     EXPECT_TRUE(SameBits(answers, alone));
 }
 
-// An object that tells of its end, and of what it sees of the threads that held it.
+// An object that reports its destruction and what it then sees of the threads that held it.
 class WitnessedObject : public CRefCount {
 public:
     WitnessedObject(std::atomic<int>& ended, int& seen) : Ended(ended), Seen(seen)
@@ -182,7 +182,7 @@ private:
     int& Seen;
 };
 
-TEST_F(Threads, TheLastReferenceEndsTheObjectOnceAndSeesWhatAllThreadsWrote)
+TEST_F(Threads, TheLastReferenceDestroysTheObjectOnceAndSeesAllWrites)
 {
     for (int round = 0; round < 200; ++round) {
         std::atomic<int> ended{0};
@@ -203,7 +203,7 @@ TEST_F(Threads, TheLastReferenceEndsTheObjectOnceAndSeesWhatAllThreadsWrote)
     }
 }
 
-TEST_F(Threads, ReferencesOfEveryObjectAreTakenAndGivenUpFromManyThreads)
+TEST_F(Threads, ReferencesOfEveryObjectAreAddedAndDroppedFromManyThreads)
 {
     const Picture picture = testPictures::Blobs(640, 52, 7);
     const testPictures::ImageHolder image = testPictures::MakeImage(picture);
@@ -224,7 +224,7 @@ TEST_F(Threads, ReferencesOfEveryObjectAreTakenAndGivenUpFromManyThreads)
         }
     });
 
-    // A count that had lost a step would have ended one of them, or would keep it after this.
+    // A count that had lost a step would have destroyed one of them, or would keep it after this.
     EXPECT_EQ(list->Count(), count);
     EXPECT_EQ(AllOf(driver.get(), request).size(), count);
     list->Release();
@@ -243,7 +243,7 @@ uint64_t SumOf(ICropRects& list)
     return sum;
 }
 
-TEST_F(Threads, ListsAreReadWhileTheDriverWorksOnAndDies)
+TEST_F(Threads, ListsAreReadWhileTheDriverRunsAndIsDestroyed)
 {
     const Picture picture = testPictures::Blobs(640, 52, 8);
     for (int round = 0; round < 3; ++round) {

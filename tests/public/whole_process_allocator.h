@@ -1,5 +1,5 @@
-// Takes the place of the C library's allocation functions in the whole program, in the libraries
-// that it loads too: counts what an operation takes, and denies an allocation on demand.
+// Replaces the C library's allocation functions in the whole program, including the libraries that
+// it loads: counts the allocations of an operation and fails one on demand.
 #ifndef VISTATRIM_TESTS_PUBLIC_WHOLE_PROCESS_ALLOCATOR_H
 #define VISTATRIM_TESTS_PUBLIC_WHOLE_PROCESS_ALLOCATOR_H
 
@@ -7,15 +7,15 @@
 
 namespace wholeProcessAllocator {
 
-// What was asked for since StartCounting, by all threads.
+// Allocations since StartCounting, in all threads.
 struct Counts {
     size_t Asked = 0;
-    size_t AskedAligned = 0; // of those, through aligned_alloc or its kin
-    long LivePieces = 0;     // given and not given back; pieces from before count when they go
+    size_t AskedAligned = 0; // of those, through aligned_alloc and similar
+    long LivePieces = 0;     // allocated and not freed; freeing an earlier piece counts too
     long LiveBytes = 0;
 };
 
-// From now on counts; the n-th allocation from here on is denied, 0 denies none.
+// Starts counting; the n-th allocation from here on fails, 0 fails none.
 void StartCounting(size_t denied);
 Counts StopCounting();
 

@@ -6,9 +6,9 @@
 
 namespace scoringTests {
 
-// All candidates of the default tables, scored by one walk: bit for bit, save the score that
-// goes through a BLAS dot product. That one may be off by what summing 304 floats in another
-// order can do.
+// All candidates of the default tables, scored by one walk: bit for bit, except the score that goes
+// through a BLAS dot product. That one may be off by what summing 304 floats in another order can
+// change.
 void ExpectAllCandidatesAsSlow(const vistaTrim::testPictures::Picture& picture);
 
 } // namespace scoringTests

@@ -99,9 +99,9 @@ TEST(CompositionModel, LimitsMatchTheSlowFormForEveryExtentAndPlace)
             }
 }
 
-// The fast form serves stretches that tile. That all long ones do is what makes it fast; that
-// thin ones do not is told to it, and the plain form takes over.
-TEST(CompositionModel, StretchesOfTwelvePixelsAndMoreTileAndThinnerOnesDoNot)
+// The fast form serves extents that tile. All long ones do, which makes it fast; thin ones are
+// marked as not tiling, and the plain form scores them.
+TEST(CompositionModel, ExtentsFromTwelvePixelsTileAndShorterOnesDoNot)
 {
     for (int32_t first = 0; first < 640; ++first)
         for (int32_t last = first; last < 640; last += last < first + 20 ? 1 : 7) {
@@ -233,9 +233,9 @@ TEST(CompositionModel, ScoreMatchesTheSlowFormAndLeavesTheStandardisedDescriptor
 
         for (size_t slot = 0; slot < slow.Standardised.size(); ++slot)
             ASSERT_TRUE(SameBits(analyzer->DescriptorBuffer[slot], slow.Standardised[slot]));
-        // The dot product sums 304 floats in the order that BLAS likes: at most 303 roundings
-        // of half a unit each, of at most the sum of the magnitudes; a sixth of it in the score,
-        // and the score's own rounding.
+        // The dot product sums 304 floats in the order of the BLAS in use: at most 303 roundings of
+        // half a unit each, of at most the sum of the magnitudes; a sixth of it in the score, and
+        // the score's own rounding.
         const double bound = 304 * std::ldexp(slow.DotMagnitude, -24) / 6 + std::ldexp(1.0, -23);
         EXPECT_NEAR(score, slow.Score, bound);
     }

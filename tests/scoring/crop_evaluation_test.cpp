@@ -18,7 +18,7 @@ CInt32CropRect Evaluated(CCropAnalyzer& analyzer, int left, int right, int top, 
     return crop;
 }
 
-// The record against the slow oracle's: bit for bit, save the score that went through BLAS.
+// The record against the slow oracle's: bit for bit, except the score that went through BLAS.
 void ExpectAsSlow(const CInt32CropRect& crop, const slowOracle::ScoringInput& in)
 {
     slowOracle::Crop slow;
@@ -66,7 +66,7 @@ TEST(CropEvaluation, TheWholePictureHoldsAllOfEverything)
     EXPECT_TRUE(crop.CoversContent);
 }
 
-TEST(CropEvaluation, MapsOfZerosAreCoveredByNobody)
+TEST(CropEvaluation, NoCropCoversMapsOfZeros)
 {
     const auto analyzer = ZeroAnalyzer(48, 64);
     const CInt32CropRect crop = Evaluated(*analyzer, 0, 63, 0, 47);
@@ -90,11 +90,11 @@ bool HalfCovers(int maskInside, int maskAll, int colorInside, int colorAll)
     analyzer->Made.Totals[MapContrastMask] = static_cast<float>(maskAll);
     analyzer->Made.Totals[MapColorContrast] = static_cast<float>(colorAll);
     FillMap(analyzer->Made, MapEdge, 1.0f);
-    analyzer->Made.Totals[MapEdge] = 1.0f; // all the coverage that can be
+    analyzer->Made.Totals[MapEdge] = 1.0f; // the highest coverage possible
     return Evaluated(*analyzer, 0, 99, 0, 0).CoversContent;
 }
 
-TEST(CropEvaluation, ContentIsCoveredByTheTwoContrastsTogetherAlone)
+TEST(CropEvaluation, ContentIsCoveredOnlyByBothContrastsTogether)
 {
     EXPECT_TRUE(HalfCovers(50, 100, 50, 100));
     EXPECT_FALSE(HalfCovers(50, 100, 39, 100));
@@ -119,7 +119,7 @@ TEST(CropEvaluation, AShareOfExactlyTheThresholdCovers)
     }
 }
 
-TEST(CropEvaluation, AFlagThatIsSetAlreadyIsNotCleared)
+TEST(CropEvaluation, ASetFlagIsNotCleared)
 {
     const auto analyzer = ZeroAnalyzer(10, 10);
     CInt32CropRect crop(0, 4, 0, 4);
@@ -128,7 +128,7 @@ TEST(CropEvaluation, AFlagThatIsSetAlreadyIsNotCleared)
     EXPECT_TRUE(crop.CoversContent);
 }
 
-TEST(CropEvaluation, MeasuresAreFloatsAndTheOtherTwoFieldsAreLeftAlone)
+TEST(CropEvaluation, MeasuresAreFloatsAndTheOtherTwoFieldsAreUntouched)
 {
     const auto analyzer = NoiseAnalyzer(60, 80, 4);
     CInt32CropRect crop(10, 49, 5, 44);
@@ -143,7 +143,7 @@ TEST(CropEvaluation, MeasuresAreFloatsAndTheOtherTwoFieldsAreLeftAlone)
         EXPECT_EQ(measure, static_cast<double>(static_cast<float>(measure)));
 }
 
-TEST(CropEvaluation, SidesOutsideAreMendedBelowForFirstsAndAboveForLasts)
+TEST(CropEvaluation, FirstSidesAreClampedFromBelowAndLastSidesFromAbove)
 {
     const auto analyzer = NoiseAnalyzer(60, 80, 4);
     WorkingRect rect = analyzer->ToWorkingRect(CInt32CropRect(-5, 99, -7, 77));
@@ -200,7 +200,7 @@ TEST(CropEvaluation, TheCentralPartIsAThirdOfTheCrop)
     }
 }
 
-TEST(CropEvaluation, ABandThatLeavesThePictureRulesTheBorderOut)
+TEST(CropEvaluation, ABandOutsideThePictureGivesBorderScoreZero)
 {
     const auto analyzer = ZeroAnalyzer(40, 60);
     analyzer->Made.BorderBand = 12; // bands six pixels deep
@@ -309,7 +309,7 @@ TEST(CropEvaluation, RectanglesWithoutPixelsGetMeasuresOfZeroAndAreScored)
     }
 }
 
-TEST(CropEvaluation, TheGuardLeavesEveryRectangleOnTheMapAlone)
+TEST(CropEvaluation, TheGuardIgnoresRectanglesOnTheMap)
 {
     const auto analyzer = NoiseAnalyzer(5, 7, 8);
     const slowOracle::ScoringInput in = OracleInput(*analyzer);
@@ -340,7 +340,7 @@ CropGridRows MixedGrid(uint32_t seed)
     return grid;
 }
 
-TEST(CropEvaluation, TheWalkGivesEveryRecordWhatItGetsAloneInEveryProcessorForm)
+TEST(CropEvaluation, TheWalkMatchesSingleRecordsInEveryIsaVariant)
 {
     const auto analyzer = NoiseAnalyzer(60, 80, 9);
     CropGridRows expected = MixedGrid(50);
@@ -365,9 +365,9 @@ TEST(CropEvaluation, TheWalkGivesEveryRecordWhatItGetsAloneInEveryProcessorForm)
     }
 }
 
-// More columns than any kept state could hold, with gaps of scored records between them: limits
-// of one crop must not be taken for another's.
-TEST(CropEvaluation, LongLatticeRowsWithGapsGiveEveryRecordItsOwnMeasures)
+// More columns than any cached state could hold, with gaps of scored records between them: the
+// limits of one crop must not be used for another.
+TEST(CropEvaluation, LongLatticeRowsWithGapsGiveEachRecordItsOwnMeasures)
 {
     const auto analyzer = NoiseAnalyzer(60, 400, 10);
     for (const int step : {1, 2, 3, 31, 32, 33, 64}) {
@@ -409,7 +409,7 @@ TEST(CropEvaluation, RecordsOfAnUnevenColumnAreMeasuredWithinTheirOwnSides)
 // Several times as many as are measured together at once: a batch that is not cleared measures
 // records twice or gives one the values of another, and from the third batch on with values of
 // the first.
-TEST(CropEvaluation, AWalkOverVeryManyRecordsGivesEveryOneItsOwnMeasures)
+TEST(CropEvaluation, AWalkOverManyRecordsGivesEachItsOwnMeasures)
 {
     const auto analyzer = NoiseAnalyzer(60, 400, 14);
     CropGridRows grid(2, CropRow(4));
@@ -466,7 +466,7 @@ TEST(CropEvaluation, IndicesChooseRowsCellsOrOneCellOfEveryRow)
     }
 }
 
-TEST(CropEvaluation, RoiScoreIsWrittenAnewOnEveryWalkAndIsOneWithoutSoftRectangles)
+TEST(CropEvaluation, RoiScoreIsRewrittenOnEveryWalkAndIsOneWithoutSoftRectangles)
 {
     const auto analyzer = NoiseAnalyzer(60, 80, 12);
     CropGridRows grid = MixedGrid(52);
@@ -490,7 +490,7 @@ TEST(CropEvaluation, RoiScoreIsWrittenAnewOnEveryWalkAndIsOneWithoutSoftRectangl
                 ASSERT_EQ(crop.Score.RoiScore, slowOracle::RoiScore(slowWish, sides));
                 CInt32CropRect unchanged = crop;
                 unchanged.Score.RoiScore = 1.0;
-                ASSERT_TRUE(SameRecord(unchanged, before[a][s][i])); // nothing else was
+                ASSERT_TRUE(SameRecord(unchanged, before[a][s][i])); // nothing else was measured
             }
 
     analyzer->RectsOfInterest[0].Enabled = false;
@@ -498,7 +498,7 @@ TEST(CropEvaluation, RoiScoreIsWrittenAnewOnEveryWalkAndIsOneWithoutSoftRectangl
     EXPECT_EQ(grid[2][1][5].Score.RoiScore, 1.0);
 }
 
-TEST(CropEvaluation, RowsWithoutCellsAndEmptyCellsAreWalkedOver)
+TEST(CropEvaluation, RowsWithoutCellsAndEmptyCellsAreSkipped)
 {
     const auto analyzer = NoiseAnalyzer(60, 80, 13);
     CropGridRows grid(3);

@@ -118,7 +118,7 @@ TEST(RectsOfInterest, MoreWishesMetScoreHigherThanMoreShare)
     EXPECT_LT(oneWhole, 0.102f);
 }
 
-TEST(RectsOfInterest, HardKindsAskForAllOrNothing)
+TEST(RectsOfInterest, HardKindsRequireAllOrNothing)
 {
     EXPECT_TRUE(Passes({Roi(RoiHardInclude, 100, 299, 100, 249)}));
     EXPECT_FALSE(Passes({Roi(RoiHardInclude, 100, 299, 99, 249)}));
@@ -141,7 +141,7 @@ TEST(RectsOfInterest, HardKindsNeverTouchTheScoreAndSoftOnesNeverFilter)
     EXPECT_TRUE(Passes({Roi(RoiSoftInclude, 0, 9, 0, 9), Roi(RoiSoftExclude, 150, 159, 150, 159)}));
 }
 
-TEST(RectsOfInterest, ForeignKindsAndTheMarkHaveNoEffect)
+TEST(RectsOfInterest, UnknownKindsAndTheMarkHaveNoEffect)
 {
     EXPECT_EQ(Soft({Roi(4, 0, 9, 0, 9), Roi(-1, 0, 9, 0, 9)}), 1.0f);
     EXPECT_TRUE(Passes({Roi(4, 0, 9, 0, 9), Roi(-1, 0, 9, 0, 9)}));

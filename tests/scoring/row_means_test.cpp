@@ -13,7 +13,7 @@ using namespace vistaTrim;
 namespace scoringTests {
 namespace {
 
-TEST(RowMeans, AreThoseOfEachRectangleInEveryIsaVariant)
+TEST(RowMeans, MatchEachRectangleInEveryIsaVariant)
 {
     const auto analyzer = NoiseAnalyzer(50, 70, 3);
     const CDoubleMatrix& table = analyzer->EdgeTable;
@@ -44,7 +44,7 @@ TEST(RowMeans, AreThoseOfEachRectangleInEveryIsaVariant)
     }
 }
 
-// The sanitizers see to it that nothing beyond the table is read.
+// The sanitizers check that nothing beyond the table is read.
 TEST(RowMeans, ColumnsBeyondTheMapAreNotRead)
 {
     const auto analyzer = NoiseAnalyzer(3, 20, 5);

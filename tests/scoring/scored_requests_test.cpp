@@ -42,7 +42,7 @@ struct ReleaseObject {
 };
 using List = std::unique_ptr<ICropRects, ReleaseObject>;
 
-// A picture and its driver, in the order in which they must end.
+// A picture and its driver, in the order in which they must be destroyed.
 class Session {
 public:
     explicit Session(const Picture& picture,
@@ -148,7 +148,7 @@ TEST(ScoredRequests, TwoRequestsGiveTwoListsWithEqualContents)
 }
 
 // Each measured candidate takes one dot product with the model's weights.
-TEST(ScoredRequests, ASecondRequestMeasuresNothingAnew)
+TEST(ScoredRequests, ASecondRequestMeasuresNothingAgain)
 {
     Session session(SmallPicture());
     const long before = exponentials;
@@ -170,8 +170,8 @@ TEST(ScoredRequests, ASecondRequestMeasuresNothingAnew)
     EXPECT_EQ(exponentials - measured, static_cast<long>(size->Count()));
 }
 
-// What stands in the grid is served as it stands, were it nonsense.
-TEST(ScoredRequests, ScoresThatStandInTheGridStay)
+// Scores in the grid are served unchanged, even nonsense.
+TEST(ScoredRequests, ScoresInTheGridPersist)
 {
     const auto analyzer = testPictures::Analyse(SmallPicture());
     RandomCropGenerator generator;
@@ -276,8 +276,8 @@ TEST(ScoredRequests, TheBestAreThoseOfASelectionFromTheEnabledCandidates)
         analyzer->SelectTopCrops(4, CropCells(1, &generator.CropGrid[aspect][scale]), 0, weights));
 }
 
-// As driver.h tells hosts: the best fifth is kept, and the turn ends at the first empty cluster.
-TEST(ScoredRequests, ThousandsOfCropsAreNeverHandedOut)
+// As driver.h documents: the best fifth is kept, and the turn ends at the first empty cluster.
+TEST(ScoredRequests, ThousandsOfCropsAreNeverReturned)
 {
     Session session(testPictures::Blobs(640, 480, 1));
     EXPECT_EQ(session.Best(2901)->Count(), 2900u);
@@ -314,7 +314,7 @@ TEST(ScoredRequests, WithEveryScaleDisabledTheListsAreEmpty)
     EXPECT_EQ(session.All()->Count(), 0u);
 }
 
-TEST(ScoredRequests, NothingWantedGivesAnEmptyList)
+TEST(ScoredRequests, RequestForZeroGivesAnEmptyList)
 {
     Session session(SmallPicture());
     EXPECT_EQ(session.Best(0)->Count(), 0u);
@@ -322,7 +322,7 @@ TEST(ScoredRequests, NothingWantedGivesAnEmptyList)
     EXPECT_EQ(session.Best(0)->Data(), nullptr);
 }
 
-TEST(ScoredRequests, ARequestThatThrowsLeavesTheResultAlone)
+TEST(ScoredRequests, ARequestThatThrowsLeavesTheResultUnchanged)
 {
     Session session(SmallPicture());
     session->SetAspectRatioEnabled(1.5, false);
@@ -345,7 +345,7 @@ TEST(ScoredRequests, ServedCropsDifferAndComeFromTheBestClusters)
     }
 }
 
-TEST(EvaluateScores, MeasuresARectangleThatNoLatticeHolds)
+TEST(EvaluateScores, MeasuresARectangleOutsideTheLattice)
 {
     const Picture picture = SmallPicture();
     Session session(picture);
@@ -361,14 +361,14 @@ TEST(EvaluateScores, MeasuresARectangleThatNoLatticeHolds)
     EvaluateScores(session.get(), &crop);
     EXPECT_TRUE(SameRecord(once, crop));
 
-    CInt32CropRect claimed(0, 639, 0, 95); // says that it is scored
+    CInt32CropRect claimed(0, 639, 0, 95); // claims to be scored
     claimed.Score.Scored = true;
     const CInt32CropRect before = claimed;
     EvaluateScores(session.get(), &claimed);
     EXPECT_TRUE(SameRecord(before, claimed));
 }
 
-TEST(EvaluateScores, GivesACandidateWhatTheRequestGivesIt)
+TEST(EvaluateScores, MatchesTheRequestForACandidate)
 {
     Session session(SmallPicture());
     const List list = session.All();
@@ -455,7 +455,7 @@ TEST(RectsOfInterestOfADriver, HardKindsFilterTheBestButNotTheWholeList)
     EXPECT_EQ(session.Best(10)->Count(), 0u);
 }
 
-TEST(RectsOfInterestOfADriver, DisabledForeignAndMarkedOnesChangeNothing)
+TEST(RectsOfInterestOfADriver, DisabledUnknownAndMarkedOnesChangeNothing)
 {
     Session plain(SmallPicture());
     Session other(SmallPicture());
@@ -468,7 +468,7 @@ TEST(RectsOfInterestOfADriver, DisabledForeignAndMarkedOnesChangeNothing)
     EXPECT_TRUE(SameLists(*plain.All(), *other.All()));
 }
 
-TEST(RectsOfInterestOfADriver, NoAreaMakesTheSoftScoreNotANumberAndTheHardFilterRejectAll)
+TEST(RectsOfInterestOfADriver, NoAreaMakesTheSoftScoreNaNAndTheHardFilterRejectAll)
 {
     Session soft(SmallPicture());
     const List withoutIt = soft.Best(10);
@@ -507,7 +507,7 @@ void ExpectRequestsRun(int32_t cols, int32_t rows)
     session.Best(3, SuggestionParameters(std::max(1, cols / 2), std::max(1, rows / 2), false));
 }
 
-// Crops of these can have no pixel at all; they must stop nothing and read nothing outside.
+// Their crops can contain no pixel; they must neither stop the run nor read outside the maps.
 TEST(ThinPictures, RequestsRunAtEverySizeFromOnePixelUp)
 {
     for (const int32_t thin : {1, 2, 3, 4, 5, 6, 7, 9, 11, 12, 13, 14, 23})
@@ -561,7 +561,7 @@ TEST(ThinPictures, OfOneRowOrColumnHaveFiniteMapsAndScores)
     }
 }
 
-// The analysis of these was refused or reads a sheared piece of the picture.
+// The analysis of these was rejected or reads a sheared piece of the picture.
 TEST(ThinPictures, RequestsRunOnPicturesThatTheHostDidNotResample)
 {
     testing::internal::CaptureStderr();
@@ -573,7 +573,7 @@ TEST(ThinPictures, RequestsRunOnPicturesThatTheHostDidNotResample)
     ExpectRequestsRun(900, 701);
 }
 
-TEST(ThinPictures, SomeCandidatesOfThemHaveNoPixelAtAll)
+TEST(ThinPictures, SomeOfTheirCandidatesContainNoPixel)
 {
     Session session(testPictures::Noise(640, 1, 9));
     const List all = session.All();

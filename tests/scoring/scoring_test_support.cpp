@@ -14,7 +14,7 @@ namespace {
 
 void FillNoise(CFloatMatrix& map, CDoubleMatrix& table, std::mt19937& random)
 {
-    // Squared, so that most values are small and the tables are no plain ramps.
+    // Squared, so that most values are small and the tables are not plain ramps.
     std::uniform_real_distribution<float> unit(0.0f, 1.0f);
     for (uint32_t i = 0; i < map.Count; ++i) {
         const float value = unit(random);

@@ -1,5 +1,5 @@
-// What the tests of scoring and selection share: analysed pictures that are made up table by
-// table, and the ways from the library's records to the slow oracle's and back.
+// What the tests of scoring and selection share: analyses set up table by table, and conversions
+// between the library's records and the slow oracle's.
 #ifndef VISTATRIM_TESTS_SCORING_SCORING_TEST_SUPPORT_H
 #define VISTATRIM_TESTS_SCORING_SCORING_TEST_SUPPORT_H
 
@@ -44,12 +44,12 @@ slowOracle::WorkRect OracleRect(const vistaTrim::WorkingRect& rect);
 // Inside rows x cols, of any size, thin ones and whole sides included.
 vistaTrim::WorkingRect RandomRect(std::mt19937& random, int32_t rows, int32_t cols);
 
-// A NaN equals a NaN, and the two zeros differ: these are comparisons of bits.
+// NaN equals NaN, and the two zeros differ: these compare bits.
 bool SameBits(float a, float b);
 bool SameBits(double a, double b);
 bool SameRecord(const vistaTrim::CInt32CropRect& a, const vistaTrim::CInt32CropRect& b);
 
-// Every processor form that this machine runs; the one that was active returns at the end.
+// Every ISA variant that this machine runs; restores the active one at the end.
 class EachForm {
 public:
     EachForm() : Before(vistaTrim::ActiveCpuForm())

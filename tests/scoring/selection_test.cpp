@@ -17,7 +17,7 @@ using namespace vistaTrim;
 namespace scoringTests {
 namespace {
 
-// Selection reads the analyzer's rectangles of interest and nothing else of it.
+// Of the analyzer, selection reads only the rectangles of interest.
 class Selecting : public testing::Test {
 protected:
     Selecting() : Analyzer(ZeroAnalyzer(1, 1))
@@ -73,7 +73,7 @@ std::vector<int> Lefts(const std::vector<CInt32CropRect>& crops)
     return lefts;
 }
 
-TEST_F(Selecting, NoCandidatesGiveAnEmptyListWhateverIsAsked)
+TEST_F(Selecting, NoCandidatesGiveAnEmptyListForAnyRequest)
 {
     for (const int32_t n : {-1, 0, 1, 5, INT32_MAX}) {
         EXPECT_TRUE(Select(n, CropGridRows()).empty());
@@ -82,7 +82,7 @@ TEST_F(Selecting, NoCandidatesGiveAnEmptyListWhateverIsAsked)
     }
 }
 
-TEST_F(Selecting, FewerThanWantedComeBackInKeyOrderNearDuplicatesIncluded)
+TEST_F(Selecting, FewerThanRequestedAreReturnedInKeyOrderNearDuplicatesIncluded)
 {
     const CropCell cell = {Candidate(0, 99, 0, 99, 0.1), Candidate(1, 100, 0, 99, 0.3),
                            Candidate(2, 101, 0, 99, 0.2)};
@@ -113,7 +113,7 @@ TEST_F(Selecting, EqualBordersAreServedInKeyOrder)
     EXPECT_EQ(Lefts(Select(5, GridOf(cell), 1)), (std::vector<int>{0, 1, 2, 3, 4}));
 }
 
-TEST_F(Selecting, ServingEndsAtTheFirstEmptyTurn)
+TEST_F(Selecting, ServingEndsAtTheFirstEmptyCluster)
 {
     // Clusters of five, one and one; six wanted, seven there.
     CropCell cell;
@@ -125,7 +125,7 @@ TEST_F(Selecting, ServingEndsAtTheFirstEmptyTurn)
     EXPECT_EQ(lefts, (std::vector<int>{0, 500, 1000, 1}));
 }
 
-TEST_F(Selecting, NothingWantedServesNothing)
+TEST_F(Selecting, RequestForZeroServesNothing)
 {
     EXPECT_TRUE(Select(0, GridOf(ApartCell(8))).empty());
     EXPECT_TRUE(Select(-1, GridOf(ApartCell(8))).empty());
@@ -156,7 +156,7 @@ TEST(CropOverlap, LargeRectanglesDoNotWrap)
     EXPECT_EQ(CropOverlap(large, CInt32CropRect(0, 99999, 0, 49999)), 0.5f);
 }
 
-// 4097 x 4097 shared pixels are 2^24 + 8193; a float holds even numbers up there.
+// 4097 x 4097 shared pixels are 2^24 + 8193; above 2^24 a float holds only even numbers.
 TEST(CropOverlap, SharedPixelsAreAFloat)
 {
     const CInt32CropRect inner(0, 4096, 0, 4096);
@@ -186,7 +186,7 @@ TEST_F(Selecting, OverlapOfExactlyTheLimitDoesNotJoin)
     EXPECT_EQ(served[1].Right, 82);
 }
 
-TEST_F(Selecting, OnlyTheLeaderGathersMembers)
+TEST_F(Selecting, MembersAreComparedWithTheLeaderOnly)
 {
     // Each overlaps its neighbour enough, the ends do not overlap each other enough.
     const CropCell cell = {Candidate(0, 99, 0, 99, 0.9), Candidate(8, 107, 0, 99, 0.8),
@@ -223,7 +223,7 @@ TEST(PercentileRanks, BothZerosAreOneValueAndNaNsComeFirst)
               (std::vector<float>{0.625f, 0.75f, 0.125f, 0.25f, 0.375f, 1.0f, 0.5f, 0.875f}));
 }
 
-TEST(PercentileRanks, RandomListsMatchTheSlowFormOnBothSidesOfTheSortsChange)
+TEST(PercentileRanks, RandomListsMatchTheSlowFormForBothSorts)
 {
     std::mt19937 random(5);
     for (const size_t count : {0u, 1u, 2u, 100u, 511u, 512u, 513u, 2000u})
@@ -246,10 +246,10 @@ TEST(PercentileRanks, RandomListsMatchTheSlowFormOnBothSidesOfTheSortsChange)
             }
 }
 
-TEST_F(Selecting, ThePoolFallsAtAThousand)
+TEST_F(Selecting, ThePoolIsCutFromAThousandOn)
 {
-    // With n at the pool's size all of a pool of strangers is served; one more, and it comes
-    // back as it is. One less than the pool serves one less.
+    // With n at the pool's size, a pool without overlaps is served in full; with one more it is
+    // returned as it is. One less serves one less.
     const auto poolOf = [this](int count) {
         const CropGridRows grid = GridOf(ApartCell(count));
         return Select(count, grid).size();
@@ -290,10 +290,10 @@ TEST_F(Selecting, WithNoWeightTheTiersDecideAlone)
     // Wishes before content before index.
     EXPECT_EQ(Lefts(best), (std::vector<int>{40, 60, 0, 20}));
     for (const CInt32CropRect& crop : best)
-        EXPECT_EQ(crop.Score.MergedScore, 0.0); // the tiers are no part of it
+        EXPECT_EQ(crop.Score.MergedScore, 0.0); // the tiers are not part of it
 }
 
-TEST_F(Selecting, NegativeWeightsTurnTheFirstThreeRoundAndSwitchTheLastTwoOff)
+TEST_F(Selecting, NegativeWeightsReverseTheFirstThreeAndDisableTheLastTwo)
 {
     const CropGridRows grid = GridOf(ApartCell(4));
     EXPECT_EQ(Lefts(Select(5, grid, 0, WeightDistribution(-1, 0, 0))),
@@ -333,8 +333,8 @@ TEST_F(Selecting, HardRectanglesFilterBeforeTheRanking)
     EXPECT_TRUE(Select(5, GridOf(cell)).empty());
 }
 
-// One region to be held whole and one to be left alone, with nothing in common and with some.
-TEST_F(Selecting, ARegionToHoldThatTouchesOneToAvoidEmptiesTheList)
+// One region to contain and one to avoid, disjoint and overlapping.
+TEST_F(Selecting, OverlappingHardIncludeAndExcludeEmptyTheList)
 {
     const CropGridRows grid = GridOf(ApartCell(8)); // each ten pixels square, ten apart
     CRectOfInterest hold(42, 47, 2, 7, false);
@@ -343,7 +343,7 @@ TEST_F(Selecting, ARegionToHoldThatTouchesOneToAvoidEmptiesTheList)
     avoid.Kind = RoiHardExclude;
     Analyzer->RectsOfInterest = {hold};
     EXPECT_EQ(Lefts(Select(5, grid)), (std::vector<int>{40}));
-    // Whoever holds all of the first touches the second, though these two do not meet yet.
+    // A crop that contains the first touches the second, although the two do not overlap.
     Analyzer->RectsOfInterest = {hold, avoid};
     EXPECT_TRUE(Select(5, grid).empty());
     Analyzer->RectsOfInterest[1].Left = 47;
@@ -355,7 +355,7 @@ TEST_F(Selecting, ARegionToHoldThatTouchesOneToAvoidEmptiesTheList)
 }
 
 // 0.1 and the float nearest to it are 1.5e-9 apart, which the tier makes 1.5e-3: more than these
-// ranks are apart, if the key took the double as it stands.
+// ranks differ by, if the key used the double unrounded.
 TEST_F(Selecting, RoiScoresEnterTheKeyAsFloats)
 {
     CropCell cell = {Candidate(0, 9, 0, 9, 0.2), Candidate(100, 109, 0, 9, 0.8)};
@@ -368,7 +368,7 @@ TEST_F(Selecting, RoiScoresEnterTheKeyAsFloats)
     EXPECT_EQ(Lefts(Select(5, GridOf(cell), 0, slight)), (std::vector<int>{0, 100}));
 }
 
-TEST_F(Selecting, TheGridsRecordsAreLeftAlone)
+TEST_F(Selecting, TheGridsRecordsAreUnchanged)
 {
     const CropGridRows grid = GridOf(ApartCell(20));
     const CropGridRows before = grid;
@@ -395,7 +395,7 @@ TEST_F(Selecting, OnlyTheGivenCellsTakePart)
     EXPECT_EQ(lefts(NoIndex, NoIndex).size(), 4u);
 }
 
-TEST_F(Selecting, NaNsNeitherStopNorUnsettleTheOrder)
+TEST_F(Selecting, NaNsKeepTheOrderStable)
 {
     const double nan = std::nan("");
     for (const int count : {1, 2, 40, 1500}) {
@@ -431,7 +431,7 @@ CropGridRows RandomGrid(std::mt19937& random, int count, int kindsOfValue)
     for (CropRow& row : grid)
         row.resize(random() % 4); // now and then a row without cells
     grid[0].resize(std::max<size_t>(grid[0].size(), 1));
-    // Without kinds every value of a measure occurs once.
+    // With kinds 0 every value of a measure occurs once.
     std::vector<double> distinct[5];
     for (std::vector<double>& values : distinct) {
         for (int i = 0; i < count; ++i)
@@ -554,7 +554,7 @@ TEST_P(SelectionAgainstSlow, ListsAgreeRecordByRecord)
 INSTANTIATE_TEST_SUITE_P(Sizes, SelectionAgainstSlow,
                          testing::Values(0, 1, 2, 5, 40, 199, 512, 999, 1000, 1005, 5000));
 
-TEST_F(Selecting, EveryProcessorFormServesTheSameList)
+TEST_F(Selecting, EveryIsaVariantServesTheSameList)
 {
     std::mt19937 random(61);
     const CropGridRows grid = RandomGrid(random, 3000, 0);

@@ -1,4 +1,4 @@
-// The tool as a user meets it, on a synthetic picture and tables whose answers are known.
+// The tool as a user sees it, on a synthetic picture and tables whose answers are known.
 
 #include <cstdlib>
 #include <filesystem>
@@ -115,12 +115,12 @@ TEST_F(EvaluateCrops, MeasuresWhatTheProgramPrints)
     const double shared = 400 * (200 - 80);
     EXPECT_NEAR(Value("IoU at the chosen ratio", "largest centred crop"),
                 shared / (640 * 320 + 400 * 200 - shared), kRounding);
-    // libvips' crop of 640 x 320 lies at any height: the common part is 0 to 200 rows high.
+    // libvips' crop of 640 x 320 may be at any height: the common part is 0 to 200 rows high.
     EXPECT_LE(Value("IoU at the chosen ratio", "libvips attention crop"),
               400 * 200 / (640.0 * 320) + kRounding);
 }
 
-TEST_F(EvaluateCrops, AsksForTheChosenRatioWithFourDecimals)
+TEST_F(EvaluateCrops, RequestsTheChosenRatioWithFourDecimals)
 {
     WriteChosen("10\t10\t400\t300");
     ASSERT_EQ(Run(WriteProgram(kKnownCrops), "--program-args '--faces off'"), 0) << Errors;

@@ -7,27 +7,27 @@ using namespace vistaTrim::testPictures;
 namespace scoringTests {
 namespace {
 
-TEST(MadePictures, AllCandidatesOfBlobsMatchTheSlowForm)
+TEST(SyntheticPictures, AllCandidatesOfBlobsMatchTheSlowForm)
 {
     ExpectAllCandidatesAsSlow(Blobs(640, 480, 1));
 }
 
-TEST(MadePictures, AllCandidatesOfAPortraitMatchTheSlowForm)
+TEST(SyntheticPictures, AllCandidatesOfAPortraitMatchTheSlowForm)
 {
     ExpectAllCandidatesAsSlow(Blobs(427, 640, 2));
 }
 
-TEST(MadePictures, AllCandidatesOfASquareMatchTheSlowForm)
+TEST(SyntheticPictures, AllCandidatesOfASquareMatchTheSlowForm)
 {
     ExpectAllCandidatesAsSlow(Blobs(640, 640, 3));
 }
 
-TEST(MadePictures, AllCandidatesOfNoiseMatchTheSlowForm)
+TEST(SyntheticPictures, AllCandidatesOfNoiseMatchTheSlowForm)
 {
     ExpectAllCandidatesAsSlow(Noise(640, 361, 4));
 }
 
-TEST(MadePictures, AllCandidatesOfPlainOnesMatchTheSlowForm)
+TEST(SyntheticPictures, AllCandidatesOfFlatOnesMatchTheSlowForm)
 {
     ExpectAllCandidatesAsSlow(Flat(640, 200, 90, 120, 30));
     ExpectAllCandidatesAsSlow(Gradient(200, 640));
@@ -37,7 +37,7 @@ TEST(MadePictures, AllCandidatesOfPlainOnesMatchTheSlowForm)
 }
 
 // Crops thinner than the grids, and a panorama.
-TEST(MadePictures, AllCandidatesOfThinOnesMatchTheSlowForm)
+TEST(SyntheticPictures, AllCandidatesOfThinOnesMatchTheSlowForm)
 {
     ExpectAllCandidatesAsSlow(Blobs(640, 40, 5));
     ExpectAllCandidatesAsSlow(Blobs(17, 640, 6));
