@@ -23,6 +23,7 @@ struct ChosenPhoto {
 struct ChosenCrops {
     std::vector<ChosenPhoto> Photos; // those with crops
     size_t WithoutCrops = 0;         // photographs that are named but have none
+    std::string Content;             // tells one text from another
 };
 
 // The text is one JSON object after another, or an array of them. Each has file and crops; a crop

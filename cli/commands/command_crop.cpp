@@ -1,15 +1,19 @@
 #include "commands/commands.h"
 
 #include <cstdio>
+#include <filesystem>
 #include <iostream>
+#include <mutex>
 #include <optional>
 #include <set>
+#include <system_error>
 
 #include <unistd.h>
 
 #include "batch/output_place.h"
 #include "batch/program_error.h"
 #include "batch/run_photos.h"
+#include "batch/run_record.h"
 #include "batch/whole_file.h"
 #include "commands/asked_crops.h"
 #include "commands/crop_choice.h"
@@ -57,6 +61,17 @@ std::string ListOf(const std::vector<std::string>& names)
     return list;
 }
 
+// Whoever empties the folder leaves the hidden record behind.
+bool HoldsFiles(const std::string& folder)
+{
+    std::error_code error;
+    for (std::filesystem::directory_iterator it(folder, error);
+         !error && it != std::filesystem::directory_iterator(); it.increment(error))
+        if (it->path().filename().string()[0] != '.')
+            return true;
+    return false;
+}
+
 // What is written beside the crops, as the results come in.
 class FilesBeside {
 public:
@@ -96,8 +111,9 @@ private:
 class CropRun {
 public:
     CropRun(const Options& options, const std::vector<ListedPhoto>& photos,
-            const ChosenCrops& chosen)
-        : Asked(options), Photos(photos), Chosen(chosen), Beside(options)
+            const ChosenCrops& chosen, const RunRecord& record)
+        : Asked(options), Photos(photos), Chosen(chosen), Record(record),
+          HeldFiles(HoldsFiles(options.Output)), Beside(options)
     {
         if (options.Force)
             for (const ListedPhoto& photo : photos)
@@ -110,6 +126,8 @@ public:
         steps.Work = [this](const ListedPhoto& photo, PhotoResult& result) { Work(photo, result); };
         steps.Emit = [this](const PhotoResult& result) { Emit(result); };
         const int status = RunPhotos(Asked, Photos, steps);
+        if (Asked.Force && status == 0 && Asked.Output != "-")
+            Record.ReplacedAll();
         Beside.Finish();
         return status;
     }
@@ -173,17 +191,30 @@ private:
         if (!Asked.CropFiles.XmpOnly) {
             CheckThatNoPhotographIsReplaced(Originals, files);
             Claimed.Claim(files, photo.Path);
-            for (const PlannedFile& file : WriteCropFiles(photograph, files, Asked)) {
+            for (const PlannedFile& file :
+                 WriteCropFiles(photograph, files, Asked, [this] { BeginRecord(); })) {
                 result.Written.push_back(file.Path);
                 result.Crops.push_back({file.Path, file.Crop, file.Size});
             }
         }
         if (sidecar) {
+            BeginRecord();
             WriteWholeFile(sidecar->Target(), Asked.Force,
                            XmpSidecar(result.Found.Crops[0].Rect, photograph.Size(),
                                       photograph.StoredOrientation()));
             result.Written.push_back(sidecar->Target());
         }
+    }
+
+    // Not before there is something to write: a run that is refused leaves no trace.
+    void BeginRecord()
+    {
+        const std::lock_guard<std::mutex> guard(RecordMutex);
+        if (RecordBegun)
+            return;
+        MakeFolder(Asked.Output);
+        Record.Begin(!HeldFiles);
+        RecordBegun = true;
     }
 
     void Emit(const PhotoResult& result)
@@ -201,6 +232,10 @@ private:
     const Options& Asked;
     const std::vector<ListedPhoto>& Photos;
     const ChosenCrops& Chosen; // empty: the crops are searched
+    const RunRecord& Record;
+    const bool HeldFiles; // before this run
+    std::mutex RecordMutex;
+    bool RecordBegun = false;
     FilesBeside Beside;
     std::set<std::string> Originals; // that --force must not replace
     ClaimedNames Claimed;
@@ -217,6 +252,30 @@ void CheckStandardOutput(const std::vector<ListedPhoto>& photos)
                            "to a file or a program");
 }
 
+RunRecord RecordOf(const Options& options, const ChosenCrops& chosen)
+{
+    RecordedRun run;
+    run.Options = options.Asked;
+    if (!chosen.Photos.empty()) {
+        run.Options["--from"] = chosen.Content; // of standard input too
+        return RunRecord::OfFolder(options.Output, run);
+    }
+    const ListedPhoto any{"{stem}.photo", "", "", nullptr};
+    const std::string ending =
+        options.CropFiles.Format ? "." + photo::EndingOf(*options.CropFiles.Format) : "";
+    for (const CropLabel& label : ExpectedLabels(options, 1))
+        for (const std::string& name : ExpectedNames(options, any, label))
+            run.Names.push_back(name + ending);
+    return RunRecord::OfFolder(options.Output, run);
+}
+
+void CheckStandingCrops(const Options& options, const RunRecord& record)
+{
+    if (options.Resume && HoldsFiles(options.Output) && !record.CheckResumed())
+        Complain(Shown(options.Output) + " does not say with which options its crops were made; "
+                                         "they are taken to be those of this run");
+}
+
 } // namespace
 
 int RunCrop(const Options& options, const std::vector<ListedPhoto>& named)
@@ -228,10 +287,12 @@ int RunCrop(const Options& options, const std::vector<ListedPhoto>& named)
             chosen = ReadChoice(options.CropFiles.From, std::cin);
             photos = PhotosOf(chosen);
         }
+        const RunRecord record = RecordOf(options, chosen);
         if (options.Output == "-") {
             CheckStandardOutput(photos);
         } else {
             CheckOutputFolder(options.Output);
+            CheckStandingCrops(options, record);
             constexpr int32_t kRanksToCompare = 20; // those further down differ as these do
             const auto labelsOf = [&](size_t photo) {
                 return chosen.Photos.empty() ? ExpectedLabels(options, kRanksToCompare)
@@ -242,7 +303,7 @@ int RunCrop(const Options& options, const std::vector<ListedPhoto>& named)
             for (size_t i = 0; i < photos.size(); ++i)
                 ClearFoldersOf(photos[i], labelsOf(i), options);
         }
-        return CropRun(options, photos, chosen).Run();
+        return CropRun(options, photos, chosen, record).Run();
     } catch (const ProgramError& error) {
         Complain(error.what());
         return 1;

@@ -7,6 +7,7 @@
 #include <system_error>
 
 #include "batch/program_error.h"
+#include "options/asked_options.h"
 #include "text/shown_name.h"
 
 namespace vistaTrim::cli {
@@ -43,6 +44,7 @@ ChosenCrops ReadChoice(const std::string& file, std::istream& input)
     ChosenCrops chosen = ReadChosenCrops(text, ShownName(file));
     if (chosen.Photos.empty())
         throw ProgramError(ShownName(file) + ": names no crops");
+    chosen.Content = ContentMark(text);
     return chosen;
 }
 

@@ -24,7 +24,7 @@ bool Exists(const std::string& file)
 
 std::vector<PlannedFile> WriteCropFiles(const photo::Photograph& photograph,
                                         const std::vector<PlannedFile>& files,
-                                        const Options& options)
+                                        const Options& options, const std::function<void()>& begin)
 {
     std::vector<PlannedFile> written;
     std::vector<photo::CropOutput> outputs;
@@ -38,6 +38,8 @@ std::vector<PlannedFile> WriteCropFiles(const photo::Photograph& photograph,
         whole.push_back(std::make_unique<WholeFile>(file.Path, options.Force));
     }
 
+    if (!whole.empty())
+        begin();
     for (const std::unique_ptr<WholeFile>& file : whole) {
         MakeFolder(fs::path(file->Target()).parent_path().string());
         paths.push_back(file->TemporaryPath());

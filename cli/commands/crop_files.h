@@ -2,6 +2,7 @@
 #ifndef VISTATRIM_CLI_COMMANDS_CROP_FILES_H
 #define VISTATRIM_CLI_COMMANDS_CROP_FILES_H
 
+#include <functional>
 #include <vector>
 
 #include "batch/photo_list.h"
@@ -14,10 +15,11 @@ namespace vistaTrim::cli {
 // Writes the files and returns those it wrote, in their order. Each appears whole or not at all,
 // and the first one appears last. Makes their folders. With options.Resume the files that exist
 // already are left as they are, and are not returned. Throws PhotoError, or ProgramError if one
-// of the files exists and neither options.Resume nor options.Force is given.
+// of the files exists and neither options.Resume nor options.Force is given. Calls `begin` before
+// it writes, and not at all if it writes nothing.
 std::vector<PlannedFile> WriteCropFiles(const photo::Photograph& photograph,
                                         const std::vector<PlannedFile>& files,
-                                        const Options& options);
+                                        const Options& options, const std::function<void()>& begin);
 
 // Deletes what killed runs left in the folders that crops of these labels go to.
 void ClearFoldersOf(const ListedPhoto& photo, const std::vector<CropLabel>& labels,

@@ -107,7 +107,7 @@ void AddFilesBeside(CLI::App& command, Options& values)
             ->group(kBeside);
     command
         .add_option("--sizes", values.CropFiles.Sizes,
-                    "How wide the page shows the picture, for its sizes attribute (100vw)")
+                    "How wide the page shows the picture, for its sizes attribute")
         ->needs(picture)
         ->type_name("TEXT")
         ->group(kBeside);

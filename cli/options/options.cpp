@@ -7,7 +7,9 @@
 #include <CLI/CLI.hpp>
 #include <unistd.h>
 
+#include "options/asked_options.h"
 #include "options/crop_options.h"
+#include "options/option_defaults.h"
 #include "options/read_option.h"
 #include "options/shape_options.h"
 #include "options/text_values.h"
@@ -44,7 +46,7 @@ void AddInput(CLI::App& app, Options& values)
                  "Names in lists end in a null byte, not in a line feed");
     AddRead(
         app, "--background", "#rrggbb, #rgb or the name of a colour",
-        "What shows through transparent places (white)",
+        "What shows through transparent places",
         [&values](const std::string& text) {
             const auto colour = photo::ParseColour(text);
             values.Reading.Background = colour.value_or(values.Reading.Background);
@@ -57,8 +59,7 @@ void AddInput(CLI::App& app, Options& values)
 
 void AddRun(CLI::App& app, Options& values)
 {
-    app.add_option("-j,--jobs", values.Workers,
-                   "Photographs worked on at a time (as many as there are processors)")
+    app.add_option("-j,--jobs", values.Workers, "Photographs worked on at a time")
         ->check(CLI::Range(1, 1024))
         ->type_name("N")
         ->group("Running");
@@ -87,14 +88,14 @@ void AddRequest(CLI::App& app, Options& values)
 {
     Request& request = values.Request;
     constexpr const char* kGroup = "Ranking";
-    app.add_option("-n,--top", request.Top, "Crops to give for each photograph (5)")
+    app.add_option("-n,--top", request.Top, "Crops to give for each photograph")
         ->check(CLI::Range(1, 10000))
         ->type_name("N")
         ->group(kGroup);
     AddRead(
         app, "--rank-by", "people, composition, coverage, border, peak, centre-peak or engine",
-        "people (what people choose), composition, coverage, border, peak, centre-peak, or engine "
-        "(all measures by their weights) (people)",
+        "What crops are ranked by: what people choose, one measure, or the engine, which weighs "
+        "all",
         [&request](const std::string& text) {
             // The program's first release called the engine's ranking by all measures "all".
             static const std::map<std::string, RankBy> rankings = {
@@ -108,7 +109,7 @@ void AddRequest(CLI::App& app, Options& values)
             return found != rankings.end();
         },
         false)
-        ->type_name("MEASURE")
+        ->type_name("people|composition|coverage|border|peak|centre-peak|engine")
         ->group(kGroup);
     app.add_option("--ranking", values.RankingFile,
                    "Rank by this file, fitted to your own choices, instead of the built-in model")
@@ -143,7 +144,7 @@ void AddRegions(CLI::App& app, Options& values)
     constexpr const char* kGroup = "People and other regions";
     AddRead(
         app, "--faces", "off, large or all",
-        "Look for faces: off, large (from 1/8 of the longer side) or all (from 1/16; the default)",
+        "Look for faces: large ones (from 1/8 of the longer side) or all (from 1/16)",
         [&use = values.RegionUse](const std::string& text) {
             static const std::map<std::string, FaceSearch> searches = {
                 {"off", FaceSearch::Off}, {"large", FaceSearch::Large}, {"all", FaceSearch::All}};
@@ -158,7 +159,7 @@ void AddRegions(CLI::App& app, Options& values)
             return true;
         },
         false)
-        ->type_name("WHICH")
+        ->type_name("off|large|all")
         ->group(kGroup);
     app.add_option("--regions", values.RegionsPath,
                    "JSON lines of regions that another detector found")
@@ -228,8 +229,7 @@ void AddCrop(CLI::App& app, Options& values)
         false)
         ->group(kGroup);
     AddRead(
-        app, "--format", "jpg, png, webp, tif, avif or heic",
-        "jpg, png, webp, tif, avif or heic (that of the photograph)",
+        app, "--format", "jpg, png, webp, tif, avif or heic", "The format of the crops",
         [&values](const std::string& text) {
             const auto format = photo::FormatOfEnding(text);
             if (format)
@@ -237,16 +237,14 @@ void AddCrop(CLI::App& app, Options& values)
             return format.has_value();
         },
         false)
-        ->type_name("FORMAT")
+        ->type_name("jpg|png|webp|tif|avif|heic")
         ->group(kGroup);
-    app.add_option("--quality", values.CropFiles.Quality,
-                   "1 to 100 (JPEG of JPEG: as the photograph; else 90)")
+    app.add_option("--quality", values.CropFiles.Quality, "1 to 100, for formats that lose detail")
         ->check(CLI::Range(1, 100))
         ->type_name("Q")
         ->group(kGroup);
     AddRead(
-        app, "--chroma", "4:4:4 or 4:2:0",
-        "Colour values of JPEG, 4:4:4 or 4:2:0 (as the photograph; else 4:4:4 from quality 90)",
+        app, "--chroma", "4:4:4 or 4:2:0", "Colour values of JPEG: all, or one for four pixels",
         [&values](const std::string& text) {
             if (text == "4:4:4")
                 values.CropFiles.Chroma = photo::ChromaSampling::Full;
@@ -255,7 +253,7 @@ void AddCrop(CLI::App& app, Options& values)
             return text == "4:4:4" || text == "4:2:0";
         },
         false)
-        ->type_name("SAMPLING")
+        ->type_name("4:4:4|4:2:0")
         ->group(kGroup);
     app.add_flag("--strip", values.CropFiles.Strip,
                  "Leave out all metadata; the colour profile stays")
@@ -281,7 +279,7 @@ void AddReport(CLI::App& app, Options& values)
         ->required()
         ->group("Output");
     AddRead(
-        app, "--maps", "yes or no", "Whether the page holds the maps; they are half of it (yes)",
+        app, "--maps", "yes or no", "Whether the page holds the maps; they are half of it",
         [&values](const std::string& text) {
             values.ReportMaps = text != "no";
             return text == "yes" || text == "no";
@@ -318,7 +316,7 @@ void AddContactSheet(CLI::App& app, Options& values)
         ->required()
         ->group("Output");
     AddRead(
-        app, "--cell", "WxH, 16x16 to 2000x2000", "The room of each picture on the sheet (360x240)",
+        app, "--cell", "WxH, 16x16 to 2000x2000", "The room of each picture on the sheet",
         [&values](const std::string& text) {
             const auto size = photo::ParseSize(text);
             values.SheetCell = size.value_or(values.SheetCell);
@@ -430,9 +428,10 @@ CommandLine ParseCommandLine(int argc, const char* const* argv)
     app.set_version_flag("-V,--version",
                          std::string("vistatrim " VISTATRIM_VERSION_STRING) +
                              (photo::HasFaceFinder() ? "" : " (without dlib: finds no faces)"));
+    app.formatter(std::make_shared<HelpWithDefaults>()); // commands take it from here
     app.require_subcommand(1);
     app.footer([] {
-        return "vistatrim COMMAND --help tells the options of a command.\n\n" + ReadableText();
+        return "vistatrim COMMAND --help lists the options of a command.\n\n" + ReadableText();
     });
     // In the order of Command.
     const std::vector<CLI::App*> commands = {
@@ -449,7 +448,8 @@ CommandLine ParseCommandLine(int argc, const char* const* argv)
     AddMaps(*commands[3], values);
     AddContactSheet(*commands[4], values);
     for (CLI::App* command : commands)
-        command->footer(ReadableText);
+        command->footer(
+            [] { return "Options without a value are off unless given.\n\n" + ReadableText(); });
 
     // The parser itself would only report a missing command.
     const std::string first = argc > 1 ? argv[1] : "";
@@ -478,6 +478,7 @@ CommandLine ParseCommandLine(int argc, const char* const* argv)
                                      [](const CLI::App* command) { return command->parsed(); });
     values.Chosen = static_cast<Command>(parsed - commands.begin());
     FinishShapes(**parsed, values);
+    values.Asked = AskedOptions(**parsed, values);
     std::string fault = FaultOfAll(**parsed, values);
     if (values.Chosen == Command::Suggest && values.Output == "-")
         values.Output.clear();

@@ -2,6 +2,7 @@
 #ifndef VISTATRIM_CLI_OPTIONS_OPTIONS_H
 #define VISTATRIM_CLI_OPTIONS_OPTIONS_H
 
+#include <map>
 #include <optional>
 #include <string>
 #include <vector>
@@ -63,6 +64,7 @@ struct Options {
     CropFileOptions CropFiles;
     photo::PixelSize SheetCell{360, 240}; // of contact sheets
     bool ReportMaps = true;
+    std::map<std::string, std::string> Asked; // the options that results depend on, as text
 };
 
 struct CommandLine {

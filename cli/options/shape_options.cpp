@@ -69,23 +69,22 @@ void AddShapes(CLI::App& command, Options& values)
     photo::Request& request = values.Request;
     const auto presets = std::make_shared<Presets>();
     AddPresetsFile(command, presets);
-    CLI::Option* aspect =
-        AddRead(
-            command, "--aspect", "W:H or the name of a preset",
-            "A ratio to try, 16:9, 16x9 or square; may be repeated (default: six ratios)",
-            [&values, presets](const std::string& text) {
-                std::optional<Shape> shape = presets->Find(text);
-                if (shape)
-                    shape->Fill.reset();
-                else
-                    shape = photo::ShapeOfRatio(text);
-                if (shape)
-                    AddOnce(values.Shapes, *shape);
-                return shape.has_value();
-            },
-            true)
-            ->type_name("W:H")
-            ->group(kGroup);
+    CLI::Option* aspect = AddRead(
+                              command, "--aspect", "W:H or the name of a preset",
+                              "A ratio to try, 16:9, 16x9 or square; may be repeated",
+                              [&values, presets](const std::string& text) {
+                                  std::optional<Shape> shape = presets->Find(text);
+                                  if (shape)
+                                      shape->Fill.reset();
+                                  else
+                                      shape = photo::ShapeOfRatio(text);
+                                  if (shape)
+                                      AddOnce(values.Shapes, *shape);
+                                  return shape.has_value();
+                              },
+                              true)
+                              ->type_name("W:H")
+                              ->group(kGroup);
     CLI::Option* preset =
         AddRead(
             command, "--preset", "the name of a preset; there are " + presets->Names(),
@@ -108,8 +107,7 @@ void AddShapes(CLI::App& command, Options& values)
     CLI::Option* scale =
         AddRead(
             command, "--scale", "a number above 0, at most 1",
-            "Crop side over photograph side; may be repeated (default: 0.5, 0.55 "
-            "to 1)",
+            "Crop side over photograph side; may be repeated",
             [&request](const std::string& text) { return ReadScales(text, request); }, true)
             ->type_name("S")
             ->group(kGroup);
@@ -134,7 +132,7 @@ void AddShapes(CLI::App& command, Options& values)
         ->group(kGroup);
     command
         .add_option("--density", request.Density,
-                    "Positions tried along the side with more free room (8)")
+                    "Positions tried along the side with more free room")
         ->check(CLI::Range(1, static_cast<int>(photo::kHighestDensity)))
         ->type_name("N")
         ->group(kGroup);

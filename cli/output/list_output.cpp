@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <filesystem>
 #include <fstream>
 #include <iterator>
 #include <system_error>
@@ -11,6 +12,8 @@
 #include "batch/output_place.h"
 #include "batch/program_error.h"
 #include "batch/resume.h"
+#include "batch/run_photos.h"
+#include "batch/run_record.h"
 #include "batch/temporary_files.h"
 #include "batch/whole_file.h"
 #include "output/result_text.h"
@@ -37,6 +40,8 @@ std::string ReadAll(const std::string& path)
 ListOutput::ListOutput(const Options& options)
     : Format(options.Format), Path(options.Output), Stream(stdout)
 {
+    const bool isResumable = Format != ListFormat::Text;
+    const RunRecord record = RunRecord::OfFile(Path, {{}, options.Asked});
     bool isNew = true;
     if (!Path.empty()) {
         CheckOutputFile(Path);
@@ -47,6 +52,7 @@ ListOutput::ListOutput(const Options& options)
                                (Format == ListFormat::Text ? "" : ", --resume goes on"));
         if (exists && options.Resume) {
             const std::string text = ReadAll(Path);
+            const bool isRecorded = text.empty() || record.CheckResumed();
             EarlierOutput earlier;
             try {
                 earlier =
@@ -54,6 +60,9 @@ ListOutput::ListOutput(const Options& options)
             } catch (const ProgramError& error) {
                 throw ProgramError(Shown(Path) + " " + error.what());
             }
+            if (!isRecorded)
+                Complain(Shown(Path) + " does not say with which options it was made; they are "
+                                       "taken to be those of this run");
             if (earlier.Kept != text)
                 WriteWholeFile(Path, true, earlier.Kept);
             Held = earlier.Files;
@@ -62,6 +71,9 @@ ListOutput::ListOutput(const Options& options)
         Stream = std::fopen(Path.c_str(), options.Resume ? "ab" : "wb");
         if (Stream == nullptr)
             FailToWrite(Path);
+        // Not beside a device or a pipe.
+        if (isResumable && std::filesystem::is_regular_file(Path))
+            record.Begin(isNew);
     }
     if (isNew && Format == ListFormat::Csv)
         Put(CsvHeader());

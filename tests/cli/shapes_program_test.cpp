@@ -46,7 +46,8 @@ protected:
         if (!std::filesystem::exists(Folder.Path(folder)))
             return names;
         for (const auto& entry : std::filesystem::directory_iterator(Folder.Path(folder)))
-            names.push_back(entry.path().filename().string());
+            if (entry.path().filename().string()[0] != '.')
+                names.push_back(entry.path().filename().string());
         std::sort(names.begin(), names.end());
         return names;
     }

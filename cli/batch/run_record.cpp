@@ -1,0 +1,142 @@
+#include "batch/run_record.h"
+
+#include <algorithm>
+#include <filesystem>
+#include <fstream>
+#include <optional>
+#include <set>
+#include <utility>
+
+#include <nlohmann/json.hpp>
+
+#include "batch/output_place.h"
+#include "batch/program_error.h"
+#include "batch/whole_file.h"
+#include "text/shown_name.h"
+
+namespace vistaTrim::cli {
+
+namespace {
+
+namespace fs = std::filesystem;
+using nlohmann::json;
+
+constexpr const char* kFormat = "vistatrim-options";
+
+// Nothing if there is none, or something else.
+std::optional<std::vector<RecordedRun>> ReadRuns(const std::string& path)
+{
+    std::ifstream stream(path, std::ios::binary);
+    const json record = json::parse(stream, nullptr, false);
+    if (!record.is_object() || record.value("format", "") != kFormat)
+        return std::nullopt;
+    try {
+        std::vector<RecordedRun> runs;
+        for (const json& run : record.at("runs"))
+            runs.push_back({run.at("names").get<std::vector<std::string>>(),
+                            run.at("options").get<std::map<std::string, std::string>>()});
+        return runs;
+    } catch (const json::exception&) {
+        return std::nullopt;
+    }
+}
+
+void WriteRuns(const std::string& path, const std::vector<RecordedRun>& runs)
+{
+    json record = {{"format", kFormat}, {"version", 1}, {"runs", json::array()}};
+    for (const RecordedRun& run : runs)
+        record["runs"].push_back({{"names", run.Names}, {"options", run.Options}});
+    WriteWholeFile(path, true, record.dump(1, ' ', false, json::error_handler_t::replace) + "\n");
+}
+
+bool ShareNames(const RecordedRun& a, const RecordedRun& b)
+{
+    return a.Names.empty() || b.Names.empty() ||
+           std::any_of(a.Names.begin(), a.Names.end(), [&b](const std::string& name) {
+               return std::find(b.Names.begin(), b.Names.end(), name) != b.Names.end();
+           });
+}
+
+// "--top was 5 and is 3; --strip was not given and is given"
+std::string Differences(const RecordedRun& before, const RecordedRun& now)
+{
+    // As the record holds them: bytes that are not UTF-8 are replaced there.
+    const auto told = [](const RecordedRun& run, const std::string& name) {
+        const auto option = run.Options.find(name);
+        if (option == run.Options.end())
+            return std::string("not given");
+        return json::parse(
+                   json(option->second).dump(-1, ' ', false, json::error_handler_t::replace))
+            .get<std::string>();
+    };
+    std::set<std::string> names;
+    for (const RecordedRun* run : {&before, &now})
+        for (const auto& option : run->Options)
+            names.insert(option.first);
+    std::string text;
+    for (const std::string& name : names)
+        if (told(before, name) != told(now, name))
+            text += (text.empty() ? "" : "; ") + name + " was " + told(before, name) + " and is " +
+                    told(now, name);
+    return text;
+}
+
+} // namespace
+
+RunRecord::RunRecord(std::string output, std::string path, RecordedRun run)
+    : Output(std::move(output)), Path(std::move(path)), Run(std::move(run))
+{
+}
+
+RunRecord RunRecord::OfFile(const std::string& file, const RecordedRun& run)
+{
+    const std::string name = "." + fs::path(file).filename().string() + ".options";
+    return {file, (fs::path(file).parent_path() / name).string(), run};
+}
+
+RunRecord RunRecord::OfFolder(const std::string& folder, const RecordedRun& run)
+{
+    return {folder, (fs::path(folder) / ".vistatrim.options").string(), run};
+}
+
+bool RunRecord::CheckResumed() const
+{
+    const auto runs = ReadRuns(Path);
+    if (!runs)
+        return false;
+    for (const RecordedRun& run : *runs) {
+        const std::string differences = ShareNames(run, Run) ? Differences(run, Run) : "";
+        if (!differences.empty())
+            throw ProgramError(Shown(Output) + " was made with other options: " + differences);
+    }
+    return true;
+}
+
+void RunRecord::Begin(bool anew) const
+{
+    std::vector<RecordedRun> runs;
+    if (!anew)
+        runs = ReadRuns(Path).value_or(runs);
+    const bool known = std::any_of(runs.begin(), runs.end(), [this](const RecordedRun& run) {
+        return run.Names == Run.Names && Differences(run, Run).empty();
+    });
+    if (known)
+        return;
+    runs.push_back(Run);
+    WriteRuns(Path, runs);
+}
+
+void RunRecord::ReplacedAll() const
+{
+    std::vector<RecordedRun> runs = ReadRuns(Path).value_or(std::vector<RecordedRun>());
+    const auto replaced = [this](const RecordedRun& run) {
+        return ShareNames(run, Run) && !Differences(run, Run).empty();
+    };
+    const auto end = std::remove_if(runs.begin(), runs.end(), replaced);
+    if (end == runs.end())
+        return;
+    runs.erase(end, runs.end());
+    WriteRuns(Path, runs);
+}
+
+} // namespace vistaTrim::cli

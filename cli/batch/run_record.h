@@ -1,0 +1,44 @@
+// Remembers with which options an output was made, so that --resume does not mix results.
+#ifndef VISTATRIM_CLI_BATCH_RUN_RECORD_H
+#define VISTATRIM_CLI_BATCH_RUN_RECORD_H
+
+#include <map>
+#include <string>
+#include <vector>
+
+namespace vistaTrim::cli {
+
+struct RecordedRun {
+    // What its files are called, as "{stem}-story". Runs whose names differ do not touch each
+    // other's files. None: any name.
+    std::vector<std::string> Names;
+    std::map<std::string, std::string> Options;
+};
+
+// The record is a hidden file beside the output, not in it: lists stay plain JSON lines or CSV.
+class RunRecord {
+public:
+    // DIR/.NAME.options for a list, DIR/.vistatrim.options for a folder.
+    static RunRecord OfFile(const std::string& file, const RecordedRun& run);
+    static RunRecord OfFolder(const std::string& folder, const RecordedRun& run);
+
+    // Throws ProgramError, which names the options that differ from those of an earlier run.
+    // Returns false if the output has no record.
+    bool CheckResumed() const;
+
+    // Call before the first result is written. With `anew`, nothing is left of earlier results.
+    void Begin(bool anew) const;
+    // All results are of this run.
+    void ReplacedAll() const;
+
+private:
+    RunRecord(std::string output, std::string path, RecordedRun run);
+
+    std::string Output;
+    std::string Path;
+    RecordedRun Run;
+};
+
+} // namespace vistaTrim::cli
+
+#endif

@@ -1,0 +1,184 @@
+// --resume with other options than those of the standing output.
+#include <filesystem>
+
+#include <gtest/gtest.h>
+
+#include "photo/sample_pictures.h"
+#include "run_program.h"
+
+namespace vistaTrim::cli {
+namespace {
+
+using namespace photo;
+
+namespace fs = std::filesystem;
+using Words = std::vector<std::string>;
+
+class ResumedOptions : public testing::Test {
+protected:
+    ResumedOptions()
+    {
+        for (const char* name : {"a.jpg", "b.jpg"})
+            Scene(300, 200, 0.3, 0.6).write_to_file(Folder.Path(name).c_str());
+    }
+
+    Outcome Run(const std::string& command, const Words& more) const
+    {
+        Words arguments = {command, "--faces", "off"};
+        arguments.insert(arguments.end(), more.begin(), more.end());
+        return RunProgram(arguments);
+    }
+
+    Outcome Crop(const std::string& photo, const Words& more) const
+    {
+        Words arguments = {Folder.Path(photo), "-o", Out};
+        arguments.insert(arguments.end(), more.begin(), more.end());
+        return Run("crop", arguments);
+    }
+
+    std::string MadeWithOther(const std::string& output, const std::string& differences) const
+    {
+        return "vistatrim: " + output + " was made with other options: " + differences + "\n";
+    }
+
+    const TempFolder Folder;
+    const std::string A = Folder.Path("a.jpg");
+    const std::string B = Folder.Path("b.jpg");
+    const std::string Out = Folder.Path("out");
+};
+
+TEST_F(ResumedOptions, OfAListAreRefusedByName)
+{
+    for (const char* format : {"--json", "--csv"}) {
+        SCOPED_TRACE(format);
+        const std::string list = Folder.Path(std::string("list") + format);
+        ASSERT_EQ(Run("suggest", {format, "-o", list, "--top", "2", "--aspect", "16:9", A}).Status,
+                  0);
+        const std::string before = ReadText(list);
+        const auto resume = [&](Words more) {
+            more.insert(more.end(), {format, "-o", list, "--resume", A, B});
+            return Run("suggest", more);
+        };
+        const Outcome other = resume({"--top", "3", "--largest"});
+        EXPECT_EQ(other.Status, 1);
+        EXPECT_EQ(other.Err,
+                  MadeWithOther(list, "--aspect was 16x9 and is not given; --largest was not given "
+                                      "and is given; --top was 2 and is 3"));
+        EXPECT_EQ(ReadText(list), before);
+        // How the run goes may differ, and how the same is spelled.
+        const Outcome same = resume({"--top=2", "--aspect", "16/9", "-j", "1", "-q", "--timings"});
+        EXPECT_EQ(same.Status, 0) << same.Err;
+        EXPECT_EQ(ReadText(list).substr(0, before.size()), before);
+        EXPECT_GT(ReadText(list).size(), before.size());
+    }
+}
+
+TEST_F(ResumedOptions, CountTheContentOfAFileAndADefaultThatIsGiven)
+{
+    const std::string list = Folder.Path("list.json");
+    const std::string regions = Folder.Path("r.json");
+    const std::string row =
+        "{\"file\":\"" + A + "\",\"regions\":[{\"x\":1,\"y\":1,\"width\":9,\"height\":9}]}\n";
+    WriteText(regions, row);
+    ASSERT_EQ(Run("suggest", {"--json", "-o", list, "--regions", regions, A}).Status, 0);
+    const auto resume = [&](const std::string& file) {
+        return Run("suggest",
+                   {"--json", "-o", list, "--top", "5", "--resume", "--regions", file, A, B});
+    };
+    fs::rename(regions, Folder.Path("moved.json"));
+    EXPECT_EQ(resume(Folder.Path("moved.json")).Status, 0);
+    WriteText(regions, row + row);
+    const Outcome changed = resume(regions);
+    EXPECT_EQ(changed.Status, 1);
+    EXPECT_NE(changed.Err.find("--regions was content "), std::string::npos) << changed.Err;
+}
+
+TEST_F(ResumedOptions, OfAnOutputWithoutARecordAreTakenOnTrustAndSaidToBe)
+{
+    const std::string list = Folder.Path("list.json");
+    ASSERT_EQ(Run("suggest", {"--json", "-o", list, A}).Status, 0);
+    ASSERT_TRUE(fs::remove(Folder.Path(".list.json.options")));
+    const Outcome lines = Run("suggest", {"--json", "-o", list, "--resume", A, B});
+    EXPECT_EQ(lines.Status, 0);
+    EXPECT_EQ(lines.Err, "vistatrim: " + list +
+                             " does not say with which options it was made; they are taken to be "
+                             "those of this run\n");
+    EXPECT_EQ(Run("suggest", {"--json", "-o", list, "--resume", A, B}).Err, "");
+
+    ASSERT_EQ(Crop("a.jpg", {}).Status, 0);
+    ASSERT_TRUE(fs::remove(Folder.Path("out/.vistatrim.options")));
+    const Outcome crops = Crop("b.jpg", {"--resume"});
+    EXPECT_EQ(crops.Status, 0);
+    EXPECT_EQ(crops.Err, "vistatrim: " + Out +
+                             " does not say with which options its crops were made; they are taken "
+                             "to be those of this run\n");
+    EXPECT_EQ(Crop("a.jpg", {"--resume"}).Err, "");
+}
+
+TEST_F(ResumedOptions, OfCropsAreRefusedByName)
+{
+    ASSERT_EQ(Crop("a.jpg", {"--quality", "80"}).Status, 0);
+    const Outcome other = Crop("b.jpg", {"--resume", "--quality", "90", "--strip"});
+    EXPECT_EQ(other.Status, 1);
+    EXPECT_EQ(other.Err, MadeWithOther(Out, "--quality was 80 and is 90; --strip was not given and "
+                                            "is given"));
+    EXPECT_FALSE(fs::exists(Folder.Path("out/b-1.jpg")));
+    EXPECT_EQ(Crop("b.jpg", {"--resume", "--quality", "80", "-j", "1"}).Err, "");
+    EXPECT_TRUE(fs::exists(Folder.Path("out/b-1.jpg")));
+}
+
+TEST_F(ResumedOptions, OfOtherNamesMayShareAFolder)
+{
+    const Words story = {"--preset", "story"};
+    const Words square = {"--preset", "square", "--quality", "50"};
+    ASSERT_EQ(Crop("a.jpg", story).Status, 0);
+    ASSERT_EQ(Crop("a.jpg", square).Status, 0);
+    for (Words again : {story, square}) {
+        again.emplace_back("--resume");
+        const Outcome outcome = Crop("b.jpg", again);
+        EXPECT_EQ(outcome.Status, 0) << outcome.Err;
+    }
+    const Outcome mixed = Crop("b.jpg", {"--preset", "story", "--quality", "50", "--resume"});
+    EXPECT_EQ(mixed.Err, MadeWithOther(Out, "--quality was not given and is 50"));
+}
+
+TEST_F(ResumedOptions, OfARunThatWroteNothingOrWasReplacedDoNotCount)
+{
+    const Words resume = {"--resume"};
+    ASSERT_EQ(Crop("a.jpg", {}).Status, 0);
+    ASSERT_EQ(Crop("a.jpg", {"--quality", "50"}).Status, 1); // exists already
+    EXPECT_EQ(Crop("a.jpg", resume).Status, 0);
+    ASSERT_EQ(Crop("a.jpg", {"--quality", "50", "--force"}).Status, 0);
+    EXPECT_EQ(Crop("a.jpg", resume).Status, 1);
+    EXPECT_EQ(Crop("a.jpg", {"--quality", "50", "--resume"}).Status, 0);
+    // An emptied folder: the record is hidden, and nobody thinks of it.
+    for (int rank = 1; rank <= 5; ++rank)
+        fs::remove(Folder.Path("out/a-" + std::to_string(rank) + ".jpg"));
+    EXPECT_EQ(Crop("a.jpg", resume).Status, 0);
+    EXPECT_EQ(Crop("b.jpg", resume).Status, 0);
+}
+
+TEST_F(ResumedOptions, OfCropsThatAFileNamesCountWhatItHolds)
+{
+    const std::string choice = Folder.Path("choice.json");
+    const auto write = [&](const std::string& width) {
+        WriteText(choice, "{\"file\":\"" + A +
+                              "\",\"crops\":[{\"x\":0,\"y\":0,\"height\":100,\"width\":" + width +
+                              "}]}\n");
+    };
+    const Words cut = {"crop", "--from", choice, "-o", Out};
+    write("100");
+    ASSERT_EQ(RunProgram(cut).Status, 0);
+    Words again = cut;
+    again.emplace_back("--resume");
+    EXPECT_EQ(RunProgram(again).Status, 0);
+    write("120");
+    const Outcome other = RunProgram(again);
+    EXPECT_EQ(other.Status, 1);
+    EXPECT_NE(other.Err.find(" was made with other options: --from was content "),
+              std::string::npos)
+        << other.Err;
+}
+
+} // namespace
+} // namespace vistaTrim::cli
