@@ -111,6 +111,7 @@ SaveOptions SaveOptionsOf(const VImage& image, const CropOutput& crop,
         if (!crop.Chroma)
             options.Chroma = source.Coding()->Chroma;
     }
+    options.Photographic = true;
     options.BestCodes = int64_t{image.width()} * image.height() <= kLargestInTwoPasses;
     return options;
 }

@@ -24,7 +24,13 @@ void Save(const VImage& image, const vips::VTarget& target, const SaveOptions& o
                                           ->set("subsample_mode", SubsampleOf(options.Chroma))
                                           ->set("optimize_coding", options.BestCodes));
         return;
-    case ImageFormat::Png: image.pngsave_target(target, own); return;
+    case ImageFormat::Png:
+        // Filtered rows of a photograph are smaller after two steps of the search for repeats than
+        // plain rows after six, in half the time.
+        if (options.Photographic)
+            own->set("filter", VIPS_FOREIGN_PNG_FILTER_ALL)->set("compression", 2);
+        image.pngsave_target(target, own);
+        return;
     case ImageFormat::Webp:
         image.webpsave_target(target, own->set("Q", options.Quality)
                                           ->set("alpha_q", options.AlphaQuality)

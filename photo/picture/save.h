@@ -17,9 +17,10 @@ struct SaveOptions {
     int Quality = 90;
     int AlphaQuality = 100;
     std::optional<ChromaSampling> Chroma; // of JPEG; none: as the quality suggests
-    bool BestCodes = true; // of JPEG: a second pass over the pixels, for a smaller file
-    bool Fast = false;     // of WebP: less effort, for a larger file
-    bool Strip = false;    // no metadata and no profile
+    bool BestCodes = true;     // of JPEG: a second pass over the pixels, for a smaller file
+    bool Photographic = false; // of PNG: coded for photographs, not for drawings
+    bool Fast = false;         // of WebP: less effort, for a larger file
+    bool Strip = false;        // no metadata and no profile
 };
 
 // All for use inside RunVips. Before that, AVIF and HEIC need LoadVipsModules.

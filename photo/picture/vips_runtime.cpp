@@ -82,7 +82,8 @@ void StartPictureRuntime(const char* programName)
                       DropMessage, nullptr);
     BlockUntrustedLoaders();
     // The library that compiles libvips' vector code at run time is not safe when several threads
-    // free such code at once; a run with several workers crashed in it.
+    // free such code at once; a run with several workers crashed in it. docs/program_speed.md says
+    // what this costs.
     vips_vector_set_enabled(FALSE);
     // Every photograph is read once; cached operations would only hold its memory.
     vips_cache_set_max(0);
