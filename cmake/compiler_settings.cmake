@@ -33,6 +33,7 @@ if(VISTATRIM_SANITIZE)
     add_compile_options($<$<CXX_COMPILER_ID:Clang>:-Wno-pass-failed>)
 endif()
 if(VISTATRIM_COVERAGE)
-    # Only src/ is instrumented, but every target that links its objects needs the coverage runtime.
+    # Only src/, photo/ and cli/ are instrumented, but every target that links their objects needs the
+    # coverage runtime.
     add_link_options(--coverage)
 endif()
