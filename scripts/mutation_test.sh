@@ -1,13 +1,15 @@
 #!/usr/bin/env bash
-# Do the tests notice faults? Plants small faults in a copy of src/, one at a time, and reports
-# those that no test program notices.
+# Do the tests notice faults? Plants small faults in a copy of the sources, one at a time, and
+# reports those that no test program notices.
 #
-# usage: scripts/mutation_test.sh [SEED [COUNT [FIRST-LAST]]]
+# usage: scripts/mutation_test.sh [engine|program] [SEED [COUNT [FIRST-LAST]]]
+#   engine       faults in src/, all tests but those of the program (default)
+#   program      faults in photo/ and cli/, the tests of both; headers declare there and are left out
 #   SEED COUNT   select the faults (default 1 320); the same values and sources give the same faults
 #   FIRST-LAST   only this range of them, for example 17-17 to retry a survivor
 #
-# Everything is in build/mutation: patches/NNNN.patch, results.tsv (number, outcome, program,
-# fault) and the modified tree. Outcomes: noticed, SURVIVED, does not compile. Faults already in
+# Everything is in build/mutation (build/mutation_program): patches/NNNN.patch, results.tsv (number,
+# outcome, program, fault) and the modified tree. Outcomes: noticed, SURVIVED, does not compile. Faults already in
 # results.tsv are skipped, so an interrupted run continues; delete the file to start over. Programs
 # that take more than MUTATION_SLOWEST seconds (20) are skipped. Two concurrent runs, each with its
 # own range, need two folders: MUTATION_FOLDER=build/second.
@@ -18,6 +20,33 @@
 set -euo pipefail
 cd "$(dirname "$0")/.."
 
+part=engine
+case ${1:-} in
+    engine | program)
+        part=$1
+        shift
+        ;;
+esac
+case $part in
+    engine)
+        folder=build/mutation
+        sources_in=(src -name '*.cpp' -o -name '*.h')
+        settings=(-DCMAKE_BUILD_TYPE=RelWithDebInfo -DCMAKE_CXX_FLAGS_RELWITHDEBINFO=-O1
+            -DVISTATRIM_BUILD_PROGRAM=OFF)
+        targets=(all)
+        changed=(libvistaTrimWhole.so)
+        tests=(tests)
+        ;;
+    program)
+        folder=build/mutation_program
+        # One writes a source at build time, the other is for builds without dlib.
+        sources_in=(photo cli -name '*.cpp' ! -name make_face_model.cpp ! -name no_face_finder.cpp)
+        settings=(-DCMAKE_BUILD_TYPE=Release -DVISTATRIM_BUILD_PROGRAM=ON)
+        targets=(tests/photo/all tests/cli/all)
+        changed=(libvistaTrimPhoto.so libvistaTrimCli.so vistatrim)
+        tests=(tests/photo tests/cli)
+        ;;
+esac
 seed=${1:-1}
 count=${2:-320}
 range=${3:-1-$count}
@@ -25,9 +54,9 @@ slowest=${MUTATION_SLOWEST:-20}
 jobs=${MUTATION_JOBS:-2}
 niceness=${MUTATION_NICE:-19} # of the builds and the programs
 
-work=$PWD/${MUTATION_FOLDER:-build/mutation}
+work=$PWD/${MUTATION_FOLDER:-$folder}
 tree=$work/tree
-build=$work/build
+build=$tree/build/mutation
 patches=$work/patches
 results=$work/results.tsv
 durations=$work/durations.tsv
@@ -41,7 +70,7 @@ git ls-files -z | while IFS= read -r -d '' file; do
 done
 rm -rf "$patches"
 "${CXX:-c++}" -std=c++17 -O1 tools/mutate_sources.cpp -o "$work/mutate_sources"
-mapfile -t sources < <(cd "$tree" && find src -name '*.cpp' -o -name '*.h' | LC_ALL=C sort)
+mapfile -t sources < <(cd "$tree" && find "${sources_in[@]}" | LC_ALL=C sort)
 (cd "$tree" && "$work/mutate_sources" "$seed" "$count" "$patches" "${sources[@]}")
 
 # Links everything into one shared library: a fault costs one object, one link and a few tests
@@ -49,10 +78,9 @@ mapfile -t sources < <(cd "$tree" && find src -name '*.cpp' -o -name '*.h' | LC_
 launcher=()
 command -v ccache >/dev/null && launcher=(-DCMAKE_CXX_COMPILER_LAUNCHER=ccache)
 cmake -S "$tree" -B "$build" -G Ninja "${launcher[@]}" -DVISTATRIM_TESTS_SHARED=ON \
-    -DCMAKE_BUILD_TYPE=RelWithDebInfo -DCMAKE_CXX_FLAGS_RELWITHDEBINFO=-O1 \
-    -DVISTATRIM_BUILD_PROGRAM=OFF -DVISTATRIM_BUILD_TOOLS=OFF -DVISTATRIM_BUILD_BENCHMARKS=OFF \
+    "${settings[@]}" -DVISTATRIM_BUILD_TOOLS=OFF -DVISTATRIM_BUILD_BENCHMARKS=OFF \
     -DCMAKE_LINK_DEPENDS_NO_SHARED=ON -DCMAKE_GTEST_DISCOVER_TESTS_DISCOVERY_MODE=PRE_TEST >"$work/configure.log"
-nice -n "$niceness" ninja -C "$build" -j"$jobs" >"$work/build.log"
+nice -n "$niceness" ninja -C "$build" -j"$jobs" "${targets[@]}" >"$work/build.log"
 
 export OPENBLAS_NUM_THREADS=1 # the faults are in our code; leave the other cores free
 export GTEST_FAIL_FAST=1
@@ -76,7 +104,7 @@ build_targets() {
 # Without a fault every program must pass. Records how long each takes, to skip the slow ones.
 if [ ! -s "$durations" ]; then
     : >"$durations.new"
-    for program in $(cd "$build" && find tests -type f -name '*_test' -perm -u+x | LC_ALL=C sort); do
+    for program in $(cd "$build" && find "${tests[@]}" -type f -name '*_test' -perm -u+x | LC_ALL=C sort); do
         TIMEFORMAT='%3U %3S'
         { time run_program 300 "$program"; } 2>"$work/time.log" ||
             { echo "fails without a fault: $program" >&2; exit 1; }
@@ -121,9 +149,10 @@ for patch in "$patches"/*.patch; do
     grep -q "^$number"$'\t' "$results" && continue
     fault=$(head -1 "$patch" | cut -c3-)
     file=$(sed -n 's,^+++ b/,,p' "$patch")
-    module=$(echo "$file" | cut -d/ -f2)
+    module=$(echo "$file" | cut -d/ -f"$([ "$part" = engine ] && echo 2 || echo 1)")
 
-    # The program named after the source runs first, then the others of its folder.
+    # The program named after the source runs first, then the others of its folder. Tests of photo/
+    # cannot notice a fault in cli/.
     own=()
     near=()
     far=()
@@ -131,13 +160,14 @@ for patch in "$patches"/*.patch; do
         case $program in
             tests/$module/$(basename "${file%.*}")_test) own+=("$program") ;;
             tests/$module/*) near+=("$program") ;;
+            tests/photo/*) ;;
             *) far+=("$program") ;;
         esac
     done
 
     patch -s -p1 -d "$tree" <"$patch"
     witness=-
-    if ! build_targets libvistaTrimWhole.so; then
+    if ! build_targets "${changed[@]}"; then
         outcome="does not compile"
     else
         witness=$(first_failure "${own[@]}" "${near[@]}" "${far[@]}")

@@ -374,8 +374,9 @@ int main(int argc, char** argv)
         sources.push_back(ReadSource(argv[i]));
         std::vector<Fault> found;
         FaultFinder(sources.back(), random, found).FindAll();
-        if (found.size() > kSitesOfATable &&
-            sources.back().File.find("coefficients") != std::string::npos) {
+        const std::string& file = sources.back().File;
+        if (found.size() > kSitesOfATable && (file.find("coefficients") != std::string::npos ||
+                                              file.find("default_choice") != std::string::npos)) {
             Shuffle(found, random);
             found.resize(kMostFaultsOfATable);
         }
