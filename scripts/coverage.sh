@@ -47,8 +47,12 @@ if [ "$again" = no ]; then
     cmake --preset coverage -B "$build" -DVISTATRIM_WARNINGS_AS_ERRORS=ON "${settings[@]}" >/dev/null
     cmake --build "$build" --target "${targets[@]}"
     lcov --quiet --zerocounters --directory "$build"
+    # One test runs the program as nobody, who may not write the counts; the complaint about that
+    # would stand among the messages that the test reads. The browser runs scripts, not C++.
+    export GCOV_ERROR_FILE=/dev/null
     for folder in "${tests[@]}"; do
-        ctest --test-dir "$build/$folder" --output-on-failure --parallel "$(nproc)" --timeout 1200
+        ctest --test-dir "$build/$folder" --output-on-failure --parallel "$(nproc)" --timeout 1200 \
+            --exclude-regex '^report_(browser|accessibility)_test$'
     done
 fi
 
