@@ -71,6 +71,62 @@ TEST(Presets, ARowThatIsNotUnderstoodIsNamed)
     EXPECT_THAT(FaultOf("a\t1:1\t9x8\n"), HasSubstr("the size 9x8 is not of the ratio 1:1"));
 }
 
+// Name, ratio, ratio as text and size of every preset that comes with the program.
+TEST(Presets, OfTheProgramHaveTheirRatiosAndSizes)
+{
+    struct Expected {
+        const char* Name;
+        Ratio Aspect;
+        const char* RatioText;
+        std::optional<PixelSize> Fill;
+    };
+    const Expected table[] = {{"square", {1, 1}, "1x1", {}},
+                              {"portrait", {4, 5}, "4x5", {}},
+                              {"landscape", {3, 2}, "3x2", {}},
+                              {"classic", {4, 3}, "4x3", {}},
+                              {"wide", {16, 9}, "16x9", {}},
+                              {"cinema", {7, 3}, "21x9", {}},
+                              {"vertical", {9, 16}, "9x16", {}},
+                              {"banner", {3, 1}, "3x1", {}},
+                              {"panorama", {2, 1}, "2x1", {}},
+                              {"story", {9, 16}, "9x16", PixelSize{1080, 1920}},
+                              {"post", {1, 1}, "1x1", PixelSize{1080, 1080}},
+                              {"og-image", {40, 21}, "40x21", PixelSize{1200, 630}},
+                              {"thumbnail", {4, 3}, "4x3", PixelSize{400, 300}},
+                              {"avatar", {1, 1}, "1x1", PixelSize{400, 400}},
+                              {"hd", {16, 9}, "16x9", PixelSize{1920, 1080}},
+                              {"uhd", {16, 9}, "16x9", PixelSize{3840, 2160}},
+                              {"print-10x15", {3, 2}, "3x2", {}},
+                              {"print-13x18", {18, 13}, "18x13", {}},
+                              {"print-a4", {99, 70}, "297x210", {}},
+                              {"passport", {7, 9}, "35x45", {}}};
+    const Presets presets;
+    std::string names;
+    for (const Expected& expected : table) {
+        SCOPED_TRACE(expected.Name);
+        const std::optional<Shape> shape = presets.Find(expected.Name);
+        ASSERT_TRUE(shape);
+        EXPECT_EQ(shape->Name, expected.Name);
+        EXPECT_EQ(shape->Aspect, expected.Aspect);
+        EXPECT_EQ(shape->RatioText, expected.RatioText);
+        EXPECT_EQ(shape->Fill, expected.Fill);
+        const bool last = expected.Name == std::string("passport");
+        names += (names.empty() ? "" : last ? " and " : ", ") + std::string(expected.Name);
+    }
+    EXPECT_EQ(presets.Names(), names);
+    EXPECT_FALSE(presets.Find("Square"));
+    EXPECT_FALSE(presets.Find(""));
+}
+
+TEST(Presets, ANameIsNoPathAndNoRatio)
+{
+    for (const char* name : {"-poster", "../a", "", "a/b", "2x3", "1.5"})
+        EXPECT_THAT(FaultOf(std::string(name) + "\t2:3\n"), HasSubstr("is not a name")) << name;
+    EXPECT_EQ(FaultOf("Poster_2-z\t2:3\t200x300\n"), "");
+    EXPECT_THAT(FaultOf("poster\t-\t-\n"), HasSubstr("'-' is not W:H"));
+    EXPECT_THAT(FaultOf("poster\t2:3\t200x301\n"), HasSubstr("is not of the ratio 2:3"));
+}
+
 TEST(Presets, AFileThatIsNotThereIsNamed)
 {
     Presets presets;
@@ -81,6 +137,22 @@ TEST(Presets, AFileThatIsNotThereIsNamed)
         EXPECT_EQ(error.GetKind(), PhotoError::Kind::Unreadable);
         EXPECT_THAT(error.what(), StartsWith("cannot read no/such/table.tsv: "));
     }
+}
+
+TEST(Shape, OfATextKeepsTheRatioAsItWasNamed)
+{
+    const std::optional<Shape> shape = ShapeOfRatio("21/9");
+    ASSERT_TRUE(shape);
+    EXPECT_EQ(shape->Name, "21x9");
+    EXPECT_EQ(shape->RatioText, "21x9");
+    EXPECT_EQ(shape->Aspect, (Ratio{7, 3}));
+    EXPECT_FALSE(shape->Fill);
+    EXPECT_FALSE(ShapeOfRatio("broad"));
+    const Shape ofSize = ShapeOfSize({1200, 630});
+    EXPECT_EQ(ofSize.Name, "1200x630");
+    EXPECT_EQ(ofSize.RatioText, "40x21");
+    EXPECT_EQ(ofSize.Aspect, (Ratio{40, 21}));
+    EXPECT_EQ(ofSize.Fill, (PixelSize{1200, 630}));
 }
 
 } // namespace
