@@ -5,6 +5,7 @@
 
 #include <gtest/gtest.h>
 
+#include "ranking/choice_model.h"
 #include "ranking/crop_utility.h"
 #include "ranking/input_grid.h"
 
@@ -132,6 +133,150 @@ TEST(CropFeatures, AMirroredCropWithTheSameMeasuresHasTheSameFeatures)
         const auto others = CropFeatures(mirrored, kPicture, ranks);
         for (size_t k = 0; k < features.size(); ++k)
             EXPECT_NEAR(features[k], others[k], 1e-12) << "feature " << k; // 1 - x is rounded
+    }
+}
+
+// Each feature of a crop that touches the left border and no other, by its definition.
+TEST(CropFeatures, AreTheMeasuresTheirRanksAndThePlaceOfTheCrop)
+{
+    const PixelSize picture{640, 320};
+    // Columns 0 to 319 and rows 64 to 223: half of the width, half of the height.
+    CInt32CropRect crop(0, 319, 64, 223);
+    crop.Score.CompositionScore = 0.1;
+    crop.Score.CoverageScore = 0.2;
+    crop.Score.BorderScore = 0.3;
+    crop.Score.PeakScore = 0.4;
+    crop.Score.CentrePeakScore = 0.5;
+    std::vector<CInt32CropRect> reference(10);
+    for (size_t i = 0; i < reference.size(); ++i) {
+        const double share = static_cast<double>(i) / 10;
+        reference[i].Score.CompositionScore = share; // 0.1 reaches 2 of 10
+        reference[i].Score.CoverageScore = share;
+        reference[i].Score.BorderScore = share / 2; // 0.3 reaches 7
+        reference[i].Score.PeakScore = 1;           // none
+        reference[i].Score.CentrePeakScore = 0;     // all
+    }
+    const std::vector<double> measures = {0.1, 0.2, 0.3, 0.4, 0.5};
+    const std::vector<double> ranks = {0.2, 0.3, 0.7, 0.0, 1.0};
+    const double area = std::log(0.25);
+    const double shape = 0; // w / h, as shares
+    const double picturesShape = std::log(2.0);
+    const double x = -0.25; // centre at 0.25
+    const double y = -0.05; // centre at 0.45
+    std::vector<double> expected = measures;
+    expected.insert(expected.end(), ranks.begin(), ranks.end());
+    const double geometry[] = {0.25,
+                               x * x,
+                               y,
+                               0.05,
+                               y * y,
+                               0.5,
+                               0.5,
+                               0.25,
+                               0.25,
+                               0.25,
+                               area,
+                               area * area,
+                               shape,
+                               shape,
+                               shape,
+                               1, // the left border
+                               0,
+                               0,
+                               0,
+                               0,
+                               0,
+                               0.0, // the smaller margin across: at the left
+                               0.2, // down: above, the other one is 0.3
+                               shape * picturesShape,
+                               area * picturesShape,
+                               y * area,
+                               0.25 * area,
+                               y * picturesShape,
+                               0.2,
+                               0.3,
+                               std::sqrt(0.2),
+                               std::sqrt(0.3),
+                               std::sqrt(0.5)};
+    expected.insert(expected.end(), std::begin(geometry), std::end(geometry));
+    for (const std::vector<double>& values : {measures, ranks})
+        for (const double value : values)
+            expected.push_back(value * area);
+    const auto features = CropFeatures(crop, picture, MeasureRanks(reference));
+    ASSERT_EQ(features.size(), expected.size());
+    for (size_t i = 0; i < features.size(); ++i)
+        EXPECT_NEAR(features[i], expected[i], 1e-12) << "feature " << i; // logarithms differ
+}
+
+TEST(CropFeatures, KnowWhichBordersOfThePictureTheCropTouches)
+{
+    constexpr size_t kBorders = 2 * kNumModelMeasures + 15; // behind size and shape
+    const MeasureRanks ranks({});
+    const auto borders = [&ranks](int left, int right, int top, int bottom) {
+        const auto all = CropFeatures(CInt32CropRect(left, right, top, bottom), {640, 320}, ranks);
+        return std::vector<double>(all.begin() + kBorders, all.begin() + kBorders + 6);
+    };
+    using Doubles = std::vector<double>;
+    // Left or right, both, top, bottom, both, corners.
+    EXPECT_EQ(borders(1, 638, 1, 318), (Doubles{0, 0, 0, 0, 0, 0}));
+    EXPECT_EQ(borders(0, 638, 1, 318), (Doubles{1, 0, 0, 0, 0, 0}));
+    EXPECT_EQ(borders(1, 639, 1, 318), (Doubles{1, 0, 0, 0, 0, 0}));
+    EXPECT_EQ(borders(0, 639, 1, 318), (Doubles{2, 1, 0, 0, 0, 0}));
+    EXPECT_EQ(borders(1, 638, 0, 318), (Doubles{0, 0, 1, 0, 0, 0}));
+    EXPECT_EQ(borders(1, 638, 1, 319), (Doubles{0, 0, 0, 1, 0, 0}));
+    EXPECT_EQ(borders(1, 639, 0, 318), (Doubles{1, 0, 1, 0, 0, 1}));
+    EXPECT_EQ(borders(0, 639, 0, 319), (Doubles{2, 1, 1, 1, 1, 4}));
+}
+
+TEST(CropFeatures, OfAWideCropTellItsShape)
+{
+    const MeasureRanks ranks({});
+    constexpr size_t kShape = 2 * kNumModelMeasures + 12;
+    const auto wide = CropFeatures(CInt32CropRect(0, 639, 80, 239), {640, 320}, ranks);
+    EXPECT_NEAR(wide[kShape], std::log(2.0), 1e-12);
+    EXPECT_NEAR(wide[kShape + 1], std::log(2.0), 1e-12);
+    EXPECT_NEAR(wide[kShape + 2], std::log(2.0) * std::log(2.0), 1e-12);
+    const auto tall = CropFeatures(CInt32CropRect(160, 479, 0, 319), {640, 320}, ranks);
+    EXPECT_NEAR(tall[kShape], -std::log(2.0), 1e-12);
+    EXPECT_NEAR(tall[kShape + 1], std::log(2.0), 1e-12);
+    EXPECT_NEAR(tall[kShape + 11], -std::log(2.0) * std::log(2.0), 1e-12); // by the picture's
+}
+
+TEST(ReferenceCrops, AreAllRectanglesOfHalfASideAndMoreOnTheGrid)
+{
+    const std::vector<CInt32CropRect> crops = ReferenceCrops({80, 40});
+    size_t next = 0;
+    for (int left = 0; left < 8; ++left)
+        for (int right = left + 4; right <= 8; ++right)
+            for (int top = 0; top < 8; ++top)
+                for (int bottom = top + 4; bottom <= 8; ++bottom, ++next) {
+                    ASSERT_LT(next, crops.size());
+                    EXPECT_EQ(crops[next].Left, 10 * left);
+                    EXPECT_EQ(crops[next].Right, 10 * right - 1);
+                    EXPECT_EQ(crops[next].Top, 5 * top);
+                    EXPECT_EQ(crops[next].Bottom, 5 * bottom - 1);
+                }
+    EXPECT_EQ(next, crops.size());
+}
+
+TEST(Utilities, AddThePartsAndTheWeighedFeatures)
+{
+    const std::vector<float> planes = NoisePlanes();
+    const PartSums parts(planes);
+    const MeasureRanks ranks(ReferenceCrops(kPicture));
+    ChoiceModel model;
+    for (int i = 0; i < kNumCropFeatures; ++i)
+        model.FeatureWeights.push_back(0.01 * (i + 1));
+    std::mt19937 random(11);
+    const std::vector<CInt32CropRect> crops = {RandomCrop(random), RandomCrop(random)};
+    const std::vector<double> utilities = Utilities(model, crops, kPicture, ranks, parts);
+    ASSERT_EQ(utilities.size(), 2U);
+    for (size_t i = 0; i < 2; ++i) {
+        double expected = parts.Sum(crops[i], kPicture);
+        const auto features = CropFeatures(crops[i], kPicture, ranks);
+        for (size_t k = 0; k < features.size(); ++k)
+            expected += 0.01 * (static_cast<double>(k) + 1) * features[k];
+        EXPECT_NEAR(utilities[i], expected, 1e-12);
     }
 }
 
