@@ -131,8 +131,7 @@ TEST(ExplainedText, OfEveryShortfallIsASentence)
     explanation.Passing = 7;
     const std::pair<Shortfall, const char*> notes[] = {
         {Shortfall::None, ""},
-        {Shortfall::PhotographTooSmall,
-         "the photograph is too small for any of the ratios and scales"},
+        {Shortfall::PhotographTooSmall, "the photograph is too small for any crop"},
         {Shortfall::HardWishesTogether,
          "no candidate meets all of --must-keep and --must-avoid at once"},
         {Shortfall::SizeMissesWishes,

@@ -18,7 +18,7 @@ std::vector<ListedPhoto> Listed(const Words& names, const ListOptions& options =
                                 const std::string& input = "")
 {
     std::istringstream stream(input);
-    return ListPhotos(names, options, stream);
+    return ListPhotos(names, options, stream).Photos;
 }
 
 Words Paths(const std::vector<ListedPhoto>& photos)
@@ -31,7 +31,7 @@ Words Paths(const std::vector<ListedPhoto>& photos)
     return paths;
 }
 
-class PhotoList : public testing::Test {
+class PhotoNames : public testing::Test {
 protected:
     void Put(const std::string& name)
     {
@@ -43,7 +43,7 @@ protected:
     TempFolder Folder;
 };
 
-TEST_F(PhotoList, AFolderGivesItsPhotographsByNameWhateverTheCaseOfTheEnding)
+TEST_F(PhotoNames, AFolderGivesItsPhotographsByNameWhateverTheCaseOfTheEnding)
 {
     const Words endings = {"jpg",  "jpeg", "jpe",  "png", "webp", "tif", "tiff",
                            "heic", "heif", "avif", "gif", "jxl",  "ppm", "pgm"};
@@ -58,9 +58,12 @@ TEST_F(PhotoList, AFolderGivesItsPhotographsByNameWhateverTheCaseOfTheEnding)
     for (const char* other : {"in/.hidden.jpg", "in/a.txt", "in/a.jpg.bak", "in/jpg"})
         Put(other);
     EXPECT_EQ(Paths(Listed({Folder.Path("in")})), expected);
+    // What is skipped is counted, but for hidden files.
+    std::istringstream none;
+    EXPECT_EQ(ListPhotos({Folder.Path("in")}, {}, none).Skipped, 3U);
 }
 
-TEST_F(PhotoList, RecursiveGoesBelowAndSaysWhereAPhotographLies)
+TEST_F(PhotoNames, RecursiveGoesBelowAndSaysWhereAPhotographLies)
 {
     Put("in/b.jpg");
     Put("in/a/c.jpg");
@@ -78,7 +81,7 @@ TEST_F(PhotoList, RecursiveGoesBelowAndSaysWhereAPhotographLies)
     EXPECT_EQ(photos[2].Inside, "");
 }
 
-TEST_F(PhotoList, ANamedFileIsTakenAsItIs)
+TEST_F(PhotoNames, ANamedFileIsTakenAsItIs)
 {
     const std::vector<ListedPhoto> photos = Listed({"no/such.txt", Folder.Path("none.jpg")});
     EXPECT_EQ(Paths(photos), (Words{"no/such.txt", Folder.Path("none.jpg")}));
@@ -86,7 +89,7 @@ TEST_F(PhotoList, ANamedFileIsTakenAsItIs)
     EXPECT_EQ(photos[0].Bytes, nullptr);
 }
 
-TEST_F(PhotoList, AFolderWithoutPhotographsSaysSo)
+TEST_F(PhotoNames, AFolderWithoutPhotographsSaysSo)
 {
     std::filesystem::create_directories(Folder.Path("in/below"));
     ListOptions options;
@@ -101,7 +104,7 @@ TEST_F(PhotoList, AFolderWithoutPhotographsSaysSo)
     EXPECT_EQ(photos[0].Error, "no photograph in this folder or below it");
 }
 
-TEST_F(PhotoList, StandardInputIsAPhotographOrAList)
+TEST_F(PhotoNames, StandardInputIsAPhotographOrAList)
 {
     const std::string bytes("\xFF\xD8\0\n", 4);
     const std::vector<ListedPhoto> photo = Listed({"-"}, {}, bytes);
@@ -123,7 +126,7 @@ TEST_F(PhotoList, StandardInputIsAPhotographOrAList)
               (Words{"a\nb.jpg", "c.jpg\r"}));
 }
 
-TEST_F(PhotoList, AListIsReadAfterItsByteOrderMark)
+TEST_F(PhotoNames, AListIsReadAfterItsByteOrderMark)
 {
     WriteText(Folder.Path("list"), "\xEF\xBB\xBF"
                                    "a.jpg\n\xEF\xBB\xBF"
@@ -134,7 +137,7 @@ TEST_F(PhotoList, AListIsReadAfterItsByteOrderMark)
                                                           "b.jpg"}));
 }
 
-TEST_F(PhotoList, AListThatNamesNothingOrIsNotThereIsNamed)
+TEST_F(PhotoNames, AListThatNamesNothingOrIsNotThereIsNamed)
 {
     WriteText(Folder.Path("list"), "\n\r\n");
     ListOptions options;

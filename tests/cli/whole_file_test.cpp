@@ -47,9 +47,9 @@ TEST(WholeFile, ThatNeverAppearsLeavesNothing)
 {
     const TempFolder folder;
     {
-        const WholeFile file(folder.Path("a.png"), false);
+        WholeFile file(folder.Path("a.png"), false);
         WriteText(file.TemporaryPath(), "half");
-        EXPECT_EQ(folder.Files().size(), 1U);
+        EXPECT_FALSE(folder.Files().empty());
     }
     EXPECT_TRUE(folder.Files().empty());
 }
