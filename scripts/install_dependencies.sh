@@ -17,7 +17,7 @@ declare -A packages=(
     [test]="libgtest-dev libgmock-dev libbenchmark-dev binutils libopenblas-dev liblapacke-dev
             lomiri-wallpapers-16.04
             libvips-tools fonts-dejavu-core python3 chromium chromium-driver python3-selenium
-            python3-jsonschema bash-completion man-db python3-skimage
+            python3-jsonschema bash-completion zsh fish man-db python3-skimage
             python3-pytest python3-hypothesis python3-pil python3-matplotlib python3-distributed
             python3-fsspec python3-pip python3-setuptools python3-wheel mypy"
     [check]="clang clang-format clang-tidy cppcheck libclang-rt-14-dev abigail-tools lcov"

@@ -66,6 +66,42 @@ TEST(Options, HaveTheirDefaults)
     EXPECT_EQ(line.Values.Request.Weights.CentrePeak, kDefaultWeights.CentrePeak);
 }
 
+// The texts of help say what the code does.
+TEST(Options, GivenTheirDefaultsAreAsIfNotGiven)
+{
+    const Options plain = Parse({"crop", "a.jpg", "-o", "out"}).Values;
+    const Options given = Parse({"crop",         "a.jpg",
+                                 "-o",           "out",
+                                 "--top",        "5",
+                                 "--rank-by",    "people",
+                                 "--faces",      "all",
+                                 "--scale",      "0.5,0.55,0.6,0.65,0.7,0.75",
+                                 "--scale",      "0.8,0.85,0.9,0.95,1",
+                                 "--density",    "8",
+                                 "--background", "white",
+                                 "--picture",    "p.html",
+                                 "--sizes",      "100vw"})
+                              .Values;
+    EXPECT_EQ(given.Request.Top, plain.Request.Top);
+    EXPECT_EQ(given.Request.Ranking, plain.Request.Ranking);
+    EXPECT_EQ(given.RegionUse.Faces, plain.RegionUse.Faces);
+    EXPECT_TRUE(plain.Request.Scales.empty());
+    EXPECT_EQ(given.Request.Scales,
+              std::vector<double>(std::begin(kDefaultScales), std::end(kDefaultScales)));
+    EXPECT_EQ(given.Request.Density, plain.Request.Density);
+    EXPECT_EQ(given.Reading.Background, plain.Reading.Background);
+    EXPECT_EQ(given.CropFiles.Sizes, plain.CropFiles.Sizes);
+
+    const Weights& weights =
+        Parse({"suggest", "a.jpg", "--weights", "0.1,0.7,0,0.2,0"}).Values.Request.Weights;
+    for (size_t i = 0; i < kNumWeighed; ++i)
+        EXPECT_EQ(weights.*kMeasures[i].Weight, plain.Request.Weights.*kMeasures[i].Weight) << i;
+    EXPECT_TRUE(Parse({"report", "a.jpg", "-o", "r.html"}).Values.ReportMaps);
+    EXPECT_EQ(
+        Parse({"contact-sheet", "a.jpg", "-o", "s.jpg", "--cell", "360x240"}).Values.SheetCell,
+        plain.SheetCell);
+}
+
 TEST(Options, NameWhatRanks)
 {
     const std::vector<std::pair<const char*, RankBy>> rankings = {
