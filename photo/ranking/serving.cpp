@@ -13,6 +13,7 @@
 #include "ranking/crop_utility.h"
 #include "ranking/engine_lists.h"
 #include "ranking/input_grid.h"
+#include "ranking/moved_crops.h"
 
 namespace vistaTrim::photo {
 
@@ -157,9 +158,9 @@ std::vector<size_t> InOrderOf(const std::vector<double>& keys, const std::vector
 
 class LineMaker {
 public:
-    LineMaker(const PictureChoice& choice, const Request& request, PixelSize picture,
-              const std::vector<WishedRegion>& regions)
-        : Choice(choice), Asked(request), Picture(picture), Regions(regions)
+    LineMaker(IVistaTrim& driver, const PictureChoice& choice, const Request& request,
+              PixelSize picture, const std::vector<WishedRegion>& regions)
+        : Driver(driver), Choice(choice), Asked(request), Picture(picture), Regions(regions)
     {
     }
 
@@ -173,6 +174,7 @@ public:
         Line line;
         if (crops.empty())
             return line;
+        AddMoved(crops);
         std::vector<size_t> tiers;
         std::vector<double> utilities = Choice.NothingToSee()
                                             ? std::vector<double>(crops.size(), 0.0)
@@ -223,6 +225,19 @@ public:
     }
 
 private:
+    // Places between those of the lattice, for crops that could hold the regions and do not.
+    void AddMoved(CropList& crops) const
+    {
+        CropList moved =
+            Choice.NothingToSee() ? CentredLargest(crops, Picture) : MovedToHold(crops, Regions);
+        for (CInt32CropRect& crop : moved) {
+            EvaluateScores(&Driver, &crop);
+            if (MeetsHardRegions(crop, Regions))
+                crops.push_back(crop);
+        }
+    }
+
+    IVistaTrim& Driver;
     const PictureChoice& Choice;
     const Request& Asked;
     PixelSize Picture;
@@ -261,7 +276,7 @@ std::vector<ServedCrop> Serve(const CAnalysedPicture& analysed, IVistaTrim& driv
     const std::shared_ptr<const ChoiceModel> model =
         request.Model ? request.Model : DefaultChoiceModel();
     const PictureChoice choice(analysed, driver, picture, *model);
-    const LineMaker maker(choice, request, picture.Size, regions);
+    const LineMaker maker(driver, choice, request, picture.Size, regions);
     std::vector<Line> lines;
     if (request.Ranking == RankBy::Engine) {
         lines.push_back(maker.MakeOf(BestOf(driver, request.Weights, request.Top, engineRequest),

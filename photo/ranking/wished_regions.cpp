@@ -43,8 +43,10 @@ size_t RegionsMet(const CInt32CropRect& crop, const std::vector<WishedRegion>& r
 double CostOfMissing(const CInt32CropRect& crop, const std::vector<WishedRegion>& regions)
 {
     double cost = 0;
-    for (const WishedRegion& region : regions)
-        cost += region.Cost * MissedShare(crop, region);
+    for (const WishedRegion& region : regions) {
+        const double missed = MissedShare(crop, region);
+        cost += region.Cost * missed + (missed > 0 ? region.CutCost : 0);
+    }
     return cost;
 }
 

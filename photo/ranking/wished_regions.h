@@ -18,13 +18,21 @@ struct WishedRegion {
     // What a crop loses in utility if it misses all of the region, in proportion to the missed
     // part of its area. 2.3 makes a crop ten times less probable, 0 costs nothing.
     double Cost = 0;
+    // What it loses besides if it misses any of it.
+    double CutCost = 0;
+    // Candidates are also moved so that they hold all of these, where their size allows it.
+    bool Moves = false;
 };
 
 // The cost of the wishes that the user names: it decides among crops that hold a part only.
 constexpr double kNamedWishCost = 12;
-// The cost of regions that a face finder, metadata or a file names: high enough that hardly any
-// crop that cuts a face comes before one that does not.
+// The cost of regions that a face finder, metadata or a file names, of the room that a head takes
+// around its face, and of the face: high enough that hardly any crop that cuts a face comes before
+// one that does not. A face costs something at once: most of it is not enough.
 constexpr double kFoundRegionCost = 16;
+constexpr double kHeadCost = 4;
+constexpr double kFaceCost = 8;
+constexpr double kCutFaceCost = 4;
 
 bool MeetsHardRegions(const CInt32CropRect& crop, const std::vector<WishedRegion>& regions);
 // How many of the regions that go first the crop meets in full.

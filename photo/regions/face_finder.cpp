@@ -15,9 +15,9 @@
 #include "regions/face_finder.h"
 
 #include <algorithm>
-#include <cmath>
 #include <sstream>
 
+#include "regions/doubtful_face.h"
 #include "regions/face_model.h"
 #include "regions/same_region.h"
 
@@ -46,34 +46,45 @@ GreyPicture GreyOf(const PixelImage& picture)
     return grey;
 }
 
-// The share of true faces among detections of a score near this one. Fitted by eye to some 300
-// looked at one by one: half of those at -0.2 were faces, nine in ten at 0.2, all but a few above.
-double ConfidenceOf(double score)
-{
-    return 1.0 / (1.0 + std::exp(-6.0 * (score + 0.17)));
-}
+// Detections down to here are looked at. dlib itself stops at 0.
+constexpr double kLowestScore = -0.5;
 
-// Faces from 80 pixels of the picture, which is `scale` times as large as the one that they are
-// given in.
-std::vector<FoundRegion> FindIn(dlib::frontal_face_detector& detector, const GreyPicture& grey,
-                                int scale, PixelSize size)
+struct Detections {
+    std::vector<FoundRegion> Sure;     // scored 0 or more
+    std::vector<FoundRegion> Doubtful; // below, and may be faces
+};
+
+// Adds faces from 80 pixels of `grey`, which is `scale` times as large as the picture.
+void FindIn(dlib::frontal_face_detector& detector, const GreyPicture& grey, int scale,
+            const PixelImage& picture, bool isGrey, Detections& detections)
 {
     std::vector<dlib::rect_detection> found;
-    detector(grey, found);
-    std::vector<FoundRegion> faces;
+    detector(grey, found, kLowestScore);
     for (const dlib::rect_detection& face : found) {
         const dlib::pyramid_down<2> half;
         const dlib::rectangle box =
             scale == 2 ? dlib::rectangle(half.rect_down(face.rect)) : face.rect;
-        const PixelRect rect =
-            ClippedTo({static_cast<int32_t>(box.left()), static_cast<int32_t>(box.top()),
-                       static_cast<int32_t>(box.width()), static_cast<int32_t>(box.height())},
-                      size);
-        if (rect.Width > 0 && rect.Height > 0)
-            faces.push_back({rect, RegionKind::Face, RegionSource::FaceFinder,
-                             ConfidenceOf(face.detection_confidence), "", WishKind::Keep});
+        const PixelRect whole{static_cast<int32_t>(box.left()), static_cast<int32_t>(box.top()),
+                              static_cast<int32_t>(box.width()),
+                              static_cast<int32_t>(box.height())};
+        const PixelRect rect = ClippedTo(whole, picture.Size);
+        if (rect.Width < 1 || rect.Height < 1)
+            continue;
+        const double score = face.detection_confidence;
+        if (score < 0 && !MayBeAFace(picture, isGrey, whole, score))
+            continue;
+        const double confidence = ConfidenceOf(score, HasHueOfSkin(picture, whole));
+        (score < 0 ? detections.Doubtful : detections.Sure)
+            .push_back(
+                {rect, RegionKind::Face, RegionSource::FaceFinder, confidence, "", WishKind::Keep});
     }
-    return faces;
+}
+
+void SortBySureness(std::vector<FoundRegion>& faces)
+{
+    std::stable_sort(faces.begin(), faces.end(), [](const FoundRegion& a, const FoundRegion& b) {
+        return a.Confidence > b.Confidence;
+    });
 }
 
 } // namespace
@@ -92,19 +103,23 @@ std::vector<FoundRegion> FindFaces(const PixelImage& picture, FaceSearch search)
     dlib::frontal_face_detector detector = kDetector;
 
     GreyPicture grey = GreyOf(picture);
-    std::vector<FoundRegion> found = FindIn(detector, grey, 1, picture.Size);
+    const bool isGrey = IsGrey(picture);
+    Detections detections;
+    FindIn(detector, grey, 1, picture, isGrey, detections);
     if (search == FaceSearch::All) {
         // Twice as large, most of the large faces are found again, but not all of them.
         dlib::pyramid_up(grey, dlib::pyramid_down<2>());
-        const std::vector<FoundRegion> finer = FindIn(detector, grey, 2, picture.Size);
-        found.insert(found.end(), finer.begin(), finer.end());
+        FindIn(detector, grey, 2, picture, isGrey, detections);
     }
-    std::stable_sort(found.begin(), found.end(), [](const FoundRegion& a, const FoundRegion& b) {
-        return a.Confidence > b.Confidence;
-    });
+    SortBySureness(detections.Sure);
+    SortBySureness(detections.Doubtful);
     std::vector<FoundRegion> faces;
-    for (const FoundRegion& face : found)
+    for (const FoundRegion& face : detections.Sure)
         AddUnlessKnown(face, faces);
+    for (const FoundRegion& face : detections.Doubtful)
+        if (!IsCovered(face, faces)) // by another detection of the same face
+            faces.push_back(face);
+    SortBySureness(faces);
     return faces;
 }
 

@@ -13,6 +13,8 @@ constexpr double kRoomAbove = 0.4;
 constexpr double kRoomBelow = 0.2;
 constexpr double kRoomBeside = 0.2;
 
+constexpr double kSlack = 0.1;
+
 // Regions that cover this much of the photograph leave nothing to choose.
 constexpr double kWholePicture = 0.9;
 
@@ -34,6 +36,14 @@ PixelRect HeadOf(const PixelRect& face, PixelSize photo)
         photo);
 }
 
+PixelRect CoreOf(const PixelRect& face, PixelSize photo)
+{
+    const auto across = static_cast<int32_t>(std::lround(kSlack * face.Width));
+    const auto down = static_cast<int32_t>(std::lround(kSlack * face.Height));
+    return ClippedTo(
+        {face.X - across, face.Y - down, face.Width + 2 * across, face.Height + 2 * down}, photo);
+}
+
 std::vector<RegionWish> WishesOf(const std::vector<FoundRegion>& regions, PixelSize photo)
 {
     std::vector<RegionWish> wishes;
@@ -47,7 +57,9 @@ std::vector<RegionWish> WishesOf(const std::vector<FoundRegion>& regions, PixelS
             continue;
         if (*region.Wish == WishKind::Keep && FillsPhotograph(rect, photo))
             continue;
-        wishes.push_back({{*region.Wish, rect}, i});
+        wishes.push_back({{*region.Wish, rect}, i, std::nullopt});
+        if (isFace)
+            wishes.back().Core = CoreOf(region.Rect, photo);
     }
     return wishes;
 }

@@ -3,6 +3,7 @@
 #define VISTATRIM_PHOTO_REGIONS_REGION_WISHES_H
 
 #include <cstddef>
+#include <optional>
 #include <vector>
 
 #include "vistaTrimPhoto/found_region.h"
@@ -13,9 +14,15 @@ namespace vistaTrim::photo {
 // photograph.
 PixelRect HeadOf(const PixelRect& face, PixelSize photo);
 
+// The face with a tenth of its width and height around it, by which finders are often off. Clipped
+// to the photograph.
+PixelRect CoreOf(const PixelRect& face, PixelSize photo);
+
 struct RegionWish {
     photo::Wish Wish;
     size_t Region = 0; // which one it comes from
+    // Of a face to keep: what must not be cut even where its head does not fit in.
+    std::optional<PixelRect> Core;
 };
 
 // One wish for each region that has one, clipped to the photograph. A face asks for room for its

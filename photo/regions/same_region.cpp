@@ -33,4 +33,12 @@ void AddUnlessKnown(const FoundRegion& region, std::vector<FoundRegion>& regions
         regions.push_back(region);
 }
 
+bool IsCovered(const FoundRegion& region, const std::vector<FoundRegion>& others)
+{
+    return std::any_of(others.begin(), others.end(), [&region](const FoundRegion& other) {
+        return 2 * CommonArea(region.Rect, other.Rect) >
+               std::min(AreaOf(region.Rect), AreaOf(other.Rect));
+    });
+}
+
 } // namespace vistaTrim::photo

@@ -14,6 +14,10 @@ bool AreTheSame(const FoundRegion& a, const FoundRegion& b);
 // The one that was there first stays.
 void AddUnlessKnown(const FoundRegion& region, std::vector<FoundRegion>& regions);
 
+// One of the others covers half of it, or it covers half of one of them: they are one thing, found
+// twice or in part.
+bool IsCovered(const FoundRegion& region, const std::vector<FoundRegion>& others);
+
 } // namespace vistaTrim::photo
 
 #endif

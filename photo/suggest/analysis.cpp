@@ -108,21 +108,44 @@ Ratio NearestRatio(const CInt32CropRect& crop, const std::vector<Ratio>& ratios)
                              [&off](const Ratio& a, const Ratio& b) { return off(a) < off(b); });
 }
 
-// The wishes as the ranking takes them. The first `named` are the request's own; the others come
-// from found regions, which may be wrong, so they never go before what the user named.
-std::vector<WishedRegion> RegionsOf(const std::vector<Wish>& wishes, size_t named,
-                                    const WorkingPicture& picture)
+// The request's own wishes as the ranking takes them.
+void AddNamed(const std::vector<Wish>& wishes, const WorkingPicture& picture,
+              std::vector<WishedRegion>& regions)
 {
-    std::vector<WishedRegion> regions;
-    regions.reserve(wishes.size());
-    for (size_t i = 0; i < wishes.size(); ++i) {
-        const bool hard = IsHard(wishes[i].Kind);
-        const bool isNamed = i < named;
-        const double cost = isNamed ? kNamedWishCost : kFoundRegionCost;
-        regions.push_back({ToWorkingOutward(wishes[i].Rect, picture.Photo, picture.Pixels.Size),
-                           WantsInside(wishes[i].Kind), hard, isNamed && !hard, hard ? 0 : cost});
+    for (const Wish& wish : wishes) {
+        const bool hard = IsHard(wish.Kind);
+        WishedRegion region;
+        region.Rect = ToWorkingOutward(wish.Rect, picture.Photo, picture.Pixels.Size);
+        region.Inside = WantsInside(wish.Kind);
+        region.Hard = hard;
+        region.First = !hard;
+        region.Cost = hard ? 0 : kNamedWishCost;
+        regions.push_back(region);
     }
-    return regions;
+}
+
+// Those of found regions, which may be wrong, so they never go before what the user named. What
+// the face finder is not sure of counts less.
+void AddFound(const std::vector<RegionWish>& wishes, const std::vector<FoundRegion>& found,
+              const WorkingPicture& picture, std::vector<WishedRegion>& regions)
+{
+    for (const RegionWish& wish : wishes) {
+        const FoundRegion& from = found[wish.Region];
+        const double sureness = from.Source == RegionSource::FaceFinder ? from.Confidence : 1.0;
+        WishedRegion region;
+        region.Rect = ToWorkingOutward(wish.Wish.Rect, picture.Photo, picture.Pixels.Size);
+        region.Inside = WantsInside(wish.Wish.Kind);
+        region.Hard = IsHard(wish.Wish.Kind);
+        region.Cost = region.Hard ? 0 : sureness * (wish.Core ? kHeadCost : kFoundRegionCost);
+        region.Moves = region.Inside && !region.Hard;
+        regions.push_back(region);
+        if (!wish.Core || region.Hard)
+            continue;
+        region.Rect = ToWorkingOutward(*wish.Core, picture.Photo, picture.Pixels.Size);
+        region.Cost = sureness * kFaceCost;
+        region.CutCost = sureness * kCutFaceCost;
+        regions.push_back(region);
+    }
 }
 
 void Ask(const WorkingPicture& picture, const CAnalysedPicture& analysed, const Request& request,
@@ -130,10 +153,17 @@ void Ask(const WorkingPicture& picture, const CAnalysedPicture& analysed, const 
 {
     CheckRequest(request, picture.Photo);
     std::vector<Wish> wishes = WishesInside(request.Wishes, picture.Photo);
-    const size_t named = wishes.size();
+    std::vector<WishedRegion> regions;
+    AddNamed(wishes, picture, regions);
     const std::vector<RegionWish> found = WishesOf(result.Regions, picture.Photo);
+    AddFound(found, result.Regions, picture, regions);
     for (const RegionWish& wish : found)
         wishes.push_back(wish.Wish);
+    // Rounding to whole pixels keeps faces uncut too.
+    std::vector<Wish> kept = wishes;
+    for (const RegionWish& wish : found)
+        if (wish.Core)
+            kept.push_back({WishKind::Keep, *wish.Core});
     const std::vector<Ratio> ratios = AskedRatios(request);
     const SuggestionParameters engineRequest = MakeEngineRequest(request, picture);
     VistaTrimParameters parameters;
@@ -141,8 +171,8 @@ void Ask(const WorkingPicture& picture, const CAnalysedPicture& analysed, const 
 
     const Stopwatch scoring;
     const DriverHandle driver(analysed.MakeDriver(parameters));
-    const std::vector<ServedCrop> best = Serve(analysed, *driver, picture.Pixels, request, ratios,
-                                               engineRequest, RegionsOf(wishes, named, picture));
+    const std::vector<ServedCrop> best =
+        Serve(analysed, *driver, picture.Pixels, request, ratios, engineRequest, regions);
     result.Times.Score = scoring.Milliseconds();
 
     for (const ServedCrop& served : best) {
@@ -150,7 +180,7 @@ void Ask(const WorkingPicture& picture, const CAnalysedPicture& analysed, const 
         const CropShape shape{NearestRatio(crop, ratios), request.Size};
         const std::optional<PixelRect> rect =
             ToPhotograph({crop.Left, crop.Right, crop.Top, crop.Bottom}, picture.Pixels.Size,
-                         picture.Photo, shape, wishes);
+                         picture.Photo, shape, kept);
         if (!rect)
             continue;
         // In a photograph smaller than the working picture several crops can cover the same pixels;

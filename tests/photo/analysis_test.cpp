@@ -2,6 +2,7 @@
 // it otherwise.
 #include "vistaTrimPhoto/analysis.h"
 
+#include <algorithm>
 #include <cmath>
 #include <cstdint>
 #include <limits>
@@ -345,6 +346,81 @@ TEST(Analysis, ExplainsEveryShortfall)
     many.Top = 200; // fewer than there are, more than the engine's pool of the best fifth
     EXPECT_EQ(explained(many).Why, Shortfall::OthersRankTooLow);
     EXPECT_EQ(NoteOf(explained(many)).find("of "), 0U);
+}
+
+PixelImage Uniform(PixelSize size)
+{
+    PixelImage image{size, 3, {}};
+    image.Bytes.assign(
+        size_t{3} * static_cast<size_t>(size.Width) * static_cast<size_t>(size.Height), 120);
+    return image;
+}
+
+TEST(Analysis, OfAPictureOfOneColourTheLargestCropsAreInTheVeryMiddle)
+{
+    for (const PixelSize size : {PixelSize{640, 480}, {480, 640}, {1280, 960}}) {
+        const PixelImage image = Uniform(size);
+        const Analysis analysis(Photograph::FromPixels(ViewOf(image)));
+        Request request;
+        request.Aspects = {{1, 1}};
+        const Suggestions suggestions = analysis.Suggest(request);
+        ASSERT_FALSE(suggestions.Crops.empty());
+        const int32_t side = std::min(size.Width, size.Height);
+        EXPECT_EQ(suggestions.Crops[0].Rect,
+                  (PixelRect{(size.Width - side) / 2, (size.Height - side) / 2, side, side}));
+    }
+}
+
+bool Holds(const PixelRect& crop, const PixelRect& rect)
+{
+    return crop.X <= rect.X && rect.X + rect.Width <= crop.X + crop.Width && crop.Y <= rect.Y &&
+           rect.Y + rect.Height <= crop.Y + crop.Height;
+}
+
+Suggestions SuggestAround(const std::vector<PixelRect>& faces, const Ratio& ratio)
+{
+    const PixelImage image = BlockOnARamp({640, 480});
+    RegionOptions regions;
+    for (const PixelRect& face : faces)
+        regions.Regions.push_back(
+            {face, RegionKind::Face, RegionSource::File, 1.0, "", WishKind::Keep});
+    Request request;
+    request.Aspects = {ratio};
+    return Analysis(Photograph::FromPixels(ViewOf(image)), regions).Suggest(request);
+}
+
+// The largest crop of 9:16 is 270 wide, and the lattice has one every 53 pixels.
+TEST(Analysis, ACropMovesOffTheLatticeToHoldAFace)
+{
+    for (int32_t x = 20; x <= 380; x += 24) {
+        const PixelRect face{x, 60, 210, 210};
+        const Suggestions suggestions = SuggestAround({face}, {9, 16});
+        ASSERT_FALSE(suggestions.Crops.empty());
+        EXPECT_TRUE(Holds(suggestions.Crops[0].Rect, face)) << x;
+    }
+}
+
+// 16:9 crops are at most 360 high; the head takes 1.6 times the face.
+TEST(Analysis, WhereTheHeadDoesNotFitTheFaceIsStillUncut)
+{
+    for (int32_t y = 20; y <= 160; y += 20) {
+        const PixelRect face{200, y, 290, 290};
+        const Suggestions suggestions = SuggestAround({face}, {16, 9});
+        ASSERT_FALSE(suggestions.Crops.empty());
+        EXPECT_TRUE(Holds(suggestions.Crops[0].Rect, face)) << y;
+    }
+}
+
+TEST(Analysis, TwoFacesWhoseHeadsDoNotFitTogetherAreBothUncut)
+{
+    for (int32_t x = 10; x <= 270; x += 20) {
+        const PixelRect left{x, 150, 110, 110};
+        const PixelRect right{x + 230, 180, 110, 110}; // 340 in all; 4:5 has 384
+        const Suggestions suggestions = SuggestAround({left, right}, {4, 5});
+        ASSERT_FALSE(suggestions.Crops.empty());
+        EXPECT_TRUE(Holds(suggestions.Crops[0].Rect, left)) << x;
+        EXPECT_TRUE(Holds(suggestions.Crops[0].Rect, right)) << x;
+    }
 }
 
 TEST(Analysis, RejectsAnInconsistentWorkingPicture)

@@ -26,6 +26,7 @@ TEST(RegionWishes, AFaceKeepsRoomForItsHead)
     ASSERT_THAT(wishes, SizeIs(1));
     EXPECT_EQ(wishes[0].Wish.Kind, WishKind::Keep);
     EXPECT_EQ(wishes[0].Wish.Rect, (PixelRect{380, 260, 140, 160}));
+    EXPECT_EQ(wishes[0].Core, (PixelRect{390, 290, 120, 120}));
 }
 
 TEST(RegionWishes, AHeadIsClippedToThePhotograph)
@@ -42,6 +43,8 @@ TEST(RegionWishes, OtherRegionsAndFacesToAvoidAreTakenAsTheyAre)
 
     ASSERT_THAT(wishes, SizeIs(2));
     EXPECT_EQ(wishes[0].Wish.Rect, (PixelRect{10, 20, 30, 40}));
+    EXPECT_FALSE(wishes[0].Core);
+    EXPECT_FALSE(wishes[1].Core);
     EXPECT_EQ(wishes[1].Region, 1u);
     EXPECT_EQ(wishes[1].Wish.Kind, WishKind::Avoid);
     EXPECT_EQ(wishes[1].Wish.Rect, (PixelRect{400, 300, 100, 100}));
@@ -74,6 +77,15 @@ TEST(SameRegion, MoreThanHalfInCommonIsTheSameRegion)
     AddUnlessKnown(Region({10, 0, 100, 100}, RegionKind::Face), regions);
     AddUnlessKnown(Region({200, 0, 100, 100}, RegionKind::Face), regions);
     EXPECT_THAT(regions, SizeIs(2));
+}
+
+TEST(SameRegion, HalfOfTheSmallerCovers)
+{
+    const std::vector<FoundRegion> known = {Region({0, 0, 100, 100}, RegionKind::Face)};
+    EXPECT_TRUE(IsCovered(Region({79, 0, 40, 40}, RegionKind::Face), known));
+    EXPECT_FALSE(IsCovered(Region({81, 0, 40, 40}, RegionKind::Face), known));
+    EXPECT_TRUE(IsCovered(Region({-100, -100, 300, 300}, RegionKind::Face), known));
+    EXPECT_FALSE(IsCovered(Region({0, 0, 100, 100}, RegionKind::Face), {}));
 }
 
 } // namespace

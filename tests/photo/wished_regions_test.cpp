@@ -47,6 +47,7 @@ TEST(WishedRegions, CostWhatTheMissedPixelsOfEachCost)
             region.Hard = random() % 2 == 0;
             region.First = random() % 2 == 0;
             region.Cost = static_cast<double>(random() % 5);
+            region.CutCost = static_cast<double>(random() % 3);
             regions.push_back(region);
         }
         double cost = 0;
@@ -54,7 +55,7 @@ TEST(WishedRegions, CostWhatTheMissedPixelsOfEachCost)
         bool meetsHard = true;
         for (const WishedRegion& region : regions) {
             const double missed = SlowMissedShare(crop, region);
-            cost += region.Cost * missed;
+            cost += region.Cost * missed + (missed > 0 ? region.CutCost : 0);
             first += region.First && missed == 0 ? 1 : 0;
             meetsHard = meetsHard && !(region.Hard && missed > 0);
             met += missed == 0 ? 1 : 0;
@@ -84,6 +85,17 @@ TEST(WishedRegions, AreMetToThePixel)
     EXPECT_EQ(CostOfMissing(crop, {}), 0.0);
     EXPECT_EQ(RegionsMet(crop, {}), 0U);
     EXPECT_TRUE(MeetsHardRegions(crop, {}));
+}
+
+TEST(WishedRegions, TheCostOfACutIsDueAtTheFirstPixel)
+{
+    WishedRegion region;
+    region.Rect = {10, 19, 40, 49};
+    region.Cost = 8;
+    region.CutCost = 4;
+    EXPECT_EQ(CostOfMissing(CInt32CropRect(10, 19, 40, 49), {region}), 0);
+    EXPECT_DOUBLE_EQ(CostOfMissing(CInt32CropRect(10, 19, 41, 49), {region}), 8 * 0.1 + 4);
+    EXPECT_EQ(CostOfMissing(CInt32CropRect(50, 99, 0, 99), {region}), 12);
 }
 
 } // namespace
