@@ -26,8 +26,8 @@ if [ ${#fuzzers[@]} -eq 0 ]; then
     done
 fi
 
-# One thread each: what is looked for is in this library. A small quarantine, because the
-# analysis takes and gives back megabytes in every run.
+# One thread each: what is looked for is in this library. A small quarantine, because the analysis
+# allocates and frees megabytes in every run.
 export OPENBLAS_NUM_THREADS=1
 export ASAN_OPTIONS=quarantine_size_mb=16:${ASAN_OPTIONS:-}
 mkdir -p build/fuzz/findings

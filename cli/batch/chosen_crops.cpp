@@ -32,8 +32,7 @@ struct ObjectText {
     size_t End; // behind the closing brace
 };
 
-// The objects of the text, each found by its braces, so that every one has a line of its own to
-// be named by.
+// The objects of the text, each found by its braces, so that each has its own line to be named by.
 class ObjectFinder {
 public:
     ObjectFinder(const std::string& text, const std::string& source) : Text(text), Source(source)
@@ -97,8 +96,8 @@ int32_t Whole(const json& object, const char* name, int64_t least, const std::st
     const json& value = object[name];
     if (!value.is_number_integer() || value.get<double>() < static_cast<double>(least) ||
         value.get<double>() > static_cast<double>(kLargestPixel))
-        Fail(place, std::string(name) + " must be a whole number of at least " +
-                        std::to_string(least) + ", not " + value.dump());
+        Fail(place, std::string(name) + " must be an integer of at least " + std::to_string(least) +
+                        ", not " + value.dump());
     return value.get<int32_t>();
 }
 
@@ -107,7 +106,7 @@ std::string Word(const json& object, const char* name, const std::string& place)
     if (!object.contains(name))
         return "";
     if (!object[name].is_string())
-        Fail(place, std::string(name) + " must be a text, not " + object[name].dump());
+        Fail(place, std::string(name) + " must be a string, not " + object[name].dump());
     return object[name].get<std::string>();
 }
 

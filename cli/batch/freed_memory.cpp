@@ -1,6 +1,6 @@
 #include "batch/freed_memory.h"
 
-#include <cstdlib> // tells which library of C this is
+#include <cstdlib> // defines which C library this is
 
 #ifdef __GLIBC__
 #include <malloc.h>

@@ -51,10 +51,10 @@ void CheckOutputFolder(const std::string& folder)
     while (!fs::exists(there, unknown) && there != FolderOf(there.string()))
         there = FolderOf(there.string());
     if (!fs::is_directory(there, unknown))
-        throw ProgramError("cannot make the folder " + Shown(folder) + ": " +
+        throw ProgramError("cannot create the folder " + Shown(folder) + ": " +
                            Shown(there.string()) + " is a file");
     if (there != WithoutSlash(folder) && access(there.c_str(), W_OK | X_OK) != 0)
-        throw ProgramError("cannot make the folder " + Shown(folder) + ": " +
+        throw ProgramError("cannot create the folder " + Shown(folder) + ": " +
                            std::generic_category().message(errno));
 }
 
@@ -66,7 +66,7 @@ void MakeFolder(const std::string& folder)
     std::error_code error;
     fs::create_directories(path, error);
     if (error)
-        throw ProgramError("cannot make the folder " + Shown(path.string()) + ": " +
+        throw ProgramError("cannot create the folder " + Shown(path.string()) + ": " +
                            error.message());
 }
 

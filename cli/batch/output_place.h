@@ -6,10 +6,10 @@
 
 namespace vistaTrim::cli {
 
-// The folder that the file stands in, "." if it has none.
+// The folder of the file, "." if its name has none.
 std::string FolderOf(const std::string& file);
 
-// Throws ProgramError if the file is a folder, or has no folder to stand in.
+// Throws ProgramError if the file is a folder, or its folder does not exist.
 void CheckOutputFile(const std::string& file);
 
 // Throws ProgramError if there is a file in the way, or no right to make the folder.

@@ -29,10 +29,10 @@ struct PhotoList {
     size_t SkippedRaw = 0; // those of them that are raw photographs
 };
 
-// Folders give the photographs in them, of every format that can be read, by name; with
-// Recursive also those further down. "-" is a photograph that is read from `input`. A named file is
-// taken as it is, whatever its ending, even if it is not there: whoever opens it says so. Names in
-// lists are treated alike, but "-" is none of them. The output is skipped where a folder holds it,
+// Folders give the photographs in them, of every format that can be read, by name; with Recursive
+// also those further down. "-" is a photograph that is read from `input`. A named file is taken as
+// it is, whatever its ending, even if it is not there: opening it reports the error. Names in lists
+// are treated alike, but "-" is none of them. The output is skipped where a folder holds it,
 // however it is spelled: its crops would be cropped again. A name that is given is taken all the
 // same.
 PhotoList ListPhotos(const std::vector<std::string>& names, const ListOptions& options,

@@ -37,7 +37,7 @@ struct PhotoResult {
     std::string ReportSection;        // its piece of the page, for `report`
 };
 
-// What stands before the names of wishes where this program writes them.
+// The prefix of wishes' names in this program's output.
 constexpr const char* kWishPrefix = "--";
 
 } // namespace vistaTrim::cli

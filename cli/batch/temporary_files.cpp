@@ -64,7 +64,7 @@ int HoldLock(const std::string& path)
         const int descriptor = open(path.c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0644);
         if (descriptor < 0)
             return -1;
-        // Where the file system knows no locks, nobody else takes this one for open either.
+        // Where the file system knows no locks, no other run treats this one as locked either.
         while (flock(descriptor, LOCK_EX) != 0 && errno == EINTR) {
         }
         if (IsOpenLock(descriptor))
@@ -152,7 +152,7 @@ std::optional<TemporaryName> ParseName(const std::string& name)
                : std::nullopt;
 }
 
-// Without a lock to ask, only time tells: every write renews that of the file.
+// Without locks only the file's time shows it: every write renews it.
 void DeleteIfOld(const fs::path& file)
 {
     constexpr std::chrono::hours kOld(24);

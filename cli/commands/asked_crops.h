@@ -1,4 +1,4 @@
-// The crops of a photograph, shape by shape where that is asked.
+// The crops of a photograph, shape by shape if requested.
 #ifndef VISTATRIM_CLI_COMMANDS_ASKED_CROPS_H
 #define VISTATRIM_CLI_COMMANDS_ASKED_CROPS_H
 
@@ -11,8 +11,8 @@
 
 namespace vistaTrim::cli {
 
-// Fills Found and Labels. With options.EachShape every shape is a request of its own: its crops
-// come together, in the order of the shapes. Returns the names of shapes that got no crop.
+// Fills Found and Labels. With options.EachShape every shape is a separate request: its crops come
+// together, in the order of the shapes. Returns the names of shapes that got no crop.
 std::vector<std::string> SuggestAsked(const photo::Analysis& analysis, const Options& options,
                                       PhotoResult& result);
 

@@ -152,7 +152,7 @@ private:
         result.WriteMilliseconds = writing.Milliseconds();
         if (!missing.empty())
             throw ProgramError("no crop of " + ListOf(missing) +
-                               " meets the request; suggest --explain tells why");
+                               " meets the request; suggest --explain shows why");
     }
 
     // Returns the shapes that got no crop. Throws ProgramError if none did, and says why.
@@ -181,7 +181,7 @@ private:
             Encoded = photo::EncodeCrops(photograph, {files[0].Output}).at(0);
             return;
         }
-        // The sidecar is refused before the crops are written, not after.
+        // The sidecar is rejected before the crops are written, not after.
         std::optional<WholeFile> sidecar;
         if (Asked.CropFiles.Xmp || Asked.CropFiles.XmpOnly) {
             const std::string path = OutputPrefix(Asked, photo) + ".xmp";

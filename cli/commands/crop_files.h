@@ -25,8 +25,8 @@ std::vector<PlannedFile> WriteCropFiles(const photo::Photograph& photograph,
 void ClearFoldersOf(const ListedPhoto& photo, const std::vector<CropLabel>& labels,
                     const Options& options);
 
-// True if as many crops as are asked for exist: nothing is left to find out. False says little,
-// since a photograph can have fewer crops than asked for, and names can hold their sizes.
+// True if as many crops as requested exist: nothing is left to do. False says little, since a
+// photograph can have fewer crops than requested, and names can hold their sizes.
 bool HasAllCrops(const photo::Photograph& photograph, const ListedPhoto& photo,
                  const Options& options);
 

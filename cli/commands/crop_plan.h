@@ -33,7 +33,7 @@ std::vector<PlannedFile> PlanCropFiles(const Options& options, const ListedPhoto
                                        const photo::Photograph& photograph,
                                        const PhotoResult& result);
 
-// What can be told of the labels before a photograph was looked at: at most `most` ranks.
+// What is known of the labels before a photograph is analysed: at most `most` ranks.
 std::vector<CropLabel> ExpectedLabels(const Options& options, int32_t most);
 
 // Paths below the output folder, without the ending. Sizes that are not known yet are "?".

@@ -16,7 +16,7 @@ namespace {
 
 namespace fs = std::filesystem;
 
-// As far as names tell it: whether the file holds what its ending says comes out when it is read.
+// Judged by names only: reading the file shows whether its contents match its ending.
 std::string ExpectedEnding(const Options& options, const std::string& photo)
 {
     if (options.CropFiles.Format)

@@ -13,7 +13,7 @@ namespace vistaTrim::cli {
 namespace {
 
 constexpr const char* kNames = "Names and sizes of the files";
-constexpr const char* kBeside = "Files beside the crops";
+constexpr const char* kBeside = "Files besides the crops";
 
 bool ReadWidths(const std::string& text, std::vector<int32_t>& widths)
 {
@@ -49,7 +49,7 @@ void AddSizes(CLI::App& command, Options& values)
             ->excludes(size)
             ->group(kNames);
     CLI::Option* widths = AddRead(
-                              command, "--widths", "whole numbers with commas between them",
+                              command, "--widths", "integers separated by commas",
                               "Each crop at several widths, as 400,800,1600",
                               [&values](const std::string& text) {
                                   return ReadWidths(text, values.CropFiles.Widths);

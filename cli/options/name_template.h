@@ -16,7 +16,7 @@ struct NameFields {
     std::string Height;
 };
 
-// Text with fields in braces, as "{stem}-{ratio}"; {{ and }} stand for braces. A slash begins a
+// Text with fields in braces, as "{stem}-{ratio}"; {{ and }} are literal braces. A slash begins a
 // folder. The ending of the file is not part of it.
 class NameTemplate {
 public:

@@ -35,18 +35,18 @@ void AddInput(CLI::App& app, Options& values)
     app.add_option("PHOTO", values.Photos,
                    "Photographs, folders of photographs, or - for the one on standard input");
     app.add_option("--files-from", values.FilesFrom,
-                   "Also what a list of names holds; - is a list on standard input")
+                   "Also the names that this file lists; - reads the list from standard input")
         ->check(NotEmpty())
         ->type_name("FILE")
         ->expected(1)
         ->allow_extra_args(false)
         ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll);
-    app.add_flag("-r,--recursive", values.Recursive, "Go into the folders of a folder");
+    app.add_flag("-r,--recursive", values.Recursive, "Include subfolders");
     app.add_flag("-0,--null", values.NullSeparated,
                  "Names in lists end in a null byte, not in a line feed");
     AddRead(
         app, "--background", "#rrggbb, #rgb or the name of a colour",
-        "What shows through transparent places",
+        "The colour behind transparent areas",
         [&values](const std::string& text) {
             const auto colour = photo::ParseColour(text);
             values.Reading.Background = colour.value_or(values.Reading.Background);
@@ -59,14 +59,14 @@ void AddInput(CLI::App& app, Options& values)
 
 void AddRun(CLI::App& app, Options& values)
 {
-    app.add_option("-j,--jobs", values.Workers, "Photographs worked on at a time")
+    app.add_option("-j,--jobs", values.Workers, "Photographs processed at a time")
         ->check(CLI::Range(1, 1024))
         ->type_name("N")
         ->group("Running");
     app.add_flag("-q,--quiet", values.Quiet, "No progress bar, even on a terminal")
         ->group("Running");
     app.add_flag("--timings", values.Timings,
-                 "Tell on standard error where the time of each photograph went")
+                 "Show on standard error how long each step of each photograph took")
         ->group("Running");
 }
 
@@ -117,7 +117,7 @@ void AddRequest(CLI::App& app, Options& values)
         ->type_name("FILE")
         ->group(kGroup);
     AddRead(
-        app, "--weights", "three or five numbers with commas between them",
+        app, "--weights", "three or five numbers separated by commas",
         "Rank by the engine, with these weights of composition, coverage, border, peak and centre "
         "peak",
         [&request, &values](const std::string& text) {
@@ -133,9 +133,9 @@ void AddRequest(CLI::App& app, Options& values)
         false)
         ->type_name("a,b,c,d,e")
         ->group(kGroup);
-    AddWish(app, request, WishKind::Keep, "Prefer crops that hold this region");
-    AddWish(app, request, WishKind::Avoid, "Prefer crops that keep clear of this region");
-    AddWish(app, request, WishKind::MustKeep, "Only crops that hold this region whole");
+    AddWish(app, request, WishKind::Keep, "Prefer crops that contain this region");
+    AddWish(app, request, WishKind::Avoid, "Prefer crops that avoid this region");
+    AddWish(app, request, WishKind::MustKeep, "Only crops that contain this whole region");
     AddWish(app, request, WishKind::MustAvoid, "Only crops that do not touch this region");
 }
 
@@ -181,11 +181,11 @@ void AddSuggest(CLI::App& app, Options& values)
     constexpr const char* kGroup = "Output";
     CLI::Option* json = app.add_flag_callback(
                                "--json", [&values] { values.Format = ListFormat::Json; },
-                               "One JSON object a photograph and line")
+                               "One line of JSON per photograph")
                             ->group(kGroup);
     CLI::Option* csv = app.add_flag_callback(
                               "--csv", [&values] { values.Format = ListFormat::Csv; },
-                              "One line a crop, with a header")
+                              "One line per crop, with a header")
                            ->excludes(json)
                            ->group(kGroup);
     app.add_flag("--explain", values.Request.Explain,
@@ -200,7 +200,7 @@ void AddSuggest(CLI::App& app, Options& values)
                              ->needs(output)
                              ->group(kGroup);
     app.add_flag("--resume", values.Resume,
-                 "Pass over photographs that the output file holds, and append the others")
+                 "Skip photographs that the output file holds, and append the others")
         ->needs(output)
         ->excludes(force)
         ->group(kGroup);
@@ -215,7 +215,7 @@ void AddCrop(CLI::App& app, Options& values)
     AddShapes(app, values);
     constexpr const char* kGroup = "Output";
     app.add_option("-o,--output", values.Output,
-                   "Folder for the crops, made if it is not there, or - for standard output")
+                   "Folder for the crops, created if missing, or - for standard output")
         ->check(NotEmpty())
         ->type_name("DIR")
         ->required()
@@ -294,7 +294,7 @@ void AddReport(CLI::App& app, Options& values)
 void AddMaps(CLI::App& app, Options& values)
 {
     AddInput(app, values);
-    app.add_option("-o,--output", values.Output, "Folder for the maps; made if it is not there")
+    app.add_option("-o,--output", values.Output, "Folder for the maps; created if missing")
         ->check(NotEmpty())
         ->type_name("DIR")
         ->required()
@@ -310,13 +310,13 @@ void AddContactSheet(CLI::App& app, Options& values)
     AddRegions(app, values);
     AddShapes(app, values);
     app.add_option("-o,--output", values.Output,
-                   "The picture to write; its ending says in which format")
+                   "The picture to write; its extension sets the format")
         ->check(NotEmpty())
         ->type_name("FILE.jpg")
         ->required()
         ->group("Output");
     AddRead(
-        app, "--cell", "WxH, 16x16 to 2000x2000", "The room of each picture on the sheet",
+        app, "--cell", "WxH, 16x16 to 2000x2000", "Space for each picture on the sheet",
         [&values](const std::string& text) {
             const auto size = photo::ParseSize(text);
             values.SheetCell = size.value_or(values.SheetCell);
@@ -357,7 +357,7 @@ std::string FaultOfInput(const Options& values)
     if (values.Photos.empty() && values.FilesFrom.empty() && values.CropFiles.From.empty())
         return "PHOTO is missing: name photographs, folders or --files-from";
     if (count(values.Photos) + count(values.FilesFrom) + (values.CropFiles.From == "-" ? 1 : 0) > 1)
-        return "standard input can be read only once: - stands twice";
+        return "standard input can be read only once: - is given twice";
     return "";
 }
 
@@ -394,7 +394,7 @@ std::string FaultOfAll(const CLI::App& command, const Options& values)
     return "";
 }
 
-// A name that begins with a dash is taken for options.
+// A name that begins with a dash counts as an option.
 std::string HintOfDash(int argc, const char* const* argv)
 {
     for (int i = 1; i < argc && std::string(argv[i]) != "--"; ++i) {

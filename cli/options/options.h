@@ -46,7 +46,7 @@ struct Options {
     bool Recursive = false;
     bool NullSeparated = false;
     photo::Request Request;
-    std::vector<photo::Shape> Shapes; // asked for by name or ratio
+    std::vector<photo::Shape> Shapes; // requested by name or ratio
     bool EachShape = false;           // the best crops of each of them, not of all together
     photo::RegionOptions RegionUse;   // but for what the file below names
     std::string RegionsPath;          // empty: none

@@ -9,7 +9,7 @@
 
 namespace vistaTrim::cli {
 
-// A JSON array with one line a photograph: the line of `suggest --json`, and for each crop its
+// A JSON array with one line per photograph: the line of `suggest --json`, and for each crop its
 // files. Appears whole at the end.
 class Manifest {
 public:

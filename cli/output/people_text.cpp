@@ -125,7 +125,7 @@ std::string PeopleText(const PhotoResult& result)
         if (!note.empty())
             text += "  " + note + "\n";
     } else if (result.Found.Crops.empty()) {
-        text += "  no crop; --explain tells why\n";
+        text += "  no crop; --explain shows why\n";
     }
     return text;
 }

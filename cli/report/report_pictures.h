@@ -16,7 +16,7 @@ struct ReportMap {
 };
 
 // Data URIs throughout. Each picture is held to a number of bytes, so that a page of many
-// photographs can still be sent to somebody.
+// photographs can still be sent by mail.
 struct ReportPictures {
     std::string Photo; // the page draws the crops from this one
     std::vector<ReportMap> Maps;

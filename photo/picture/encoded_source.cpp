@@ -51,7 +51,7 @@ constexpr LoaderFormat kLoaderFormats[] = {{"Jpeg", ImageFormat::Jpeg},
                                            {"Webp", ImageFormat::Webp},
                                            {"Tiff", ImageFormat::Tiff}};
 
-// PNG, which loses nothing, stands in for formats that crops are not written in.
+// PNG, which is lossless, replaces formats that crops are not written in.
 ImageFormat FormatOf(const std::string& loader, const vips::VImage& header)
 {
     for (const LoaderFormat& known : kLoaderFormats)

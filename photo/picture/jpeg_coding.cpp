@@ -27,8 +27,8 @@ int Scaled(int atFifty, int quality)
     return std::clamp((atFifty * percent + 50) / 100, 1, 255);
 }
 
-// Ratios count, not differences: the step from 2 to 4 costs as many bits as that from 20 to 40.
-// The lower frequencies, which stand first, hold most of a picture's bits.
+// Ratios count, not differences: the step from 2 to 4 costs as many bits as that from 20 to 40. The
+// lower frequencies, which come first, hold most of a picture's bits.
 double Distance(const QuantisationTable& table, const QuantisationTable& atFifty, int quality)
 {
     double sum = 0;

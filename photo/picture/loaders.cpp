@@ -20,7 +20,7 @@ bool IsBlocked(void* type)
     return (VIPS_OPERATION_CLASS(type)->flags & VIPS_OPERATION_BLOCKED) != 0;
 }
 
-// The endings stand with the class that reads files, its siblings, or the parent.
+// The endings are listed with the class that reads files, its siblings, or the parent.
 struct Found {
     std::vector<Loader> Sources;
     std::vector<Loader> Others;

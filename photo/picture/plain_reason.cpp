@@ -17,7 +17,7 @@ std::string LowerCase(std::string text)
     return text;
 }
 
-// "No space left on device", which stands behind "unix error:" up to the end of the line.
+// "No space left on device", which follows "unix error:" up to the end of the line.
 std::string SystemReason(const std::string& message)
 {
     const std::string mark = "unix error: ";

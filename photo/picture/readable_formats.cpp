@@ -85,7 +85,7 @@ FileKind KindOfContent(const std::string& path)
             LoadVipsModules();
             RunVips(look, PhotoError::Kind::Unreadable);
         }
-    } catch (const PhotoError&) { // nobody asked for this file
+    } catch (const PhotoError&) { // this file was not named
         return FileKind::Other;
     }
     return kind;

@@ -65,7 +65,7 @@ std::optional<TiffDirectory> TiffReader::Directory(uint64_t offset) const
             std::memcpy(field.Bytes.data(), place, field.Bytes.size());
         else if (!Read(Number(place, placeBytes), field.Bytes.size(), field.Bytes.data()))
             continue;
-        // Each half of a fraction is a number of its own.
+        // Each half of a fraction is a separate number.
         const size_t word = field.Type == 5 || field.Type == 10 ? 4 : each;
         if (BigEndian && word > 1)
             for (size_t at = 0; at < field.Bytes.size(); at += word)

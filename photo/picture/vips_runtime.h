@@ -12,8 +12,8 @@ namespace vistaTrim::photo {
 // Do not call it inside RunVips.
 void LoadVipsModules();
 
-// Runs work that calls libvips, in any thread, and starts libvips if nobody has. A failure leaves
-// as PhotoError with a reason in plain words (see plain_reason.h). libvips keeps one error text for
+// Runs work that calls libvips, in any thread, and starts libvips if needed. A failure leaves as
+// PhotoError with a reason in plain words (see plain_reason.h). libvips keeps one error text for
 // the whole process, so failed work is run once more while no other thread is inside: its text is
 // then its own. The work must therefore bear being run twice.
 void RunVips(const std::function<void()>& work, PhotoError::Kind kind);

@@ -12,9 +12,9 @@ namespace vistaTrim::photo {
 // Intersection over union of the pixels.
 double OverlapOf(const CInt32CropRect& a, const CInt32CropRect& b);
 
-// Hands out crops of one list of candidates. The first is the one that a person's choice is
-// expected to overlap most; each further one raises most the overlap that is expected of the best
-// of them all. Crops of a higher tier come before all crops of a lower one.
+// Returns crops of one list of candidates. The first is the one that a person's choice is expected
+// to overlap most; each further one raises most the overlap that is expected of the best of them
+// all. Crops of a higher tier come before all crops of a lower one.
 class CoveringSet {
 public:
     // crops      candidates; keep them until the set is gone
@@ -34,7 +34,7 @@ public:
     // Of any crop, in the set or not.
     double ExpectedOverlap(const CInt32CropRect& crop) const;
 
-    // True and the next crop, or false if all were handed out.
+    // True and the next crop, or false if all were returned.
     bool Next(Served& served);
 
 private:
@@ -47,7 +47,7 @@ private:
 
     std::vector<size_t> Choices;       // what people would choose
     std::vector<double> Probabilities; // of the choices
-    std::vector<double> Covered;       // best overlap of each choice with a crop handed out
+    std::vector<double> Covered;       // best overlap of each choice with a crop returned
 
     // Candidates for the next place, and their overlaps with the choices, row by row.
     std::vector<size_t> Pool;

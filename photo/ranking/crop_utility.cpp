@@ -102,7 +102,7 @@ std::array<double, kNumCropFeatures> CropFeatures(const CInt32CropRect& crop, Pi
     const double top = crop.Top <= 0 ? 1 : 0;
     const double bottom = crop.Bottom + 1 >= picture.Height ? 1 : 0;
 
-    // Left and right count alike: nobody prefers one side.
+    // Left and right count alike: people prefer neither side.
     const std::array<double, kNumGeometryFeatures> geometry = {
         std::abs(x),
         x * x,

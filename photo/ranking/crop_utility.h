@@ -27,9 +27,9 @@ constexpr int32_t kNumCropFeatures = 4 * kNumModelMeasures + kNumGeometryFeature
 // the strips just outside its left, right, top and bottom side.
 constexpr int32_t kNumCropParts = 11;
 
-// What the measures of a crop are ranked among: every rectangle of at least half of each side on
-// an 8 x 8 grid of the picture. The same whatever is asked for, so that a crop's utility does not
-// depend on the request. Not scored yet.
+// What the measures of a crop are ranked among: every rectangle of at least half of each side on an
+// 8 x 8 grid of the picture. The same for every request, so that a crop's utility does not depend
+// on the request. Not scored yet.
 std::vector<CInt32CropRect> ReferenceCrops(PixelSize picture);
 
 // The ranks of a crop's measures among the reference crops of its picture.

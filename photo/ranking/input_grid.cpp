@@ -81,7 +81,7 @@ void AverageMap(const InputMap& map, float* plane)
     }
 }
 
-// Whole numbers: no sum is rounded.
+// Integers: no sum is rounded.
 float CellMean(const std::vector<int32_t>& sums, Span cols, int32_t step, int32_t channel,
                int32_t rows, double scale)
 {

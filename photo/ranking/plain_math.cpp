@@ -6,8 +6,8 @@ namespace vistaTrim::photo {
 
 namespace {
 
-// ln 2 in two parts: the first has zeros at its end, so that its products with whole numbers up
-// to 2000 are exact.
+// ln 2 in two parts: the first has zeros at its end, so that its products with integers up to 2000
+// are exact.
 constexpr double kLn2High = 0x1.62e42fefa2000p-1;
 constexpr double kLn2Low = 0x1.9ef35793c7673p-41;
 

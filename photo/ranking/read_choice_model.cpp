@@ -49,7 +49,7 @@ int64_t Whole(const json& object, const std::string& name, int64_t least, int64_
     const json& value = Member(object, name);
     if (!value.is_number_integer() || value.get<double>() < static_cast<double>(least) ||
         value.get<double>() > static_cast<double>(most))
-        Fail("'" + name + "' must be a whole number from " + std::to_string(least) + " to " +
+        Fail("'" + name + "' must be an integer from " + std::to_string(least) + " to " +
              std::to_string(most));
     return value.get<int64_t>();
 }

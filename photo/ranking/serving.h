@@ -22,7 +22,7 @@ struct ServedCrop {
 // driver         made of `analysed` for the request, with its hard wishes
 // picture        that was analysed
 // ratios         the aspect table of the driver, each ratio once
-// engineRequest  the size, if one is asked for
+// engineRequest  the size, if one is requested
 // regions        what crops had better hold or avoid
 //
 // If several ratios are named, the best crop of each comes first, then the second of each, and so

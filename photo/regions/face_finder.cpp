@@ -98,7 +98,7 @@ std::vector<FoundRegion> FindFaces(const PixelImage& picture, FaceSearch search)
 {
     if (search == FaceSearch::Off)
         return {};
-    // A detector keeps scratch data, so each call has a copy of its own, which takes 0.1 ms.
+    // A detector keeps scratch data, so each call has its own copy, which takes 0.1 ms.
     static const dlib::frontal_face_detector kDetector = LoadDetector();
     dlib::frontal_face_detector detector = kDetector;
 

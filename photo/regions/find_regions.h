@@ -14,8 +14,8 @@ namespace vistaTrim::photo {
 // names one. What two of them found is there once, as the first of them has it.
 class RegionSearch {
 public:
-    // Begins to look for faces, on a thread of its own if the options allow it. The picture must
-    // outlive the search. Throws PhotoError for a region to keep that lies outside.
+    // Starts to look for faces, on its own thread if the options allow it. The picture must outlive
+    // the search. Throws PhotoError for a region to keep that lies outside.
     RegionSearch(const WorkingPicture& picture, const RegionOptions& options);
 
     std::vector<FoundRegion> Finish(); // once; waits for the faces

@@ -97,7 +97,7 @@ std::string ParentOf(const std::string& path)
     return slash == std::string::npos ? "" : path.substr(0, slash);
 }
 
-// Where a property of the structure stands: "Iptc4xmpExt:RegionBoundary/Iptc4xmpExt:rbX". Children
+// The path of a property of the structure: "Iptc4xmpExt:RegionBoundary/Iptc4xmpExt:rbX". Children
 // have the prefix of the siblings that are there already.
 std::string PrefixedPath(const std::string& path, const std::string& sibling,
                          const std::string& siblingKey)
@@ -148,8 +148,8 @@ void CopyRegion(const Exiv2::XmpData& from, const XmpRegion& region, size_t inde
     }
 }
 
-// All that stands beside the regions of a standard: the properties that hold their list, and the
-// size that they apply to.
+// Everything besides the regions of a standard: the properties that hold their list, and the size
+// that they apply to.
 void CopyFrame(const Exiv2::XmpData& from, RegionStandard standard, const std::string& list,
                PixelSize output, Exiv2::XmpData& to)
 {

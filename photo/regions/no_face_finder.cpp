@@ -1,4 +1,4 @@
-// Stands in for face_finder.cpp in a build without dlib.
+// Replaces face_finder.cpp in a build without dlib.
 #include "regions/face_finder.h"
 
 namespace vistaTrim::photo {

@@ -52,7 +52,7 @@ std::string TextOf(const Json& region, const char* name)
     if (!region.contains(name))
         return "";
     if (!region.at(name).is_string())
-        throw LineFault(std::string("\"") + name + "\" is not a text");
+        throw LineFault(std::string("\"") + name + "\" is not a string");
     return region.at(name).get<std::string>();
 }
 

@@ -18,8 +18,8 @@ CInt32Rect ToWorkingOutward(const PixelRect& rect, PixelSize photo, PixelSize wo
 // The other way: every pixel of the photograph that the working rectangle touches.
 PixelRect ToPhotographOutward(const PixelRect& rect, PixelSize working, PixelSize photo);
 
-// All wishes as far as they lie inside the photograph. Throws PhotoError for a region that must
-// or should be kept and lies outside; one that is to be avoided is avoided already, and dropped.
+// All wishes, clipped to the photograph. Throws PhotoError for a region to keep that is outside; a
+// region to avoid that is outside is dropped.
 std::vector<Wish> WishesInside(const std::vector<Wish>& wishes, PixelSize photo);
 
 RoiKind EngineKind(WishKind kind);

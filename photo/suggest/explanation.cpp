@@ -70,7 +70,7 @@ std::string NoteOf(const Explanation& explanation, const std::string& wishPrefix
         return "no candidate meets all of " + called(WishKind::MustKeep) + " and " +
                called(WishKind::MustAvoid) + " at once";
     case Shortfall::SizeMissesWishes:
-        return "no crop of exactly the asked size meets the wishes at full resolution";
+        return "no crop of exactly the requested size meets the wishes at full resolution";
     case Shortfall::FewCandidates:
         return explanation.Passing == 1 ? "one candidate is left to choose from"
                                         : "only " + passing + " candidates are left to choose from";
@@ -112,8 +112,8 @@ void Explain(const CropList& all, const std::vector<Wish>& wishes,
     explanation.Passing = static_cast<int64_t>(passing.size());
     FindShortfall(explanation, result.Crops.size(), request, picture.Pixels.Size);
 
-    // The engine's own ranks tell equal values apart, in no stated order; here all that are
-    // equal share the best place, so that the figure means the same for each of them.
+    // The engine's own ranks order equal values in no stated order; here all that are equal share
+    // the best place, so that the figure means the same for each of them.
     for (Crop& crop : result.Crops) {
         CropExplanation explained;
         for (size_t measure = 0; measure < kNumWeighed; ++measure) {

@@ -23,9 +23,9 @@ struct StartRange {
 };
 
 // Edges rounded to the nearest pixel boundary. Rounding keeps the order of edges, so whatever
-// whole-pixel rectangle the working crop holds or avoids, this one holds or avoids as well.
-// A crop narrower than a pixel becomes the pixel that its first edge lies in. Of a very thin
-// picture the engine gives crops of no pixel at all; such a crop may stand behind the last one.
+// whole-pixel rectangle the working crop holds or avoids, this one holds or avoids as well. A crop
+// narrower than a pixel becomes the pixel that its first edge lies in. Of a very thin picture the
+// engine returns crops without pixels; such a crop may begin after the last pixel.
 Span RoundedSpan(int64_t first, int64_t last, int64_t working, int64_t photo)
 {
     const auto rounded = [working, photo](int64_t edge) {

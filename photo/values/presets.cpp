@@ -23,7 +23,7 @@ public:
     using std::runtime_error::runtime_error;
 };
 
-// Names become parts of file names, and must not be taken for ratios.
+// Names become parts of file names, and must not read as ratios.
 bool IsName(const std::string& text)
 {
     const auto isPart = [](char c) {

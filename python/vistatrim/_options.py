@@ -22,7 +22,7 @@ _WISHES = ("keep", "avoid", "must_keep", "must_avoid")
 
 
 def _integer(name: str, value: object, least: int, most: int) -> int:
-    form = f"a whole number from {least} to {most}"
+    form = f"an integer from {least} to {most}"
     if isinstance(value, bool):
         raise wrong_type(name, form, value)
     try:
@@ -120,7 +120,7 @@ def preset_files(name: str, value: object, table: _vistatrim.Presets) -> Plain:
             table.add_file(os.fsencode(str(file_name(name, file))))
         except _vistatrim.Failure as failure:
             raise ValueError(f"{name}: {failure.args[1]}") from None
-    return None  # the shapes that are asked for are kept, not where they come from
+    return None  # the requested shapes are kept, not where they come from
 
 
 def known_presets(files: object = ()) -> Dict[str, Tuple[str, Optional[Tuple[int, int]]]]:
@@ -315,11 +315,11 @@ OPTIONS: Tuple[Option, ...] = (
     Option("weights", weights, "a,b,c,d,e",
            "rank by the engine, with these weights of composition, coverage, border, peak and "
            "centre peak", _numbers),
-    Option("keep", regions, "X,Y,W,H", f"prefer crops that hold this region ({_REGION})",
+    Option("keep", regions, "X,Y,W,H", f"prefer crops that contain this region ({_REGION})",
            _rectangle, True),
     Option("avoid", regions, "X,Y,W,H", "prefer crops that stay clear of this region", _rectangle,
            True),
-    Option("must_keep", regions, "X,Y,W,H", "only crops that hold this region whole", _rectangle,
+    Option("must_keep", regions, "X,Y,W,H", "only crops that contain this whole region", _rectangle,
            True),
     Option("must_avoid", regions, "X,Y,W,H", "only crops that do not touch this region",
            _rectangle, True),
@@ -364,7 +364,7 @@ def checked(options: Mapping[str, object]) -> Dict[str, Plain]:
     return found
 
 
-# A request; if each shape has one of its own, the shape's name and the size that it fills.
+# A request; if each shape has its own, the shape's name and the size that it fills.
 Asked = Tuple[Optional[str], Optional[Tuple[int, int]], _vistatrim.Request]
 
 

@@ -78,13 +78,13 @@ TEST(ChosenCrops, ThatAreWrongAreNamedWithFileAndLine)
     EXPECT_EQ(FaultOf(crop("\"x\":91,\"y\":0,\"width\":10,\"height\":10")),
               "c.json:2: crop 1: leaves the photograph, which is 100 x 50");
     EXPECT_EQ(FaultOf(crop("\"x\":-1,\"y\":0,\"width\":10,\"height\":10")),
-              "c.json:2: crop 1: x must be a whole number of at least 0, not -1");
+              "c.json:2: crop 1: x must be an integer of at least 0, not -1");
     EXPECT_EQ(FaultOf(crop("\"x\":1.5,\"y\":0,\"width\":10,\"height\":10")),
-              "c.json:2: crop 1: x must be a whole number of at least 0, not 1.5");
+              "c.json:2: crop 1: x must be an integer of at least 0, not 1.5");
     EXPECT_EQ(FaultOf(crop("\"x\":0,\"y\":0,\"width\":0,\"height\":10")),
-              "c.json:2: crop 1: width must be a whole number of at least 1, not 0");
+              "c.json:2: crop 1: width must be an integer of at least 1, not 0");
     EXPECT_EQ(FaultOf(crop("\"x\":0,\"y\":0,\"width\":99999999999999999999,\"height\":10")),
-              "c.json:2: crop 1: width must be a whole number of at least 1, not 1e+20");
+              "c.json:2: crop 1: width must be an integer of at least 1, not 1e+20");
     EXPECT_EQ(FaultOf(crop("\"x\":0,\"y\":0,\"width\":10")), "c.json:2: crop 1: has no height");
     EXPECT_EQ(FaultOf(crop("\"x\":0,\"y\":0,\"width\":10,\"height\":10,\"aspect\":\"wide\"")),
               "c.json:2: crop 1: aspect 'wide' is not W:H");

@@ -155,9 +155,9 @@ TEST_F(Messages, AnOutputThatCannotBeWrittenIsNamedBeforeTheWork)
     for (const char* command : {"crop", "maps"}) {
         SCOPED_TRACE(command);
         EXPECT_EQ(FaultOf({command, Photo, "-o", file}),
-                  "vistatrim: cannot make the folder " + file + ": " + file + " is a file\n");
+                  "vistatrim: cannot create the folder " + file + ": " + file + " is a file\n");
         EXPECT_EQ(FaultOf({command, Photo, "-o", file + "/below/"}),
-                  "vistatrim: cannot make the folder " + file + "/below/: " + file +
+                  "vistatrim: cannot create the folder " + file + "/below/: " + file +
                       " is a file\n");
     }
     for (const char* beside : {"--manifest", "--picture"})

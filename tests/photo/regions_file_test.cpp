@@ -104,7 +104,7 @@ TEST_F(RegionsFileTest, AnErrorNamesFileAndLine)
         {"{\"file\":\"a\",", "is not JSON"},
         {"[1]", "is not a JSON object"},
         {"{\"regions\":[]}", "has no \"file\""},
-        {"{\"file\":7,\"regions\":[]}", "\"file\" is not a text"},
+        {"{\"file\":7,\"regions\":[]}", "\"file\" is not a string"},
         {"{\"file\":\"a\"}", "has no list of \"regions\""},
         {"{\"file\":\"a\",\"regions\":[3]}", "a region is not an object"},
         {"{\"file\":\"a\",\"regions\":[{\"y\":1,\"w\":1,\"h\":1}]}", "a region has no \"x\""},

@@ -64,7 +64,7 @@ async function showMap() {
   grey.src = map.picture;
   await grey.decode();
   if (view.map !== name || current() !== photo)
-    return; // something else was asked for meanwhile
+    return; // another map was requested meanwhile
   canvas.width = grey.naturalWidth;
   canvas.height = grey.naturalHeight;
   const context = canvas.getContext("2d", { willReadFrequently: true });

@@ -1,7 +1,7 @@
 // The grid of all photographs and the search.
 
 function uniqueNames() {
-  // Photographs of one name are told apart by the folder above them.
+  // Photographs of the same name are distinguished by their folder.
   const count = new Map();
   for (const photo of photos)
     count.set(photo.name, (count.get(photo.name) || 0) + 1);

@@ -1,4 +1,4 @@
-// The analysis of a photograph: made once, asked any number of times.
+// The analysis of a photograph: made once, used for any number of requests.
 #ifndef VISTATRIM_PHOTO_ANALYSIS_H
 #define VISTATRIM_PHOTO_ANALYSIS_H
 
@@ -24,9 +24,9 @@ struct Map {
 // As grey bytes: 255 is the map's own maximum, a map of zeros stays black. One channel.
 PixelImage GreyOf(const Map& map);
 
-// Owns all that it needs: the photograph may go. Cheap to copy; copies share one analysis. Its
-// operations may be called from several threads. They throw PhotoError, the constructors also for
-// a region to keep that lies outside the photograph.
+// Owns all that it needs: the photograph may be destroyed. Cheap to copy; copies share one
+// analysis. Its operations may be called from several threads. They throw PhotoError, the
+// constructors also for a region to keep that lies outside the photograph.
 class Analysis {
 public:
     explicit Analysis(const Photograph& photograph, const RegionOptions& regions = {});

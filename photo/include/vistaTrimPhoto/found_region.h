@@ -41,7 +41,7 @@ struct RegionOptions {
     // That the caller's own detector found, in pixels of the photograph as displayed.
     std::vector<FoundRegion> Regions;
     bool UseNamed = true; // those that the photograph's own metadata names
-    // No effect if one of the above is a face: whoever named it has looked already.
+    // No effect if one of the above is a face: the faces are known already.
     FaceSearch Faces = FaceSearch::All;
     int Threads = 1; // above 1 faces are looked for beside the analysis; results are the same
 };

@@ -10,7 +10,7 @@
 
 namespace vistaTrim::photo {
 
-// The text is one line and carries no file name: whoever knows the name adds it.
+// The text is one line without the file name, which the caller adds.
 class PhotoError : public std::runtime_error {
 public:
     enum class Kind {
@@ -21,7 +21,7 @@ public:
         DoesNotFit,     // a size or region that this photograph does not hold
         NotWritable,    // a crop or picture could not be written
         OutOfMemory,
-        Internal // the picture library does not start, or the engine refuses the picture
+        Internal // the picture library does not start, or the engine rejects the picture
     };
 
     PhotoError(Kind kind, const std::string& text);

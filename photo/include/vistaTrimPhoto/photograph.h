@@ -33,8 +33,8 @@ class PhotographSource; // internal
 // They throw PhotoError.
 class Photograph {
 public:
-    // Reads the header; pixels are decoded when they are asked for. The file must stay where it
-    // is, and unchanged, as long as photographs of it are read.
+    // Reads the header; pixels are decoded on demand. The file must not be moved or changed while
+    // photographs of it are in use.
     static Photograph FromFile(const std::string& path, const ReadOptions& options = {});
     // An encoded file in memory. The bytes are borrowed: keep them until the last copy of the
     // photograph is gone.

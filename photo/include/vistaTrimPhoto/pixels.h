@@ -10,7 +10,7 @@
 
 namespace vistaTrim::photo {
 
-// Somebody else's pixels, 8 bits a channel: grey (1), sRGB (3) or sRGB and alpha (4).
+// Pixels owned elsewhere, 8 bits per channel: grey (1), sRGB (3) or sRGB and alpha (4).
 struct PixelView {
     const uint8_t* Data = nullptr; // the first byte of the top row
     int32_t Width = 0;

@@ -9,7 +9,7 @@ namespace vistaTrim::photo {
 
 struct ChoiceModel; // internal
 
-// Shared and never changed; null stands for the model that is compiled in.
+// Shared and never changed; null means the model that is compiled in.
 using RankingModel = std::shared_ptr<const ChoiceModel>;
 
 // A file that tools/fit_ranking.py wrote. Throws PhotoError (InvalidRequest) that names the file

@@ -1,4 +1,4 @@
-// What is asked of a photograph.
+// A request for crops of a photograph.
 #ifndef VISTATRIM_PHOTO_REQUEST_H
 #define VISTATRIM_PHOTO_REQUEST_H
 

@@ -33,7 +33,7 @@ struct Crop {
     std::optional<CropExplanation> Explained;
 };
 
-// Why there is no crop, or fewer than asked for.
+// Why there is no crop, or fewer than requested.
 enum class Shortfall {
     None,
     PhotographTooSmall, // for any crop at all
@@ -42,8 +42,8 @@ enum class Shortfall {
     WishMetByNone,      // Explanation::UnmetWish
     HardWishesTogether, // each is met by some candidate, all by none
     SizeMissesWishes,   // at full resolution
-    FewCandidates,      // all that pass the hard wishes were handed out
-    OthersRankTooLow    // or are much like the crops handed out
+    FewCandidates,      // all that pass the hard wishes were returned
+    OthersRankTooLow    // or are much like the crops returned
 };
 
 struct Explanation {
@@ -58,7 +58,7 @@ struct Explanation {
     std::optional<WishKind> UnmetWish;
 };
 
-// Why there are fewer crops than asked for, in words; empty for Shortfall::None. The prefix goes
+// Why there are fewer crops than requested, in words; empty for Shortfall::None. The prefix goes
 // before the names of wishes, as in PhotoError::Text.
 std::string NoteOf(const Explanation& explanation, const std::string& wishPrefix = "");
 

@@ -30,7 +30,7 @@ def _parser() -> argparse.ArgumentParser:
     parser.add_argument("--null", "-0", action="store_true",
                         help="names of a list end in a null byte, not in a line feed")
     parser.add_argument("--background", default="white", metavar="COLOUR",
-                        help="#rrggbb, #rgb or a name: what shows through transparent places (white)")
+                        help="#rrggbb, #rgb or a name: the colour behind transparent areas (white)")
     running = parser.add_argument_group("running")
     running.add_argument("--scheduler", metavar="ADDRESS",
                          help="such as tcp://10.0.0.1:8786; without it, a cluster of this machine")
@@ -47,7 +47,7 @@ def _parser() -> argparse.ArgumentParser:
     running.add_argument("--quiet", "-q", action="store_true", help="no progress")
     parser.add_argument("--version", "-V", action="version",
                         version=f"vistatrim {_vistatrim.VERSION}")
-    request = parser.add_argument_group("what is asked, as of vistatrim suggest")
+    request = parser.add_argument_group("the request, as of vistatrim suggest")
     for option in _options.OPTIONS:
         names = [option.flag, option.short] if option.short else [option.flag]
         if not option.form:

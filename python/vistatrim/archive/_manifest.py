@@ -1,4 +1,4 @@
-"""What stands in the output: which photographs, in which partitions, with which options.
+"""What the output holds: which photographs, in which partitions, with which options.
 
 manifest.json           options, version, counts, times
 photographs-0000.jsonl  the photographs of the first start, one JSON text a line; later starts
@@ -132,11 +132,11 @@ class Manifest:
         self.photographs += photographs
 
     def count_finished(self) -> None:
-        """Looks which partitions stand in the output, and reads those that the manifest had not
+        """Finds the partitions in the output, and reads those that the manifest had not
         counted yet."""
         matches = (_PARTITION.fullmatch(name) for name in self.store.names())
         standing = {int(match[1]) for match in matches if match}
-        if self.counted - standing:  # somebody removed files
+        if self.counted - standing:  # files were removed
             self.counted, self.counts = set(), Counts()
         for index in sorted(standing - self.counted):
             self.counts.add(counts_of(self.store.read(partition_name(index))))

@@ -28,7 +28,7 @@ _GONE = "the scheduler is gone; a new start does what is missing"
 
 @dataclass(frozen=True)
 class Summary:
-    """What stands in the output, and what this run added."""
+    """What the output holds, and what this run added."""
 
     photographs: int
     failed: int
@@ -88,7 +88,7 @@ def run(names: Any, *, output: str, client: Any, recursive: bool, background: ob
         regions, recorded["regions"] = _regions_file(checked.pop("regions"))
     ranking = None
     if "ranking" in checked:
-        _options.requests_of(checked)  # refuses a file that is none
+        _options.requests_of(checked)  # rejects a file that is not one
         ranking, recorded["ranking"] = _content(str(checked["ranking"]))
     photographs, duplicates = list_photographs(names, client, recursive, storage_options)
     if regions and photographs and not any(regions.names(os.fsencode(path))

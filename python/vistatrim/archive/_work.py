@@ -107,7 +107,7 @@ class _Tries:
         pass
 
     def __exit__(self, *_: object) -> None:
-        # Whatever happened, the worker lives: the photograph that was last is not to blame.
+        # Whatever happened, the worker is alive: the last photograph did not kill it.
         if self._is_careful:
             self._note(None)
 
