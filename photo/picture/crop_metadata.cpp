@@ -4,6 +4,7 @@
 #include <optional>
 #include <vector>
 
+#include "picture/iptc.h"
 #include "regions/metadata_regions.h"
 
 namespace vistaTrim::photo {
@@ -21,8 +22,8 @@ bool IsUntrueOfCrop(const std::string& field)
 {
     return field == "jpeg-thumbnail-data" || field == "orientation" || field == "n-pages" ||
            field == "page-height" || field == "delay" || field == "loop" || field == "n-subifds" ||
-           field == "heif-primary" || field == "exif-ifd2-SubjectArea" ||
-           field == "exif-ifd2-SubjectLocation";
+           field == "heif-primary" || StartsWith(field, "exif-ifd1-") ||
+           field == "exif-ifd2-SubjectArea" || field == "exif-ifd2-SubjectLocation";
 }
 
 bool IsMetadata(const std::string& field)
@@ -43,17 +44,44 @@ std::vector<std::string> FieldsOf(const vips::VImage& image)
     return fields;
 }
 
-void SetXmp(vips::VImage& image, const std::string& xmp)
+std::string BlobOf(const vips::VImage& image, const char* field)
 {
-    void* copy = g_malloc(xmp.size());
-    xmp.copy(static_cast<char*>(copy), xmp.size());
+    if (image.get_typeof(field) != VIPS_TYPE_BLOB)
+        return "";
+    size_t size = 0;
+    const auto* bytes = static_cast<const char*>(image.get_blob(field, &size));
+    return {bytes, size};
+}
+
+// An empty text removes the field.
+void SetBlob(vips::VImage& image, const char* field, const std::string& text)
+{
+    if (text.empty()) {
+        image.remove(field);
+        return;
+    }
+    void* copy = g_malloc(text.size());
+    text.copy(static_cast<char*>(copy), text.size());
     image.set(
-        kXmpField,
+        field,
         [](void* data, void*) -> int {
             g_free(data);
             return 0;
         },
-        copy, xmp.size());
+        copy, text.size());
+}
+
+// JPEG and TIFF hold IPTC in two forms, and libvips copies one into the other as it is.
+void MakeIptcTrue(vips::VImage& image, ImageFormat format)
+{
+    const std::string iptc = BlobOf(image, VIPS_META_IPTC_NAME);
+    if (!iptc.empty() && format == ImageFormat::Jpeg)
+        SetBlob(image, VIPS_META_IPTC_NAME, IptcForJpeg(iptc));
+    if (!iptc.empty() && format == ImageFormat::Tiff)
+        SetBlob(image, VIPS_META_IPTC_NAME, IptcForTiff(iptc));
+    const std::string resources = BlobOf(image, VIPS_META_PHOTOSHOP_NAME);
+    if (!resources.empty())
+        SetBlob(image, VIPS_META_PHOTOSHOP_NAME, WithoutThumbnails(resources));
 }
 
 void MakeXmpTrue(vips::VImage& image, const CropPlace& place)
@@ -67,18 +95,14 @@ void MakeXmpTrue(vips::VImage& image, const CropPlace& place)
     }
     const std::string after = UprightXmp(*moved);
     if (after != before)
-        SetXmp(image, after);
+        SetBlob(image, kXmpField, after);
 }
 
 } // namespace
 
 std::string XmpOf(const vips::VImage& image)
 {
-    if (image.get_typeof(kXmpField) == 0)
-        return "";
-    size_t size = 0;
-    const auto* bytes = static_cast<const char*>(image.get_blob(kXmpField, &size));
-    return {bytes, size};
+    return BlobOf(image, kXmpField);
 }
 
 std::string UprightXmp(std::string xmp)
@@ -97,14 +121,17 @@ std::string UprightXmp(std::string xmp)
     return xmp;
 }
 
-vips::VImage WithMetadataForCrop(const vips::VImage& image, const CropPlace& place, bool strip)
+vips::VImage WithMetadataForCrop(const vips::VImage& image, const CropPlace& place,
+                                 ImageFormat format, bool strip)
 {
     vips::VImage copy = image.copy(); // only a private copy's fields may be changed
     for (const std::string& field : FieldsOf(image))
         if (IsUntrueOfCrop(field) || (strip && IsMetadata(field)))
             copy.remove(field.c_str());
-    if (!strip)
+    if (!strip) {
         MakeXmpTrue(copy, place);
+        MakeIptcTrue(copy, format);
+    }
     return copy;
 }
 

@@ -7,6 +7,7 @@
 #include <vips/vips8>
 
 #include "vistaTrimPhoto/geometry.h"
+#include "vistaTrimPhoto/image_format.h"
 
 namespace vistaTrim::photo {
 
@@ -21,12 +22,13 @@ struct CropPlace {
 std::string XmpOf(const vips::VImage& image);
 
 // All but what is untrue of a crop: the small picture of the whole photograph that cameras
-// embed (it would show what was cropped away), the orientation, which is in the pixels now,
-// and the number of pages. Regions that the metadata names are moved and clipped with the crop.
-// With strip only the colour profile stays.
+// embed (it would show what was cropped away) with all that describes it, the orientation, which is
+// in the pixels now, and the number of pages. Regions that the metadata names are moved and clipped
+// with the crop. With strip only the colour profile stays.
 //
 // image  the crop as it is written
-vips::VImage WithMetadataForCrop(const vips::VImage& image, const CropPlace& place, bool strip);
+vips::VImage WithMetadataForCrop(const vips::VImage& image, const CropPlace& place,
+                                 ImageFormat format, bool strip);
 
 // The XMP text with every tiff:Orientation set to 1 (upright); its length does not change.
 std::string UprightXmp(std::string xmp);

@@ -5,6 +5,7 @@
 #include "picture/crop_metadata.h"
 #include "picture/photograph_source.h"
 #include "picture/save.h"
+#include "picture/tiff_exif.h"
 #include "picture/vips_pixels.h"
 #include "picture/vips_runtime.h"
 #include "vistaTrimPhoto/photo_error.h"
@@ -94,7 +95,7 @@ VImage Finished(const VImage& cut, const CropOutput& crop, const PhotographSourc
     if (crop.Size)
         image = Resized(image, *crop.Size);
     return WithMetadataForCrop(image, {source.Size(), source.StoredOrientation(), crop.Rect},
-                               crop.Strip);
+                               crop.Format, crop.Strip);
 }
 
 // A finer coding than the photograph's would only spend bytes on its coding faults.
@@ -181,6 +182,8 @@ void WriteCrops(const Photograph& photograph, const std::vector<CropOutput>& cro
     SaveEach(photograph, crops, [&](size_t i, const VImage& image) {
         Save(image, vips::VTarget::new_to_file(paths[i].c_str()),
              SaveOptionsOf(image, crops[i], source));
+        if (crops[i].Format == ImageFormat::Tiff)
+            AddToTiff(TiffExtrasOf(image), paths[i]);
     });
 }
 
@@ -191,6 +194,8 @@ std::vector<std::vector<uint8_t>> EncodeCrops(const Photograph& photograph,
     const PhotographSource& source = PhotographSource::Of(photograph);
     SaveEach(photograph, crops, [&](size_t i, const VImage& image) {
         encoded[i] = SaveToMemory(image, SaveOptionsOf(image, crops[i], source));
+        if (crops[i].Format == ImageFormat::Tiff)
+            AddToTiff(TiffExtrasOf(image), encoded[i]);
     });
     return encoded;
 }

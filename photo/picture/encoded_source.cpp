@@ -11,6 +11,7 @@
 #include "picture/crop_metadata.h"
 #include "picture/loaders.h"
 #include "picture/path_ending.h"
+#include "picture/tiff_exif.h"
 #include "picture/unread_formats.h"
 #include "picture/vips_runtime.h"
 #include "regions/metadata_regions.h"
@@ -91,7 +92,9 @@ public:
             vips::VImage::option()
                 ->set("access", sequential ? VIPS_ACCESS_SEQUENTIAL : VIPS_ACCESS_RANDOM)
                 ->set("fail_on", kFailOn));
-        return image.autorot();
+        image = image.autorot().copy(); // only a private copy's fields may be changed
+        SetExif(image, TiffExif);
+        return image;
     }
 
 protected:
@@ -123,6 +126,10 @@ private:
                 const vips::VImage header = vips::VImage::new_from_source(
                     source, "", vips::VImage::option()->set("access", VIPS_ACCESS_SEQUENTIAL));
                 Native = FormatOf(loader, header);
+                if (Native == ImageFormat::Tiff) {
+                    const vips::VSource fields = Open();
+                    TiffExif = ExifOfTiff(TiffReaderOf(fields));
+                }
                 if (Native == ImageFormat::Jpeg)
                     StoredCoding = CodingOfJpeg(Open());
                 IsCmyk = header.interpretation() == VIPS_INTERPRETATION_CMYK;
@@ -168,6 +175,7 @@ private:
     }
 
     Opener Open;
+    ExifBlock TiffExif; // of a TIFF file, from which libvips does not read it
     bool IsCmyk = false;
     bool HasProfile = false;
 };

@@ -1,0 +1,200 @@
+// What crops of every format keep of their photograph's metadata, read back by another library.
+#include <cstring>
+
+#include <exiv2/exiv2.hpp>
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "photo/sample_pictures.h"
+#include "picture/iptc.h"
+#include "picture/tiff_exif.h"
+#include "vistaTrimPhoto/crop_writer.h"
+
+namespace vistaTrim::photo {
+namespace {
+
+using testing::HasSubstr;
+using testing::Not;
+using vips::VImage;
+
+using Metadata = std::unique_ptr<Exiv2::Image>;
+
+Metadata Opened(const std::string& path)
+{
+    Metadata image(Exiv2::ImageFactory::open(path).release());
+    image->readMetadata();
+    return image;
+}
+
+std::string ExifText(const Metadata& image, const std::string& key)
+{
+    const auto found = image->exifData().findKey(Exiv2::ExifKey(key));
+    return found == image->exifData().end() ? "" : found->toString();
+}
+
+std::string IptcText(const Metadata& image)
+{
+    const auto found = image->iptcData().findKey(Exiv2::IptcKey("Iptc.Application2.Caption"));
+    return found == image->iptcData().end() ? "" : found->toString();
+}
+
+constexpr const char* kRegions =
+    "<x:xmpmeta xmlns:x=\"adobe:ns:meta/\"><rdf:RDF "
+    "xmlns:rdf=\"http://www.w3.org/1999/02/22-rdf-syntax-ns#\"><rdf:Description rdf:about=\"\" "
+    "xmlns:dc=\"http://purl.org/dc/elements/1.1/\" "
+    "xmlns:MP=\"http://ns.microsoft.com/photo/1.2/\" "
+    "xmlns:MPRI=\"http://ns.microsoft.com/photo/1.2/t/RegionInfo#\" "
+    "xmlns:MPReg=\"http://ns.microsoft.com/photo/1.2/t/Region#\">"
+    "<dc:source>a darkroom</dc:source><MP:RegionInfo rdf:parseType=\"Resource\"><MPRI:Regions>"
+    "<rdf:Bag><rdf:li MPReg:Rectangle=\"0.8, 0.8, 0.1, 0.1\" "
+    "MPReg:PersonDisplayName=\"Grace\"/></rdf:Bag></MPRI:Regions></MP:RegionInfo>"
+    "</rdf:Description></rdf:RDF></x:xmpmeta>";
+
+// Lying on its side, with every kind of metadata and a small picture of the whole.
+void WritePhotograph(const std::string& path)
+{
+    StoredWithOrientation(
+        Quarters(600, 400).icc_transform("p3", VImage::option()->set("input_profile", "srgb")), 6)
+        .copy(VImage::option()->set("xres", 11.811)->set("yres", 11.811)) // 300 dots per inch
+        .write_to_file(path.c_str());
+    const Metadata image = Opened(path);
+    Exiv2::ExifData& exif = image->exifData();
+    exif["Exif.Image.Make"] = "Testers";
+    exif["Exif.Image.Artist"] = "somebody with a long name";
+    exif["Exif.Photo.ExposureTime"] = Exiv2::Rational(1, 250);
+    exif["Exif.Photo.LensModel"] = "50 mm";
+    exif["Exif.Photo.SubjectArea"] = "10 20 30 40";
+    exif["Exif.GPSInfo.GPSLatitudeRef"] = "N";
+    exif["Exif.GPSInfo.GPSLatitude"] = "47/1 30/1 0/1";
+    image->iptcData()["Iptc.Application2.Caption"] = "a caption";
+    image->setXmpPacket(kRegions);
+    Exiv2::XmpParser::decode(image->xmpData(), kRegions);
+    if (path.find(".jpg") != std::string::npos) {
+        const auto* small = reinterpret_cast<const Exiv2::byte*>("small picture of the whole");
+        Exiv2::ExifThumb(exif).setJpegThumbnail(small, 26);
+    }
+    image->writeMetadata();
+}
+
+void ExpectKept(const std::string& path)
+{
+    const Metadata image = Opened(path);
+    EXPECT_EQ(ExifText(image, "Exif.Image.Make"), "Testers");
+    EXPECT_EQ(ExifText(image, "Exif.Image.Artist"), "somebody with a long name");
+    EXPECT_EQ(ExifText(image, "Exif.Photo.ExposureTime"), "1/250");
+    EXPECT_EQ(ExifText(image, "Exif.Photo.LensModel"), "50 mm");
+    EXPECT_EQ(ExifText(image, "Exif.GPSInfo.GPSLatitude"), "47/1 30/1 0/1");
+    EXPECT_EQ(ExifText(image, "Exif.Photo.SubjectArea"), "");
+    const std::string width = ExifText(image, "Exif.Photo.PixelXDimension");
+    EXPECT_TRUE(width.empty() || width == std::to_string(image->pixelWidth())) << width;
+    const std::string orientation = ExifText(image, "Exif.Image.Orientation");
+    EXPECT_TRUE(orientation.empty() || orientation == "1") << orientation;
+    for (const Exiv2::Exifdatum& datum : image->exifData()) {
+        EXPECT_NE(datum.groupName(), "Thumbnail") << datum.key();
+        EXPECT_THAT(datum.key(), Not(HasSubstr("SubImage")));
+    }
+    EXPECT_THAT(image->xmpPacket(), HasSubstr("a darkroom"));
+    EXPECT_THAT(image->xmpPacket(), Not(HasSubstr("Grace"))); // she was cropped away
+    EXPECT_THAT(ReadText(path), Not(HasSubstr("small picture of the whole")));
+    const VImage written = VImage::new_from_file(path.c_str());
+    EXPECT_NE(written.get_typeof(VIPS_META_ICC_NAME), 0U);
+}
+
+TEST(CropFiles, KeepMetadataFromJpegAndTiffInEveryFormat)
+{
+    const TempFolder folder;
+    for (const char* source : {"a.jpg", "a.tif"}) {
+        WritePhotograph(folder.Path(source));
+        const Photograph photograph = Photograph::FromFile(folder.Path(source));
+        for (const ImageFormat format : {ImageFormat::Jpeg, ImageFormat::Tiff, ImageFormat::Webp}) {
+            SCOPED_TRACE(std::string(source) + " to " + EndingOf(format));
+            CropOutput crop;
+            crop.Rect = {0, 0, 300, 200};
+            crop.Format = format;
+            const std::string path = folder.Path("out." + EndingOf(format));
+            WriteCrops(photograph, {crop}, {path});
+            ExpectKept(path);
+            const auto bytes = EncodeCrops(photograph, {crop}).at(0);
+            EXPECT_EQ(std::string(bytes.begin(), bytes.end()), ReadText(path));
+            if (format == ImageFormat::Webp)
+                continue; // holds neither
+            EXPECT_EQ(IptcText(Opened(path)), "a caption");
+            EXPECT_NEAR(VImage::new_from_file(path.c_str()).xres(), 11.811, 0.01);
+        }
+    }
+}
+
+TEST(CropFiles, OfTiffHavePixelsAndMetadataAfterSeveralGenerations)
+{
+    const TempFolder folder;
+    WritePhotograph(folder.Path("0.tif"));
+    CropOutput crop;
+    crop.Rect = {0, 0, 299, 200};
+    crop.Format = ImageFormat::Tiff;
+    for (int round = 0; round < 3; ++round) {
+        const std::string from = folder.Path(std::to_string(round) + ".tif");
+        const std::string to = folder.Path(std::to_string(round + 1) + ".tif");
+        WriteCrops(Photograph::FromFile(from), {crop}, {to});
+        ExpectKept(to);
+    }
+    const VImage before = VImage::new_from_file(folder.Path("1.tif").c_str());
+    const VImage after = VImage::new_from_file(folder.Path("3.tif").c_str());
+    EXPECT_EQ((before - after).abs().max(), 0.0);
+}
+
+TEST(CropFiles, WithoutMetadataHaveNone)
+{
+    const TempFolder folder;
+    WritePhotograph(folder.Path("a.tif"));
+    CropOutput crop;
+    crop.Rect = {0, 0, 300, 200};
+    crop.Format = ImageFormat::Tiff;
+    crop.Strip = true;
+    WriteCrops(Photograph::FromFile(folder.Path("a.tif")), {crop}, {folder.Path("b.tif")});
+    const Metadata image = Opened(folder.Path("b.tif"));
+    EXPECT_EQ(ExifText(image, "Exif.Image.Make"), "");
+    EXPECT_EQ(ExifText(image, "Exif.Photo.LensModel"), "");
+    EXPECT_EQ(IptcText(image), "");
+}
+
+// Whatever bytes are changed, nothing is read out of bounds and no photograph is lost for its EXIF.
+TEST(TiffExif, OfDamagedFilesIsHarmless)
+{
+    const TempFolder folder;
+    WritePhotograph(folder.Path("a.tif"));
+    const std::string whole = ReadText(folder.Path("a.tif"));
+    const std::vector<uint8_t> sound(whole.begin(), whole.end());
+    EXPECT_FALSE(ExifOfTiff(TiffReaderOf(sound)).empty());
+    unsigned state = 1;
+    const auto random = [&state] { return state = state * 1664525U + 1013904223U, state >> 8; };
+    for (int round = 0; round < 300; ++round) {
+        std::vector<uint8_t> damaged = sound;
+        for (int change = 0; change < 40; ++change) // the fields stand at both ends
+            damaged[random() % 2 != 0 ? random() % 64 : damaged.size() - 1 - random() % 2000] =
+                static_cast<uint8_t>(random());
+        const ExifBlock exif = ExifOfTiff(TiffReaderOf(damaged));
+        EXPECT_LE(exif.size(), 61000U);
+        VImage image = VImage::black(1, 1).copy();
+        SetExif(image, exif);
+    }
+}
+
+TEST(Iptc, ChangesItsFormWithTheFile)
+{
+    const std::string mark("Photoshop 3.0\0", 14);
+    const std::string iptc("8BIM\x04\x04\0\0\0\0\0\x03"
+                           "abc\0",
+                           16);
+    const std::string small("8BIM\x04\x0C\0\0\0\0\0\x02xy", 14);
+    EXPECT_EQ(IptcForTiff(mark + small + iptc), "abc");
+    EXPECT_EQ(IptcForTiff("abc"), "abc");
+    EXPECT_EQ(IptcForTiff(mark + small), "");
+    EXPECT_EQ(IptcForJpeg("abc"), mark + iptc);
+    EXPECT_EQ(IptcForJpeg(mark + small + iptc), mark + iptc);
+    EXPECT_EQ(IptcForJpeg(mark + small), "");
+    EXPECT_EQ(WithoutThumbnails(small + iptc), iptc);
+    EXPECT_EQ(WithoutThumbnails("8BIM\x04\x04 cut short"), "");
+}
+
+} // namespace
+} // namespace vistaTrim::photo
