@@ -133,6 +133,13 @@ TEST(AskedCrops, ToFillASizeHaveItsPixelsWhereThePhotographHas)
     const auto& crops = result.Found.Crops;
     EXPECT_TRUE(std::any_of(crops.begin(), crops.end(),
                             [](const Crop& crop) { return crop.Rect.Width < 700; }));
+    // Crops of just its size count as large enough: 0.5 of 1200 are 600.
+    Options exact = WithShapes({ShapeOfSize({600, 400})}, true);
+    exact.Request.Top = 2000;
+    PhotoResult fitting;
+    SuggestAsked(BlockAnalysis(), exact, fitting);
+    EXPECT_TRUE(std::any_of(fitting.Found.Crops.begin(), fitting.Found.Crops.end(),
+                            [](const Crop& crop) { return crop.Rect.Width < 610; }));
     // Of one larger than the photograph, the largest crop is the only one tried.
     Options large = WithShapes({ShapeOfSize({3000, 2000})}, true);
     large.Request.Top = 30;

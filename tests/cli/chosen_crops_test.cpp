@@ -102,5 +102,22 @@ TEST(ChosenCrops, ThatAreWrongAreNamedWithFileAndLine)
     EXPECT_EQ(FaultOf("{\"file\":\"a\",\"crops\":{}}"), "c.json:1: crops must be an array");
 }
 
+// Two hundredths of the ratio, and a pixel of the shorter side.
+TEST(ChosenCrops, MayMissTheRatioOfTheirFillByATouch)
+{
+    const auto fault = [](const char* crop, const char* fill) {
+        return FaultOf(std::string("{\"file\":\"a\",\"crops\":[{\"x\":0,\"y\":0,") + crop +
+                       ",\"fill\":{" + fill + "}}]}\n");
+    };
+    const char* const square = "\"width\":1000,\"height\":1000";
+    EXPECT_EQ(fault(square, "\"width\":10209,\"height\":10000"), "none");
+    EXPECT_NE(fault(square, "\"width\":10212,\"height\":10000"), "none");
+    EXPECT_EQ(fault(square, "\"width\":9791,\"height\":10000"), "none");
+    EXPECT_NE(fault(square, "\"width\":9788,\"height\":10000"), "none");
+    const char* const thin = "\"width\":100,\"height\":10"; // a pixel of ten is a tenth
+    EXPECT_EQ(fault(thin, "\"width\":1119,\"height\":100"), "none");
+    EXPECT_NE(fault(thin, "\"width\":1121,\"height\":100"), "none");
+}
+
 } // namespace
 } // namespace vistaTrim::cli

@@ -4,8 +4,10 @@
 #include <csignal>
 #include <new>
 #include <stdexcept>
+#include <thread>
 
 #include <gtest/gtest.h>
+#include <vips/vips.h>
 
 #include "batch/interruption.h"
 #include "batch/program_error.h"
@@ -144,8 +146,28 @@ TEST(RunPhotos, ThreadsOfAPhotographShareTheWorkers)
     EXPECT_EQ(ThreadsPerPhoto(options, 8), 1);
     EXPECT_EQ(ThreadsPerPhoto(options, 900), 1);
     options.Workers = 0; // as many as there are processors
-    EXPECT_GE(ThreadsPerPhoto(options, 1), 1);
+    const int processors = static_cast<int>(std::thread::hardware_concurrency());
+    EXPECT_EQ(ThreadsPerPhoto(options, 1), std::max(1, processors));
     EXPECT_EQ(ThreadsPerPhoto(options, 100000), 1);
+}
+
+// With several at a time, more threads would compete with the other workers.
+TEST(RunPhotos, OnlyASinglePhotographIsReadByAllWorkers)
+{
+    Options options;
+    options.Workers = 5;
+    const auto threads = [&options](size_t photos) {
+        int seen = 0;
+        RunAll(Named(std::vector<std::string>(photos, "a")), options,
+               [&seen](const ListedPhoto&, PhotoResult&) { seen = vips_concurrency_get(); });
+        return seen;
+    };
+    EXPECT_EQ(threads(1), 5);
+    options.Workers = 1;
+    EXPECT_EQ(threads(1), 1);
+    EXPECT_EQ(threads(3), 1);
+    options.Workers = 5;
+    EXPECT_EQ(threads(1), 5);
 }
 
 // The last test of the program: a noted signal stays noted.

@@ -462,5 +462,24 @@ TEST(GreyOf, StretchesToTheMapsOwnMaximum)
     EXPECT_TRUE(GreyOf({"x", {0, 0}, {}}).Bytes.empty());
 }
 
+TEST(Analysis, TakesTheSmallestAndLargestValuesOfARequest)
+{
+    const Analysis analysis = AnalysisOfABlock();
+    const auto taken = [&analysis](const auto& change) {
+        Request request;
+        change(request);
+        EXPECT_NO_THROW(analysis.Suggest(request));
+    };
+    taken([](Request& r) { r.Scales = {0.01}; });
+    taken([](Request& r) { r.Scales = {1.0}; });
+    taken([](Request& r) { r.Top = 1; });
+    taken([](Request& r) { r.Density = 1; });
+    taken([](Request& r) { r.Aspects = {{1, 1}}; });
+    taken([](Request& r) { r.Size = PixelSize{1, 1}; });
+    taken([](Request& r) { r.Size = PixelSize{800, 500}; });
+    taken([](Request& r) { r.Wishes = {{WishKind::Keep, {799, 499, 1, 1}}}; });
+    taken([](Request& r) { r.Weights = {0, 0, 0, 0, 0}; });
+}
+
 } // namespace
 } // namespace vistaTrim::photo

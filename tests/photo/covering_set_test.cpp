@@ -119,5 +119,22 @@ TEST(CoveringSet, OverlapIsIntersectionOverUnionOfPixels)
     EXPECT_EQ(OverlapOf(a, CInt32CropRect(10, 19, 0, 9)), 0.0);
 }
 
+// Of 250 copies of one crop and another crop behind them, what people would choose are the first
+// 250 of the list alone.
+TEST(CoveringSet, ChoicesAreTheMostProbable250)
+{
+    const CInt32CropRect one(0, 9, 0, 9);
+    const CInt32CropRect other(100, 109, 0, 9);
+    const auto expectedOfOther = [&](size_t copies) {
+        std::vector<CInt32CropRect> crops(copies, one);
+        crops.push_back(other);
+        const CoveringSet set(crops, std::vector<double>(crops.size(), 0.0),
+                              std::vector<size_t>(crops.size(), 0));
+        return set.ExpectedOverlap(other);
+    };
+    EXPECT_NEAR(expectedOfOther(249), 1.0 / 250, 1e-12); // sums of 250 quotients
+    EXPECT_EQ(expectedOfOther(250), 0.0);
+}
+
 } // namespace
 } // namespace vistaTrim::photo

@@ -130,6 +130,19 @@ TEST_F(FaceFinderOnPortrait, ThreadsFindTheSame)
     }
 }
 
+// The surest first. How sure is a curve of the detector's score, fitted to faces looked at one by
+// one; these are its values for the portrait, to the digits that the curve deserves.
+TEST_F(FaceFinderOnPortrait, TellsHowSureItIsOfEach)
+{
+    const std::vector<FoundRegion> faces =
+        FindFaces(Photograph::FromFile(kPortrait).ReadWorkingPicture().Pixels, FaceSearch::All);
+    ASSERT_GE(faces.size(), 2U);
+    EXPECT_NEAR(faces[0].Confidence, 0.9999, 1e-5);
+    EXPECT_NEAR(faces[1].Confidence, 0.774, 1e-3); // a face on a badge
+    for (size_t i = 1; i < faces.size(); ++i)
+        EXPECT_GE(faces[i - 1].Confidence, faces[i].Confidence);
+}
+
 TEST_F(FaceFinderOnPortrait, OffFindsNone)
 {
     EXPECT_THAT(FindFaces(PortraitOf(512), FaceSearch::Off), IsEmpty());

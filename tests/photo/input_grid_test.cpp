@@ -122,5 +122,21 @@ TEST(InputGrid, EveryIsaVariantGivesTheSameBits)
     SelectCpuForm(before);
 }
 
+TEST(InputGrid, MapsOfOneRowOrColumnAreReadToo)
+{
+    std::vector<float> values;
+    for (int i = 0; i < 32; ++i)
+        values.push_back(static_cast<float>(i));
+    for (const bool isRow : {false, true}) {
+        std::vector<InputMap> maps(1);
+        maps[0] = {values.data(), isRow ? 1 : 32, isRow ? 32 : 1};
+        const InputGrid grid = AverageInputs(maps, NoisePicture(64, 64));
+        for (int r = 0; r < kGridSide; ++r)
+            for (int c = 0; c < kGridSide; ++c) // two values a cell
+                EXPECT_EQ(grid.Planes[static_cast<size_t>(r * kGridSide + c)],
+                          2.0F * static_cast<float>(isRow ? c : r) + 0.5F);
+    }
+}
+
 } // namespace
 } // namespace vistaTrim::photo

@@ -61,5 +61,13 @@ TEST(Ratio, OfAnIrrationalValueIsTheNearestThousandth)
     EXPECT_NEAR(RatioOfValue(1.6180339887).Value(), 1.6180339887, 0.0005);
 }
 
+TEST(Ratio, OfTermsUpTo32IsNamedByThem)
+{
+    EXPECT_EQ((Ratio{32, 31}).CommonName(), "32:31");
+    EXPECT_EQ((Ratio{31, 32}).CommonName(), "31:32");
+    EXPECT_EQ((Ratio{33, 32}).CommonName(), "1.03:1");
+    EXPECT_EQ((Ratio{32, 33}).CommonName(), "1:1.03");
+}
+
 } // namespace
 } // namespace vistaTrim::photo

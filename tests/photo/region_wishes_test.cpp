@@ -88,5 +88,14 @@ TEST(SameRegion, HalfOfTheSmallerCovers)
     EXPECT_FALSE(IsCovered(Region({0, 0, 100, 100}, RegionKind::Face), {}));
 }
 
+TEST(RegionWishes, TheRoomOfALargeFaceIsExactToThePixel)
+{
+    EXPECT_EQ(HeadOf({4000, 3000, 2000, 1000}, {10000, 8000}), (PixelRect{3600, 2600, 2800, 1600}));
+    FoundRegion wide = Region({0, 0, 1000, 719}, RegionKind::Subject); // of 1000 x 800
+    EXPECT_THAT(WishesOf({wide}, kPhoto), SizeIs(1));
+    wide.Rect.Height = 720; // nine tenths
+    EXPECT_THAT(WishesOf({wide}, kPhoto), IsEmpty());
+}
+
 } // namespace
 } // namespace vistaTrim::photo
