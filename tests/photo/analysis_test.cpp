@@ -225,6 +225,75 @@ TEST(Analysis, GivesWhatIsRequested)
     EXPECT_LT(wished.Explained->Passing, wished.Explained->Candidates);
 }
 
+// Every candidate that passes is handed out, so the ranks can be counted again.
+TEST(Analysis, RanksAreSharesOfTheCandidatesThatPass)
+{
+    Request request;
+    request.Aspects = {{3, 2}};
+    request.Scales = {0.5, 0.7};
+    request.Top = 10000;
+    request.Ranking = RankBy::Coverage;
+    request.Wishes = {{WishKind::MustKeep, {120, 90, 100, 80}}};
+    request.Explain = true;
+    const Suggestions answer = AnalysisOfABlock().Suggest(request);
+    const std::vector<Crop>& crops = answer.Crops;
+    const double passing = static_cast<double>(crops.size());
+    ASSERT_EQ(answer.Explained->Passing, static_cast<int64_t>(crops.size()));
+    ASSERT_GT(answer.Explained->Candidates, answer.Explained->Passing);
+    const auto shareUpTo = [&](double Scores::*measure, double value) {
+        return static_cast<double>(
+                   std::count_if(crops.begin(), crops.end(),
+                                 [&](const Crop& c) { return c.Scores.*measure <= value; })) /
+               passing;
+    };
+    for (const Crop& crop : crops) {
+        for (size_t i = 0; i < kNumWeighed; ++i)
+            EXPECT_EQ(crop.Explained->Ranks[i],
+                      shareUpTo(kMeasures[i].Value, crop.Scores.*kMeasures[i].Value))
+                << kMeasures[i].Name;
+        EXPECT_EQ(crop.Scores.Merged, shareUpTo(&Scores::Coverage, crop.Scores.Coverage));
+    }
+    EXPECT_EQ(crops[0].Scores.Merged, 1.0);
+}
+
+// Detectors make mistakes; users know what they want.
+TEST(Analysis, WhatWasFoundNeverGoesBeforeWhatIsNamed)
+{
+    const PixelImage image = BlockOnARamp({800, 500});
+    const PixelRect named{600, 350, 60, 60};
+    FoundRegion found; // on the bright block, which crops hold anyway
+    found.Rect = {120, 90, 100, 80};
+    found.Wish = WishKind::Keep;
+    RegionOptions regions;
+    regions.Faces = FaceSearch::Off;
+    regions.Regions = {found};
+    const Analysis analysis(Photograph::FromPixels(ViewOf(image)), regions);
+    Request request;
+    request.Aspects = {{1, 1}};
+    request.Scales = {0.6};
+    request.Top = 10000;
+    request.Wishes = {{WishKind::Keep, named}};
+    bool missed = false;
+    size_t holdFound = 0;
+    for (const Crop& crop : analysis.Suggest(request).Crops) {
+        missed = missed || !Contains(crop.Rect, named);
+        EXPECT_EQ(Contains(crop.Rect, named), !missed);
+        holdFound += Contains(crop.Rect, found.Rect) ? 1 : 0;
+    }
+    EXPECT_TRUE(missed);
+    EXPECT_GT(holdFound, 0U);
+}
+
+TEST(Analysis, ReportsTheTimeOfEachStepUnderItsName)
+{
+    const Analysis analysis = AnalysisOfABlock();
+    const Timings times = analysis.Suggest(Request()).Times;
+    EXPECT_EQ(times.Read, analysis.Picture().ReadMilliseconds);
+    EXPECT_EQ(times.Analyse, analysis.Milliseconds());
+    EXPECT_EQ(times.Faces, analysis.FacesMilliseconds());
+    EXPECT_NE(times.Analyse, times.Faces);
+}
+
 TEST(Analysis, RejectsInvalidRequestsByKind)
 {
     const Analysis analysis = AnalysisOfABlock();

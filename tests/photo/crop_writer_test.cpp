@@ -134,6 +134,74 @@ TEST(CropWriter, ReadsUprightSrgbOfEveryKind)
     EXPECT_EQ(grey.Bytes.size(), 9U * 9 * 3);
 }
 
+// In encoded crops and plain pixels, colour and grey, at 8 and 16 bits.
+TEST(CropWriter, ShowsTheBackgroundThroughTransparentPlaces)
+{
+    const TempFolder folder;
+    const VImage clear = VImage::black(60, 40).cast(VIPS_FORMAT_UCHAR);
+    const auto deep = [](const VImage& image, VipsInterpretation kind) {
+        return (image.cast(VIPS_FORMAT_USHORT) * 257)
+            .cast(VIPS_FORMAT_USHORT)
+            .copy(VImage::option()->set("interpretation", kind));
+    };
+    const VImage colour = Quarters(60, 40).bandjoin(clear);
+    const VImage grey =
+        Quarters(60, 40).colourspace(VIPS_INTERPRETATION_B_W).extract_band(0).bandjoin(clear);
+    colour.write_to_file(folder.Path("colour.png").c_str());
+    deep(colour, VIPS_INTERPRETATION_RGB16).write_to_file(folder.Path("deep colour.png").c_str());
+    grey.write_to_file(folder.Path("grey.png").c_str());
+    deep(grey, VIPS_INTERPRETATION_GREY16).write_to_file(folder.Path("deep grey.png").c_str());
+    const Colour background{60, 120, 180};
+    const double brightness = 0.299 * 60 + 0.587 * 120 + 0.114 * 180; // of a grey background
+    const std::vector<CropOutput> crops = {Output({5, 5, 40, 30}, ImageFormat::Jpeg)};
+    for (const char* name : {"colour.png", "deep colour.png", "grey.png", "deep grey.png"}) {
+        SCOPED_TRACE(name);
+        const Photograph photograph = Photograph::FromFile(folder.Path(name), {background});
+        const VImage written = Decoded(EncodeCrops(photograph, crops)[0]);
+        for (int band = 0; band < written.bands(); ++band)
+            EXPECT_NEAR(written.extract_band(band).avg(),
+                        written.bands() == 1 ? brightness : background[static_cast<size_t>(band)],
+                        2.0);
+        const VImage read = AsImage(ReadCrops(photograph, crops)[0]);
+        for (int band = 0; band < 3; ++band)
+            EXPECT_NEAR(read.extract_band(band).avg(), background[static_cast<size_t>(band)], 1.0);
+    }
+}
+
+// Readers ignore regions whose stated size does not match the picture.
+TEST(CropWriter, ScaledCropsStateTheirOwnSizeBesideTheirRegions)
+{
+    const std::string xmp =
+        "<x:xmpmeta xmlns:x=\"adobe:ns:meta/\"><rdf:RDF "
+        "xmlns:rdf=\"http://www.w3.org/1999/02/22-rdf-syntax-ns#\"><rdf:Description "
+        "rdf:about=\"\" xmlns:mwg-rs=\"http://www.metadataworkinggroup.com/schemas/regions/\" "
+        "xmlns:stDim=\"http://ns.adobe.com/xap/1.0/sType/Dimensions#\" "
+        "xmlns:stArea=\"http://ns.adobe.com/xmp/sType/Area#\">"
+        "<mwg-rs:Regions rdf:parseType=\"Resource\"><mwg-rs:AppliedToDimensions "
+        "stDim:w=\"600\" stDim:h=\"400\" stDim:unit=\"pixel\"/><mwg-rs:RegionList><rdf:Bag>"
+        "<rdf:li><rdf:Description mwg-rs:Name=\"Rex\" mwg-rs:Type=\"Pet\"><mwg-rs:Area "
+        "stArea:x=\"0.5\" stArea:y=\"0.5\" stArea:w=\"0.1\" stArea:h=\"0.1\" "
+        "stArea:unit=\"normalized\"/></rdf:Description></rdf:li></rdf:Bag></mwg-rs:RegionList>"
+        "</mwg-rs:Regions></rdf:Description></rdf:RDF></x:xmpmeta>";
+    const TempFolder folder;
+    const VImage tagged = Quarters(600, 400).copy();
+    vips_image_set_blob_copy(tagged.get_image(), "xmp-data", xmp.data(), xmp.size());
+    tagged.write_to_file(folder.Path("a.jpg").c_str());
+    std::vector<CropOutput> crops(2, Output({200, 100, 300, 200}, ImageFormat::Jpeg));
+    crops[1].Size = PixelSize{150, 100};
+    const auto encoded = EncodeCrops(Photograph::FromFile(folder.Path("a.jpg")), crops);
+    for (size_t i = 0; i < 2; ++i) {
+        const VImage crop = Decoded(encoded[i]);
+        size_t size = 0;
+        const auto* bytes = static_cast<const char*>(crop.get_blob("xmp-data", &size));
+        const std::string written(bytes, size);
+        for (const auto& [field, side] :
+             {std::pair("stDim:w=\"", crop.width()), std::pair("stDim:h=\"", crop.height())})
+            EXPECT_NE(written.find(field + std::to_string(side) + "\""), std::string::npos)
+                << written;
+    }
+}
+
 TEST(CropWriter, ScalesPixelsToTheRequestedSize)
 {
     const PixelImage image = PixelsOfImage(Quarters(600, 400));

@@ -11,6 +11,7 @@
 #include <unistd.h>
 
 #include "regions/same_region.h"
+#include "vistaTrimPhoto/analysis.h"
 #include "vistaTrimPhoto/photograph.h"
 
 namespace vistaTrim::photo {
@@ -142,6 +143,30 @@ TEST_F(FaceFinderOnPortrait, TellsHowSureItIsOfEach)
     EXPECT_NEAR(faces[1].Confidence, 0.774, 1e-3); // a face on a badge
     for (size_t i = 1; i < faces.size(); ++i)
         EXPECT_GE(faces[i - 1].Confidence, faces[i].Confidence);
+}
+
+// The face finder sees the working picture; the regions of an analysis are in photograph pixels.
+TEST_F(FaceFinderOnPortrait, FacesOfAnAnalysisAreInPhotographPixels)
+{
+    const PixelImage portrait = Photograph::FromFile(kPortrait).ReadPreview(512);
+    for (const int32_t times : {1, 3}) {
+        SCOPED_TRACE(times);
+        PixelImage large;
+        large.Size = {portrait.Size.Width * times, portrait.Size.Height * times};
+        for (int32_t y = 0; y < large.Size.Height; ++y)
+            for (int32_t x = 0; x < large.Size.Width; ++x) {
+                const auto pixel = portrait.Bytes.begin() +
+                                   ptrdiff_t{3} * (y / times * portrait.Size.Width + x / times);
+                large.Bytes.insert(large.Bytes.end(), pixel, pixel + 3);
+            }
+        RegionOptions options;
+        options.Faces = FaceSearch::Large;
+        const Analysis analysis(Photograph::FromPixels(ViewOf(large)), options);
+        ASSERT_FALSE(analysis.Regions().empty());
+        ExpectOverlap(analysis.Regions()[0].Rect,
+                      {kFaceInPortrait.X * times, kFaceInPortrait.Y * times,
+                       kFaceInPortrait.Width * times, kFaceInPortrait.Height * times});
+    }
 }
 
 TEST_F(FaceFinderOnPortrait, OffFindsNone)

@@ -64,6 +64,15 @@ std::string PeopleTags(const std::string& rectangle)
                   "</MP:RegionInfo>");
 }
 
+// The first packet with the people tags of the second beside its own regions.
+std::string Together(std::string packet, const std::string& tags)
+{
+    const size_t from = tags.find("<MP:RegionInfo");
+    const size_t to = tags.find("</rdf:Description></rdf:RDF>");
+    return packet.insert(packet.rfind("</rdf:Description></rdf:RDF>"),
+                         tags.substr(from, to - from));
+}
+
 std::string Iptc(const std::string& boundary, const std::string& role = "mainSubjectArea")
 {
     return Packet("<Iptc4xmpExt:ImageRegion><rdf:Bag><rdf:li rdf:parseType=\"Resource\">"
@@ -196,11 +205,8 @@ TEST(MetadataRegions, ARegionThatSaysHowToCropIsNoWish)
 
 TEST(MetadataRegions, AFaceThatTwoStandardsNameComesOnce)
 {
-    std::string both = WorkingGroup({{0.25, 0.5, 0.1, 0.2}}, 400, 200);
-    const std::string tags = PeopleTags("0.2, 0.4, 0.1, 0.2");
-    const size_t from = tags.find("<MP:RegionInfo");
-    const size_t to = tags.find("</rdf:Description></rdf:RDF>");
-    both.insert(both.rfind("</rdf:Description></rdf:RDF>"), tags.substr(from, to - from));
+    const std::string both =
+        Together(WorkingGroup({{0.25, 0.5, 0.1, 0.2}}, 400, 200), PeopleTags("0.2, 0.4, 0.1, 0.2"));
 
     EXPECT_THAT(RectsOf(RegionsOfXmp(both, kPhoto, 1)), ElementsAre(PixelRect{80, 80, 40, 40}));
 }
@@ -326,6 +332,23 @@ TEST(CropRegions, OfIptcBecomeRectangles)
         EXPECT_THAT(*crop, Not(HasSubstr(shape)));
         EXPECT_THAT(*crop, Not(HasSubstr("rbVertices")));
     }
+}
+
+// Each standard has its own list, counted from 1.
+TEST(CropRegions, OfTwoStandardsStayInTheirOwnLists)
+{
+    const std::string both =
+        Together(WorkingGroup({{0.25, 0.5, 0.1, 0.2}, {0.35, 0.5, 0.05, 0.1}}, 400, 200),
+                 PeopleTags("0.5, 0.4, 0.1, 0.2")); // 200,80 40 x 40
+
+    const auto crop = XmpForCrop(both, kPhoto, 1, {60, 40, 200, 160}, {200, 160});
+
+    ASSERT_TRUE(crop.has_value());
+    EXPECT_THAT(RectsOf(RegionsOfXmp(*crop, {200, 160}, 1)),
+                ElementsAre(PixelRect{20, 40, 40, 40}, PixelRect{70, 50, 20, 20},
+                            PixelRect{140, 40, 40, 40}));
+    EXPECT_THAT(*crop, HasSubstr("Ada"));
+    EXPECT_THAT(*crop, HasSubstr("Grace"));
 }
 
 TEST(CropRegions, WithoutAnyTheListIsDropped)
