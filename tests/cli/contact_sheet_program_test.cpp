@@ -82,6 +82,22 @@ TEST(ContactSheet, TakesShapesAndCells)
     EXPECT_EQ(widthOfCell(2), 45);
 }
 
+// In the photograph and its crops; the sheet itself stays white.
+TEST(ContactSheet, ShowsTheBackgroundThroughTransparentPlaces)
+{
+    const TempFolder folder;
+    Plain(600, 600, {200, 30, 30, 0}).write_to_file(folder.Path("a.png").c_str());
+    const Outcome outcome =
+        RunProgram({"contact-sheet", folder.Path("a.png"), "--background", "#2040c0", "-n", "1",
+                    "--aspect", "1:1", "--cell", "100x80", "-o", folder.Path("sheet.png")});
+    ASSERT_EQ(outcome.Status, 0) << outcome.Err;
+    const VImage sheet = VImage::new_from_file(folder.Path("sheet.png").c_str());
+    for (int cell = 0; cell < 2; ++cell) {
+        ExpectColour(sheet, 12 + 112 * cell + 50, 12 + 30 + 30 + 40, {0x20, 0x40, 0xc0});
+        ExpectColour(sheet, 12 + 112 * cell + 4, 12 + 30 + 30 + 40, {255, 255, 255});
+    }
+}
+
 TEST(ContactSheet, RejectsWhatItCannotWrite)
 {
     const TempFolder folder;

@@ -153,6 +153,23 @@ TEST_F(Shapes, PresetsHaveNameRatioAndSize)
     EXPECT_EQ(portrait.Width * 5, portrait.Height * 4);
 }
 
+// --aspect uses only the ratio of a preset; --preset also scales to its size.
+TEST_F(Shapes, ARatioByTheNameOfAPresetLeavesTheSizeOfTheCrop)
+{
+    const Words story = {"--aspect", "story", "--aspect", "thumbnail", "--each-ratio"};
+    const Outcome outcome = Crop(story);
+    ASSERT_EQ(outcome.Status, 0) << outcome.Err;
+    Words words = {"suggest", "--json", Folder.Path("a.jpg")};
+    words.insert(words.end(), story.begin(), story.end());
+    const auto line = nlohmann::json::parse(RunProgram(words).Out);
+    ASSERT_EQ(line["crops"].size(), 2U);
+    for (const auto& crop : line["crops"]) {
+        EXPECT_FALSE(crop.contains("fill"));
+        EXPECT_EQ(SizeOf("out/a-" + crop["shape"].get<std::string>() + ".jpg"),
+                  (PixelSize{crop["width"], crop["height"]}));
+    }
+}
+
 TEST_F(Shapes, AUsersFileAddsAndReplacesPresets)
 {
     WriteText(Folder.Path("mine.tsv"),
