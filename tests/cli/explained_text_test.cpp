@@ -117,7 +117,7 @@ TEST(ExplainedText, ForPeopleIsShortWhereNothingIsToBeExplained)
     EXPECT_EQ(text.find("candidates"), std::string::npos);
     EXPECT_EQ(text.find("at or above"), std::string::npos);
     result.Found.Crops.clear();
-    EXPECT_EQ(PeopleText(result), "a.jpg: 4000 x 3000\n  no crop; --explain tells why\n");
+    EXPECT_EQ(PeopleText(result), "a.jpg: 4000 x 3000\n  no crop; --explain shows why\n");
     result = Explained();
     result.Found.Crops.clear();
     EXPECT_EQ(PeopleText(result).find("no crop"), std::string::npos); // the note tells why
@@ -135,7 +135,7 @@ TEST(ExplainedText, OfEveryShortfallIsASentence)
         {Shortfall::HardWishesTogether,
          "no candidate meets all of --must-keep and --must-avoid at once"},
         {Shortfall::SizeMissesWishes,
-         "no crop of exactly the asked size meets the wishes at full resolution"},
+         "no crop of exactly the requested size meets the wishes at full resolution"},
         {Shortfall::FewCandidates, "only 7 candidates are left to choose from"},
         {Shortfall::OthersRankTooLow,
          "of 7 candidates, the others rank too low or are much like these"}};
