@@ -486,7 +486,7 @@ def main():
         help="leave out, comma-separated: planes, pairs, input0 .. input13, " + ", ".join(GROUPS))
     add("--epochs", type=int, default=10)
     add("--channels", type=int, default=24)
-    add("--dilations", type=lambda t: [int(v) for v in t.split(",")], default=[1, 1, 2, 2])
+    add("--dilations", type=lambda t: [int(v) for v in t.split(",")], default=[1])
     add("--rate", type=float, default=1e-3)
     add("--decay", type=float, default=0.05)
     add("--drop", type=float, default=0.15, help="share of channels dropped while fitting")
@@ -500,7 +500,7 @@ def main():
     add("--seed", type=int, default=1)
     add("--threads", type=int, default=1)
     add("--sharpness", type=float, default=2.0, help="written into the model")
-    add("--overlap-line", type=lambda t: [float(v) for v in t.split(",")], default=[0.0278, 0.8593],
+    add("--overlap-line", type=lambda t: [float(v) for v in t.split(",")], default=[0.0897, 0.7870],
         help="OFFSET,SLOPE as --cross-validate prints it, written into the model")
     add("--sharpnesses", type=lambda t: [float(v) for v in t.split(",")],
         default=[1.5, 2.0, 2.5, 3.0])
