@@ -934,10 +934,14 @@ ChoiceModel MakeDefaultModel()
     model.InputMeans.assign(std::begin(kInputMeans), std::end(kInputMeans));
     model.InputScales.assign(std::begin(kInputScales), std::end(kInputScales));
     model.FeatureWeights.assign(std::begin(kFeatureWeights), std::end(kFeatureWeights));
-    model.Layers.push_back({14, 24, 1,
+    model.Layers.push_back({14,
+                            24,
+                            1,
                             {std::begin(kWeights0), std::end(kWeights0)},
                             {std::begin(kBiases0), std::end(kBiases0)}});
-    model.Layers.push_back({24, 11, 1,
+    model.Layers.push_back({24,
+                            11,
+                            1,
                             {std::begin(kWeights1), std::end(kWeights1)},
                             {std::begin(kBiases1), std::end(kBiases1)}});
     model.Sharpness = 2.0;

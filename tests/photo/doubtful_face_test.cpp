@@ -33,7 +33,7 @@ TEST(HueOfSkin, HoldsForLightAndDarkSkinAndForNothingGreenBlueOrGrey)
     for (const Colour& skin : {Colour{194, 157, 151}, {141, 88, 73}, {65, 46, 39}, {43, 16, 14}})
         EXPECT_TRUE(HasHueOfSkin(Beside(skin), kOnColour)) << int{skin.Red};
     for (const Colour& other :
-         {Colour{49, 90, 72}, {199, 206, 226}, {130, 130, 130}, {199, 179, 199}})
+         {Colour{49, 90, 72}, {180, 100, 150}, {199, 206, 226}, {130, 130, 130}, {199, 179, 199}})
         EXPECT_FALSE(HasHueOfSkin(Beside(other), kOnColour)) << int{other.Red};
 }
 
