@@ -273,6 +273,17 @@ def thirty_photographs_fit_a_few_screens(browser, sample):
         assert max(heights) - min(heights) <= 1, heights
 
 
+def narrow_photographs_make_no_tall_rows(browser, sample):
+    narrow = os.path.join(sample.folder, "narrow.png")
+    make_square(sample.folder, narrow, 6, 1500, 1, 700, 4)
+    page = sample.report("narrow.html", "--maps", "no", sample.large, narrow)
+    for width, most in ((1400, 360), (390, 220)):
+        browser.size(width, 844, phone=width < 500)
+        browser.open(page)
+        heights = [browser.box(stage)[3] for stage in browser.all("#tiles .stage")]
+        assert len(heights) == 2 and 20 < min(heights) and max(heights) < most, heights
+
+
 def search_finds_names(browser, sample):
     browser.open(sample.page)
     field = browser.one("#search")
@@ -907,7 +918,8 @@ def accessibility(browser, sample):
     check("paper")
 
 
-CASES = [overview_comes_first, thirty_photographs_fit_a_few_screens, search_finds_names,
+CASES = [overview_comes_first, thirty_photographs_fit_a_few_screens,
+         narrow_photographs_make_no_tall_rows, search_finds_names,
          frames_lie_where_the_crops_are, regions_are_drawn_and_told,
          badges_stand_at_corners_of_their_frames,
          only_the_shown_crop_stands_out, clicks_choose_what_is_shown, keys_reach_everything,
