@@ -49,7 +49,8 @@ bool ComplainOfClashes(const std::vector<std::string>& clashes)
     if (clashes.size() > kMost)
         Complain("and " + std::to_string(clashes.size() - kMost) + " more");
     if (!clashes.empty())
-        Complain("nothing was written; --name gives other names");
+        Complain(
+            "nothing was written; --name gives other names, such as {stem}-{extension}-{rank}");
     return !clashes.empty();
 }
 

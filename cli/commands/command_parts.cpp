@@ -56,6 +56,12 @@ std::string StemOf(const ListedPhoto& photo)
     return photo.Path == "-" ? "stdin" : std::filesystem::path(photo.Path).stem().string();
 }
 
+std::string ExtensionOf(const ListedPhoto& photo)
+{
+    const std::string extension = std::filesystem::path(photo.Path).extension().string();
+    return extension.empty() ? extension : extension.substr(1);
+}
+
 std::string OutputPrefix(const Options& options, const ListedPhoto& photo)
 {
     namespace fs = std::filesystem;

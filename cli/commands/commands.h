@@ -34,6 +34,9 @@ photo::RegionOptions RegionsFor(const Options& options, const ListedPhoto& photo
 // The photograph's name without folders and ending; "stdin" for standard input.
 std::string StemOf(const ListedPhoto& photo);
 
+// The ending of the photograph's name, without the dot; empty if it has none.
+std::string ExtensionOf(const ListedPhoto& photo);
+
 // OUTPUT/INSIDE/STEM, the prefix of a photograph's files; creates the folder.
 std::string OutputPrefix(const Options& options, const ListedPhoto& photo);
 

@@ -35,6 +35,7 @@ std::string NameOf(const ListedPhoto& photo, const CropLabel& label, const CropF
 {
     NameFields fields;
     fields.Stem = StemOf(photo);
+    fields.Extension = ExtensionOf(photo);
     fields.Shape = label.Shape.empty() ? label.Ratio : label.Shape;
     fields.Ratio = label.Ratio;
     fields.Rank = std::to_string(label.Rank);

@@ -54,7 +54,7 @@ complete -c vistatrim -n '__fish_seen_subcommand_from crop' -l resume -d 'Write 
 complete -c vistatrim -n '__fish_seen_subcommand_from crop' -l fill -x -d 'The best crop of this ratio, scaled to exactly this size; may be repeated'
 complete -c vistatrim -n '__fish_seen_subcommand_from crop' -l widths -x -d 'Each crop at several widths, as 400,800,1600'
 complete -c vistatrim -n '__fish_seen_subcommand_from crop' -l upscale -d 'Scale up to widths that a crop does not have; else the crop\'s own is the last'
-complete -c vistatrim -n '__fish_seen_subcommand_from crop' -l name -x -d 'Names of the files, of {stem}, {shape}, {ratio}, {rank}, {width} and {height}'
+complete -c vistatrim -n '__fish_seen_subcommand_from crop' -l name -x -d 'Names of the files, of {stem}, {extension}, {shape}, {ratio}, {rank}, {width} and {height}'
 complete -c vistatrim -n '__fish_seen_subcommand_from crop' -l xmp -d 'Also NAME.xmp with the best crop, for raw developers'
 complete -c vistatrim -n '__fish_seen_subcommand_from crop' -l xmp-only -d 'Only NAME.xmp, and no pictures'
 complete -c vistatrim -n '__fish_seen_subcommand_from crop' -l manifest -r -F -d 'Write a JSON list of photographs, crops, files, sizes and scores'

@@ -75,7 +75,8 @@ void AddSizes(CLI::App& command, Options& values)
                 }
                 values.CropFiles.Name = text;
             },
-            "Names of the files, of {stem}, {shape}, {ratio}, {rank}, {width} and {height}")
+            "Names of the files, of {stem}, {extension}, {shape}, {ratio}, {rank}, {width} and "
+            "{height}")
         ->type_name("TEMPLATE")
         ->group(kNames);
 }

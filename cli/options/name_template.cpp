@@ -14,17 +14,19 @@ struct Field {
     std::string NameFields::*Value;
 };
 
-constexpr Field kFields[] = {{"stem", &NameFields::Stem},   {"shape", &NameFields::Shape},
-                             {"ratio", &NameFields::Ratio}, {"rank", &NameFields::Rank},
-                             {"width", &NameFields::Width}, {"height", &NameFields::Height}};
+constexpr Field kFields[] = {{"stem", &NameFields::Stem},    {"extension", &NameFields::Extension},
+                             {"shape", &NameFields::Shape},  {"ratio", &NameFields::Ratio},
+                             {"rank", &NameFields::Rank},    {"width", &NameFields::Width},
+                             {"height", &NameFields::Height}};
 
 std::string NameFields::*FieldOf(const std::string& name)
 {
     for (const Field& field : kFields)
         if (name == field.Name)
             return field.Value;
-    throw std::runtime_error("there is no field {" + name +
-                             "}; there are {stem}, {shape}, {ratio}, {rank}, {width} and {height}");
+    throw std::runtime_error(
+        "there is no field {" + name +
+        "}; there are {stem}, {extension}, {shape}, {ratio}, {rank}, {width} and {height}");
 }
 
 void CheckFolders(const std::string& text)

@@ -8,7 +8,8 @@
 namespace vistaTrim::cli {
 
 struct NameFields {
-    std::string Stem; // of the photograph
+    std::string Stem;      // of the photograph
+    std::string Extension; // of the photograph, without the dot
     std::string Shape;
     std::string Ratio;
     std::string Rank;

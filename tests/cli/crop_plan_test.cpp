@@ -106,6 +106,10 @@ TEST(CropPlan, NamesFollowTheTemplateWithEveryField)
     options.CropFiles.ResizeTo = PixelSize{32, 32};
     EXPECT_EQ(Paths(Plan(options, TwoCrops())),
               (Words{"out/sub/16x9/a.b_wide_1_32x18.png", "out/sub/1x1/a.b_square_2_32x32.png"}));
+    options.CropFiles.Name = "{stem}.{extension}-{rank}";
+    EXPECT_EQ(Paths(Plan(options, TwoCrops())),
+              (Words{"out/sub/a.b.jpg-1.png", "out/sub/a.b.jpg-2.png"}));
+    options.CropFiles.Name = "{ratio}/{stem}_{shape}_{rank}_{width}x{height}";
     // Without a name of its own, a shape is called by its ratio.
     PhotoResult result = TwoCrops();
     result.Labels = {{"", "16x9", 1, {}}, {"", "1x1", 2, {}}};

@@ -7,7 +7,7 @@
 namespace vistaTrim::cli {
 namespace {
 
-const NameFields kFields = {"holiday", "og-image", "40x21", "3", "1200", "630"};
+const NameFields kFields = {"holiday", "heic", "og-image", "40x21", "3", "1200", "630"};
 
 std::string Expanded(const std::string& text)
 {
@@ -27,6 +27,7 @@ std::string FaultOf(const std::string& text)
 TEST(NameTemplate, PutsEachFieldInItsPlace)
 {
     EXPECT_EQ(Expanded("{stem}"), "holiday");
+    EXPECT_EQ(Expanded("{extension}"), "heic");
     EXPECT_EQ(Expanded("{shape}"), "og-image");
     EXPECT_EQ(Expanded("{ratio}"), "40x21");
     EXPECT_EQ(Expanded("{rank}"), "3");
@@ -58,9 +59,10 @@ TEST(NameTemplate, ASlashBeginsAFolder)
 
 TEST(NameTemplate, BracesWithoutAFieldAreFaults)
 {
-    EXPECT_EQ(FaultOf("{stem}-{colour}"),
-              "there is no field {colour}; there are {stem}, {shape}, {ratio}, {rank}, {width} and "
-              "{height}");
+    EXPECT_EQ(
+        FaultOf("{stem}-{colour}"),
+        "there is no field {colour}; there are {stem}, {extension}, {shape}, {ratio}, {rank}, "
+        "{width} and {height}");
     EXPECT_NE(FaultOf("{}"), "none");
     EXPECT_NE(FaultOf("{Stem}"), "none");
     EXPECT_EQ(FaultOf("{stem"), "a { has no }");

@@ -259,6 +259,13 @@ TEST_F(Shapes, NamesThatCollideAreRejectedBeforeAnythingIsWritten)
                                Folder.Path("a.jpg")),
               std::string::npos)
         << between.Err;
+    // Formats of one photograph, as phones leave them.
+    Quarters(900, 600).write_to_file(Folder.Path("a.png").c_str());
+    const Outcome formats = Crop({}, {"a.jpg", "a.png"});
+    EXPECT_EQ(formats.Status, 1);
+    EXPECT_NE(formats.Err.find("--name gives other names, such as {stem}-{extension}-{rank}"),
+              std::string::npos)
+        << formats.Err;
     // With a photograph of the run.
     const Outcome input = RunProgram({"crop", Folder.Path("a.jpg"), Folder.Path("b.jpg"), "-o",
                                       Folder.Path(""), "--name", "{stem}", "-n", "1", "--force"});
@@ -266,10 +273,13 @@ TEST_F(Shapes, NamesThatCollideAreRejectedBeforeAnythingIsWritten)
     EXPECT_NE(input.Err.find("would replace one of the photographs"), std::string::npos);
     EXPECT_TRUE(Written().empty());
     EXPECT_EQ(SizeOf("a.jpg"), (PixelSize{1800, 1200}));
-    // Names that differ by known sizes are accepted.
+    // Names that differ by known sizes, or by the photograph's extension, are accepted.
     EXPECT_EQ(
         Crop({"--name", "{stem}-{width}x{height}", "--fill", "10x10", "--fill", "20x10"}).Status,
         0);
+    EXPECT_EQ(Crop({"--name", "{stem}-{extension}-{rank}", "-n", "1"}, {"a.jpg", "a.png"}).Status,
+              0);
+    EXPECT_GT(SizeOf("out/a-jpg-1.jpg").Width, SizeOf("out/a-png-1.png").Width);
 }
 
 TEST_F(Shapes, ManifestListsEveryFileWithItsSizeAndScores)
