@@ -109,11 +109,12 @@ bool AverageColours(const PixelImage& picture, float* planes)
         const Span rows = CellSpan(r, height);
         std::fill(colours.begin(), colours.end(), 0);
         std::fill(gradient.begin(), gradient.end(), 0);
+        SumChannels(row.data(), rowAt(rows.First), width);
         for (int32_t y = rows.First; y < rows.End; ++y) {
             AddBytes(colours.data(), rowAt(y), width * kChannels);
-            SumChannels(row.data(), rowAt(y), width);
             SumChannels(below.data(), rowAt(std::min(y + 1, height - 1)), width);
             AddGradient(gradient.data(), row.data(), below.data(), width);
+            row.swap(below);
         }
         flat = flat &&
                std::all_of(gradient.begin(), gradient.end(), [](int32_t sum) { return sum == 0; });
