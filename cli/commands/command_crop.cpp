@@ -1,5 +1,6 @@
 #include "commands/commands.h"
 
+#include <cerrno>
 #include <cstdio>
 #include <filesystem>
 #include <iostream>
@@ -226,7 +227,8 @@ private:
             for (const std::string& name : result.Written)
                 std::printf("%s\n", Shown(name).c_str());
         if (std::fflush(stdout) != 0 || std::ferror(stdout) != 0)
-            throw ProgramError("cannot write standard output");
+            throw ProgramError("cannot write standard output: " +
+                               std::generic_category().message(errno));
         Beside.Add(result);
     }
 

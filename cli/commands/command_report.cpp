@@ -1,6 +1,7 @@
 #include "commands/commands.h"
 
 #include <cerrno>
+#include <filesystem>
 #include <fstream>
 #include <system_error>
 
@@ -11,6 +12,7 @@
 #include "commands/asked_crops.h"
 #include "report/report_page.h"
 #include "text/shown_name.h"
+#include "vistaTrimPhoto/image_format.h"
 #include "vistaTrimPhoto/stopwatch.h"
 
 namespace vistaTrim::cli {
@@ -48,6 +50,15 @@ private:
     std::ofstream Stream;
 };
 
+// The name of a picture would be a slip: the page is text.
+void CheckEnding(const std::string& file)
+{
+    const std::string ending = std::filesystem::path(file).extension().string();
+    if (!ending.empty() && photo::FormatOfEnding(ending.substr(1)))
+        throw ProgramError(Shown(file) + ": a report is a page, whose name ends in .html; "
+                                         "contact-sheet makes a picture");
+}
+
 } // namespace
 
 int RunReport(const Options& options, const std::vector<ListedPhoto>& photos)
@@ -56,6 +67,7 @@ int RunReport(const Options& options, const std::vector<ListedPhoto>& photos)
     explained.Request.Explain = true; // to explain why a photograph got no crop
     try {
         CheckOutputFile(options.Output);
+        CheckEnding(options.Output);
         PageFile page(options.Output, options.Force);
         size_t emitted = 0;
         size_t failed = 0;

@@ -170,6 +170,28 @@ TEST_F(Messages, AnOutputThatCannotBeWrittenIsNamedBeforeTheWork)
                   "a file or folder\n");
 }
 
+TEST_F(Messages, AReportWithTheNameOfAPictureIsASlip)
+{
+    for (const char* name : {"x.jpg", "x.PNG", "x.webp"}) {
+        const std::string page = Folder.Path(name);
+        EXPECT_EQ(FaultOf({"report", Photo, "-o", page}),
+                  "vistatrim: " + page +
+                      ": a report is a page, whose name ends in .html; contact-sheet makes a "
+                      "picture\n");
+        EXPECT_FALSE(std::filesystem::exists(page));
+    }
+}
+
+TEST_F(Messages, ACropForAFullDeviceNamesTheReason)
+{
+    RunOptions full;
+    full.OutTo = "/dev/full";
+    const Outcome outcome =
+        RunProgram({"crop", "--faces", "off", "-n", "1", Photo, "-o", "-"}, full);
+    EXPECT_EQ(outcome.Status, 1);
+    EXPECT_EQ(outcome.Err, "vistatrim: cannot write standard output: No space left on device\n");
+}
+
 TEST_F(Messages, ADashIsStandardOutputForListsToo)
 {
     const Outcome plain = RunProgram({"suggest", "--json", Photo});
