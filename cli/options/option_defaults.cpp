@@ -64,7 +64,7 @@ std::string HelpWithDefaults::make_option_opts(const CLI::Option* option) const
 
 std::string HelpWithDefaults::make_option_desc(const CLI::Option* option) const
 {
-    const std::string description = CLI::Formatter::make_option_desc(option);
+    std::string description = CLI::Formatter::make_option_desc(option);
     const bool takesValue = option->get_expected_max() != 0 && !option->get_positional();
     if (!takesValue || option->get_required() || Shown == nullptr)
         return description;

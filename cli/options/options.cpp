@@ -409,7 +409,7 @@ std::string HintOfDash(int argc, const char* const* argv)
 
 std::string InPlainWords(const CLI::ParseError& fault)
 {
-    const std::string text = fault.what();
+    std::string text = fault.what();
     const size_t twice = text.find(": At Most 1 required but received");
     if (twice != std::string::npos)
         return text.substr(0, twice) + " is given more than once";

@@ -100,7 +100,8 @@ py::dict ExplanationObject(const photo::Suggestions& found)
     return object;
 }
 
-std::unique_ptr<Analysis> Analyse(const BoundPhotograph& photograph, photo::RegionOptions regions)
+std::unique_ptr<Analysis> Analyse(const BoundPhotograph& photograph,
+                                  const photo::RegionOptions& regions)
 {
     const py::gil_scoped_release unlocked;
     return std::make_unique<Analysis>(photograph.Photo, regions);

@@ -45,8 +45,8 @@ std::unique_ptr<BoundPhotograph> FromFile(const std::string& path, const photo::
 {
     const py::gil_scoped_release unlocked;
     LeaveWithThread();
-    return std::unique_ptr<BoundPhotograph>(
-        new BoundPhotograph{Photograph::FromFile(path, {background}), {}, {}});
+    return std::make_unique<BoundPhotograph>(
+        BoundPhotograph{Photograph::FromFile(path, {background}), {}, {}});
 }
 
 std::unique_ptr<BoundPhotograph> FromBytes(const py::buffer& encoded,
@@ -62,8 +62,8 @@ std::unique_ptr<BoundPhotograph> FromBytes(const py::buffer& encoded,
         LeaveWithThread();
         made = Photograph::FromBytes(buffer.ptr, size, {background});
     }
-    return std::unique_ptr<BoundPhotograph>(
-        new BoundPhotograph{std::move(*made), {}, std::move(buffer)});
+    return std::make_unique<BoundPhotograph>(
+        BoundPhotograph{std::move(*made), {}, std::move(buffer)});
 }
 
 std::unique_ptr<BoundPhotograph> FromPixels(const py::array& pixels,
@@ -76,7 +76,7 @@ std::unique_ptr<BoundPhotograph> FromPixels(const py::array& pixels,
         LeaveWithThread();
         made = Photograph::FromPixels(view, {background});
     }
-    return std::unique_ptr<BoundPhotograph>(new BoundPhotograph{std::move(*made), pixels, {}});
+    return std::make_unique<BoundPhotograph>(BoundPhotograph{std::move(*made), pixels, {}});
 }
 
 photo::CropOutput OutputOf(const Box& box, const Size& size)

@@ -39,7 +39,7 @@ py::array ArrayOf(photo::PixelImage image)
     const uint8_t* data = bytes->data();
     const py::capsule owner(bytes.get(),
                             [](void* held) { delete static_cast<std::vector<uint8_t>*>(held); });
-    bytes.release();
+    static_cast<void>(bytes.release()); // the capsule owns it now
     return py::array_t<uint8_t>(shape, data, owner);
 }
 
@@ -50,7 +50,7 @@ py::array ArrayOf(std::vector<float> values, photo::PixelSize size)
     const float* data = floats->data();
     const py::capsule owner(floats.get(),
                             [](void* held) { delete static_cast<std::vector<float>*>(held); });
-    floats.release();
+    static_cast<void>(floats.release());
     return py::array_t<float>(shape, data, owner);
 }
 

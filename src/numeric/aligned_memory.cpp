@@ -79,11 +79,8 @@ void FreeAligned(void* pointer)
 
 void PreferLargePages(void* block, size_t bytes)
 {
-    const uintptr_t address = reinterpret_cast<uintptr_t>(block);
-    const uintptr_t first = RoundUp(address, kLargePage);
-    const uintptr_t last = (address + bytes) / kLargePage * kLargePage;
-    if (first < last)
-        madvise(reinterpret_cast<void*>(first), last - first, MADV_HUGEPAGE);
+    if (std::align(kLargePage, kLargePage, block, bytes) != nullptr)
+        madvise(block, bytes / kLargePage * kLargePage, MADV_HUGEPAGE);
 }
 
 CScratchScope::CScratchScope(void* block, size_t bytes)
