@@ -39,8 +39,9 @@ void BindFailure(py::module_& module)
     // Never freed, like the module itself.
     static PyObject* failure = PyErr_NewException("vistatrim._vistatrim.Failure", nullptr, nullptr);
     module.attr("Failure") = py::handle(failure);
-    py::register_exception_translator([](std::exception_ptr thrown) { // NOLINT(performance-unnecessary-value-param):
-                                                                      // its type is fixed
+    // The type of the translator is pybind11's.
+    // NOLINTNEXTLINE(performance-unnecessary-value-param)
+    py::register_exception_translator([](std::exception_ptr thrown) {
         try {
             if (thrown)
                 std::rethrow_exception(thrown);
