@@ -385,7 +385,7 @@ def requests_of(values: Mapping[str, Plain]) -> List[Asked]:
 
 def check(photograph: _vistatrim.Photograph, requests: Iterable[Asked]) -> None:
     """Raises for a request that the photograph cannot meet, before anyone decodes it."""
-    for _, request in requests:
+    for _, _, request in requests:
         photograph.check(request)
 
 
