@@ -162,7 +162,8 @@ TEST(CropWriter, ShowsTheBackgroundThroughTransparentPlaces)
             EXPECT_NEAR(written.extract_band(band).avg(),
                         written.bands() == 1 ? brightness : background[static_cast<size_t>(band)],
                         2.0);
-        const VImage read = AsImage(ReadCrops(photograph, crops)[0]);
+        const std::vector<PixelImage> pixels = ReadCrops(photograph, crops); // AsImage borrows them
+        const VImage read = AsImage(pixels[0]);
         for (int band = 0; band < 3; ++band)
             EXPECT_NEAR(read.extract_band(band).avg(), background[static_cast<size_t>(band)], 1.0);
     }
