@@ -53,6 +53,16 @@ void* Note(void* type, void* found, void*)
     return nullptr;
 }
 
+void* RecognisesIfAllowed(void* type, void* source, void*)
+{
+    const auto recognises = VIPS_FOREIGN_LOAD_CLASS(type)->is_a_source;
+    if (IsBlocked(type) || recognises == nullptr)
+        return nullptr;
+    auto* const from = static_cast<VipsSource*>(source);
+    vips_source_rewind(from); // the one before may have read on
+    return recognises(from) ? type : nullptr;
+}
+
 } // namespace
 
 std::vector<Loader> AllowedLoaders()
@@ -68,7 +78,12 @@ std::vector<Loader> AllowedLoaders()
 
 std::string LoaderOf(const vips::VSource& source)
 {
-    const char* name = vips_foreign_find_load_source(source.get_source());
+    // libvips itself asks the blocked loaders too, and the one for FITS inflates any compressed
+    // file to look inside, to whatever size its header promises.
+    const char* name = nullptr;
+    if (vips_foreign_map("VipsForeignLoad", RecognisesIfAllowed, source.get_source(), nullptr) !=
+        nullptr)
+        name = vips_foreign_find_load_source(source.get_source());
     if (name == nullptr) {
         vips_error_clear();
         return "";
@@ -76,6 +91,7 @@ std::string LoaderOf(const vips::VSource& source)
     const GType type = g_type_from_name(name);
     if (type == 0)
         return "";
+    // A blocked loader may come first: that of microscope slides, which are TIFF files.
     void* loader = g_type_class_ref(type);
     const bool isBlocked = IsBlocked(loader);
     g_type_class_unref(loader);

@@ -85,6 +85,46 @@ TEST(ReadableFormats, AreThoseOfPhotographs)
         EXPECT_THAT(all, Not(Contains(other)));
 }
 
+int blockedAsked = 0;
+
+gboolean CountBlockedAsked(VipsSource*)
+{
+    ++blockedAsked;
+    return FALSE;
+}
+
+void* WatchIfBlocked(void* type, void*, void*)
+{
+    VipsForeignLoadClass* loader = VIPS_FOREIGN_LOAD_CLASS(type);
+    if ((VIPS_OPERATION_CLASS(type)->flags & VIPS_OPERATION_BLOCKED) != 0 &&
+        loader->is_a_source != nullptr)
+        loader->is_a_source = CountBlockedAsked;
+    return nullptr;
+}
+
+// Some blocked loaders inflate a compressed file to look inside, to any size its header promises.
+// In a process of its own, because the watch is never taken off.
+TEST(ReadableFormatsDeathTest, BlockedLoadersNeverSeeAFileNobodyReads)
+{
+    const TempFolder folder;
+    WriteText(folder.Path("a.zip"), std::string("PK\3\4") + std::string(100, '\xf0'));
+    WriteText(folder.Path("a.gz"), std::string("\x1f\x8b\x08") + std::string(100, '\xf0'));
+    const auto look = [&folder] {
+        ReadableFormats(); // loads the modules, whose loaders come blocked too
+        vips_foreign_map("VipsForeignLoad", WatchIfBlocked, nullptr, nullptr);
+        for (const char* name : {"a.zip", "a.gz"})
+            if (KindOfFile(folder.Path(name)) != FileKind::Other ||
+                ReasonOf(folder.Path(name)).empty())
+                std::exit(1);
+        const int byUs = blockedAsked;
+        const auto source = vips::VSource::new_from_file(folder.Path("a.gz").c_str());
+        vips_foreign_find_load_source(source.get_source());
+        std::fprintf(stderr, "asked %d times, libvips %s", byUs, blockedAsked > 0 ? "yes" : "no");
+        std::exit(0);
+    };
+    EXPECT_EXIT(look(), testing::ExitedWithCode(0), "asked 0 times, libvips yes");
+}
+
 TEST(ReadableFormats, CanBeReadWhateverTheName)
 {
     const TempFolder folder;
