@@ -18,7 +18,6 @@
 #include <ctime>
 #include <filesystem>
 #include <functional>
-#include <limits>
 #include <random>
 #include <stdexcept>
 #include <string>
@@ -276,28 +275,33 @@ double SecondsOf(const std::function<void()>& run)
     return std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
 }
 
-// Work done in a second by two threads over that of one. Rounds alternate, and the fastest of each
-// counts: neighbours on a shared machine only ever slow a round down.
+// Work done in a second by two threads over that of one. The rounds alternate, and the median of
+// their ratios counts: neighbours on a shared machine disturb some rounds of either kind.
 class ThreadScaling {
 public:
-    explicit ThreadScaling(std::function<void()> work) : Work(std::move(work)) {}
+    explicit ThreadScaling(std::function<void()> work) : Work(std::move(work))
+    {
+    }
 
     void Round()
     {
-        One = std::min(One, SecondsOf(Work));
-        Two = std::min(Two, SecondsOf([this] {
-                           std::thread other(Work);
-                           Work();
-                           other.join();
-                       }));
+        const double one = SecondsOf(Work);
+        const double two = SecondsOf([this] {
+            std::thread other(Work);
+            Work();
+            other.join();
+        });
+        Gains.push_back(2 * one / two);
     }
 
-    double Gain() const { return 2 * One / Two; }
+    double Gain()
+    {
+        return MedianOf(Gains);
+    }
 
 private:
     std::function<void()> Work;
-    double One = std::numeric_limits<double>::infinity();
-    double Two = std::numeric_limits<double>::infinity();
+    std::vector<double> Gains;
 };
 
 // Arithmetic that touches no memory: the gain of two threads here is the most that the machine can
@@ -318,11 +322,11 @@ void PrintThreadScaling()
     const Picture picture = SyntheticImage();
     const VistaTrimParameters parameters;
     ThreadScaling requests([&] {
-        for (int k = 0; k < 5; ++k)
+        for (int k = 0; k < 10; ++k)
             PictureToBestTen(picture, parameters, kEverything);
     });
     ThreadScaling arithmetic(WorkInRegisters);
-    for (int round = 0; round < 60; ++round) {
+    for (int round = 0; round < 41; ++round) {
         requests.Round();
         arithmetic.Round();
     }

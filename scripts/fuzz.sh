@@ -7,7 +7,8 @@
 #   SECONDS  for each fuzzer; 20 by default
 #   FUZZER   pixels, selection, request_sequence, ...; all by default
 #
-# What a run has learnt stays in build/fuzz/corpus and is where the next one goes on.
+# What a run has learnt stays in build/fuzz/corpus and is where the next one goes on. With FUZZ_SEED
+# set to a number other than 0, runs that begin with the same corpus try the same inputs.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 
@@ -36,7 +37,7 @@ for name in "${fuzzers[@]}"; do
     mkdir -p "build/fuzz/corpus/$name"
     log=build/fuzz/$name.log
     if ! "build/fuzz/fuzzers/${name}_fuzzer" -max_total_time="$seconds" -max_len=4096 -len_control=0 \
-        -timeout=120 -rss_limit_mb=3000 -print_final_stats=1 \
+        -timeout=120 -rss_limit_mb=3000 -print_final_stats=1 -seed="${FUZZ_SEED:-0}" \
         -artifact_prefix="build/fuzz/findings/$name-" \
         "build/fuzz/corpus/$name" "build/fuzz/seeds/$name" >"$log" 2>&1; then
         tail -n 60 "$log"
