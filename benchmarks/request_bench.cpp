@@ -30,8 +30,8 @@
 
 #include "analysis/border_contrast.h"
 #include "analysis/multi_scale_edges.h"
-#include "numeric/cpu_forms.h"
 #include "numeric/image_kernels.h"
+#include "numeric/isa_variants.h"
 #include "numeric/linear_algebra.h"
 #include "numeric/owned_stack.h"
 #include "vistaTrim/vistaTrim.h"
@@ -412,10 +412,10 @@ int main(int argc, char** argv)
         for (const Picture& picture : pictures)
             candidates += MeasurePicture(picture, sums);
 
-        const char* const variants[CpuFormCount] = {"baseline", "SSE4.2", "AVX2", "AVX-512"};
+        const char* const variants[IsaVariantCount] = {"baseline", "SSE4.2", "AVX2", "AVX-512"};
         std::printf("%zu pictures, %llu candidates, %d rounds, %s, linear algebra: %s\n",
                     pictures.size(), static_cast<unsigned long long>(candidates), kRounds,
-                    variants[ActiveCpuForm()], kFixedOrder ? "fixed order" : "BLAS");
+                    variants[ActiveIsaVariant()], kFixedOrder ? "fixed order" : "BLAS");
         std::printf("%-38s %9s %12s %11s\n", "", "ms", "/ attention", "/ six");
         for (int row = 0; row <= kAttentionOne; ++row)
             std::printf("%-38s %9.2f %12.3f %11.3f\n", kNames[row], sums[row],

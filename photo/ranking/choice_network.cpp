@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <cstddef>
 
-#include "numeric/cpu_forms.h"
+#include "numeric/isa_variants.h"
 
 namespace vistaTrim::photo {
 
@@ -19,8 +19,8 @@ constexpr int32_t kPlane = kLead + kSpan + kLead;
 
 // to[i] += the nine taps of from around i, added one by one from the top left: that order, and
 // no fused operations, make the sum the same for every register width.
-VISTATRIM_FORM_BODY void AddTapsBody(float* to, const float* from, const float* weights,
-                                     int32_t dilation)
+VISTATRIM_VARIANT_BODY void AddTapsBody(float* to, const float* from, const float* weights,
+                                        int32_t dilation)
 {
     const float* const above = from - static_cast<ptrdiff_t>(dilation) * kStride;
     const float* const below = from + static_cast<ptrdiff_t>(dilation) * kStride;
@@ -39,8 +39,8 @@ VISTATRIM_FORM_BODY void AddTapsBody(float* to, const float* from, const float* 
         to[i] = sum;
     }
 }
-VISTATRIM_FORMS(AddTaps, (float* to, const float* from, const float* weights, int32_t dilation),
-                (to, from, weights, dilation))
+VISTATRIM_VARIANTS(AddTaps, (float* to, const float* from, const float* weights, int32_t dilation),
+                   (to, from, weights, dilation))
 
 float* Inside(std::vector<float>& planes, int32_t plane)
 {

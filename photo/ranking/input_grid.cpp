@@ -4,7 +4,7 @@
 #include <array>
 #include <cstddef>
 
-#include "numeric/cpu_forms.h"
+#include "numeric/isa_variants.h"
 
 namespace vistaTrim::photo {
 
@@ -23,30 +23,32 @@ Span CellSpan(int32_t cell, int32_t pixels)
 
 // Rows are added from the top down, so each column has one order of additions however wide the
 // registers are. Float sums of at most 40 values near 1 keep six digits.
-VISTATRIM_FORM_BODY void AddFloatsBody(float* sums, const float* row, int32_t count)
+VISTATRIM_VARIANT_BODY void AddFloatsBody(float* sums, const float* row, int32_t count)
 {
     for (int32_t i = 0; i < count; ++i)
         sums[i] += row[i];
 }
-VISTATRIM_FORMS(AddFloats, (float* sums, const float* row, int32_t count), (sums, row, count))
+VISTATRIM_VARIANTS(AddFloats, (float* sums, const float* row, int32_t count), (sums, row, count))
 
-VISTATRIM_FORM_BODY void AddBytesBody(int32_t* sums, const uint8_t* row, int32_t count)
+VISTATRIM_VARIANT_BODY void AddBytesBody(int32_t* sums, const uint8_t* row, int32_t count)
 {
     for (int32_t i = 0; i < count; ++i)
         sums[i] += row[i];
 }
-VISTATRIM_FORMS(AddBytes, (int32_t * sums, const uint8_t* row, int32_t count), (sums, row, count))
+VISTATRIM_VARIANTS(AddBytes, (int32_t * sums, const uint8_t* row, int32_t count),
+                   (sums, row, count))
 
-VISTATRIM_FORM_BODY void SumChannelsBody(int32_t* sums, const uint8_t* row, int32_t cols)
+VISTATRIM_VARIANT_BODY void SumChannelsBody(int32_t* sums, const uint8_t* row, int32_t cols)
 {
     for (ptrdiff_t i = 0; i < cols; ++i)
         sums[i] = row[3 * i] + row[3 * i + 1] + row[3 * i + 2];
 }
-VISTATRIM_FORMS(SumChannels, (int32_t * sums, const uint8_t* row, int32_t cols), (sums, row, cols))
+VISTATRIM_VARIANTS(SumChannels, (int32_t * sums, const uint8_t* row, int32_t cols),
+                   (sums, row, cols))
 
 // below may be row itself, for the last row.
-VISTATRIM_FORM_BODY void AddGradientBody(int32_t* sums, const int32_t* row, const int32_t* below,
-                                         int32_t cols)
+VISTATRIM_VARIANT_BODY void AddGradientBody(int32_t* sums, const int32_t* row, const int32_t* below,
+                                            int32_t cols)
 {
     for (int32_t i = 0; i + 1 < cols; ++i) {
         const int32_t across = row[i + 1] - row[i];
@@ -56,9 +58,9 @@ VISTATRIM_FORM_BODY void AddGradientBody(int32_t* sums, const int32_t* row, cons
     const int32_t down = below[cols - 1] - row[cols - 1];
     sums[cols - 1] += down < 0 ? -down : down;
 }
-VISTATRIM_FORMS(AddGradient,
-                (int32_t * sums, const int32_t* row, const int32_t* below, int32_t cols),
-                (sums, row, below, cols))
+VISTATRIM_VARIANTS(AddGradient,
+                   (int32_t * sums, const int32_t* row, const int32_t* below, int32_t cols),
+                   (sums, row, below, cols))
 
 void AverageMap(const InputMap& map, float* plane)
 {

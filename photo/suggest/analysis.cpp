@@ -35,7 +35,7 @@ using DriverHandle = std::unique_ptr<IVistaTrim, DriverDeleter>;
 
 // The ratios that the driver's table will hold, in its order. No ratio twice: the engine
 // would score its candidates twice and never serve the second set.
-std::vector<Ratio> AskedRatios(const Request& request)
+std::vector<Ratio> RequestedRatios(const Request& request)
 {
     std::vector<Ratio> ratios;
     if (request.Size) {
@@ -164,7 +164,7 @@ void Ask(const WorkingPicture& picture, const CAnalysedPicture& analysed, const 
     for (const RegionWish& wish : found)
         if (wish.Core)
             kept.push_back({WishKind::Keep, *wish.Core});
-    const std::vector<Ratio> ratios = AskedRatios(request);
+    const std::vector<Ratio> ratios = RequestedRatios(request);
     const SuggestionParameters engineRequest = MakeEngineRequest(request, picture);
     VistaTrimParameters parameters;
     FillParameters(request, ratios, wishes, picture, parameters);

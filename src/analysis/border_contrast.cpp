@@ -9,7 +9,7 @@
 #include "analysis/saliency_driver.h"
 #include "analysis/strip_contrast.h"
 #include "analysis/strip_moments.h"
-#include "numeric/cpu_forms.h"
+#include "numeric/isa_variants.h"
 #include "numeric/linear_algebra.h"
 #include "numeric/owned_stack.h"
 #include "numeric/summed_area.h"
@@ -69,7 +69,7 @@ uint32_t BitsOf(float x)
 // Each step is rounded as ComputeMahalanobisMap rounds it: the shifted pixel, the three terms of
 // each element of its product with the inverse, one after the other, and the dot product of both,
 // which is formed in double.
-VISTATRIM_FORM_BODY float JointDistance(float x, float y, float z, const BorderModel& model)
+VISTATRIM_VARIANT_BODY float JointDistance(float x, float y, float z, const BorderModel& model)
 {
     const float* const inverse = model.Inverse;
     const float cx = x + model.Shift[0];
@@ -84,14 +84,14 @@ VISTATRIM_FORM_BODY float JointDistance(float x, float y, float z, const BorderM
     return std::sqrt(static_cast<float>(square));
 }
 
-VISTATRIM_FORM_BODY float ScalarDistance(float x, const ScalarModel& model)
+VISTATRIM_VARIANT_BODY float ScalarDistance(float x, const ScalarModel& model)
 {
     return std::fabs(x + model.Shift) * model.Scale;
 }
 
-VISTATRIM_FORM_BODY void MeasureSide(const PixelBlock& pixels, int32_t count,
-                                     const BorderModel& sharedModel, float* __restrict__ out,
-                                     CPlaneRange& range)
+VISTATRIM_VARIANT_BODY void MeasureSide(const PixelBlock& pixels, int32_t count,
+                                        const BorderModel& sharedModel, float* __restrict__ out,
+                                        CPlaneRange& range)
 {
     const BorderModel model = sharedModel; // a copy, because stores cannot alias it
     uint32_t low = range.Lowest;
@@ -109,10 +109,10 @@ VISTATRIM_FORM_BODY void MeasureSide(const PixelBlock& pixels, int32_t count,
 }
 
 // Distance to the anchor plus distance to the rest.
-VISTATRIM_FORM_BODY void MeasureAnchored(const PixelBlock& pixels, int32_t count,
-                                         const BorderModel& sharedAnchor,
-                                         const BorderModel& sharedRest, float* __restrict__ out,
-                                         CPlaneRange& range)
+VISTATRIM_VARIANT_BODY void MeasureAnchored(const PixelBlock& pixels, int32_t count,
+                                            const BorderModel& sharedAnchor,
+                                            const BorderModel& sharedRest, float* __restrict__ out,
+                                            CPlaneRange& range)
 {
     const BorderModel anchor = sharedAnchor;
     const BorderModel rest = sharedRest;
@@ -133,8 +133,8 @@ VISTATRIM_FORM_BODY void MeasureAnchored(const PixelBlock& pixels, int32_t count
 }
 
 // The extremes only: the second sweep computes these distances again.
-VISTATRIM_FORM_BODY void MeasurePlane(const float* x, int32_t count, const ScalarModel& anchor,
-                                      const ScalarModel& rest, CPlaneRange& range)
+VISTATRIM_VARIANT_BODY void MeasurePlane(const float* x, int32_t count, const ScalarModel& anchor,
+                                         const ScalarModel& rest, CPlaneRange& range)
 {
     uint32_t low = range.Lowest;
     uint32_t high = range.Highest;
@@ -162,9 +162,9 @@ struct Side {
     CPlaneRange Range;
 };
 
-VISTATRIM_FORM_BODY void MeasureBlockBody(const PixelBlock& pixels, int32_t count,
-                                          Anchor (&anchors)[kAnchors], Side (&sides)[4],
-                                          float* const* joint, float* const* sideMaps)
+VISTATRIM_VARIANT_BODY void MeasureBlockBody(const PixelBlock& pixels, int32_t count,
+                                             Anchor (&anchors)[kAnchors], Side (&sides)[4],
+                                             float* const* joint, float* const* sideMaps)
 {
     for (size_t a = 0; a < kAnchors; ++a) {
         Anchor& anchor = anchors[a];
@@ -176,10 +176,10 @@ VISTATRIM_FORM_BODY void MeasureBlockBody(const PixelBlock& pixels, int32_t coun
     for (size_t side = 0; side < 4; ++side)
         MeasureSide(pixels, count, sides[side].Own, sideMaps[side], sides[side].Range);
 }
-VISTATRIM_FORMS(MeasureBlock,
-                (const PixelBlock& pixels, int32_t count, Anchor (&anchors)[kAnchors],
-                 Side (&sides)[4], float* const* joint, float* const* sideMaps),
-                (pixels, count, anchors, sides, joint, sideMaps))
+VISTATRIM_VARIANTS(MeasureBlock,
+                   (const PixelBlock& pixels, int32_t count, Anchor (&anchors)[kAnchors],
+                    Side (&sides)[4], float* const* joint, float* const* sideMaps),
+                   (pixels, count, anchors, sides, joint, sideMaps))
 
 // What it takes to normalise one anchor's contrasts and to add them.
 struct AnchorScales {
@@ -200,7 +200,7 @@ struct AnchorScales {
     ScalarModel Rest[kPlanes];
 };
 
-VISTATRIM_FORM_BODY float Normalised(float x, const CNormalisation& normalisation)
+VISTATRIM_VARIANT_BODY float Normalised(float x, const CNormalisation& normalisation)
 {
     const float shifted = x + normalisation.Shift;
     return shifted * normalisation.Scale;
@@ -208,12 +208,12 @@ VISTATRIM_FORM_BODY float Normalised(float x, const CNormalisation& normalisatio
 
 // The smaller of both anchors: a pixel is salient only if it is under both. NaN in either gives the
 // bottom value.
-VISTATRIM_FORM_BODY float Smaller(float bottom, float top)
+VISTATRIM_VARIANT_BODY float Smaller(float bottom, float top)
 {
     return bottom > top ? top : bottom;
 }
 
-VISTATRIM_FORM_BODY float WithPlane(float sum, float x, const AnchorScales& scales, size_t k)
+VISTATRIM_VARIANT_BODY float WithPlane(float sum, float x, const AnchorScales& scales, size_t k)
 {
     const float distance = ScalarDistance(x, scales.Own[k]) + ScalarDistance(x, scales.Rest[k]);
     const float weighted = kPlaneWeight * Normalised(distance, scales.Plane[k]);
@@ -221,10 +221,11 @@ VISTATRIM_FORM_BODY float WithPlane(float sum, float x, const AnchorScales& scal
 }
 
 // top and bottom hold the joint distances and get the sums of all contrasts.
-VISTATRIM_FORM_BODY void CombineBlockBody(const PixelBlock& pixels, int32_t count,
-                                          const AnchorScales (&shared)[kAnchors], float* top,
-                                          float* bottom, float* color,
-                                          CPlaneRange (&ranges)[kAnchors], CPlaneRange& colorRange)
+VISTATRIM_VARIANT_BODY void CombineBlockBody(const PixelBlock& pixels, int32_t count,
+                                             const AnchorScales (&shared)[kAnchors], float* top,
+                                             float* bottom, float* color,
+                                             CPlaneRange (&ranges)[kAnchors],
+                                             CPlaneRange& colorRange)
 {
     const AnchorScales topScales = shared[kTop];
     const AnchorScales bottomScales = shared[kBottom];
@@ -264,15 +265,15 @@ VISTATRIM_FORM_BODY void CombineBlockBody(const PixelBlock& pixels, int32_t coun
     ranges[kBottom].Highest = bottomHigh;
     colorRange.Highest = colorHigh;
 }
-VISTATRIM_FORMS(CombineBlock,
-                (const PixelBlock& pixels, int32_t count, const AnchorScales (&shared)[kAnchors],
-                 float* top, float* bottom, float* color, CPlaneRange (&ranges)[kAnchors],
-                 CPlaneRange& colorRange),
-                (pixels, count, shared, top, bottom, color, ranges, colorRange))
+VISTATRIM_VARIANTS(CombineBlock,
+                   (const PixelBlock& pixels, int32_t count, const AnchorScales (&shared)[kAnchors],
+                    float* top, float* bottom, float* color, CPlaneRange (&ranges)[kAnchors],
+                    CPlaneRange& colorRange),
+                   (pixels, count, shared, top, bottom, color, ranges, colorRange))
 
-VISTATRIM_FORM_BODY void TakeSmallerBody(const float* bottom, float* top, int32_t count,
-                                         const CNormalisation& sharedBottom,
-                                         const CNormalisation& sharedTop, CPlaneRange& range)
+VISTATRIM_VARIANT_BODY void TakeSmallerBody(const float* bottom, float* top, int32_t count,
+                                            const CNormalisation& sharedBottom,
+                                            const CNormalisation& sharedTop, CPlaneRange& range)
 {
     const CNormalisation ofBottom = sharedBottom;
     const CNormalisation ofTop = sharedTop;
@@ -289,20 +290,21 @@ VISTATRIM_FORM_BODY void TakeSmallerBody(const float* bottom, float* top, int32_
     range.Lowest = low;
     range.Highest = high;
 }
-VISTATRIM_FORMS(TakeSmaller,
-                (const float* bottom, float* top, int32_t count, const CNormalisation& sharedBottom,
-                 const CNormalisation& sharedTop, CPlaneRange& range),
-                (bottom, top, count, sharedBottom, sharedTop, range))
+VISTATRIM_VARIANTS(TakeSmaller,
+                   (const float* bottom, float* top, int32_t count,
+                    const CNormalisation& sharedBottom, const CNormalisation& sharedTop,
+                    CPlaneRange& range),
+                   (bottom, top, count, sharedBottom, sharedTop, range))
 
-VISTATRIM_FORM_BODY void MinimumBody(const float* bottom, const float* top, int32_t count,
-                                     float* out)
+VISTATRIM_VARIANT_BODY void MinimumBody(const float* bottom, const float* top, int32_t count,
+                                        float* out)
 {
     VISTATRIM_INDEPENDENT_STEPS
     for (int32_t i = 0; i < count; ++i)
         out[i] = Smaller(bottom[i], top[i]);
 }
-VISTATRIM_FORMS(Minimum, (const float* bottom, const float* top, int32_t count, float* out),
-                (bottom, top, count, out))
+VISTATRIM_VARIANTS(Minimum, (const float* bottom, const float* top, int32_t count, float* out),
+                   (bottom, top, count, out))
 
 bool AllOrdinary(const Anchor (&anchors)[kAnchors], const Side (&sides)[4])
 {

@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <cmath>
 
-#include "numeric/cpu_forms.h"
+#include "numeric/isa_variants.h"
 #include "numeric/linear_algebra.h"
 #include "numeric/owned_stack.h"
 #include "numeric/vector_ops.h"
@@ -12,7 +12,8 @@ namespace vistaTrim {
 
 namespace {
 
-VISTATRIM_FORM_BODY void DotThreeBody(const float* a, const float* b, int32_t count, float* result)
+VISTATRIM_VARIANT_BODY void DotThreeBody(const float* a, const float* b, int32_t count,
+                                         float* result)
 {
     const size_t plane = static_cast<size_t>(count);
     const float* a1 = a + plane;
@@ -27,11 +28,11 @@ VISTATRIM_FORM_BODY void DotThreeBody(const float* a, const float* b, int32_t co
         result[i] = static_cast<float>(sum);
     }
 }
-VISTATRIM_FORMS(DotThree, (const float* a, const float* b, int32_t count, float* result),
-                (a, b, count, result))
+VISTATRIM_VARIANTS(DotThree, (const float* a, const float* b, int32_t count, float* result),
+                   (a, b, count, result))
 
-VISTATRIM_FORM_BODY void AccumulateProductBody(const float* a, const float* b, int32_t count,
-                                               float* result)
+VISTATRIM_VARIANT_BODY void AccumulateProductBody(const float* a, const float* b, int32_t count,
+                                                  float* result)
 {
     VISTATRIM_INDEPENDENT_STEPS
     for (int32_t i = 0; i < count; ++i) {
@@ -39,8 +40,9 @@ VISTATRIM_FORM_BODY void AccumulateProductBody(const float* a, const float* b, i
         result[i] = result[i] + product;
     }
 }
-VISTATRIM_FORMS(AccumulateProduct, (const float* a, const float* b, int32_t count, float* result),
-                (a, b, count, result))
+VISTATRIM_VARIANTS(AccumulateProduct,
+                   (const float* a, const float* b, int32_t count, float* result),
+                   (a, b, count, result))
 
 } // namespace
 

@@ -3,8 +3,8 @@
 #include <algorithm>
 #include <list>
 
-#include "numeric/cpu_forms.h"
 #include "numeric/image_kernels.h"
+#include "numeric/isa_variants.h"
 #include "numeric/owned_stack.h"
 #include "numeric/vector_ops.h"
 
@@ -19,13 +19,13 @@ int32_t ScaledLength(int32_t length, float scale)
     return static_cast<int32_t>(double(static_cast<float>(length)) * double(scale));
 }
 
-VISTATRIM_FORM_BODY void DivideRowBody(float* row, int32_t length, double divisor)
+VISTATRIM_VARIANT_BODY void DivideRowBody(float* row, int32_t length, double divisor)
 {
     VISTATRIM_INDEPENDENT_STEPS
     for (int32_t i = 0; i < length; ++i)
         row[i] = static_cast<float>(row[i] / divisor);
 }
-VISTATRIM_FORMS(DivideRow, (float* row, int32_t length, double divisor), (row, length, divisor))
+VISTATRIM_VARIANTS(DivideRow, (float* row, int32_t length, double divisor), (row, length, divisor))
 
 // Rows summed side by side. Each sum depends on its last addition, so eight take little longer than
 // one; the order of additions within a row is unchanged.

@@ -5,8 +5,8 @@
 
 #include "analysis/border_contrast.h"
 #include "analysis/multi_scale_edges.h"
-#include "numeric/cpu_forms.h"
 #include "numeric/image_kernels.h"
+#include "numeric/isa_variants.h"
 #include "numeric/owned_stack.h"
 #include "numeric/vector_ops.h"
 
@@ -17,8 +17,8 @@ namespace {
 constexpr float kStripSigma = 0.7f; // smoothing ahead of the strip statistics
 
 // edges times the normalised contrast, with its extremes.
-VISTATRIM_FORM_BODY void MultiplyBody(float* edges, const float* contrast, int32_t count,
-                                      float shift, float scale, CPlaneRange& range)
+VISTATRIM_VARIANT_BODY void MultiplyBody(float* edges, const float* contrast, int32_t count,
+                                         float shift, float scale, CPlaneRange& range)
 {
     uint32_t low = range.Lowest;
     uint32_t high = range.Highest;
@@ -36,10 +36,10 @@ VISTATRIM_FORM_BODY void MultiplyBody(float* edges, const float* contrast, int32
     range.Lowest = low;
     range.Highest = high;
 }
-VISTATRIM_FORMS(Multiply,
-                (float* edges, const float* contrast, int32_t count, float shift, float scale,
-                 CPlaneRange& range),
-                (edges, contrast, count, shift, scale, range))
+VISTATRIM_VARIANTS(Multiply,
+                   (float* edges, const float* contrast, int32_t count, float shift, float scale,
+                    CPlaneRange& range),
+                   (edges, contrast, count, shift, scale, range))
 
 } // namespace
 

@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-#include "numeric/cpu_forms.h"
+#include "numeric/isa_variants.h"
 
 namespace vistaTrim {
 
@@ -28,22 +28,22 @@ struct ColumnBlock {
     float Of[kPlanes][kBlockCols][kLanes];
 };
 
-VISTATRIM_FORM_BODY void TurnIntoLanesBody(const float* const* rows, int32_t cols,
-                                           float (*lanes)[kLanes])
+VISTATRIM_VARIANT_BODY void TurnIntoLanesBody(const float* const* rows, int32_t cols,
+                                              float (*lanes)[kLanes])
 {
     for (int32_t c = 0; c < cols; ++c)
         for (int32_t k = 0; k < kLanes; ++k)
             lanes[c][k] = rows[k][c];
 }
 
-VISTATRIM_FORM_BODY void AddPlaneColumn(const float* x, float* __restrict__ sum)
+VISTATRIM_VARIANT_BODY void AddPlaneColumn(const float* x, float* __restrict__ sum)
 {
     for (int32_t k = 0; k < kLanes; ++k)
         sum[k] = sum[k] + x[k];
 }
 
 // The product of two floats is exact in double, and the sum is rounded to float.
-VISTATRIM_FORM_BODY void AddPairColumn(const float* x, const float* y, float* __restrict__ sum)
+VISTATRIM_VARIANT_BODY void AddPairColumn(const float* x, const float* y, float* __restrict__ sum)
 {
     for (int32_t k = 0; k < kLanes; ++k) {
         const double product = static_cast<double>(x[k]) * static_cast<double>(y[k]);
@@ -51,8 +51,8 @@ VISTATRIM_FORM_BODY void AddPairColumn(const float* x, const float* y, float* __
     }
 }
 
-VISTATRIM_FORM_BODY void AddColumnsBody(const float* const (*rows)[kLanes], int32_t firstCol,
-                                        int32_t cols, ColumnBlock& block, RowSums& sums)
+VISTATRIM_VARIANT_BODY void AddColumnsBody(const float* const (*rows)[kLanes], int32_t firstCol,
+                                           int32_t cols, ColumnBlock& block, RowSums& sums)
 {
     for (size_t plane = 0; plane < kPlanes; ++plane) {
         const float* starts[kLanes];
@@ -77,10 +77,10 @@ VISTATRIM_FORM_BODY void AddColumnsBody(const float* const (*rows)[kLanes], int3
     }
     sums = running;
 }
-VISTATRIM_FORMS(AddColumns,
-                (const float* const (*rows)[kLanes], int32_t firstCol, int32_t cols,
-                 ColumnBlock& block, RowSums& sums),
-                (rows, firstCol, cols, block, sums))
+VISTATRIM_VARIANTS(AddColumns,
+                   (const float* const (*rows)[kLanes], int32_t firstCol, int32_t cols,
+                    ColumnBlock& block, RowSums& sums),
+                   (rows, firstCol, cols, block, sums))
 
 void TakePlace(std::vector<int32_t>& places, int32_t place)
 {

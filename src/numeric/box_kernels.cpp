@@ -8,8 +8,8 @@
 #include <iostream>
 #include <limits>
 
-#include "numeric/cpu_forms.h"
 #include "numeric/image_kernels.h"
+#include "numeric/isa_variants.h"
 #include "numeric/raw_kernels.h"
 
 namespace vistaTrim {
@@ -17,9 +17,9 @@ namespace vistaTrim {
 namespace {
 
 // Boxes of up to this radius are compared in registers.
-constexpr int32_t kMaxFixedReach = 3;
+constexpr int32_t kMaxUnrolledRadius = 3;
 
-VISTATRIM_FORM_BODY float Extreme(float a, float b, bool largest)
+VISTATRIM_VARIANT_BODY float Extreme(float a, float b, bool largest)
 {
     if (largest)
         return a < b ? b : a;
@@ -27,8 +27,8 @@ VISTATRIM_FORM_BODY float Extreme(float a, float b, bool largest)
 }
 
 // out[x] = the extreme of lines[0][x] .. lines[last][x]; last and largest are literals.
-VISTATRIM_FORM_BODY void ExtremeOfLines(const float* const* lines, int32_t last, bool largest,
-                                        float* __restrict__ out, int32_t count)
+VISTATRIM_VARIANT_BODY void ExtremeOfLines(const float* const* lines, int32_t last, bool largest,
+                                           float* __restrict__ out, int32_t count)
 {
     for (int32_t x = 0; x < count; ++x) {
         // A box has at least one line. NOLINTNEXTLINE(clang-analyzer-core.NullDereference)
@@ -39,8 +39,8 @@ VISTATRIM_FORM_BODY void ExtremeOfLines(const float* const* lines, int32_t last,
     }
 }
 
-VISTATRIM_FORM_BODY void TakeExtreme(const float* line, bool largest, float* __restrict__ out,
-                                     int32_t count)
+VISTATRIM_VARIANT_BODY void TakeExtreme(const float* line, bool largest, float* __restrict__ out,
+                                        int32_t count)
 {
     for (int32_t x = 0; x < count; ++x)
         out[x] = Extreme(out[x], line[x], largest);
@@ -62,13 +62,13 @@ struct BoxPlan {
     float* Ring;        // rows that hold the extremes along x
 };
 
-VISTATRIM_FORM_BODY float* RingRow(const BoxPlan& plan, int32_t row)
+VISTATRIM_VARIANT_BODY float* RingRow(const BoxPlan& plan, int32_t row)
 {
     return plan.Ring + row % plan.RingRows * plan.RingStride;
 }
 
-VISTATRIM_FORM_BODY void ExtremesAlongRow(const float* row, const BoxPlan& plan, BoxReach reach,
-                                          bool fixed, bool largest, float* out, int32_t cols)
+VISTATRIM_VARIANT_BODY void ExtremesAlongRow(const float* row, const BoxPlan& plan, BoxReach reach,
+                                             bool fixed, bool largest, float* out, int32_t cols)
 {
     float* padded = plan.Row;
     std::memcpy(padded, row, static_cast<size_t>(cols) * sizeof(float));
@@ -79,7 +79,7 @@ VISTATRIM_FORM_BODY void ExtremesAlongRow(const float* row, const BoxPlan& plan,
     const float* first = padded - reach.Before;
     const int32_t last = reach.Before + reach.After;
     if (fixed) {
-        const float* lines[2 * kMaxFixedReach + 1];
+        const float* lines[2 * kMaxUnrolledRadius + 1];
         for (int32_t k = 0; k <= last; ++k)
             lines[k] = first + k;
         ExtremeOfLines(lines, last, largest, out, cols);
@@ -92,9 +92,9 @@ VISTATRIM_FORM_BODY void ExtremesAlongRow(const float* row, const BoxPlan& plan,
 
 // A row is written back only when no later row needs its old values: by then the ring holds the
 // extremes along x of every row in the box, including that row.
-VISTATRIM_FORM_BODY void BoxRows(float* data, int64_t stride, int32_t cols, int32_t rows,
-                                 const BoxPlan& plan, BoxReach reachX, BoxReach reachY, bool fixed,
-                                 bool largest)
+VISTATRIM_VARIANT_BODY void BoxRows(float* data, int64_t stride, int32_t cols, int32_t rows,
+                                    const BoxPlan& plan, BoxReach reachX, BoxReach reachY,
+                                    bool fixed, bool largest)
 {
     int32_t done = 0;
     for (int32_t y = 0; y < rows; ++y) {
@@ -106,7 +106,7 @@ VISTATRIM_FORM_BODY void BoxRows(float* data, int64_t stride, int32_t cols, int3
         float* out = data + y * stride;
         if (fixed) {
             const int32_t last = reachY.Before + reachY.After;
-            const float* lines[2 * kMaxFixedReach + 1];
+            const float* lines[2 * kMaxUnrolledRadius + 1];
             for (int32_t k = 0; k <= last; ++k)
                 lines[k] =
                     RingRow(plan, std::min(std::max(y + k - reachY.Before, firstRow), lastRow));
@@ -119,14 +119,14 @@ VISTATRIM_FORM_BODY void BoxRows(float* data, int64_t stride, int32_t cols, int3
     }
 }
 
-VISTATRIM_FORM_BODY bool ReachesEvenly(const BoxPlan& plan, int32_t reach)
+VISTATRIM_VARIANT_BODY bool ReachesEvenly(const BoxPlan& plan, int32_t reach)
 {
     return plan.X.Before == reach && plan.X.After == reach && plan.Y.Before == reach &&
            plan.Y.After == reach;
 }
 
-VISTATRIM_FORM_BODY void BoxOfReach(float* data, int64_t stride, int32_t cols, int32_t rows,
-                                    const BoxPlan& plan, bool largest)
+VISTATRIM_VARIANT_BODY void BoxOfReach(float* data, int64_t stride, int32_t cols, int32_t rows,
+                                       const BoxPlan& plan, bool largest)
 {
     if (ReachesEvenly(plan, 2))
         BoxRows(data, stride, cols, rows, plan, {2, 2}, {2, 2}, true, largest);
@@ -136,23 +136,23 @@ VISTATRIM_FORM_BODY void BoxOfReach(float* data, int64_t stride, int32_t cols, i
         BoxRows(data, stride, cols, rows, plan, plan.X, plan.Y, false, largest);
 }
 
-VISTATRIM_FORM_BODY void BoxMinimumBody(float* data, int64_t stride, int32_t cols, int32_t rows,
-                                        const BoxPlan& plan)
+VISTATRIM_VARIANT_BODY void BoxMinimumBody(float* data, int64_t stride, int32_t cols, int32_t rows,
+                                           const BoxPlan& plan)
 {
     BoxOfReach(data, stride, cols, rows, plan, false);
 }
-VISTATRIM_FORMS(BoxMinimum,
-                (float* data, int64_t stride, int32_t cols, int32_t rows, const BoxPlan& plan),
-                (data, stride, cols, rows, plan))
+VISTATRIM_VARIANTS(BoxMinimum,
+                   (float* data, int64_t stride, int32_t cols, int32_t rows, const BoxPlan& plan),
+                   (data, stride, cols, rows, plan))
 
-VISTATRIM_FORM_BODY void BoxMaximumBody(float* data, int64_t stride, int32_t cols, int32_t rows,
-                                        const BoxPlan& plan)
+VISTATRIM_VARIANT_BODY void BoxMaximumBody(float* data, int64_t stride, int32_t cols, int32_t rows,
+                                           const BoxPlan& plan)
 {
     BoxOfReach(data, stride, cols, rows, plan, true);
 }
-VISTATRIM_FORMS(BoxMaximum,
-                (float* data, int64_t stride, int32_t cols, int32_t rows, const BoxPlan& plan),
-                (data, stride, cols, rows, plan))
+VISTATRIM_VARIANTS(BoxMaximum,
+                   (float* data, int64_t stride, int32_t cols, int32_t rows, const BoxPlan& plan),
+                   (data, stride, cols, rows, plan))
 
 BoxReach CutReach(int32_t maskSize, int32_t anchor, int32_t length)
 {

@@ -9,8 +9,8 @@
 #include <limits>
 
 #include "numeric/aligned_memory.h"
-#include "numeric/cpu_forms.h"
 #include "numeric/image_kernels.h"
+#include "numeric/isa_variants.h"
 #include "numeric/raw_kernels.h"
 #include "numeric/vector_ops.h"
 
@@ -21,13 +21,13 @@ namespace {
 // Rows of `cols` sums, with one pixel of border on either side where neighbours are read.
 constexpr int32_t kBorder = 1;
 
-VISTATRIM_FORM_BODY float OneTwoOne(float before, float at, float after)
+VISTATRIM_VARIANT_BODY float OneTwoOne(float before, float at, float after)
 {
     return before + 2.0f * at + after;
 }
 
 // sums[x] = p(x-1) + 2 p(x) + p(x+1). The two border pixels are handled outside the loop.
-VISTATRIM_FORM_BODY void SumAlongRow(const float* row, float* sums, int32_t cols)
+VISTATRIM_VARIANT_BODY void SumAlongRow(const float* row, float* sums, int32_t cols)
 {
     const int32_t last = cols - 1;
     sums[0] = OneTwoOne(row[0], row[0], row[std::min(1, last)]);
@@ -39,8 +39,8 @@ VISTATRIM_FORM_BODY void SumAlongRow(const float* row, float* sums, int32_t cols
 }
 
 // sums[x] = p(x, y-1) + 2 p(x, y) + p(x, y+1) for x = -1 .. cols, the two ends by repetition.
-VISTATRIM_FORM_BODY void SumDownColumns(const float* above, const float* at, const float* below,
-                                        float* sums, int32_t cols)
+VISTATRIM_VARIANT_BODY void SumDownColumns(const float* above, const float* at, const float* below,
+                                           float* sums, int32_t cols)
 {
     VISTATRIM_INDEPENDENT_STEPS
     for (int32_t x = 0; x < cols; ++x)
@@ -50,8 +50,8 @@ VISTATRIM_FORM_BODY void SumDownColumns(const float* above, const float* at, con
 }
 
 // Three rotating rows of sums: each source row is summed once and used twice.
-VISTATRIM_FORM_BODY void RowDifferenceBody(const float* src, float* dst, int32_t cols, int32_t rows,
-                                           float* scratch)
+VISTATRIM_VARIANT_BODY void RowDifferenceBody(const float* src, float* dst, int32_t cols,
+                                              int32_t rows, float* scratch)
 {
     const int64_t stride = cols;
     float* sumsAbove = scratch;
@@ -71,12 +71,12 @@ VISTATRIM_FORM_BODY void RowDifferenceBody(const float* src, float* dst, int32_t
         sumsBelow = spare;
     }
 }
-VISTATRIM_FORMS(RowDifference,
-                (const float* src, float* dst, int32_t cols, int32_t rows, float* scratch),
-                (src, dst, cols, rows, scratch))
+VISTATRIM_VARIANTS(RowDifference,
+                   (const float* src, float* dst, int32_t cols, int32_t rows, float* scratch),
+                   (src, dst, cols, rows, scratch))
 
-VISTATRIM_FORM_BODY void ColumnDifferenceBody(const float* src, float* dst, int32_t cols,
-                                              int32_t rows, float* scratch)
+VISTATRIM_VARIANT_BODY void ColumnDifferenceBody(const float* src, float* dst, int32_t cols,
+                                                 int32_t rows, float* scratch)
 {
     const int64_t stride = cols;
     float* const sums = scratch + kBorder;
@@ -89,13 +89,13 @@ VISTATRIM_FORM_BODY void ColumnDifferenceBody(const float* src, float* dst, int3
             out[x] = sums[x - 1] - sums[x + 1];
     }
 }
-VISTATRIM_FORMS(ColumnDifference,
-                (const float* src, float* dst, int32_t cols, int32_t rows, float* scratch),
-                (src, dst, cols, rows, scratch))
+VISTATRIM_VARIANTS(ColumnDifference,
+                   (const float* src, float* dst, int32_t cols, int32_t rows, float* scratch),
+                   (src, dst, cols, rows, scratch))
 
 // One row of the gradient strength, written to out or added to it.
-VISTATRIM_FORM_BODY void StrengthRow(const float* above, const float* at, const float* below,
-                                     float* out, int32_t cols, float* sums, bool add)
+VISTATRIM_VARIANT_BODY void StrengthRow(const float* above, const float* at, const float* below,
+                                        float* out, int32_t cols, float* sums, bool add)
 {
     SumDownColumns(above, at, below, sums, cols);
     const int32_t last = cols - 1;
@@ -117,8 +117,8 @@ VISTATRIM_FORM_BODY void StrengthRow(const float* above, const float* at, const 
 }
 
 // Both differences, their absolute values and all sums in one pass over the planes.
-VISTATRIM_FORM_BODY void StrengthsBody(const float* const* planes, size_t count, float* dst,
-                                       int32_t cols, int32_t rows, float* scratch)
+VISTATRIM_VARIANT_BODY void StrengthsBody(const float* const* planes, size_t count, float* dst,
+                                          int32_t cols, int32_t rows, float* scratch)
 {
     const int64_t stride = cols;
     float* const sums = scratch + kBorder;
@@ -133,10 +133,10 @@ VISTATRIM_FORM_BODY void StrengthsBody(const float* const* planes, size_t count,
                         true);
     }
 }
-VISTATRIM_FORMS(Strengths,
-                (const float* const* planes, size_t count, float* dst, int32_t cols, int32_t rows,
-                 float* scratch),
-                (planes, count, dst, cols, rows, scratch))
+VISTATRIM_VARIANTS(Strengths,
+                   (const float* const* planes, size_t count, float* dst, int32_t cols,
+                    int32_t rows, float* scratch),
+                   (planes, count, dst, cols, rows, scratch))
 
 int32_t CheckPlanes(const float* src, const float* dst, int32_t cols, int32_t rows,
                     const void* buffer)

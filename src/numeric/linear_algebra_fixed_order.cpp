@@ -4,7 +4,7 @@
 // rows and the 304 values of the composition model, so that both forms give the same results there.
 #include <cmath>
 
-#include "numeric/cpu_forms.h"
+#include "numeric/isa_variants.h"
 #include "numeric/linear_algebra.h"
 
 namespace vistaTrim::fixedOrder {
@@ -14,7 +14,7 @@ namespace {
 // Running sums of the dot product. They are independent, so registers of any width can hold them.
 constexpr int32_t kDotSums = 16;
 
-VISTATRIM_FORM_BODY void AddMultipleBody(int32_t n, float alpha, const float* x, float* y)
+VISTATRIM_VARIANT_BODY void AddMultipleBody(int32_t n, float alpha, const float* x, float* y)
 {
     VISTATRIM_INDEPENDENT_STEPS
     for (int32_t i = 0; i < n; ++i) {
@@ -22,17 +22,18 @@ VISTATRIM_FORM_BODY void AddMultipleBody(int32_t n, float alpha, const float* x,
         y[i] = y[i] + product;
     }
 }
-VISTATRIM_FORMS(AddMultiple, (int32_t n, float alpha, const float* x, float* y), (n, alpha, x, y))
+VISTATRIM_VARIANTS(AddMultiple, (int32_t n, float alpha, const float* x, float* y),
+                   (n, alpha, x, y))
 
-VISTATRIM_FORM_BODY void MultiplyBody(int32_t n, float alpha, float* x)
+VISTATRIM_VARIANT_BODY void MultiplyBody(int32_t n, float alpha, float* x)
 {
     for (int32_t i = 0; i < n; ++i)
         x[i] = alpha * x[i];
 }
-VISTATRIM_FORMS(Multiply, (int32_t n, float alpha, float* x), (n, alpha, x))
+VISTATRIM_VARIANTS(Multiply, (int32_t n, float alpha, float* x), (n, alpha, x))
 
-VISTATRIM_FORM_BODY void DotSumsBody(int32_t n, const float* x, const float* y,
-                                     float* __restrict__ sums)
+VISTATRIM_VARIANT_BODY void DotSumsBody(int32_t n, const float* x, const float* y,
+                                        float* __restrict__ sums)
 {
     for (int32_t i = 0; i < n; i += kDotSums)
         for (int32_t k = 0; k < kDotSums; ++k) {
@@ -40,18 +41,18 @@ VISTATRIM_FORM_BODY void DotSumsBody(int32_t n, const float* x, const float* y,
             sums[k] = sums[k] + product;
         }
 }
-VISTATRIM_FORMS(DotSums, (int32_t n, const float* x, const float* y, float* __restrict__ sums),
-                (n, x, y, sums))
+VISTATRIM_VARIANTS(DotSums, (int32_t n, const float* x, const float* y, float* __restrict__ sums),
+                   (n, x, y, sums))
 
 // Column by column of the result: c(i, j) = sum over k of b(i, k) a(k, j), k ascending.
-VISTATRIM_FORM_BODY void StartColumnBody(int32_t rows, float factor, const float* b, float* c)
+VISTATRIM_VARIANT_BODY void StartColumnBody(int32_t rows, float factor, const float* b, float* c)
 {
     VISTATRIM_INDEPENDENT_STEPS
     for (int32_t i = 0; i < rows; ++i)
         c[i] = b[i] * factor;
 }
-VISTATRIM_FORMS(StartColumn, (int32_t rows, float factor, const float* b, float* c),
-                (rows, factor, b, c))
+VISTATRIM_VARIANTS(StartColumn, (int32_t rows, float factor, const float* b, float* c),
+                   (rows, factor, b, c))
 
 // Column-major; a symmetric matrix is read below its diagonal only.
 float Lower(const float* a, int32_t n, int32_t row, int32_t col)

@@ -4,7 +4,7 @@
 #include <cstddef>
 
 #include "numeric/aligned_memory.h"
-#include "numeric/cpu_forms.h"
+#include "numeric/isa_variants.h"
 
 namespace vistaTrim {
 
@@ -12,19 +12,19 @@ namespace {
 
 constexpr size_t kPlaneAlignment = 64;
 
-VISTATRIM_FORM_BODY void WidenBytesBody(const uint8_t* __restrict__ bytes,
-                                        float* __restrict__ plane, int32_t count)
+VISTATRIM_VARIANT_BODY void WidenBytesBody(const uint8_t* __restrict__ bytes,
+                                           float* __restrict__ plane, int32_t count)
 {
     for (int32_t i = 0; i < count; ++i)
         plane[i] = bytes[i];
 }
-VISTATRIM_FORMS(WidenBytes,
-                (const uint8_t* __restrict__ bytes, float* __restrict__ plane, int32_t count),
-                (bytes, plane, count))
+VISTATRIM_VARIANTS(WidenBytes,
+                   (const uint8_t* __restrict__ bytes, float* __restrict__ plane, int32_t count),
+                   (bytes, plane, count))
 
-VISTATRIM_FORM_BODY void WidenPixelsBody(const uint8_t* __restrict__ bytes,
-                                         float* __restrict__ plane0, float* __restrict__ plane1,
-                                         float* __restrict__ plane2, int32_t count)
+VISTATRIM_VARIANT_BODY void WidenPixelsBody(const uint8_t* __restrict__ bytes,
+                                            float* __restrict__ plane0, float* __restrict__ plane1,
+                                            float* __restrict__ plane2, int32_t count)
 {
     // Three times the pixel count can exceed 32 bits.
     const ptrdiff_t pixels = count;
@@ -34,10 +34,10 @@ VISTATRIM_FORM_BODY void WidenPixelsBody(const uint8_t* __restrict__ bytes,
         plane2[i] = bytes[3 * i + 2];
     }
 }
-VISTATRIM_FORMS(WidenPixels,
-                (const uint8_t* __restrict__ bytes, float* __restrict__ plane0,
-                 float* __restrict__ plane1, float* __restrict__ plane2, int32_t count),
-                (bytes, plane0, plane1, plane2, count))
+VISTATRIM_VARIANTS(WidenPixels,
+                   (const uint8_t* __restrict__ bytes, float* __restrict__ plane0,
+                    float* __restrict__ plane1, float* __restrict__ plane2, int32_t count),
+                   (bytes, plane0, plane1, plane2, count))
 
 } // namespace
 

@@ -1,6 +1,6 @@
 // ThresholdBelow and ScaleColumns: each pixel independently; errors are not reported.
-#include "numeric/cpu_forms.h"
 #include "numeric/image_kernels.h"
+#include "numeric/isa_variants.h"
 #include "numeric/raw_kernels.h"
 
 namespace vistaTrim {
@@ -8,16 +8,16 @@ namespace vistaTrim {
 namespace {
 
 // Tests v >= level, not v < level, so that NaN is replaced too.
-VISTATRIM_FORM_BODY void ReplaceBelowBody(float* data, int64_t count, float level, float value)
+VISTATRIM_VARIANT_BODY void ReplaceBelowBody(float* data, int64_t count, float level, float value)
 {
     for (int64_t i = 0; i < count; ++i)
         data[i] = data[i] >= level ? data[i] : value;
 }
-VISTATRIM_FORMS(ReplaceBelow, (float* data, int64_t count, float level, float value),
-                (data, count, level, value))
+VISTATRIM_VARIANTS(ReplaceBelow, (float* data, int64_t count, float level, float value),
+                   (data, count, level, value))
 
-VISTATRIM_FORM_BODY void ScaleRowsBody(float* data, int64_t stride, int32_t cols, int32_t rows,
-                                       float factor)
+VISTATRIM_VARIANT_BODY void ScaleRowsBody(float* data, int64_t stride, int32_t cols, int32_t rows,
+                                          float factor)
 {
     for (int32_t y = 0; y < rows; ++y) {
         float* row = data + y * stride;
@@ -25,8 +25,9 @@ VISTATRIM_FORM_BODY void ScaleRowsBody(float* data, int64_t stride, int32_t cols
             row[x] *= factor;
     }
 }
-VISTATRIM_FORMS(ScaleRows, (float* data, int64_t stride, int32_t cols, int32_t rows, float factor),
-                (data, stride, cols, rows, factor))
+VISTATRIM_VARIANTS(ScaleRows,
+                   (float* data, int64_t stride, int32_t cols, int32_t rows, float factor),
+                   (data, stride, cols, rows, factor))
 
 } // namespace
 

@@ -6,8 +6,8 @@
 #include <iostream>
 #include <limits>
 
-#include "numeric/cpu_forms.h"
 #include "numeric/image_kernels.h"
+#include "numeric/isa_variants.h"
 #include "numeric/raw_kernels.h"
 
 namespace vistaTrim {
@@ -37,13 +37,13 @@ void BuildAxisTable(int32_t sourceLength, int32_t targetLength, const AxisTable&
 
 // a + (b - a) * f, written this way, each step rounded: equal neighbours give exactly their value,
 // and f = 0 gives a.
-VISTATRIM_FORM_BODY float Between(float a, float b, float fraction)
+VISTATRIM_VARIANT_BODY float Between(float a, float b, float fraction)
 {
     return a + (b - a) * fraction;
 }
 
-VISTATRIM_FORM_BODY void InterpolateRow(const float* row, const AxisTable& axis,
-                                        float* __restrict__ out, int32_t count)
+VISTATRIM_VARIANT_BODY void InterpolateRow(const float* row, const AxisTable& axis,
+                                           float* __restrict__ out, int32_t count)
 {
     const int32_t* first = axis.First;
     const int32_t* second = axis.Second;
@@ -53,9 +53,9 @@ VISTATRIM_FORM_BODY void InterpolateRow(const float* row, const AxisTable& axis,
 }
 
 // Source rows are interpolated along x once and kept while target rows still need them.
-VISTATRIM_FORM_BODY void ResizePlaneBody(const float* src, int32_t sourceCols, float* dst,
-                                         int32_t cols, int32_t rows, const AxisTable& columnAxis,
-                                         const AxisTable& rowAxis, float* upper, float* lower)
+VISTATRIM_VARIANT_BODY void ResizePlaneBody(const float* src, int32_t sourceCols, float* dst,
+                                            int32_t cols, int32_t rows, const AxisTable& columnAxis,
+                                            const AxisTable& rowAxis, float* upper, float* lower)
 {
     int32_t upperRow = -1;
     int32_t lowerRow = -1;
@@ -83,10 +83,11 @@ VISTATRIM_FORM_BODY void ResizePlaneBody(const float* src, int32_t sourceCols, f
             out[x] = Between(above[x], below[x], fraction);
     }
 }
-VISTATRIM_FORMS(ResizePlane,
-                (const float* src, int32_t sourceCols, float* dst, int32_t cols, int32_t rows,
-                 const AxisTable& columnAxis, const AxisTable& rowAxis, float* upper, float* lower),
-                (src, sourceCols, dst, cols, rows, columnAxis, rowAxis, upper, lower))
+VISTATRIM_VARIANTS(ResizePlane,
+                   (const float* src, int32_t sourceCols, float* dst, int32_t cols, int32_t rows,
+                    const AxisTable& columnAxis, const AxisTable& rowAxis, float* upper,
+                    float* lower),
+                   (src, sourceCols, dst, cols, rows, columnAxis, rowAxis, upper, lower))
 
 int32_t CheckSizes(const CPlaneStack& source, const CPlaneStack& target)
 {

@@ -14,8 +14,8 @@
 #include <limits>
 #include <memory>
 
-#include "numeric/cpu_forms.h"
 #include "numeric/image_kernels.h"
+#include "numeric/isa_variants.h"
 #include "numeric/raw_kernels.h"
 
 namespace vistaTrim {
@@ -23,105 +23,107 @@ namespace vistaTrim {
 namespace {
 
 // Masks of up to this radius are summed in registers.
-constexpr int32_t kMaxFixedReach = 7;
+constexpr int32_t kMaxUnrolledRadius = 7;
 
-// out[x] = the weighted sum of lines[0][x] .. lines[2 * reach][x], outermost pairs first. The
+// out[x] = the weighted sum of lines[0][x] .. lines[2 * radius][x], outermost pairs first. The
 // caller passes a constant radius, so that the inner loop unrolls.
-VISTATRIM_FORM_BODY void WeightedSum(const float* const* lines, const float* taps, int32_t reach,
-                                     float* __restrict__ out, int32_t count)
+VISTATRIM_VARIANT_BODY void WeightedSum(const float* const* lines, const float* taps,
+                                        int32_t radius, float* __restrict__ out, int32_t count)
 {
     for (int32_t x = 0; x < count; ++x) {
         // The radius is at least 1. NOLINTNEXTLINE(clang-analyzer-core.NullDereference)
-        float sum = taps[0] * (lines[0][x] + lines[2 * reach][x]);
-        for (int32_t k = 1; k < reach; ++k)
-            sum += taps[k] * (lines[k][x] + lines[2 * reach - k][x]);
-        out[x] = sum + taps[reach] * lines[reach][x];
+        float sum = taps[0] * (lines[0][x] + lines[2 * radius][x]);
+        for (int32_t k = 1; k < radius; ++k)
+            sum += taps[k] * (lines[k][x] + lines[2 * radius - k][x]);
+        out[x] = sum + taps[radius] * lines[radius][x];
     }
 }
 
 // One step of the same sum for a mask of any radius: adds one pair (the first or a later one) or
 // the centre to out[x].
-VISTATRIM_FORM_BODY void StartPair(const float* a, const float* b, float tap,
-                                   float* __restrict__ out, int32_t count)
+VISTATRIM_VARIANT_BODY void StartPair(const float* a, const float* b, float tap,
+                                      float* __restrict__ out, int32_t count)
 {
     for (int32_t x = 0; x < count; ++x)
         out[x] = tap * (a[x] + b[x]);
 }
-VISTATRIM_FORM_BODY void AddPair(const float* a, const float* b, float tap, float* __restrict__ out,
-                                 int32_t count)
+VISTATRIM_VARIANT_BODY void AddPair(const float* a, const float* b, float tap,
+                                    float* __restrict__ out, int32_t count)
 {
     for (int32_t x = 0; x < count; ++x)
         out[x] += tap * (a[x] + b[x]);
 }
-VISTATRIM_FORM_BODY void AddCentre(const float* a, float tap, float* __restrict__ out,
-                                   int32_t count)
+VISTATRIM_VARIANT_BODY void AddCentre(const float* a, float tap, float* __restrict__ out,
+                                      int32_t count)
 {
     for (int32_t x = 0; x < count; ++x)
         out[x] += tap * a[x];
 }
 
-VISTATRIM_FORM_BODY const float* ClampedRow(const float* src, int64_t row, int32_t cols,
-                                            int32_t rows)
+VISTATRIM_VARIANT_BODY const float* ClampedRow(const float* src, int64_t row, int32_t cols,
+                                               int32_t rows)
 {
     return src + std::min<int64_t>(std::max<int64_t>(row, 0), rows - 1) * cols;
 }
 
-VISTATRIM_FORM_BODY void RepeatEnds(float* buffer, int32_t cols, int32_t reach)
+VISTATRIM_VARIANT_BODY void RepeatEnds(float* buffer, int32_t cols, int32_t radius)
 {
-    for (int32_t k = 1; k <= reach; ++k) {
+    for (int32_t k = 1; k <= radius; ++k) {
         buffer[-k] = buffer[0];
         buffer[cols - 1 + k] = buffer[cols - 1];
     }
 }
 
-VISTATRIM_FORM_BODY void SmoothFixed(const float* src, float* dst, int32_t cols, int32_t rows,
-                                     const float* taps, int32_t reach, float* buffer)
+VISTATRIM_VARIANT_BODY void SmoothFixed(const float* src, float* dst, int32_t cols, int32_t rows,
+                                        const float* taps, int32_t radius, float* buffer)
 {
-    const float* lines[2 * kMaxFixedReach + 1];
+    const float* lines[2 * kMaxUnrolledRadius + 1];
     for (int32_t y = 0; y < rows; ++y) {
-        for (int32_t k = 0; k <= 2 * reach; ++k)
-            lines[k] = ClampedRow(src, y + k - reach, cols, rows);
-        WeightedSum(lines, taps, reach, buffer, cols);
-        RepeatEnds(buffer, cols, reach);
-        for (int32_t k = 0; k <= 2 * reach; ++k)
-            lines[k] = buffer + k - reach;
-        WeightedSum(lines, taps, reach, dst + static_cast<int64_t>(y) * cols, cols);
+        for (int32_t k = 0; k <= 2 * radius; ++k)
+            lines[k] = ClampedRow(src, y + k - radius, cols, rows);
+        WeightedSum(lines, taps, radius, buffer, cols);
+        RepeatEnds(buffer, cols, radius);
+        for (int32_t k = 0; k <= 2 * radius; ++k)
+            lines[k] = buffer + k - radius;
+        WeightedSum(lines, taps, radius, dst + static_cast<int64_t>(y) * cols, cols);
     }
 }
 
-VISTATRIM_FORM_BODY void SmoothAnyReach(const float* src, float* dst, int32_t cols, int32_t rows,
-                                        const float* taps, int32_t reach, float* buffer)
+VISTATRIM_VARIANT_BODY void SmoothAnyRadius(const float* src, float* dst, int32_t cols,
+                                            int32_t rows, const float* taps, int32_t radius,
+                                            float* buffer)
 {
     for (int64_t y = 0; y < rows; ++y) {
-        StartPair(ClampedRow(src, y - reach, cols, rows), ClampedRow(src, y + reach, cols, rows),
+        StartPair(ClampedRow(src, y - radius, cols, rows), ClampedRow(src, y + radius, cols, rows),
                   taps[0], buffer, cols);
-        for (int32_t k = 1; k < reach; ++k)
-            AddPair(ClampedRow(src, y - reach + k, cols, rows),
-                    ClampedRow(src, y + reach - k, cols, rows), taps[k], buffer, cols);
-        AddCentre(src + y * cols, taps[reach], buffer, cols);
-        RepeatEnds(buffer, cols, reach);
+        for (int32_t k = 1; k < radius; ++k)
+            AddPair(ClampedRow(src, y - radius + k, cols, rows),
+                    ClampedRow(src, y + radius - k, cols, rows), taps[k], buffer, cols);
+        AddCentre(src + y * cols, taps[radius], buffer, cols);
+        RepeatEnds(buffer, cols, radius);
         float* out = dst + y * cols;
-        StartPair(buffer - reach, buffer + reach, taps[0], out, cols);
-        for (int32_t k = 1; k < reach; ++k)
-            AddPair(buffer - reach + k, buffer + reach - k, taps[k], out, cols);
-        AddCentre(buffer, taps[reach], out, cols);
+        StartPair(buffer - radius, buffer + radius, taps[0], out, cols);
+        for (int32_t k = 1; k < radius; ++k)
+            AddPair(buffer - radius + k, buffer + radius - k, taps[k], out, cols);
+        AddCentre(buffer, taps[radius], out, cols);
     }
 }
 
-VISTATRIM_FORM_BODY void SmoothPlaneBody(const float* src, float* dst, int32_t cols, int32_t rows,
-                                         const float* taps, int32_t reach, float* buffer)
+VISTATRIM_VARIANT_BODY void SmoothPlaneBody(const float* src, float* dst, int32_t cols,
+                                            int32_t rows, const float* taps, int32_t radius,
+                                            float* buffer)
 {
-    if (reach == 3)
+    if (radius == 3)
         SmoothFixed(src, dst, cols, rows, taps, 3, buffer);
-    else if (reach == 7)
+    else if (radius == 7)
         SmoothFixed(src, dst, cols, rows, taps, 7, buffer);
     else
-        SmoothAnyReach(src, dst, cols, rows, taps, reach, buffer);
+        SmoothAnyRadius(src, dst, cols, rows, taps, radius, buffer);
 }
-VISTATRIM_FORMS(SmoothPlane,
-                (const float* src, float* dst, int32_t cols, int32_t rows, const float* taps,
-                 int32_t reach, float* buffer),
-                (src, dst, cols, rows, taps, reach, buffer))
+VISTATRIM_VARIANTS(SmoothPlane,
+                   (const float* src, float* dst, int32_t cols, int32_t rows, const float* taps,
+                    int32_t radius, float* buffer),
+                   (src, dst, cols, rows, taps, radius, buffer))
 
 int32_t CheckGaussian(int32_t cols, int32_t rows, int32_t maskSize)
 {
@@ -136,12 +138,12 @@ int32_t CheckGaussian(int32_t cols, int32_t rows, int32_t maskSize)
 
 void GaussianTaps(int32_t maskSize, float sigma, float* taps)
 {
-    const int32_t reach = maskSize / 2;
+    const int32_t radius = maskSize / 2;
     const double wideSigma = sigma;
     const double spread = (wideSigma + wideSigma) * wideSigma;
     float sum = 0.0f;
     for (int32_t i = 0; i < maskSize; ++i) {
-        const double distance = static_cast<float>(i - reach);
+        const double distance = static_cast<float>(i - radius);
         taps[i] = static_cast<float>(std::exp(-(distance * distance) / spread));
         sum += taps[i];
     }
@@ -155,8 +157,8 @@ int32_t GaussianBufferSize(int32_t cols, int32_t rows, int32_t maskSize, int32_t
     const int32_t status = CheckGaussian(cols, rows, maskSize);
     if (status != KernelSuccess)
         return status;
-    const int64_t reach = maskSize / 2;
-    const int64_t bytes = (RoundUpToLine(maskSize) + RoundUpToLine(reach) + cols + reach) *
+    const int64_t radius = maskSize / 2;
+    const int64_t bytes = (RoundUpToLine(maskSize) + RoundUpToLine(radius) + cols + radius) *
                           static_cast<int64_t>(sizeof(float));
     if (bytes > std::numeric_limits<int32_t>::max())
         return KernelBadSize;
@@ -172,11 +174,11 @@ int32_t GaussianKernel(const float* src, float* dst, int32_t cols, int32_t rows,
     const int32_t status = CheckGaussian(cols, rows, maskSize);
     if (status != KernelSuccess)
         return status;
-    const int32_t reach = maskSize / 2;
+    const int32_t radius = maskSize / 2;
     float* taps = static_cast<float*>(buffer);
     GaussianTaps(maskSize, sigma, taps);
-    SmoothPlane(src, dst, cols, rows, taps, reach,
-                taps + RoundUpToLine(maskSize) + RoundUpToLine(reach));
+    SmoothPlane(src, dst, cols, rows, taps, radius,
+                taps + RoundUpToLine(maskSize) + RoundUpToLine(radius));
     return KernelSuccess;
 }
 

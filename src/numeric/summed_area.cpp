@@ -4,7 +4,7 @@
 #include <cstddef>
 
 #include "numeric/aligned_memory.h"
-#include "numeric/cpu_forms.h"
+#include "numeric/isa_variants.h"
 
 namespace vistaTrim {
 
@@ -87,7 +87,7 @@ constexpr size_t kRowsAtOnce = 8;
 
 // Prefetches the current columns of the next eight rows, once per cache line; rows need no
 // alignment. ahead is the distance to those rows, 0 if there are none.
-VISTATRIM_FORM_BODY void AskForNextRows(float* present, size_t stride, size_t c, size_t ahead)
+VISTATRIM_VARIANT_BODY void PrefetchNextRows(float* present, size_t stride, size_t c, size_t ahead)
 {
     if (ahead != 0 && c % kFloatsPerLine == 0)
         for (size_t k = 0; k < kRowsAtOnce; ++k)
@@ -95,8 +95,8 @@ VISTATRIM_FORM_BODY void AskForNextRows(float* present, size_t stride, size_t c,
 }
 
 // rows table rows below `above`; rows is a constant once this is inlined.
-VISTATRIM_FORM_BODY void AddPlaneRows(const float* __restrict__ plane, float* __restrict__ above,
-                                      size_t cols, size_t rows, size_t ahead)
+VISTATRIM_VARIANT_BODY void AddPlaneRows(const float* __restrict__ plane, float* __restrict__ above,
+                                         size_t cols, size_t rows, size_t ahead)
 {
     const size_t stride = cols + 1;
     float rowSum[kRowsAtOnce] = {};
@@ -109,13 +109,13 @@ VISTATRIM_FORM_BODY void AddPlaneRows(const float* __restrict__ plane, float* __
             sum = sum + rowSum[k];
             above[(k + 1) * stride + c + 1] = sum;
         }
-        AskForNextRows(above + stride + c + 1, stride, c, ahead);
+        PrefetchNextRows(above + stride + c + 1, stride, c, ahead);
     }
 }
 
-VISTATRIM_FORM_BODY void AddPairRows(const float* __restrict__ planeA,
-                                     const float* __restrict__ planeB, float* __restrict__ above,
-                                     size_t cols, size_t rows, size_t ahead)
+VISTATRIM_VARIANT_BODY void AddPairRows(const float* __restrict__ planeA,
+                                        const float* __restrict__ planeB, float* __restrict__ above,
+                                        size_t cols, size_t rows, size_t ahead)
 {
     const size_t stride = cols + 1;
     float rowSum[kRowsAtOnce] = {};
@@ -130,7 +130,7 @@ VISTATRIM_FORM_BODY void AddPairRows(const float* __restrict__ planeA,
             sum = sum + rowSum[k];
             above[(k + 1) * stride + c + 1] = sum;
         }
-        AskForNextRows(above + stride + c + 1, stride, c, ahead);
+        PrefetchNextRows(above + stride + c + 1, stride, c, ahead);
     }
 }
 

@@ -3,7 +3,7 @@
 #include <cmath>
 #include <cstring>
 
-#include "numeric/cpu_forms.h"
+#include "numeric/isa_variants.h"
 #include "numeric/linear_algebra.h"
 
 namespace vistaTrim {
@@ -16,49 +16,49 @@ constexpr float kSmallestRange = 1e-05f;
 // Larger bit patterns are NaN or negative.
 constexpr uint32_t kInfinityBits = 0x7f800000;
 
-VISTATRIM_FORM_BODY void AbsBody(int32_t n, const float* a, float* y)
+VISTATRIM_VARIANT_BODY void AbsBody(int32_t n, const float* a, float* y)
 {
     VISTATRIM_INDEPENDENT_STEPS
     for (int32_t i = 0; i < n; ++i)
         y[i] = std::fabs(a[i]);
 }
-VISTATRIM_FORMS(Abs, (int32_t n, const float* a, float* y), (n, a, y))
+VISTATRIM_VARIANTS(Abs, (int32_t n, const float* a, float* y), (n, a, y))
 
-VISTATRIM_FORM_BODY void AddBody(int32_t n, const float* a, const float* b, float* y)
+VISTATRIM_VARIANT_BODY void AddBody(int32_t n, const float* a, const float* b, float* y)
 {
     VISTATRIM_INDEPENDENT_STEPS
     for (int32_t i = 0; i < n; ++i)
         y[i] = a[i] + b[i];
 }
-VISTATRIM_FORMS(Add, (int32_t n, const float* a, const float* b, float* y), (n, a, b, y))
+VISTATRIM_VARIANTS(Add, (int32_t n, const float* a, const float* b, float* y), (n, a, b, y))
 
-VISTATRIM_FORM_BODY void SubBody(int32_t n, const float* a, const float* b, float* y)
+VISTATRIM_VARIANT_BODY void SubBody(int32_t n, const float* a, const float* b, float* y)
 {
     VISTATRIM_INDEPENDENT_STEPS
     for (int32_t i = 0; i < n; ++i)
         y[i] = a[i] - b[i];
 }
-VISTATRIM_FORMS(Sub, (int32_t n, const float* a, const float* b, float* y), (n, a, b, y))
+VISTATRIM_VARIANTS(Sub, (int32_t n, const float* a, const float* b, float* y), (n, a, b, y))
 
-VISTATRIM_FORM_BODY void MulBody(int32_t n, const float* a, const float* b, float* y)
+VISTATRIM_VARIANT_BODY void MulBody(int32_t n, const float* a, const float* b, float* y)
 {
     VISTATRIM_INDEPENDENT_STEPS
     for (int32_t i = 0; i < n; ++i)
         y[i] = a[i] * b[i];
 }
-VISTATRIM_FORMS(Mul, (int32_t n, const float* a, const float* b, float* y), (n, a, b, y))
+VISTATRIM_VARIANTS(Mul, (int32_t n, const float* a, const float* b, float* y), (n, a, b, y))
 
-VISTATRIM_FORM_BODY void SqrtBody(int32_t n, const float* a, float* y)
+VISTATRIM_VARIANT_BODY void SqrtBody(int32_t n, const float* a, float* y)
 {
     VISTATRIM_INDEPENDENT_STEPS
     for (int32_t i = 0; i < n; ++i)
         y[i] = std::sqrt(a[i]);
 }
-VISTATRIM_FORMS(Sqrt, (int32_t n, const float* a, float* y), (n, a, y))
+VISTATRIM_VARIANTS(Sqrt, (int32_t n, const float* a, float* y), (n, a, y))
 
 // The square of a float is exact in double, so the cube is rounded only twice: to double, then to
 // float.
-VISTATRIM_FORM_BODY void CubeBody(int32_t n, const float* a, float* y)
+VISTATRIM_VARIANT_BODY void CubeBody(int32_t n, const float* a, float* y)
 {
     VISTATRIM_INDEPENDENT_STEPS
     for (int32_t i = 0; i < n; ++i) {
@@ -66,20 +66,20 @@ VISTATRIM_FORM_BODY void CubeBody(int32_t n, const float* a, float* y)
         y[i] = static_cast<float>(value * value * value);
     }
 }
-VISTATRIM_FORMS(Cube, (int32_t n, const float* a, float* y), (n, a, y))
+VISTATRIM_VARIANTS(Cube, (int32_t n, const float* a, float* y), (n, a, y))
 
-VISTATRIM_FORM_BODY void OffsetBody(const float* src, float* dst, int32_t count, float value)
+VISTATRIM_VARIANT_BODY void OffsetBody(const float* src, float* dst, int32_t count, float value)
 {
     VISTATRIM_INDEPENDENT_STEPS
     for (int32_t i = 0; i < count; ++i)
         dst[i] = src[i] + value;
 }
-VISTATRIM_FORMS(Offset, (const float* src, float* dst, int32_t count, float value),
-                (src, dst, count, value))
+VISTATRIM_VARIANTS(Offset, (const float* src, float* dst, int32_t count, float value),
+                   (src, dst, count, value))
 
 // Non-negative floats other than NaN sort by their bits, and an integer reduction gives the same
 // result at every register width.
-VISTATRIM_FORM_BODY void BitExtremesBody(const float* x, int32_t n, uint32_t* extremes)
+VISTATRIM_VARIANT_BODY void BitExtremesBody(const float* x, int32_t n, uint32_t* extremes)
 {
     uint32_t low = extremes[0];
     uint32_t high = extremes[1];
@@ -92,7 +92,7 @@ VISTATRIM_FORM_BODY void BitExtremesBody(const float* x, int32_t n, uint32_t* ex
     extremes[0] = low;
     extremes[1] = high;
 }
-VISTATRIM_FORMS(BitExtremes, (const float* x, int32_t n, uint32_t* extremes), (x, n, extremes))
+VISTATRIM_VARIANTS(BitExtremes, (const float* x, int32_t n, uint32_t* extremes), (x, n, extremes))
 
 float FloatOfBits(uint32_t bits)
 {
@@ -102,7 +102,7 @@ float FloatOfBits(uint32_t bits)
 }
 
 // Two roundings, as if in two passes.
-VISTATRIM_FORM_BODY void ShiftAndScaleBody(float* x, int32_t n, float shift, float scale)
+VISTATRIM_VARIANT_BODY void ShiftAndScaleBody(float* x, int32_t n, float shift, float scale)
 {
     VISTATRIM_INDEPENDENT_STEPS
     for (int32_t i = 0; i < n; ++i) {
@@ -110,8 +110,8 @@ VISTATRIM_FORM_BODY void ShiftAndScaleBody(float* x, int32_t n, float shift, flo
         x[i] = shifted * scale;
     }
 }
-VISTATRIM_FORMS(ShiftAndScale, (float* x, int32_t n, float shift, float scale),
-                (x, n, shift, scale))
+VISTATRIM_VARIANTS(ShiftAndScale, (float* x, int32_t n, float shift, float scale),
+                   (x, n, shift, scale))
 
 } // namespace
 

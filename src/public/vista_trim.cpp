@@ -21,7 +21,7 @@ namespace {
 
 // The only place that creates a list. An exception releases it; *result is set only once the list
 // is complete.
-void HandOut(const CropCells& cells, ICropRects** result)
+void BuildCropList(const CropCells& cells, ICropRects** result)
 {
     CCropListBuilder list;
     size_t count = 0;
@@ -266,7 +266,7 @@ void VistaTrim::ComputeCropSuggestions(ICropRects** result, const SuggestionPara
     uint32_t aspectIndex = NoIndex;
     uint32_t scaleIndex = NoIndex;
     PrepareRequest(request, aspectIndex, scaleIndex);
-    HandOut(ChosenCells(request, aspectIndex, scaleIndex), result);
+    BuildCropList(ChosenCells(request, aspectIndex, scaleIndex), result);
 }
 
 void VistaTrim::GetNTopCropSuggestions(int32_t n, ICropRects** result,
@@ -277,9 +277,10 @@ void VistaTrim::GetNTopCropSuggestions(int32_t n, ICropRects** result,
     uint32_t scaleIndex = NoIndex;
     PrepareRequest(request, aspectIndex, scaleIndex);
     // The analyzer overwrites its list in the next selection, so the host gets a copy.
-    HandOut(CropCells(1, &Analyzer->SelectTopCrops(n, ChosenCells(request, aspectIndex, scaleIndex),
-                                                   rankingMode, weights)),
-            result);
+    BuildCropList(
+        CropCells(1, &Analyzer->SelectTopCrops(n, ChosenCells(request, aspectIndex, scaleIndex),
+                                               rankingMode, weights)),
+        result);
 }
 
 void VistaTrim::EvaluateScores(CInt32CropRect& rect)

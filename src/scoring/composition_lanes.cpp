@@ -1,6 +1,6 @@
 #include "scoring/composition_lanes.h"
 
-#include "numeric/cpu_forms.h"
+#include "numeric/isa_variants.h"
 #include "scoring/composition_coefficients.h"
 #include "scoring/composition_model.h"
 
@@ -32,8 +32,8 @@ struct Group {
     Floats Sums[kBlocks][kDotSums];
 };
 
-VISTATRIM_FORM_BODY void StartGroup(const GridLimits* const* rows, const GridLimits* const* cols,
-                                    int32_t count, Group& group)
+VISTATRIM_VARIANT_BODY void StartGroup(const GridLimits* const* rows, const GridLimits* const* cols,
+                                       int32_t count, Group& group)
 {
     group.Blocks = (count + kLanes - 1) / kLanes;
     for (int32_t crop = 0; crop < group.Blocks * kLanes; ++crop) {
@@ -57,8 +57,8 @@ VISTATRIM_FORM_BODY void StartGroup(const GridLimits* const* rows, const GridLim
 // Rows of corners of a crop, in its lane: corner k = row[edge k], 0 left of the map. The first row
 // is separate because it may be above the map, where all corners are 0; the others are read four at
 // a time.
-VISTATRIM_FORM_BODY void GatherFirstRow(const double* table, int64_t stride, int32_t rowEdge,
-                                        const int32_t* edges, int32_t points, double* lane)
+VISTATRIM_VARIANT_BODY void GatherFirstRow(const double* table, int64_t stride, int32_t rowEdge,
+                                           const int32_t* edges, int32_t points, double* lane)
 {
     if (rowEdge < 0) {
         for (int32_t k = 0; k < points; ++k)
@@ -71,9 +71,9 @@ VISTATRIM_FORM_BODY void GatherFirstRow(const double* table, int64_t stride, int
         lane[k * kLanes] = row[edges[k]];
 }
 
-VISTATRIM_FORM_BODY void GatherFourRows(const double* table, int64_t stride,
-                                        const int32_t* rowEdges, const int32_t* edges,
-                                        int32_t points, double* lane, int64_t laneStride)
+VISTATRIM_VARIANT_BODY void GatherFourRows(const double* table, int64_t stride,
+                                           const int32_t* rowEdges, const int32_t* edges,
+                                           int32_t points, double* lane, int64_t laneStride)
 {
     const double* const rows[4] = {table + rowEdges[0] * stride, table + rowEdges[1] * stride,
                                    table + rowEdges[2] * stride, table + rowEdges[3] * stride};
@@ -92,9 +92,9 @@ VISTATRIM_FORM_BODY void GatherFourRows(const double* table, int64_t stride,
 // The weighted mean of each cell of a row of cells, whose corners are `step` apart, goes to its
 // running sum. The terms of a cell are those of RegionSum in its order. Lengths are at least 1, and
 // so is an area.
-VISTATRIM_FORM_BODY void AddCells(const Doubles* upper, const Doubles* lower, int32_t step,
-                                  int32_t cells, const Floats& rowLength, const Floats* colLengths,
-                                  int32_t firstSlot, Floats* sums)
+VISTATRIM_VARIANT_BODY void AddCells(const Doubles* upper, const Doubles* lower, int32_t step,
+                                     int32_t cells, const Floats& rowLength,
+                                     const Floats* colLengths, int32_t firstSlot, Floats* sums)
 {
     for (int32_t j = 0; j < cells; ++j, upper += step, lower += step) {
         const int32_t slot = firstSlot + j;
@@ -108,8 +108,8 @@ VISTATRIM_FORM_BODY void AddCells(const Doubles* upper, const Doubles* lower, in
 
 // The 4-fold and the 8-fold grid of a table. The 4-fold grid uses every second corner of the 8-fold
 // one.
-VISTATRIM_FORM_BODY void AddCoarseGrids(const double* table, int64_t stride, int32_t slot4,
-                                        int32_t slot8, Group& group)
+VISTATRIM_VARIANT_BODY void AddCoarseGrids(const double* table, int64_t stride, int32_t slot4,
+                                           int32_t slot8, Group& group)
 {
     Doubles corners[9][kBlocks][9];
     constexpr int64_t kRow =
@@ -139,8 +139,8 @@ VISTATRIM_FORM_BODY void AddCoarseGrids(const double* table, int64_t stride, int
     }
 }
 
-VISTATRIM_FORM_BODY void AddFineGrid(const double* table, int64_t stride, int32_t slot12,
-                                     Group& group)
+VISTATRIM_VARIANT_BODY void AddFineGrid(const double* table, int64_t stride, int32_t slot12,
+                                        Group& group)
 {
     // The first row of a group of four is the last of the group before.
     Doubles corners[5][kBlocks][13];
@@ -167,9 +167,10 @@ VISTATRIM_FORM_BODY void AddFineGrid(const double* table, int64_t stride, int32_
     }
 }
 
-VISTATRIM_FORM_BODY void DotProductsBody(const double* contrast, const double* saliency,
-                                         int64_t stride, const GridLimits* const* rows,
-                                         const GridLimits* const* cols, int32_t count, float* dots)
+VISTATRIM_VARIANT_BODY void DotProductsBody(const double* contrast, const double* saliency,
+                                            int64_t stride, const GridLimits* const* rows,
+                                            const GridLimits* const* cols, int32_t count,
+                                            float* dots)
 {
     Group group;
     StartGroup(rows, cols, count, group);
@@ -190,11 +191,11 @@ VISTATRIM_FORM_BODY void DotProductsBody(const double* contrast, const double* s
     }
 }
 
-VISTATRIM_FORMS(DotProducts,
-                (const double* contrast, const double* saliency, int64_t stride,
-                 const GridLimits* const* rows, const GridLimits* const* cols, int32_t count,
-                 float* dots),
-                (contrast, saliency, stride, rows, cols, count, dots))
+VISTATRIM_VARIANTS(DotProducts,
+                   (const double* contrast, const double* saliency, int64_t stride,
+                    const GridLimits* const* rows, const GridLimits* const* cols, int32_t count,
+                    float* dots),
+                   (contrast, saliency, stride, rows, cols, count, dots))
 
 } // namespace
 

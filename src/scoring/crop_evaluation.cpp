@@ -5,7 +5,7 @@
 #include <iterator>
 #include <vector>
 
-#include "numeric/cpu_forms.h"
+#include "numeric/isa_variants.h"
 #include "numeric/linear_algebra.h"
 #include "numeric/summed_area.h"
 #include "scoring/composition_lanes.h"
@@ -53,12 +53,12 @@ float ScaledCoordinate(int32_t coordinate, float scaleFactor)
 }
 
 // From shares of the totals to CoverageScore and to CoversContent.
-VISTATRIM_FORM_BODY float Coverage(double mask, double color, double edges)
+VISTATRIM_VARIANT_BODY float Coverage(double mask, double color, double edges)
 {
     return static_cast<float>(kMaskWeight * mask + kColorWeight * color + kEdgeWeight * edges);
 }
 
-VISTATRIM_FORM_BODY bool Covers(double mask, double color)
+VISTATRIM_VARIANT_BODY bool Covers(double mask, double color)
 {
     return mask >= kContentShare && color >= kContentShare;
 }
@@ -92,15 +92,15 @@ bool BandLeavesMap(const CCropAnalyzer& analyzer, int side, const WorkingRect& b
 
 // The value of a side, rounded to float, times its gain. The product of two floats is exact in
 // double and is not rounded here.
-VISTATRIM_FORM_BODY double Gained(bool outside, double mean, float gain)
+VISTATRIM_VARIANT_BODY double Gained(bool outside, double mean, float gain)
 {
     const float value = outside ? kBandOutside : static_cast<float>(mean);
     return static_cast<double>(value) * static_cast<double>(gain);
 }
 
 // Means per pixel of edge: one for each direction, plus one for the whole perimeter.
-VISTATRIM_FORM_BODY float CostOfSides(double width, double height, double top, double bottom,
-                                      double left, double right)
+VISTATRIM_VARIANT_BODY float CostOfSides(double width, double height, double top, double bottom,
+                                         double left, double right)
 {
     const float perDirection = static_cast<float>((left + right) / height + (top + bottom) / width);
     const float perimeter = static_cast<float>((top + bottom + left + right) / (width + height));
@@ -133,9 +133,9 @@ void LeaveUnmeasured(CInt32CropRect& crop)
     crop.Score.Scored = true;
 }
 
-VISTATRIM_FORM_BODY void CoverageOfListsBody(const double* mask, const double* color,
-                                             const double* edges, size_t count, float* coverage,
-                                             uint8_t* covers)
+VISTATRIM_VARIANT_BODY void CoverageOfListsBody(const double* mask, const double* color,
+                                                const double* edges, size_t count, float* coverage,
+                                                uint8_t* covers)
 {
     VISTATRIM_INDEPENDENT_STEPS
     for (size_t i = 0; i < count; ++i) {
@@ -143,26 +143,26 @@ VISTATRIM_FORM_BODY void CoverageOfListsBody(const double* mask, const double* c
         covers[i] = Covers(mask[i], color[i]);
     }
 }
-VISTATRIM_FORMS(CoverageOfLists,
-                (const double* mask, const double* color, const double* edges, size_t count,
-                 float* coverage, uint8_t* covers),
-                (mask, color, edges, count, coverage, covers))
+VISTATRIM_VARIANTS(CoverageOfLists,
+                   (const double* mask, const double* color, const double* edges, size_t count,
+                    float* coverage, uint8_t* covers),
+                   (mask, color, edges, count, coverage, covers))
 
-VISTATRIM_FORM_BODY void CostOfListsBody(const int32_t* firstCols, const int32_t* lastCols,
-                                         int32_t height, const double* top, const double* bottom,
-                                         const double* left, const double* right, size_t count,
-                                         float* costs)
+VISTATRIM_VARIANT_BODY void CostOfListsBody(const int32_t* firstCols, const int32_t* lastCols,
+                                            int32_t height, const double* top, const double* bottom,
+                                            const double* left, const double* right, size_t count,
+                                            float* costs)
 {
     VISTATRIM_INDEPENDENT_STEPS
     for (size_t i = 0; i < count; ++i)
         costs[i] = CostOfSides(lastCols[i] - firstCols[i] + 1, height, top[i], bottom[i], left[i],
                                right[i]);
 }
-VISTATRIM_FORMS(CostOfLists,
-                (const int32_t* firstCols, const int32_t* lastCols, int32_t height,
-                 const double* top, const double* bottom, const double* left, const double* right,
-                 size_t count, float* costs),
-                (firstCols, lastCols, height, top, bottom, left, right, count, costs))
+VISTATRIM_VARIANTS(CostOfLists,
+                   (const int32_t* firstCols, const int32_t* lastCols, int32_t height,
+                    const double* top, const double* bottom, const double* left,
+                    const double* right, size_t count, float* costs),
+                   (firstCols, lastCols, height, top, bottom, left, right, count, costs))
 
 // Crops of a walk that share their rows.
 struct LatticeRow {

@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <cmath>
 
-#include "numeric/cpu_forms.h"
+#include "numeric/isa_variants.h"
 
 namespace vistaTrim {
 
@@ -11,8 +11,8 @@ namespace {
 
 // A cell's size is a fractional float; its limits are computed in double and rounded to float once,
 // before the floor.
-VISTATRIM_FORM_BODY void FillDivisionBody(float first, float extent, int32_t cells, int32_t* starts,
-                                          int32_t* ends, float* lengths)
+VISTATRIM_VARIANT_BODY void FillDivisionBody(float first, float extent, int32_t cells,
+                                             int32_t* starts, int32_t* ends, float* lengths)
 {
     const double size = extent / static_cast<float>(cells);
     const double origin = first;
@@ -29,17 +29,17 @@ VISTATRIM_FORM_BODY void FillDivisionBody(float first, float extent, int32_t cel
     }
 }
 
-VISTATRIM_FORM_BODY void FillDivisionsBody(float first, float extent, int32_t* starts,
-                                           int32_t* ends, float* lengths)
+VISTATRIM_VARIANT_BODY void FillDivisionsBody(float first, float extent, int32_t* starts,
+                                              int32_t* ends, float* lengths)
 {
     FillDivisionBody(first, extent, 4, starts, ends, lengths);
     FillDivisionBody(first, extent, 8, starts + 4, ends + 4, lengths + 4);
     FillDivisionBody(first, extent, 12, starts + 12, ends + 12, lengths + 12);
 }
 
-VISTATRIM_FORMS(FillDivisions,
-                (float first, float extent, int32_t* starts, int32_t* ends, float* lengths),
-                (first, extent, starts, ends, lengths))
+VISTATRIM_VARIANTS(FillDivisions,
+                   (float first, float extent, int32_t* starts, int32_t* ends, float* lengths),
+                   (first, extent, starts, ends, lengths))
 
 bool TakeEdges(const int32_t* starts, const int32_t* ends, int32_t cells, int32_t* edges)
 {

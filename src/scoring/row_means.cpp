@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-#include "numeric/cpu_forms.h"
+#include "numeric/isa_variants.h"
 
 namespace vistaTrim {
 
@@ -10,9 +10,9 @@ namespace {
 
 // above is null for the map's first row. Every corner is read, needed or not, so that the loop has
 // no branches.
-VISTATRIM_FORM_BODY void MeansBody(const double* above, const double* last, int32_t lastCol,
-                                   const int32_t* firstCols, const int32_t* lastCols, size_t count,
-                                   double denominator, double* __restrict__ means)
+VISTATRIM_VARIANT_BODY void MeansBody(const double* above, const double* last, int32_t lastCol,
+                                      const int32_t* firstCols, const int32_t* lastCols,
+                                      size_t count, double denominator, double* __restrict__ means)
 {
     if (above == nullptr) {
         VISTATRIM_INDEPENDENT_STEPS
@@ -36,11 +36,11 @@ VISTATRIM_FORM_BODY void MeansBody(const double* above, const double* last, int3
     }
 }
 
-VISTATRIM_FORMS(Means,
-                (const double* above, const double* last, int32_t lastCol, const int32_t* firstCols,
-                 const int32_t* lastCols, size_t count, double denominator,
-                 double* __restrict__ means),
-                (above, last, lastCol, firstCols, lastCols, count, denominator, means))
+VISTATRIM_VARIANTS(Means,
+                   (const double* above, const double* last, int32_t lastCol,
+                    const int32_t* firstCols, const int32_t* lastCols, size_t count,
+                    double denominator, double* __restrict__ means),
+                   (above, last, lastCol, firstCols, lastCols, count, denominator, means))
 
 } // namespace
 

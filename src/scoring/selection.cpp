@@ -5,7 +5,7 @@
 #include <cstring>
 #include <utility>
 
-#include "numeric/cpu_forms.h"
+#include "numeric/isa_variants.h"
 #include "scoring/crop_analyzer.h"
 #include "scoring/measures.h"
 #include "scoring/rects_of_interest.h"
@@ -187,8 +187,8 @@ OverlapSide SideOf(const CInt32CropRect& crop)
             static_cast<double>(rect.Area())};
 }
 
-VISTATRIM_FORM_BODY float OverlapOf(const OverlapSide& a, double left, double right, double top,
-                                    double bottom, double area)
+VISTATRIM_VARIANT_BODY float OverlapOf(const OverlapSide& a, double left, double right, double top,
+                                       double bottom, double area)
 {
     const double width = std::max(0.0, std::min(a.Right, right) - std::max(a.Left, left) + 1.0);
     const double height = std::max(0.0, std::min(a.Bottom, bottom) - std::max(a.Top, top) + 1.0);
@@ -204,21 +204,21 @@ struct Pool {
     size_t Count = 0;
 };
 
-VISTATRIM_FORM_BODY void FindMembersBody(const OverlapSide& leader, const double* left,
-                                         const double* right, const double* top,
-                                         const double* bottom, const double* area, size_t count,
-                                         uint8_t* joins)
+VISTATRIM_VARIANT_BODY void FindMembersBody(const OverlapSide& leader, const double* left,
+                                            const double* right, const double* top,
+                                            const double* bottom, const double* area, size_t count,
+                                            uint8_t* joins)
 {
     for (size_t j = 0; j < count; ++j)
         joins[j] =
             OverlapOf(leader, left[j], right[j], top[j], bottom[j], area[j]) > kClusterOverlap;
 }
 
-VISTATRIM_FORMS(FindMembers,
-                (const OverlapSide& leader, const double* left, const double* right,
-                 const double* top, const double* bottom, const double* area, size_t count,
-                 uint8_t* joins),
-                (leader, left, right, top, bottom, area, count, joins))
+VISTATRIM_VARIANTS(FindMembers,
+                   (const OverlapSide& leader, const double* left, const double* right,
+                    const double* top, const double* bottom, const double* area, size_t count,
+                    uint8_t* joins),
+                   (leader, left, right, top, bottom, area, count, joins))
 
 Pool MakePool(const Survivors& survivors, const std::vector<int32_t>& order)
 {

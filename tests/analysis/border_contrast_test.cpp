@@ -87,18 +87,18 @@ TEST(BorderContrast, SweepMatchesTheStepwiseFormBitForBitInEveryVariant)
 {
     if (!kFixedOrder)
         GTEST_SKIP() << "the sweep is not used with BLAS, whose products round in their own way";
-    const FormScope scope;
+    const VariantScope scope;
     for (const Picture& picture : OrdinaryPictures()) {
         COwnedStack ownBlurred;
         CPlaneStack& blurred = ownBlurred.Handle();
         Blur(picture, blurred);
         Maps expected(blurred);
-        SelectCpuForm(CpuFormPlain);
+        SelectIsaVariant(IsaVariantPlain);
         ComputeBorderContrastsStepwise(blurred, expected.Scratch.Planes[0], expected.Buffers);
-        for (const CpuForm form : AvailableForms()) {
+        for (const IsaVariant variant : AvailableVariants()) {
             SCOPED_TRACE(testing::Message()
-                         << "form " << form << ", " << picture.Cols << " x " << picture.Rows);
-            SelectCpuForm(form);
+                         << "variant " << variant << ", " << picture.Cols << " x " << picture.Rows);
+            SelectIsaVariant(variant);
             Maps found(blurred);
             BorderContrastScales scales;
             ASSERT_TRUE(

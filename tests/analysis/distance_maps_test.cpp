@@ -118,15 +118,15 @@ long double SlowDistance(const Scene& scene, size_t i)
 
 TEST(MahalanobisMap, MatchesOneProductOfTheWholePlaneBitForBit)
 {
-    const FormScope scope;
+    const VariantScope scope;
     std::vector<PlaneSize> sizes = AwkwardSizes();
     for (int32_t count : {511, 512, 513, 1023, 1024, 1025, 1537})
         sizes.push_back({count, 1});
-    for (CpuForm form : AvailableForms())
+    for (IsaVariant variant : AvailableVariants())
         for (const PlaneSize& size : sizes) {
             SCOPED_TRACE(testing::Message()
-                         << "form " << form << ", " << size.Cols << " x " << size.Rows);
-            SelectCpuForm(form);
+                         << "variant " << variant << ", " << size.Cols << " x " << size.Rows);
+            SelectIsaVariant(variant);
             Scene scene(3, size.Cols, size.Rows, 1);
 
             scene.Mahalanobis(false);
@@ -143,16 +143,16 @@ TEST(MahalanobisMap, OfAnIndefiniteCovarianceHasOneCommonScale)
         std::vector<float> Covariance;
         float Square; // the common scale of the fallback: first element + 20
     };
-    const FormScope scope;
-    for (const CpuForm form : AvailableForms())
+    const VariantScope scope;
+    for (const IsaVariant variant : AvailableVariants())
         for (const Case& odd :
              {Case{"singular", {0, 0, 0, 0, -10, 0, 0, 0, 0}, 20},
               Case{"of rank 1", {-9, 1, 1, 1, -9, 1, 1, 1, -9}, 11},
               Case{"indefinite", {30, 1, 2, 1, -40, 3, 2, 3, 60}, 50},
               Case{"without a scale", {-20, 0, 0, 0, 50, 0, 0, 0, 50}, 0},
               Case{"of a negative scale", {-50, 0, 0, 0, 50, 0, 0, 0, 50}, -30}}) {
-            SCOPED_TRACE(testing::Message() << "form " << form << ", " << odd.Name);
-            SelectCpuForm(form);
+            SCOPED_TRACE(testing::Message() << "variant " << variant << ", " << odd.Name);
+            SelectIsaVariant(variant);
             Scene scene(3, 67, 9, 12);
             scene.SetCovariance(odd.Covariance);
             scene.Mahalanobis(false);
@@ -315,12 +315,12 @@ TEST(MahalanobisMap, TakesOtherNumbersOfPlanes)
 // Only single operations on each element, so all bits are known.
 TEST(ScalarDistanceMap, OffsetsDropsTheSignAndScales)
 {
-    const FormScope scope;
-    for (CpuForm form : AvailableForms())
+    const VariantScope scope;
+    for (IsaVariant variant : AvailableVariants())
         for (const PlaneSize& size : AwkwardSizes()) {
             SCOPED_TRACE(testing::Message()
-                         << "form " << form << ", " << size.Cols << " x " << size.Rows);
-            SelectCpuForm(form);
+                         << "variant " << variant << ", " << size.Cols << " x " << size.Rows);
+            SelectIsaVariant(variant);
             Scene scene(1, size.Cols, size.Rows, 9);
             const float variance =
                 static_cast<float>(static_cast<double>(scene.Covariance.Planes[0][0]) + 10.0);
@@ -440,11 +440,11 @@ TEST(InvertRegularised, TheFallbackMayBeInfinite)
 
 TEST(DotThreePlanes, RoundsOnceInEveryVariant)
 {
-    const FormScope scope;
-    for (CpuForm form : AvailableForms())
+    const VariantScope scope;
+    for (IsaVariant variant : AvailableVariants())
         for (int32_t count = 1; count <= 70; ++count) {
-            SCOPED_TRACE(testing::Message() << "form " << form << ", count " << count);
-            SelectCpuForm(form);
+            SCOPED_TRACE(testing::Message() << "variant " << variant << ", count " << count);
+            SelectIsaVariant(variant);
             const GuardedPlane a = GuardedPlane::Fractions(count, 3, 13);
             GuardedPlane b = GuardedPlane::Fractions(count, 3, 14);
             for (int32_t i = 0; i < 3 * count; i += 2)
@@ -479,13 +479,13 @@ TEST(DotPlanes, RoundsAtEachPlaneWhereDotThreePlanesDoesNot)
 
 TEST(DotPlanes, SumsAnyNumberOfPlanes)
 {
-    const FormScope scope;
-    for (CpuForm form : AvailableForms())
+    const VariantScope scope;
+    for (IsaVariant variant : AvailableVariants())
         for (int32_t planes : {1, 2, 5})
             for (int32_t count : {1, 7, 8, 17, 33, 65}) {
                 SCOPED_TRACE(testing::Message()
-                             << "form " << form << ", " << planes << " planes of " << count);
-                SelectCpuForm(form);
+                             << "variant " << variant << ", " << planes << " planes of " << count);
+                SelectIsaVariant(variant);
                 const GuardedPlane a = GuardedPlane::Fractions(count, planes, 15);
                 const GuardedPlane b = GuardedPlane::Fractions(count, planes, 16);
                 GuardedPlane result(count, 1);

@@ -48,7 +48,7 @@ void ExpectStatisticsOfTheTables(const CPlaneStack& stack, const CStripMoments& 
 // Bright planes, whose tables lose digits: an order of additions of its own would show.
 TEST(StripMoments, MatchTheTablesInEveryVariant)
 {
-    const FormScope scope;
+    const VariantScope scope;
     std::vector<PlaneSize> sizes = AwkwardSizes();
     for (const PlaneSize& size : {PlaneSize{640, 480}, PlaneSize{131, 640}, PlaneSize{65, 16}})
         sizes.push_back(size);
@@ -56,10 +56,10 @@ TEST(StripMoments, MatchTheTablesInEveryVariant)
         const Scene scene(size.Cols, size.Rows, 170.3f);
         const BorderStrips wide = MakeBorderStrips(size.Cols, size.Rows, 0.25f);
         const BorderStrips narrow = MakeBorderStrips(size.Cols, size.Rows, 0.2f);
-        for (const CpuForm form : AvailableForms()) {
+        for (const IsaVariant variant : AvailableVariants()) {
             SCOPED_TRACE(testing::Message()
-                         << "form " << form << ", " << size.Cols << " x " << size.Rows);
-            SelectCpuForm(form);
+                         << "variant " << variant << ", " << size.Cols << " x " << size.Rows);
+            SelectIsaVariant(variant);
             const CStripMoments moments(scene.Stack,
                                         {wide.Top, wide.Bottom, wide.Left, wide.Right, narrow.Top,
                                          narrow.Bottom, narrow.Left, narrow.Right});

@@ -56,7 +56,7 @@ protected:
 
 TEST_F(BoxKernels, InPlaceEqualsASeparateDestinationInEveryVariant)
 {
-    const FormScope scope;
+    const VariantScope scope;
     for (const PlaneSize& size : AwkwardSizes()) {
         const GuardedPlane src = GuardedPlane::Fractions(size.Cols, size.Rows, 41);
         for (int32_t maskSize : {1, 3, 5, 7, 9, 21}) {
@@ -65,11 +65,11 @@ TEST_F(BoxKernels, InPlaceEqualsASeparateDestinationInEveryVariant)
                 continue; // the full scan would take most of the run
             for (bool largest : {false, true}) {
                 const GuardedPlane expected = SlowBox(src, reach, reach, largest);
-                for (CpuForm form : AvailableForms()) {
+                for (IsaVariant variant : AvailableVariants()) {
                     SCOPED_TRACE(testing::Message()
-                                 << "form " << form << ", " << size.Cols << " x " << size.Rows
+                                 << "variant " << variant << ", " << size.Cols << " x " << size.Rows
                                  << ", box " << maskSize << (largest ? " max" : " min"));
-                    SelectCpuForm(form);
+                    SelectIsaVariant(variant);
                     GuardedPlane plane = src;
                     ASSERT_EQ(RunKernel(plane.Data(), size.Cols, size.Cols, size.Rows, maskSize,
                                         reach, largest),

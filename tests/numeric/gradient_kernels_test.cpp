@@ -54,7 +54,7 @@ class GradientKernels : public KernelTest {};
 // Integers keep every sum exact, so the check needs no tolerance.
 TEST_F(GradientKernels, AreExactOnIntegersInEveryVariant)
 {
-    const FormScope scope;
+    const VariantScope scope;
     for (const PlaneSize& size : AwkwardSizes()) {
         const GuardedPlane src = GuardedPlane::WholeNumbers(size.Cols, size.Rows, 11);
         for (const NamedOperation& operation : kOperations) {
@@ -62,10 +62,10 @@ TEST_F(GradientKernels, AreExactOnIntegersInEveryVariant)
                 GuardedPlane::FromFunction(size.Cols, size.Rows, [&](int32_t x, int32_t y) {
                     return static_cast<float>(operation.Slow(src, x, y));
                 });
-            for (CpuForm form : AvailableForms()) {
-                SCOPED_TRACE(testing::Message() << operation.Name << ", form " << form << ", "
+            for (IsaVariant variant : AvailableVariants()) {
+                SCOPED_TRACE(testing::Message() << operation.Name << ", variant " << variant << ", "
                                                 << size.Cols << " x " << size.Rows);
-                SelectCpuForm(form);
+                SelectIsaVariant(variant);
                 GuardedPlane dst(size.Cols, size.Rows, -7.0f);
                 operation.Run(src.Data(), dst.Data(), size.Cols, size.Rows);
                 ASSERT_EQ(dst.Pixels(), expected.Pixels());
@@ -79,7 +79,7 @@ TEST_F(GradientKernels, AreExactOnIntegersInEveryVariant)
 // bottom; every variant keeps this order.
 TEST_F(GradientKernels, RoundInTheWrittenOrderInEveryVariant)
 {
-    const FormScope scope;
+    const VariantScope scope;
     for (const PlaneSize& size : AwkwardSizes()) {
         const GuardedPlane p = GuardedPlane::Fractions(size.Cols, size.Rows, 12);
         const auto rowSum = [&](int32_t x, int32_t y) {
@@ -93,12 +93,12 @@ TEST_F(GradientKernels, RoundInTheWrittenOrderInEveryVariant)
                 return std::fabs(rowSum(x, y + 1) - rowSum(x, y - 1)) +
                        std::fabs(columnSum(x - 1, y) - columnSum(x + 1, y));
             });
-        for (CpuForm form : AvailableForms())
+        for (IsaVariant variant : AvailableVariants())
             for (GradientOperation operation : {GradientStrength, GradientStrengthStepwise}) {
                 SCOPED_TRACE(testing::Message()
-                             << "form " << form << ", " << size.Cols << " x " << size.Rows
+                             << "variant " << variant << ", " << size.Cols << " x " << size.Rows
                              << (operation == GradientStrength ? ", one pass" : ", stepwise"));
-                SelectCpuForm(form);
+                SelectIsaVariant(variant);
                 GuardedPlane dst(size.Cols, size.Rows, -7.0f);
                 operation(p.Data(), dst.Data(), size.Cols, size.Rows);
                 ASSERT_EQ(dst.Pixels(), expected.Pixels());
@@ -250,7 +250,7 @@ TEST_F(GradientKernels, StrengthFallsBackToStepsWithoutScratch)
 // denied as well.
 TEST_F(GradientKernels, SumOfStrengthsAddsThePlanesInTheirOrder)
 {
-    const FormScope scope;
+    const VariantScope scope;
     for (const PlaneSize& size : AwkwardSizes())
         for (const size_t count : {size_t{1}, size_t{3}}) {
             std::vector<GuardedPlane> planes;
@@ -269,10 +269,10 @@ TEST_F(GradientKernels, SumOfStrengthsAddsThePlanesInTheirOrder)
                 for (int32_t i = 0; i < stack.ElementCount; ++i)
                     expected.Data()[i] += strength.Data()[i];
             }
-            for (const CpuForm form : AvailableForms()) {
-                SCOPED_TRACE(testing::Message() << "form " << form << ", " << count << " of "
+            for (const IsaVariant variant : AvailableVariants()) {
+                SCOPED_TRACE(testing::Message() << "variant " << variant << ", " << count << " of "
                                                 << size.Cols << " x " << size.Rows);
-                SelectCpuForm(form);
+                SelectIsaVariant(variant);
                 GuardedPlane sum(size.Cols, size.Rows, 3.0f);
                 SumGradientStrengths(stack, sum.Data());
                 EXPECT_EQ(sum.Bits(), expected.Bits());

@@ -182,22 +182,22 @@ void AllocationFaults::Count(int change)
     Live += change;
 }
 
-std::vector<CpuForm> AvailableForms()
+std::vector<IsaVariant> AvailableVariants()
 {
-    std::vector<CpuForm> forms;
-    for (int form = 0; form < CpuFormCount; ++form)
-        if (CpuFormAvailable(static_cast<CpuForm>(form)))
-            forms.push_back(static_cast<CpuForm>(form));
-    return forms;
+    std::vector<IsaVariant> variants;
+    for (int variant = 0; variant < IsaVariantCount; ++variant)
+        if (IsaVariantAvailable(static_cast<IsaVariant>(variant)))
+            variants.push_back(static_cast<IsaVariant>(variant));
+    return variants;
 }
 
-FormScope::FormScope() : before(ActiveCpuForm())
+VariantScope::VariantScope() : before(ActiveIsaVariant())
 {
 }
 
-FormScope::~FormScope()
+VariantScope::~VariantScope()
 {
-    SelectCpuForm(before);
+    SelectIsaVariant(before);
 }
 
 std::vector<PlaneSize> AwkwardSizes()

@@ -13,7 +13,7 @@
 
 #include <gtest/gtest.h>
 
-#include "numeric/cpu_forms.h"
+#include "numeric/isa_variants.h"
 
 namespace vistaTrim {
 
@@ -79,18 +79,18 @@ private:
 };
 
 // Every variant that this machine runs.
-std::vector<CpuForm> AvailableForms();
+std::vector<IsaVariant> AvailableVariants();
 
 // Restores the variant that was in use.
-class FormScope {
+class VariantScope {
 public:
-    FormScope();
-    ~FormScope();
-    FormScope(const FormScope&) = delete;
-    FormScope& operator=(const FormScope&) = delete;
+    VariantScope();
+    ~VariantScope();
+    VariantScope(const VariantScope&) = delete;
+    VariantScope& operator=(const VariantScope&) = delete;
 
 private:
-    CpuForm before;
+    IsaVariant before;
 };
 
 struct PlaneSize {

@@ -59,11 +59,11 @@ TEST(FixedOrderExtremes, AreTheFirstOfEqualMagnitude)
 
 TEST(FixedOrderAddScaled, RoundsTheProductFirstInEveryVariant)
 {
-    const FormScope scope;
-    for (const CpuForm form : AvailableForms())
+    const VariantScope scope;
+    for (const IsaVariant variant : AvailableVariants())
         for (const int32_t n : {0, 1, 7, 16, 17, 67, 1283}) {
-            SCOPED_TRACE(testing::Message() << "form " << form << ", n " << n);
-            SelectCpuForm(form);
+            SCOPED_TRACE(testing::Message() << "variant " << variant << ", n " << n);
+            SelectIsaVariant(variant);
             const std::vector<float> x = Noise(size_t(n) + 1, 1);
             std::vector<float> y = Noise(size_t(n) + 1, 2);
             std::vector<float> expected = y;
@@ -78,9 +78,9 @@ TEST(FixedOrderAddScaled, RoundsTheProductFirstInEveryVariant)
 
 TEST(FixedOrderScaleArray, MultipliesAndClearsForZeroAndNaN)
 {
-    const FormScope scope;
-    for (const CpuForm form : AvailableForms()) {
-        SelectCpuForm(form);
+    const VariantScope scope;
+    for (const IsaVariant variant : AvailableVariants()) {
+        SelectIsaVariant(variant);
         std::vector<float> x = Noise(67, 3);
         std::vector<float> expected = x;
         for (float& v : expected)
@@ -98,11 +98,11 @@ TEST(FixedOrderScaleArray, MultipliesAndClearsForZeroAndNaN)
 // Element i goes to sum i % 16; see the source for how the sums are added.
 TEST(FixedOrderDotProduct, HasTheStatedOrderInEveryVariant)
 {
-    const FormScope scope;
-    for (const CpuForm form : AvailableForms())
+    const VariantScope scope;
+    for (const IsaVariant variant : AvailableVariants())
         for (const int32_t n : {0, 1, 15, 16, 17, 31, 304, 1001}) {
-            SCOPED_TRACE(testing::Message() << "form " << form << ", n " << n);
-            SelectCpuForm(form);
+            SCOPED_TRACE(testing::Message() << "variant " << variant << ", n " << n);
+            SelectIsaVariant(variant);
             const std::vector<float> x = Noise(size_t(n) + 1, 4);
             const std::vector<float> y = Noise(size_t(n) + 1, 5);
             float sums[16] = {};
@@ -124,12 +124,13 @@ TEST(FixedOrderDotProduct, HasTheStatedOrderInEveryVariant)
 // Only the lower triangle is read, and the terms are added in the order of the columns.
 TEST(FixedOrderMultiplyBySymmetric, HasTheStatedOrderInEveryVariant)
 {
-    const FormScope scope;
-    for (const CpuForm form : AvailableForms())
+    const VariantScope scope;
+    for (const IsaVariant variant : AvailableVariants())
         for (const size_t n : {1, 2, 3, 5})
             for (const size_t rows : {1, 16, 67}) {
-                SCOPED_TRACE(testing::Message() << "form " << form << ", " << rows << " x " << n);
-                SelectCpuForm(form);
+                SCOPED_TRACE(testing::Message()
+                             << "variant " << variant << ", " << rows << " x " << n);
+                SelectIsaVariant(variant);
                 const std::vector<float> whole = Covariance(n, 6);
                 std::vector<float> lower = whole;
                 for (size_t col = 0; col < n; ++col)

@@ -6,7 +6,7 @@
 
 #include <gtest/gtest.h>
 
-#include "numeric/cpu_forms.h"
+#include "numeric/isa_variants.h"
 #include "numeric/vector_ops.h"
 
 namespace vistaTrim {
@@ -43,21 +43,21 @@ TEST(PlaneRange, OfPiecesEqualsThatOfTheWhole)
 
 TEST(PlaneRange, IsTheSameInEveryVariant)
 {
-    const CpuForm before = ActiveCpuForm();
+    const IsaVariant before = ActiveIsaVariant();
     const std::vector<float> x = Noise(333, 0.0f, 5.0f);
-    SelectCpuForm(CpuFormPlain);
+    SelectIsaVariant(IsaVariantPlain);
     CPlaneRange plain;
     plain.Include(x.data(), 333);
-    for (int form = 0; form < CpuFormCount; ++form) {
-        if (!CpuFormAvailable(static_cast<CpuForm>(form)))
+    for (int variant = 0; variant < IsaVariantCount; ++variant) {
+        if (!IsaVariantAvailable(static_cast<IsaVariant>(variant)))
             continue;
-        SelectCpuForm(static_cast<CpuForm>(form));
+        SelectIsaVariant(static_cast<IsaVariant>(variant));
         CPlaneRange range;
         range.Include(x.data(), 333);
-        EXPECT_EQ(range.Lowest, plain.Lowest) << form;
-        EXPECT_EQ(range.Highest, plain.Highest) << form;
+        EXPECT_EQ(range.Lowest, plain.Lowest) << variant;
+        EXPECT_EQ(range.Highest, plain.Highest) << variant;
     }
-    SelectCpuForm(before);
+    SelectIsaVariant(before);
 }
 
 // The extremes of a plane after a threshold, without reading it again.

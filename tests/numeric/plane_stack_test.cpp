@@ -211,12 +211,12 @@ TEST(PlaneStack, PlanePointersAreACopyOfTheList)
 
 TEST(PlaneStack, OnePlaneTakesTheBytesInOrder)
 {
-    const FormScope scope;
-    for (CpuForm form : AvailableForms())
+    const VariantScope scope;
+    for (IsaVariant variant : AvailableVariants())
         for (const PlaneSize& size : AwkwardSizes()) {
             SCOPED_TRACE(testing::Message()
-                         << "form " << form << ", " << size.Cols << " x " << size.Rows);
-            SelectCpuForm(form);
+                         << "variant " << variant << ", " << size.Cols << " x " << size.Rows);
+            SelectIsaVariant(variant);
             const size_t count = static_cast<size_t>(size.Cols * size.Rows);
             const std::vector<uint8_t> bytes = RandomBytes(count);
             GuardedPlane plane(size.Cols, size.Rows);
@@ -232,12 +232,12 @@ TEST(PlaneStack, OnePlaneTakesTheBytesInOrder)
 
 TEST(PlaneStack, ThreePlanesDeinterleaveTheBytes)
 {
-    const FormScope scope;
-    for (CpuForm form : AvailableForms())
+    const VariantScope scope;
+    for (IsaVariant variant : AvailableVariants())
         for (const PlaneSize& size : AwkwardSizes()) {
             SCOPED_TRACE(testing::Message()
-                         << "form " << form << ", " << size.Cols << " x " << size.Rows);
-            SelectCpuForm(form);
+                         << "variant " << variant << ", " << size.Cols << " x " << size.Rows);
+            SelectIsaVariant(variant);
             const size_t count = static_cast<size_t>(size.Cols * size.Rows);
             const std::vector<uint8_t> bytes = RandomBytes(3 * count);
             std::vector<GuardedPlane> planes(3, GuardedPlane(size.Cols, size.Rows));

@@ -52,12 +52,12 @@ TEST_F(PointwiseKernels, ThresholdAtZeroKeepsNonNegativeValues)
 
 TEST_F(PointwiseKernels, ThresholdMatchesSlowLoopInEveryFormAndStaysInsideThePlane)
 {
-    const FormScope scope;
-    for (CpuForm form : AvailableForms())
+    const VariantScope scope;
+    for (IsaVariant variant : AvailableVariants())
         for (const PlaneSize& size : AwkwardSizes()) {
             SCOPED_TRACE(testing::Message()
-                         << "form " << form << ", " << size.Cols << " x " << size.Rows);
-            SelectCpuForm(form);
+                         << "variant " << variant << ", " << size.Cols << " x " << size.Rows);
+            SelectIsaVariant(variant);
             const GuardedPlane before = GuardedPlane::WholeNumbers(size.Cols, size.Rows, 2);
             GuardedPlane plane = before;
 
@@ -88,15 +88,15 @@ TEST_F(PointwiseKernels, ThresholdOfAnEmptyMapIsSilent)
 
 TEST_F(PointwiseKernels, ScaleColumnsMultipliesTheStripAndNothingBesideIt)
 {
-    const FormScope scope;
-    for (CpuForm form : AvailableForms())
+    const VariantScope scope;
+    for (IsaVariant variant : AvailableVariants())
         for (const PlaneSize& size : AwkwardSizes())
             for (int32_t firstCol : {0, size.Cols / 3, size.Cols - 1}) {
                 const int32_t width = std::max((size.Cols - firstCol) / 2, 1);
                 SCOPED_TRACE(testing::Message()
-                             << "form " << form << ", " << size.Cols << " x " << size.Rows << ", "
-                             << width << " columns from " << firstCol);
-                SelectCpuForm(form);
+                             << "variant " << variant << ", " << size.Cols << " x " << size.Rows
+                             << ", " << width << " columns from " << firstCol);
+                SelectIsaVariant(variant);
                 const GuardedPlane before = GuardedPlane::Fractions(size.Cols, size.Rows, 3);
                 CFloatMatrix map;
                 Fill(map, before);

@@ -63,7 +63,7 @@ class ResizeKernels : public KernelTest {};
 // Every step of the definition is rounded where it says, so the check is by bits.
 TEST_F(ResizeKernels, MatchTheDefinitionToTheBitInEveryVariant)
 {
-    const FormScope scope;
+    const VariantScope scope;
     const PlaneSize pairs[][2] = {
         {{2, 2}, {1, 1}},        {{2, 2}, {33, 17}},     {{3, 2}, {7, 9}},
         {{17, 33}, {8, 15}},     {{33, 31}, {31, 33}},   {{16, 16}, {15, 17}},
@@ -74,11 +74,11 @@ TEST_F(ResizeKernels, MatchTheDefinitionToTheBitInEveryVariant)
     for (const auto& pair : pairs) {
         GuardedPlane src = GuardedPlane::Fractions(pair[0].Cols, pair[0].Rows, 31);
         const GuardedPlane expected = SlowResize(src, pair[1].Cols, pair[1].Rows);
-        for (CpuForm form : AvailableForms()) {
+        for (IsaVariant variant : AvailableVariants()) {
             SCOPED_TRACE(testing::Message()
-                         << "form " << form << ", " << pair[0].Cols << " x " << pair[0].Rows
+                         << "variant " << variant << ", " << pair[0].Cols << " x " << pair[0].Rows
                          << " to " << pair[1].Cols << " x " << pair[1].Rows);
-            SelectCpuForm(form);
+            SelectIsaVariant(variant);
             GuardedPlane dst(pair[1].Cols, pair[1].Rows, -7.0f);
             ResizeStackLinear(StackOf(src), StackOf(dst));
             ASSERT_EQ(dst.Bits(), expected.Bits());
@@ -89,11 +89,11 @@ TEST_F(ResizeKernels, MatchTheDefinitionToTheBitInEveryVariant)
 
 TEST_F(ResizeKernels, ConstantPlaneKeepsItsValueToTheBit)
 {
-    const FormScope scope;
-    for (CpuForm form : AvailableForms())
+    const VariantScope scope;
+    for (IsaVariant variant : AvailableVariants())
         for (const PlaneSize& size : AwkwardSizes())
             for (float value : {1.0f / 3.0f, 0.1f, 77.7f, 255.0f, 1e-30f, 1e30f}) {
-                SelectCpuForm(form);
+                SelectIsaVariant(variant);
                 GuardedPlane src(23, 14, value);
                 GuardedPlane dst(size.Cols, size.Rows, -7.0f);
                 ResizeStackLinear(StackOf(src), StackOf(dst));

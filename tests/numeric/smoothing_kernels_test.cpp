@@ -181,17 +181,17 @@ TEST_F(SmoothingKernels, MatchTheDefinition)
 
 TEST_F(SmoothingKernels, RoundInOneOrderInEveryVariantAndForEveryMask)
 {
-    const FormScope scope;
+    const VariantScope scope;
     for (const PlaneSize& size : AwkwardSizes())
         for (const Smoothing& s : kSmoothings) {
             const GuardedPlane src = GuardedPlane::Fractions(size.Cols, size.Rows, 22);
             const GuardedPlane expected = OrderedSmooth(src, s.MaskSize, s.Sigma);
-            for (CpuForm form : AvailableForms()) {
-                SelectCpuForm(form);
+            for (IsaVariant variant : AvailableVariants()) {
+                SelectIsaVariant(variant);
                 GuardedPlane dst(size.Cols, size.Rows, -7.0f);
                 GaussianSmooth(src.Data(), dst.Data(), size.Cols, size.Rows, s.MaskSize, s.Sigma);
                 ASSERT_EQ(dst.Bits(), expected.Bits())
-                    << "form " << form << ", " << size.Cols << " x " << size.Rows << ", mask "
+                    << "variant " << variant << ", " << size.Cols << " x " << size.Rows << ", mask "
                     << s.MaskSize;
                 ASSERT_TRUE(dst.GuardsIntact());
             }
@@ -201,19 +201,19 @@ TEST_F(SmoothingKernels, RoundInOneOrderInEveryVariantAndForEveryMask)
 // All results for a flat picture depend on it: borders, corners and vector tails included.
 TEST_F(SmoothingKernels, ConstantPlaneStaysConstantToTheBit)
 {
-    const FormScope scope;
+    const VariantScope scope;
     for (const PlaneSize& size : AwkwardSizes())
         for (const Smoothing& s : kSmoothings)
             for (float value : {1.0f, 3.0f, 255.0f, 0.1f, 1.0f / 3.0f, 77.7f, 1e-30f, 1e30f}) {
                 const GuardedPlane src(size.Cols, size.Rows, value);
-                for (CpuForm form : AvailableForms()) {
-                    SelectCpuForm(form);
+                for (IsaVariant variant : AvailableVariants()) {
+                    SelectIsaVariant(variant);
                     GuardedPlane dst(size.Cols, size.Rows, -7.0f);
                     GaussianSmooth(src.Data(), dst.Data(), size.Cols, size.Rows, s.MaskSize,
                                    s.Sigma);
                     ASSERT_EQ(dst.Bits(), GuardedPlane(size.Cols, size.Rows, dst.At(0, 0)).Bits())
-                        << "form " << form << ", " << size.Cols << " x " << size.Rows << ", mask "
-                        << s.MaskSize << ", value " << value;
+                        << "variant " << variant << ", " << size.Cols << " x " << size.Rows
+                        << ", mask " << s.MaskSize << ", value " << value;
                     ASSERT_NEAR(dst.At(0, 0) / value, 1.0f, 1e-6f);
                 }
             }
@@ -371,15 +371,15 @@ TEST_F(SmoothingKernels, EachPlaneReportsSeparately)
 
 TEST_F(SmoothingKernels, InterleavedPixelsAreSeparatedAndSmoothedWithMaskFifteen)
 {
-    const FormScope scope;
+    const VariantScope scope;
     for (const PlaneSize& size : AwkwardSizes()) {
         std::vector<uint8_t> pixels(static_cast<size_t>(3 * size.Cols * size.Rows));
         for (size_t i = 0; i < pixels.size(); ++i)
             pixels[i] = static_cast<uint8_t>(i * 2654435761u >> 13);
-        for (CpuForm form : AvailableForms()) {
+        for (IsaVariant variant : AvailableVariants()) {
             SCOPED_TRACE(testing::Message()
-                         << "form " << form << ", " << size.Cols << " x " << size.Rows);
-            SelectCpuForm(form);
+                         << "variant " << variant << ", " << size.Cols << " x " << size.Rows);
+            SelectIsaVariant(variant);
             GuardedPlane out[3] = {GuardedPlane(size.Cols, size.Rows),
                                    GuardedPlane(size.Cols, size.Rows),
                                    GuardedPlane(size.Cols, size.Rows)};

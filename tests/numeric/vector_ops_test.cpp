@@ -43,11 +43,11 @@ GuardedPlane SignedNumbers(int32_t count, uint32_t seed)
 void ExpectElementWise(const std::function<void(int32_t, const float*, const float*, float*)>& run,
                        const std::function<float(float, float)>& one, bool nonNegative = false)
 {
-    const FormScope scope;
-    for (CpuForm form : AvailableForms())
+    const VariantScope scope;
+    for (IsaVariant variant : AvailableVariants())
         for (int32_t n : AwkwardCounts()) {
-            SCOPED_TRACE(testing::Message() << "form " << form << ", count " << n);
-            SelectCpuForm(form);
+            SCOPED_TRACE(testing::Message() << "variant " << variant << ", count " << n);
+            SelectIsaVariant(variant);
             // The sources continue past the count: with guards there, one step too many would write
             // the guard value after the destination and go unnoticed.
             GuardedPlane a =
@@ -96,9 +96,9 @@ TEST(VectorOps, MulRoundsOnce)
 
 TEST(VectorOps, TheSecondSourceMayBeTheDestination)
 {
-    const FormScope scope;
-    for (CpuForm form : AvailableForms()) {
-        SelectCpuForm(form);
+    const VariantScope scope;
+    for (IsaVariant variant : AvailableVariants()) {
+        SelectIsaVariant(variant);
         const GuardedPlane a = SignedNumbers(67, 3);
         GuardedPlane b = GuardedPlane::Fractions(67, 1, 4);
         const GuardedPlane before = b;
@@ -119,9 +119,9 @@ TEST(VectorOps, SqrtIsExactlyRounded)
 
 TEST(VectorOps, RootOfANegativeIsNaNInEveryVariant)
 {
-    const FormScope scope;
-    for (CpuForm form : AvailableForms()) {
-        SelectCpuForm(form);
+    const VariantScope scope;
+    for (IsaVariant variant : AvailableVariants()) {
+        SelectIsaVariant(variant);
         std::vector<float> x(67, -1.0f);
         VectorSqrt(67, x.data(), x.data());
         for (float value : x)
@@ -198,10 +198,10 @@ TEST(VectorOps, OffsetRoundsOnce)
 
 TEST(VectorOps, AddConstantWorksInPlace)
 {
-    const FormScope scope;
-    for (CpuForm form : AvailableForms())
+    const VariantScope scope;
+    for (IsaVariant variant : AvailableVariants())
         for (int32_t n : AwkwardCounts()) {
-            SelectCpuForm(form);
+            SelectIsaVariant(variant);
             GuardedPlane x = SignedNumbers(n, 6);
             GuardedPlane expected = x;
             for (int32_t i = 0; i < n; ++i)
@@ -277,10 +277,10 @@ TEST(NormalisePlane, RangesJustUnderAndJustOverTheFloorDiffer)
 // One multiplication for each element, so the bits are known even though a library computes it.
 TEST(NormalisePlane, ScalesByTheRoundedReciprocal)
 {
-    const FormScope scope;
-    for (CpuForm form : AvailableForms())
+    const VariantScope scope;
+    for (IsaVariant variant : AvailableVariants())
         for (const PlaneSize& size : AwkwardSizes()) {
-            SelectCpuForm(form);
+            SelectIsaVariant(variant);
             GuardedPlane x = GuardedPlane::Fractions(size.Cols, size.Rows, 7);
             const std::vector<float> before = x.Pixels();
             const float low = *std::min_element(before.begin(), before.end());

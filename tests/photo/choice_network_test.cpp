@@ -8,7 +8,7 @@
 
 #include <gtest/gtest.h>
 
-#include "numeric/cpu_forms.h"
+#include "numeric/isa_variants.h"
 #include "ranking/choice_network.h"
 #include "ranking/crop_utility.h"
 
@@ -63,14 +63,14 @@ TEST(ChoiceNetwork, EveryIsaVariantMatchesTheDefinitionToTheBit)
     for (size_t i = 0; i < model.Layers.size(); ++i)
         expected = SlowLayer(model.Layers[i], expected, i + 1 < model.Layers.size());
 
-    const CpuForm before = ActiveCpuForm();
-    for (int form = 0; form < CpuFormCount; ++form) {
-        if (!CpuFormAvailable(static_cast<CpuForm>(form)))
+    const IsaVariant before = ActiveIsaVariant();
+    for (int variant = 0; variant < IsaVariantCount; ++variant) {
+        if (!IsaVariantAvailable(static_cast<IsaVariant>(variant)))
             continue;
-        SelectCpuForm(static_cast<CpuForm>(form));
-        EXPECT_EQ(RunChoiceNetwork(model, grid), expected) << "variant " << form;
+        SelectIsaVariant(static_cast<IsaVariant>(variant));
+        EXPECT_EQ(RunChoiceNetwork(model, grid), expected) << "variant " << variant;
     }
-    SelectCpuForm(before);
+    SelectIsaVariant(before);
 }
 
 TEST(ChoiceNetwork, TheWidestDilationReadsNothingBeyondTheGrid)

@@ -4,7 +4,7 @@
 
 #include <gtest/gtest.h>
 
-#include "numeric/cpu_forms.h"
+#include "numeric/isa_variants.h"
 #include "ranking/input_grid.h"
 
 namespace vistaTrim::photo {
@@ -110,16 +110,16 @@ TEST(InputGrid, EveryIsaVariantGivesTheSameBits)
     for (int i = 0; i < 640 * 427; ++i)
         values.push_back(static_cast<float>(random()) / 4294967296.0F);
     const std::vector<InputMap> maps(kNumMapInputs, {values.data(), 427, 640});
-    const CpuForm before = ActiveCpuForm();
-    SelectCpuForm(CpuFormPlain);
+    const IsaVariant before = ActiveIsaVariant();
+    SelectIsaVariant(IsaVariantPlain);
     const InputGrid plain = AverageInputs(maps, picture);
-    for (int form = 0; form < CpuFormCount; ++form) {
-        if (!CpuFormAvailable(static_cast<CpuForm>(form)))
+    for (int variant = 0; variant < IsaVariantCount; ++variant) {
+        if (!IsaVariantAvailable(static_cast<IsaVariant>(variant)))
             continue;
-        SelectCpuForm(static_cast<CpuForm>(form));
-        EXPECT_EQ(AverageInputs(maps, picture).Planes, plain.Planes) << "variant " << form;
+        SelectIsaVariant(static_cast<IsaVariant>(variant));
+        EXPECT_EQ(AverageInputs(maps, picture).Planes, plain.Planes) << "variant " << variant;
     }
-    SelectCpuForm(before);
+    SelectIsaVariant(before);
 }
 
 TEST(InputGrid, MapsOfOneRowOrColumnAreReadToo)

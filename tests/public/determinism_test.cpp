@@ -22,7 +22,7 @@
 
 #include "analysis/test_pictures.h"
 #include "answers.h"
-#include "numeric/cpu_forms.h"
+#include "numeric/isa_variants.h"
 #include "public/analysed_picture.h"
 #include "vistaTrim/vistaTrim.h"
 
@@ -146,25 +146,25 @@ TEST(Determinism, TheSameBitsAfterOtherPictures)
 // variant, and so is everything else.
 TEST(Determinism, EveryIsaVariantGivesTheSameBits)
 {
-    const CpuForm before = ActiveCpuForm();
-    int forms = 0;
+    const IsaVariant before = ActiveIsaVariant();
+    int variants = 0;
     for (const NamedPicture& picture : SomePictures()) {
         SCOPED_TRACE(picture.Name);
-        SelectCpuForm(CpuFormPlain);
+        SelectIsaVariant(IsaVariantPlain);
         const Results plain = ResultsOf(picture.Pixels);
-        for (int form = CpuFormPlain + 1; form < CpuFormCount; ++form) {
-            if (!CpuFormAvailable(static_cast<CpuForm>(form)))
+        for (int variant = IsaVariantPlain + 1; variant < IsaVariantCount; ++variant) {
+            if (!IsaVariantAvailable(static_cast<IsaVariant>(variant)))
                 continue;
-            SCOPED_TRACE(testing::Message() << "form " << form);
-            SelectCpuForm(static_cast<CpuForm>(form));
+            SCOPED_TRACE(testing::Message() << "variant " << variant);
+            SelectIsaVariant(static_cast<IsaVariant>(variant));
             ExpectSameBits(ResultsOf(picture.Pixels), plain);
-            ++forms;
+            ++variants;
         }
     }
-    SelectCpuForm(before);
-    if (forms == 0)
-        GTEST_SKIP() << "this machine has the plain form only";
-    RecordProperty("formsBesidesPlain", forms / static_cast<int>(SomePictures().size()));
+    SelectIsaVariant(before);
+    if (variants == 0)
+        GTEST_SKIP() << "this machine has the plain variant only";
+    RecordProperty("variantsBesidesPlain", variants / static_cast<int>(SomePictures().size()));
 }
 
 // BLAS divides a product by rows, so each element is summed by one thread and in one order, and the

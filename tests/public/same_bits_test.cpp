@@ -18,7 +18,7 @@
 #include <gtest/gtest.h>
 
 #include "analysis/test_pictures.h"
-#include "numeric/cpu_forms.h"
+#include "numeric/isa_variants.h"
 #include "numeric/linear_algebra.h"
 #include "vistaTrim/vistaTrim.h"
 #if VISTATRIM_HAVE_PHOTOGRAPHS
@@ -135,14 +135,14 @@ TEST_F(SameBits, OneChangedPixelBitIsNoticed)
 
 TEST_F(SameBits, OnRepetitionAndInEveryVariant)
 {
-    const CpuForm before = ActiveCpuForm();
-    for (int form = CpuFormPlain; form < CpuFormCount; ++form) {
-        if (!CpuFormAvailable(static_cast<CpuForm>(form)))
+    const IsaVariant before = ActiveIsaVariant();
+    for (int variant = IsaVariantPlain; variant < IsaVariantCount; ++variant) {
+        if (!IsaVariantAvailable(static_cast<IsaVariant>(variant)))
             continue;
-        SelectCpuForm(static_cast<CpuForm>(form));
-        EXPECT_EQ(LinesOf(*Pictures), *Expected) << "form " << form;
+        SelectIsaVariant(static_cast<IsaVariant>(variant));
+        EXPECT_EQ(LinesOf(*Pictures), *Expected) << "variant " << variant;
     }
-    SelectCpuForm(before);
+    SelectIsaVariant(before);
 }
 
 TEST_F(SameBits, WithSeveralDriversAtOnce)

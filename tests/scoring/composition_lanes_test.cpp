@@ -49,7 +49,7 @@ TEST(CompositionLanes, EveryCropOfAGroupGetsItsPlainScoreInEveryIsaVariant)
 {
     const auto analyzer = NoiseAnalyzer(200, 300, 8);
     std::mt19937 random(9);
-    const EachForm forms;
+    const EachVariant variants;
     for (int32_t count = 1; count <= kScoredTogether; ++count)
         for (int trial = 0; trial < 6; ++trial) {
             std::vector<Crop> crops;
@@ -63,15 +63,15 @@ TEST(CompositionLanes, EveryCropOfAGroupGetsItsPlainScoreInEveryIsaVariant)
                 cols.push_back(&crop.Cols);
                 expected.push_back(ScoreAlone(*analyzer, crop.Rect));
             }
-            for (const CpuForm form : forms.Forms) {
-                SelectCpuForm(form);
+            for (const IsaVariant variant : variants.Variants) {
+                SelectIsaVariant(variant);
                 // What lies behind the scores must stay as it was.
                 std::vector<float> scores(crops.size() + 1, -7.0f);
                 ScoreTogether(analyzer->ContrastTable, analyzer->SaliencyTable, rows.data(),
                               cols.data(), count, scores.data());
                 for (size_t i = 0; i < crops.size(); ++i)
                     ASSERT_TRUE(SameBits(scores[i], expected[i]))
-                        << "form " << form << ", " << i << " of " << count;
+                        << "variant " << variant << ", " << i << " of " << count;
                 EXPECT_EQ(scores.back(), -7.0f);
             }
         }

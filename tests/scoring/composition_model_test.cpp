@@ -79,11 +79,11 @@ TEST(CompositionModel, TwoRowsFillEveryCellAsTheSlowFormDoes)
 
 TEST(CompositionModel, LimitsMatchTheSlowFormForEveryExtentAndPlace)
 {
-    const EachForm forms;
+    const EachVariant variants;
     for (int32_t first : {0, 1, 2, 3, 5, 17, 63, 64, 100, 255, 256, 257, 400, 511, 512, 600})
         for (int32_t last = first; last < 640; ++last)
-            for (const CpuForm form : forms.Forms) {
-                SelectCpuForm(form);
+            for (const IsaVariant variant : variants.Variants) {
+                SelectIsaVariant(variant);
                 GridLimits limits;
                 FillGridLimits(first, last, limits);
                 int32_t cell = 0;
@@ -181,16 +181,16 @@ TEST(CompositionModel, RandomRectanglesMatchTheSlowFormInEveryProcessorForm)
         SCOPED_TRACE(testing::Message() << size.Rows << " x " << size.Cols);
         const auto analyzer = NoiseAnalyzer(size.Rows, size.Cols, 70);
         const slowOracle::ScoringInput in = OracleInput(*analyzer);
-        const EachForm forms;
+        const EachVariant variants;
         for (int trial = 0; trial < size.Trials; ++trial) {
             const WorkingRect rect = RandomRect(random, size.Rows, size.Cols);
             const std::vector<float> slow = slowOracle::CompositionDescriptor(in, OracleRect(rect));
-            for (const CpuForm form : forms.Forms) {
-                SelectCpuForm(form);
+            for (const IsaVariant variant : variants.Variants) {
+                SelectIsaVariant(variant);
                 const std::vector<float> fast = Descriptor(*analyzer, rect);
                 for (size_t slot = 0; slot < slow.size(); ++slot)
                     ASSERT_TRUE(SameBits(fast[slot], slow[slot]))
-                        << "form " << form << " slot " << slot << ": " << fast[slot] << " "
+                        << "variant " << variant << " slot " << slot << ": " << fast[slot] << " "
                         << slow[slot] << " rows " << rect.FirstRow << ".." << rect.LastRow
                         << " cols " << rect.FirstCol << ".." << rect.LastCol;
             }

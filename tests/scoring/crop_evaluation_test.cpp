@@ -349,9 +349,9 @@ TEST(CropEvaluation, TheWalkMatchesSingleRecordsInEveryIsaVariant)
             for (CInt32CropRect& crop : cell)
                 analyzer->EvaluateCropRect(crop);
 
-    const EachForm forms;
-    for (const CpuForm form : forms.Forms) {
-        SelectCpuForm(form);
+    const EachVariant variants;
+    for (const IsaVariant variant : variants.Variants) {
+        SelectIsaVariant(variant);
         CropGridRows grid = MixedGrid(50);
         // Some are scored already.
         for (size_t i = 0; i < 90; i += 7)
@@ -361,7 +361,7 @@ TEST(CropEvaluation, TheWalkMatchesSingleRecordsInEveryIsaVariant)
             for (size_t s = 0; s < 2; ++s)
                 for (size_t i = 0; i < 90; ++i)
                     ASSERT_TRUE(SameRecord(grid[a][s][i], expected[a][s][i]))
-                        << form << ": " << a << " " << s << " " << i;
+                        << variant << ": " << a << " " << s << " " << i;
     }
 }
 

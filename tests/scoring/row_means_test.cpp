@@ -18,7 +18,7 @@ TEST(RowMeans, MatchEachRectangleInEveryIsaVariant)
     const auto analyzer = NoiseAnalyzer(50, 70, 3);
     const CDoubleMatrix& table = analyzer->EdgeTable;
     std::mt19937 random(4);
-    const EachForm forms;
+    const EachVariant variants;
     for (int trial = 0; trial < 300; ++trial) {
         const WorkingRect rows = RandomRect(random, 50, 70);
         const size_t count = 1 + random() % 40;
@@ -30,15 +30,15 @@ TEST(RowMeans, MatchEachRectangleInEveryIsaVariant)
             lastCols.push_back(rect.LastCol);
         }
         const double denominator = 0.25 + static_cast<double>(random() % 1000);
-        for (const CpuForm form : forms.Forms) {
-            SelectCpuForm(form);
+        for (const IsaVariant variant : variants.Variants) {
+            SelectIsaVariant(variant);
             std::vector<double> means(count + 1, -7.0);
             RowMeans(table, rows.FirstRow, rows.LastRow, firstCols.data(), lastCols.data(), count,
                      denominator, means.data());
             for (size_t i = 0; i < count; ++i)
                 ASSERT_TRUE(SameBits(means[i], RegionMean(table, rows.FirstRow, firstCols[i],
                                                           rows.LastRow, lastCols[i], denominator)))
-                    << "form " << form << " at " << i;
+                    << "variant " << variant << " at " << i;
             EXPECT_EQ(means.back(), -7.0);
         }
     }

@@ -8,7 +8,7 @@
 #include <random>
 #include <vector>
 
-#include "numeric/cpu_forms.h"
+#include "numeric/isa_variants.h"
 #include "oracle/slow_scoring.h"
 #include "scoring/crop_analyzer.h"
 
@@ -50,25 +50,25 @@ bool SameBits(double a, double b);
 bool SameRecord(const vistaTrim::CInt32CropRect& a, const vistaTrim::CInt32CropRect& b);
 
 // Every ISA variant that this machine runs; restores the active one at the end.
-class EachForm {
+class EachVariant {
 public:
-    EachForm() : Before(vistaTrim::ActiveCpuForm())
+    EachVariant() : Before(vistaTrim::ActiveIsaVariant())
     {
-        for (int form = 0; form < vistaTrim::CpuFormCount; ++form)
-            if (vistaTrim::CpuFormAvailable(static_cast<vistaTrim::CpuForm>(form)))
-                Forms.push_back(static_cast<vistaTrim::CpuForm>(form));
+        for (int variant = 0; variant < vistaTrim::IsaVariantCount; ++variant)
+            if (vistaTrim::IsaVariantAvailable(static_cast<vistaTrim::IsaVariant>(variant)))
+                Variants.push_back(static_cast<vistaTrim::IsaVariant>(variant));
     }
-    ~EachForm()
+    ~EachVariant()
     {
-        vistaTrim::SelectCpuForm(Before);
+        vistaTrim::SelectIsaVariant(Before);
     }
-    EachForm(const EachForm&) = delete;
-    EachForm& operator=(const EachForm&) = delete;
+    EachVariant(const EachVariant&) = delete;
+    EachVariant& operator=(const EachVariant&) = delete;
 
-    std::vector<vistaTrim::CpuForm> Forms;
+    std::vector<vistaTrim::IsaVariant> Variants;
 
 private:
-    vistaTrim::CpuForm Before;
+    vistaTrim::IsaVariant Before;
 };
 
 } // namespace scoringTests

@@ -558,11 +558,11 @@ TEST_F(Selecting, EveryIsaVariantServesTheSameList)
 {
     std::mt19937 random(61);
     const CropGridRows grid = RandomGrid(random, 3000, 0);
-    const EachForm forms;
-    SelectCpuForm(CpuFormPlain);
+    const EachVariant variants;
+    SelectIsaVariant(IsaVariantPlain);
     const std::vector<CInt32CropRect> plain = Select(400, grid);
-    for (const CpuForm form : forms.Forms) {
-        SelectCpuForm(form);
+    for (const IsaVariant variant : variants.Variants) {
+        SelectIsaVariant(variant);
         const auto& list = Select(400, grid);
         ASSERT_EQ(list.size(), plain.size());
         for (size_t i = 0; i < list.size(); ++i)

@@ -3,29 +3,29 @@
 // A kernel is one plain loop nest, written once as an always-inlined body; the macro below compiles
 // it again for wider registers and picks a variant at run time. All variants give the same bits:
 // nothing is contracted, and no loop sums in an order that depends on the register width.
-#ifndef VISTATRIM_NUMERIC_CPU_FORMS_H
-#define VISTATRIM_NUMERIC_CPU_FORMS_H
+#ifndef VISTATRIM_NUMERIC_ISA_VARIANTS_H
+#define VISTATRIM_NUMERIC_ISA_VARIANTS_H
 
 namespace vistaTrim {
 
-enum CpuForm {
-    CpuFormPlain = 0, // whatever the build was made for
-    CpuFormSse42 = 1, // x86-64-v2
-    CpuFormAvx2 = 2,
-    CpuFormAvx512 = 3,
-    CpuFormCount = 4
+enum IsaVariant {
+    IsaVariantPlain = 0, // whatever the build was made for
+    IsaVariantSse42 = 1, // x86-64-v2
+    IsaVariantAvx2 = 2,
+    IsaVariantAvx512 = 3,
+    IsaVariantCount = 4
 };
 
 // True if this machine and this build can run the variant. Plain is always available.
-bool CpuFormAvailable(CpuForm form);
-// The variant in use: the widest available, unless SelectCpuForm chose another.
-CpuForm ActiveCpuForm();
+bool IsaVariantAvailable(IsaVariant variant);
+// The variant in use: the widest available, unless SelectIsaVariant chose another.
+IsaVariant ActiveIsaVariant();
 // For tests and benchmarks: every kernel uses this variant from now on. Not thread-safe.
-void SelectCpuForm(CpuForm form);
+void SelectIsaVariant(IsaVariant variant);
 
 } // namespace vistaTrim
 
-#define VISTATRIM_FORM_BODY static inline __attribute__((always_inline))
+#define VISTATRIM_VARIANT_BODY static inline __attribute__((always_inline))
 
 // Goes before a loop whose iterations are independent: arrays are identical or disjoint, never
 // partly overlapping. Without it an in-place call may run the scalar tail.
@@ -35,10 +35,10 @@ void SelectCpuForm(CpuForm form);
 #define VISTATRIM_INDEPENDENT_STEPS _Pragma("GCC ivdep")
 #endif
 
-// VISTATRIM_FORMS(Name, (parameters), (arguments)) defines `static void Name parameters`, which
-// runs NameBody in the active variant. NameBody is a VISTATRIM_FORM_BODY that returns nothing.
+// VISTATRIM_VARIANTS(Name, (parameters), (arguments)) defines `static void Name parameters`, which
+// runs NameBody in the active variant. NameBody is a VISTATRIM_VARIANT_BODY that returns nothing.
 #if defined(__x86_64__)
-#define VISTATRIM_FORMS(Name, Parameters, Arguments)                                               \
+#define VISTATRIM_VARIANTS(Name, Parameters, Arguments)                                            \
     static void Name##Plain Parameters                                                             \
     {                                                                                              \
         Name##Body Arguments;                                                                      \
@@ -58,15 +58,15 @@ void SelectCpuForm(CpuForm form);
     }                                                                                              \
     static void Name Parameters                                                                    \
     {                                                                                              \
-        switch (ActiveCpuForm()) {                                                                 \
-        case CpuFormAvx512: Name##Avx512 Arguments; return;                                        \
-        case CpuFormAvx2: Name##Avx2 Arguments; return;                                            \
-        case CpuFormSse42: Name##Sse42 Arguments; return;                                          \
+        switch (ActiveIsaVariant()) {                                                              \
+        case IsaVariantAvx512: Name##Avx512 Arguments; return;                                     \
+        case IsaVariantAvx2: Name##Avx2 Arguments; return;                                         \
+        case IsaVariantSse42: Name##Sse42 Arguments; return;                                       \
         default: Name##Plain Arguments; return;                                                    \
         }                                                                                          \
     }
 #else
-#define VISTATRIM_FORMS(Name, Parameters, Arguments)                                               \
+#define VISTATRIM_VARIANTS(Name, Parameters, Arguments)                                            \
     static void Name Parameters                                                                    \
     {                                                                                              \
         Name##Body Arguments;                                                                      \
