@@ -14,7 +14,7 @@ namespace {
 
 using vips::VImage;
 
-// Plain text as the markup that libvips takes, on one line.
+// Plain text as one line of the markup that libvips expects.
 std::string Markup(const std::string& text)
 {
     std::string line = text;
@@ -40,7 +40,7 @@ VImage OnWhite(const VImage& image, VipsCompassDirection where, int width, int h
     return image.gravity(where, width, height, VImage::option()->set("extend", VIPS_EXTEND_WHITE));
 }
 
-// Black on white, at the left, in the middle of its line.
+// Black on white, left-aligned, vertically centred.
 VImage TextLine(const std::string& text, int width, int height)
 {
     if (text.find_first_not_of(" \t\r\n") == std::string::npos)

@@ -53,7 +53,7 @@ std::string BlobOf(const vips::VImage& image, const char* field)
     return {bytes, size};
 }
 
-// An empty text removes the field.
+// An empty string removes the field.
 void SetBlob(vips::VImage& image, const char* field, const std::string& text)
 {
     if (text.empty()) {
@@ -71,7 +71,7 @@ void SetBlob(vips::VImage& image, const char* field, const std::string& text)
         copy, text.size());
 }
 
-// JPEG and TIFF hold IPTC in two forms, and libvips copies one into the other as it is.
+// JPEG and TIFF store IPTC differently, and libvips copies one into the other unchanged.
 void MakeIptcTrue(vips::VImage& image, ImageFormat format)
 {
     const std::string iptc = BlobOf(image, VIPS_META_IPTC_NAME);

@@ -18,12 +18,12 @@ struct CropPlace {
     PixelRect Rect;
 };
 
-// The XMP that came with the picture; empty if none did.
+// The picture's XMP; empty if it has none.
 std::string XmpOf(const vips::VImage& image);
 
-// All but what is untrue of a crop: the small picture of the whole photograph that cameras
-// embed (it would show what was cropped away) with all that describes it, the orientation, which is
-// in the pixels now, and the number of pages. Regions that the metadata names are moved and clipped
+// Removes metadata that is untrue of a crop: the thumbnail of the whole photograph that cameras
+// embed (it would show what was cropped away) with its description, the orientation, which is now
+// in the pixels, and the number of pages. Regions that the metadata names are moved and clipped
 // with the crop. With strip only the colour profile stays.
 //
 // image  the crop as it is written

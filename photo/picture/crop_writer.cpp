@@ -17,7 +17,7 @@ namespace {
 using vips::VImage;
 
 // The best JPEG codes make a file 1 to 5 % smaller, but take a second pass over the whole crop,
-// which is then in memory: half as much time again, and 6 bytes a pixel.
+// which is then in memory: half as much time again, and 6 bytes per pixel.
 constexpr int64_t kLargestInTwoPasses = 2'000'000; // pixels
 
 // Converts what a format cannot store to something it can.
@@ -77,7 +77,7 @@ void CheckCrops(const PhotographSource& source, const std::vector<CropOutput>& c
 
 using CropReceiver = std::function<void(size_t index, const VImage& cut)>;
 
-// Decodes once, cuts each crop and hands it on. For use inside RunVips.
+// Decodes once, cuts each crop and passes it to `receive`. For use inside RunVips.
 void CutEach(const PhotographSource& source, const std::vector<CropOutput>& crops,
              const CropReceiver& receive)
 {
@@ -88,7 +88,7 @@ void CutEach(const PhotographSource& source, const std::vector<CropOutput>& crop
     }
 }
 
-// As it goes into a file.
+// The crop as it goes into a file.
 VImage Finished(const VImage& cut, const CropOutput& crop, const PhotographSource& source)
 {
     VImage image = FitForFormat(cut, crop.Format, source.Background());
@@ -98,7 +98,7 @@ VImage Finished(const VImage& cut, const CropOutput& crop, const PhotographSourc
                                crop.Format, crop.Strip);
 }
 
-// A finer coding than the photograph's would only spend bytes on its coding faults.
+// Encoding more finely than the photograph would only spend bytes on its compression artefacts.
 SaveOptions SaveOptionsOf(const VImage& image, const CropOutput& crop,
                           const PhotographSource& source)
 {
@@ -133,8 +133,8 @@ VImage InScreenColours(VImage image, const Colour& background)
     return image.cast(VIPS_FORMAT_UCHAR);
 }
 
-// Reading and writing happen in one pass, so a failure does not say which of them it was. Files
-// that fail are rare: those are read once more.
+// Reading and writing happen in one pass, so a failure does not say which of the two failed.
+// Failures are rare, so the photograph is simply read once more.
 PhotoError::Kind KindOfWriteFailure(const PhotographSource& source)
 {
     try {
@@ -145,7 +145,7 @@ PhotoError::Kind KindOfWriteFailure(const PhotographSource& source)
     return PhotoError::Kind::NotWritable;
 }
 
-// All crops by way of `save`, which may be called twice for each.
+// Passes every crop to `save`, which may be called twice for each.
 void SaveEach(const Photograph& photograph, const std::vector<CropOutput>& crops,
               const CropReceiver& save)
 {

@@ -26,7 +26,7 @@ namespace {
     throw PhotoError(PhotoError::Kind::Unreadable, text);
 }
 
-// What can be found out without libvips, in plainer words than it has.
+// Checks that need no libvips, for clearer messages than its own.
 void CheckFile(const std::string& path)
 {
     struct stat status = {};
@@ -52,7 +52,7 @@ constexpr LoaderFormat kLoaderFormats[] = {{"Jpeg", ImageFormat::Jpeg},
                                            {"Webp", ImageFormat::Webp},
                                            {"Tiff", ImageFormat::Tiff}};
 
-// PNG, which is lossless, replaces formats that crops are not written in.
+// PNG, which is lossless, stands in for formats that crops cannot be written in.
 ImageFormat FormatOf(const std::string& loader, const vips::VImage& header)
 {
     for (const LoaderFormat& known : kLoaderFormats)
@@ -73,7 +73,7 @@ class EncodedSource : public PhotographSource {
 public:
     using Opener = std::function<vips::VSource()>;
 
-    // The ending is that of the file's name, if there is one.
+    // ending  the extension of the file name; may be empty
     EncodedSource(Opener open, const std::string& ending, const ReadOptions& options)
         : PhotographSource(options), Open(std::move(open))
     {

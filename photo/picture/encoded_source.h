@@ -10,7 +10,7 @@
 
 namespace vistaTrim::photo {
 
-// They read the header and throw PhotoError for whatever is not a readable picture.
+// Both read the header and throw PhotoError for anything that is not a readable picture.
 std::shared_ptr<const PhotographSource> OpenFile(const std::string& path,
                                                  const ReadOptions& options);
 std::shared_ptr<const PhotographSource> OpenBytes(const void* data, size_t size,

@@ -38,11 +38,11 @@ void CheckEncoding(const PixelImage& image, const Encoding& encoding)
 }
 
 // Cut and scaled on the way to the encoder, without a copy in between.
-vips::VImage AskedPart(const PixelImage& image, const Encoding& encoding)
+vips::VImage RequestedPart(const PixelImage& image, const Encoding& encoding)
 {
     vips::VImage part = BorrowedImage(ViewOf(image));
-    // libvips then scales in strips of full width, as it does while it decodes a file. Where it
-    // starts a tile decides how it rounds.
+    // Makes libvips scale in strips of full width, as it does while it decodes a file: where a
+    // tile starts decides how it rounds.
     part.set(VIPS_META_SEQUENTIAL, 1);
     if (encoding.Part)
         part = part.extract_area(encoding.Part->X, encoding.Part->Y, encoding.Part->Width,
@@ -60,7 +60,7 @@ std::vector<uint8_t> EncodeImage(const PixelImage& image, const Encoding& encodi
     CheckEncoding(image, encoding);
     const SaveOptions options = SaveOptionsOf(encoding);
     std::vector<uint8_t> bytes;
-    RunVips([&] { bytes = SaveToMemory(AskedPart(image, encoding), options); },
+    RunVips([&] { bytes = SaveToMemory(RequestedPart(image, encoding), options); },
             PhotoError::Kind::NotWritable);
     return bytes;
 }
@@ -71,7 +71,7 @@ void WriteImage(const PixelImage& image, const std::string& path, const Encoding
     const SaveOptions options = SaveOptionsOf(encoding);
     RunVips(
         [&] {
-            Save(AskedPart(image, encoding), vips::VTarget::new_to_file(path.c_str()), options);
+            Save(RequestedPart(image, encoding), vips::VTarget::new_to_file(path.c_str()), options);
         },
         PhotoError::Kind::NotWritable);
 }

@@ -12,7 +12,7 @@ constexpr int kIptc = 0x0404;
 
 struct Resource {
     int Kind;
-    std::string Whole; // with its head and padding
+    std::string Whole; // with its header and padding
     std::string Data;
 };
 
@@ -21,13 +21,13 @@ size_t ByteAt(const std::string& text, size_t at)
     return static_cast<unsigned char>(text[at]);
 }
 
-// Ends at the first resource that is damaged.
+// Stops at the first damaged resource.
 std::vector<Resource> ResourcesOf(const std::string& list)
 {
     std::vector<Resource> resources;
     for (size_t at = 0; at + 12 <= list.size() && list.compare(at, 4, kResource) == 0;) {
         const auto kind = static_cast<int>(ByteAt(list, at + 4) * 256 + ByteAt(list, at + 5));
-        const size_t name = 1 + ByteAt(list, at + 6); // a length and as many characters
+        const size_t name = 1 + ByteAt(list, at + 6); // a length and that many characters
         const size_t head = 6 + name + name % 2;
         if (at + head + 4 > list.size())
             break;
@@ -55,7 +55,7 @@ std::string WithoutThumbnails(const std::string& resources)
 {
     std::string kept;
     for (const Resource& resource : ResourcesOf(resources))
-        if (resource.Kind != 0x0409 && resource.Kind != 0x040C) // of two versions
+        if (resource.Kind != 0x0409 && resource.Kind != 0x040C) // both versions of thumbnails
             kept += resource.Whole;
     return kept;
 }

@@ -142,8 +142,8 @@ private:
         JpegCoding coding;
         coding.Quality =
             QualityOfTables(*TableOf(Planes[0]), sharesTable ? nullptr : TableOf(Planes[1]));
-        // libvips writes chroma at full resolution or at half of it both ways. What lies between
-        // counts as half: at full resolution it would take a fifth more bytes for nothing.
+        // libvips writes chroma at full resolution or at half of it along both axes. Anything in
+        // between counts as half: full resolution would add a fifth more bytes and no detail.
         if (hasChroma) {
             const bool isFull =
                 Planes[0].Across <= Planes[1].Across && Planes[0].Down <= Planes[1].Down;

@@ -1,4 +1,4 @@
-// How a JPEG file was coded, as far as its crops should be coded alike.
+// How a JPEG file was encoded, so that its crops can be encoded likewise.
 #ifndef VISTATRIM_PHOTO_PICTURE_JPEG_CODING_H
 #define VISTATRIM_PHOTO_PICTURE_JPEG_CODING_H
 
@@ -22,8 +22,8 @@ struct JpegCoding {
 // `chroma` is null for a picture of one plane, or of planes that share one table.
 int QualityOfTables(const QuantisationTable& luma, const QuantisationTable* chroma);
 
-// Reads up to the first scan; the source must be new or rewound. Nothing for what is not a JPEG
-// file, or does not say. For use inside RunVips.
+// Reads up to the first scan; the source must be new or rewound. nullopt if it is not a JPEG file
+// or does not say. For use inside RunVips.
 std::optional<JpegCoding> CodingOfJpeg(const vips::VSource& source);
 
 } // namespace vistaTrim::photo

@@ -20,7 +20,7 @@ bool IsBlocked(void* type)
     return (VIPS_OPERATION_CLASS(type)->flags & VIPS_OPERATION_BLOCKED) != 0;
 }
 
-// The endings are listed with the class that reads files, its siblings, or the parent.
+// A loader's endings may be listed with its class for files, with a sibling or with the parent.
 struct Found {
     std::vector<Loader> Sources;
     std::vector<Loader> Others;
@@ -59,7 +59,7 @@ void* RecognisesIfAllowed(void* type, void* source, void*)
     if (IsBlocked(type) || recognises == nullptr)
         return nullptr;
     auto* const from = static_cast<VipsSource*>(source);
-    vips_source_rewind(from); // the one before may have read on
+    vips_source_rewind(from); // the previous loader may have moved it
     return recognises(from) ? type : nullptr;
 }
 

@@ -14,10 +14,10 @@ struct Loader {
     std::vector<std::string> Endings; // lower case, without the dot
 };
 
-// Those that may be used now: not blocked, and loaded if they are modules.
+// The loaders that can be used now: not blocked, and already loaded if they are modules.
 std::vector<Loader> AllowedLoaders();
 
-// The class of the loader for a source; empty if there is none that may be used. For use inside
+// The class of the loader for a source; empty if none may be used. For use inside
 // RunVips.
 std::string LoaderOf(const vips::VSource& source);
 

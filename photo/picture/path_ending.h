@@ -5,8 +5,8 @@
 
 namespace vistaTrim::photo {
 
-// Of the name of a file, in lower case and without the dot. Empty if it has none; what stands
-// behind the last dot of "IMG_2026.11.22" or "Mr. Smith and his dog" is no ending.
+// The extension of a file name, in lower case and without the dot. Empty if it has none: in
+// "IMG_2026.11.22" or "Mr. Smith and his dog", what follows the last dot is no extension.
 std::string EndingOfPath(const std::string& path);
 
 } // namespace vistaTrim::photo

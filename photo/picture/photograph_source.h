@@ -14,7 +14,7 @@
 
 namespace vistaTrim::photo {
 
-// Does not change once it is made. What reads pixels is for use inside RunVips.
+// Immutable. Call the functions that read pixels inside RunVips.
 class PhotographSource {
 public:
     static const PhotographSource& Of(const Photograph& photograph);
@@ -28,15 +28,15 @@ public:
     ImageFormat NativeFormat() const;
     const std::optional<JpegCoding>& Coding() const; // of a JPEG file
     const Colour& Background() const;
-    int StoredOrientation() const; // 1 to 8 as EXIF counts them; what is read is upright
+    int StoredOrientation() const; // 1 to 8 as in EXIF; all pixels read are upright
     const std::vector<FoundRegion>& NamedRegions() const; // by the photograph's own metadata
 
     // Upright sRGB of three 8-bit channels, exactly this size.
     vips::VImage ReadThumbnail(PixelSize size) const;
 
     // Upright, otherwise as stored: bands, depth, colour profile and metadata. With
-    // `oncePerPixel` the pixels can be read only once, from the top down; then a picture that
-    // is stored upright is never in memory whole.
+    // `oncePerPixel` the pixels can be read only once, from top to bottom; then a picture
+    // that is stored upright is never wholly in memory.
     virtual vips::VImage ReadFull(bool oncePerPixel) const = 0;
 
 protected:

@@ -1,4 +1,4 @@
-// What libvips says, in words for people.
+// Translates libvips' messages into plain words.
 #ifndef VISTATRIM_PHOTO_PICTURE_PLAIN_REASON_H
 #define VISTATRIM_PHOTO_PICTURE_PLAIN_REASON_H
 
@@ -8,8 +8,8 @@
 
 namespace vistaTrim::photo {
 
-// kind     what the caller was about to do; the error's may be a nearer one
-// message  libvips' own, some lines of it; nothing of it is shown but a reason of the system
+// kind     what the caller was doing; the error returned may have a more precise kind
+// message  libvips' own lines; only a reason given by the operating system is shown
 PhotoError PlainError(PhotoError::Kind kind, const std::string& message);
 
 } // namespace vistaTrim::photo

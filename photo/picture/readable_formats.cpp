@@ -15,7 +15,7 @@ namespace vistaTrim::photo {
 
 namespace {
 
-// libvips' names and ours. One that is not here is shown as libvips calls it.
+// libvips' names and ours. A format missing here is shown as libvips calls it.
 const std::map<std::string, std::string> kNames = {
     {"Jpeg", "JPEG"},      {"Png", "PNG"},     {"Webp", "WebP"}, {"Tiff", "TIFF"},
     {"Nsgif", "GIF"},      {"Heif", "HEIF"},   {"Ppm", "PPM"},   {"Jxl", "JPEG XL"},
@@ -61,7 +61,7 @@ bool HasEnding(const std::vector<ReadableFormat>& formats, const std::string& en
 
 bool IsReadableEnding(const std::string& ending)
 {
-    // Most folders hold only what is read without modules, and then need not wait for them.
+    // Most folders hold only files that are read without modules, so they need not wait for them.
     static const std::vector<ReadableFormat> kWithoutModules = ListFormats();
     return HasEnding(kWithoutModules, ending) || HasEnding(ReadableFormats(), ending);
 }

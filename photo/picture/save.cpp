@@ -25,8 +25,8 @@ void Save(const VImage& image, const vips::VTarget& target, const SaveOptions& o
                                           ->set("optimize_coding", options.BestCodes));
         return;
     case ImageFormat::Png:
-        // Filtered rows of a photograph are smaller after two steps of the search for repeats than
-        // plain rows after six, in half the time.
+        // For a photograph, filtered rows at compression level 2 give a smaller file than
+        // unfiltered rows at level 6, in half the time.
         if (options.Photographic)
             own->set("filter", VIPS_FOREIGN_PNG_FILTER_ALL)->set("compression", 2);
         image.pngsave_target(target, own);

@@ -1,4 +1,4 @@
-// Encoding an image in each of the formats.
+// Encodes an image in any of the formats.
 #ifndef VISTATRIM_PHOTO_PICTURE_SAVE_H
 #define VISTATRIM_PHOTO_PICTURE_SAVE_H
 
@@ -16,10 +16,10 @@ struct SaveOptions {
     ImageFormat Format = ImageFormat::Jpeg;
     int Quality = 90;
     int AlphaQuality = 100;
-    std::optional<ChromaSampling> Chroma; // of JPEG; none: as the quality suggests
-    bool BestCodes = true;     // of JPEG: a second pass over the pixels, for a smaller file
-    bool Photographic = false; // of PNG: coded for photographs, not for drawings
-    bool Fast = false;         // of WebP: less effort, for a larger file
+    std::optional<ChromaSampling> Chroma; // JPEG only; none: as the quality suggests
+    bool BestCodes = true;     // JPEG only: a second pass over the pixels, for a smaller file
+    bool Photographic = false; // PNG only: tuned for photographs, not for drawings
+    bool Fast = false;         // WebP only: faster, but a larger file
     bool Strip = false;        // no metadata and no profile
 };
 

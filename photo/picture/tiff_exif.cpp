@@ -17,18 +17,18 @@ namespace {
 
 using vips::VImage;
 
-constexpr size_t kEntry = 12;                              // bytes of an entry of a directory
+constexpr size_t kEntry = 12;                              // bytes of a directory entry
 constexpr size_t kLargestExif = 60'000;                    // a segment of a JPEG file holds 65,533
 constexpr uint16_t kDirectories[] = {34665, 34853, 40965}; // exposure, place, interoperability
 
-// Of the first directory: description, make, model, software, date, author, host computer,
+// Kept from the first directory: description, make, model, software, date, author, host computer,
 // copyright, rating, and the fields that one system's file properties show.
 constexpr uint16_t kAboutPhotograph[] = {270,   271,   272,   305,   306,   315,   316,  18246,
                                          18249, 33432, 40091, 40092, 40093, 40094, 40095};
 
 struct Tree {
     TiffDirectory Fields;
-    std::vector<uint16_t> Tags; // of the directories below
+    std::vector<uint16_t> Tags; // of the subdirectories
     std::vector<Tree> Below;
 };
 
@@ -52,7 +52,7 @@ std::optional<Tree> ReadTree(const TiffReader& file, uint64_t offset, int depth)
     return tree;
 }
 
-// The tree without what describes the file.
+// The tree, leaving out what describes the file itself.
 std::optional<Tree> ReadExifTree(const TiffReader& file)
 {
     constexpr int kDepth = 2;
@@ -107,14 +107,14 @@ void AddNumber(std::vector<uint8_t>& bytes, uint64_t number, size_t size)
         bytes.push_back(static_cast<uint8_t>(number >> (8 * i)));
 }
 
-// Bytes that begin at the even place `Base` of a file.
+// Bytes to append, which begin at the even offset `Base` of a file.
 class Appendix {
 public:
     explicit Appendix(uint64_t base) : Base(base)
     {
     }
 
-    // Adds values and the directories below; what is left to write is the directory itself.
+    // Appends the values and subdirectories; the caller then writes the directory itself.
     std::map<uint16_t, std::array<uint8_t, kEntry>> Entries(const Tree& tree)
     {
         std::map<uint16_t, std::array<uint8_t, kEntry>> entries;
@@ -130,7 +130,7 @@ public:
         return entries;
     }
 
-    // Returns its place in the file.
+    // Returns its offset in the file.
     uint64_t Directory(const std::map<uint16_t, std::array<uint8_t, kEntry>>& entries,
                        uint64_t next)
     {
@@ -181,7 +181,7 @@ uint64_t NumberAt(const uint8_t* bytes, size_t size)
     return number;
 }
 
-// Regions of the whole photograph go, and the size becomes that of the crop.
+// Removes regions of the whole photograph and sets the size to that of the crop.
 void MakeTrue(Tree& tree, const TiffDirectory& file)
 {
     constexpr uint16_t kExposure = 34665;
@@ -207,11 +207,11 @@ void MakeTrue(Tree& tree, const TiffDirectory& file)
 }
 
 struct Addition {
-    std::vector<uint8_t> Bytes;     // behind the end of the file, at an even place
-    std::array<uint8_t, 4> First{}; // where the header finds the first directory now
+    std::vector<uint8_t> Bytes;     // after the end of the file, at an even offset
+    std::array<uint8_t, 4> First{}; // the header's new offset of the first directory
 };
 
-// Nothing if the file is not of the kind that libvips writes here, or too large.
+// nullopt if the file is not as libvips writes it here, or is too large.
 std::optional<Addition> AdditionFor(const TiffExtras& extras, const TiffReader::Reader& read,
                                     uint64_t size)
 {
@@ -225,7 +225,7 @@ std::optional<Addition> AdditionFor(const TiffExtras& extras, const TiffReader::
             kUndefined, extras.Iptc.size(), {extras.Iptc.begin(), extras.Iptc.end()}};
     }
     std::array<uint8_t, 8> head{};
-    constexpr uint64_t kLargestFile = 0xFFFF0000; // places have 32 bits
+    constexpr uint64_t kLargestFile = 0xFFFF0000; // offsets have 32 bits
     if (size > kLargestFile || !read(0, head.size(), head.data()) ||
         std::memcmp(head.data(), "II*\0", 4) != 0)
         return std::nullopt;
@@ -256,7 +256,7 @@ std::optional<Addition> AdditionFor(const TiffExtras& extras, const TiffReader::
     return addition;
 }
 
-constexpr char kExifMark[] = "Exif\0"; // and the null that ends the literal
+constexpr char kExifMark[] = "Exif\0"; // plus the null that ends the literal
 constexpr size_t kExifMarkSize = sizeof kExifMark;
 
 std::vector<uint8_t> BytesOf(VipsBlob* blob)
@@ -349,8 +349,8 @@ void AddToTiff(const TiffExtras& extras, std::vector<uint8_t>& file)
     std::copy(addition->First.begin(), addition->First.end(), file.begin() + 4);
 }
 
-// libvips takes EXIF apart only as it reads a file that can hold it, so a JPEG of one pixel carries
-// it there, and back in ExifOf.
+// libvips parses EXIF only while it reads a file that can hold it, so a JPEG of one pixel carries
+// it in, and out again in ExifOf.
 void SetExif(VImage& image, const ExifBlock& exif)
 {
     if (exif.empty() || exif.size() > kLargestExif + 1000)

@@ -17,23 +17,23 @@ namespace vistaTrim::photo {
 struct TiffField {
     uint16_t Type = 0;
     uint64_t Count = 0;
-    std::vector<uint8_t> Bytes; // of all values, the lowest byte of each first
+    std::vector<uint8_t> Bytes; // of all values, each little-endian
 };
 
 using TiffDirectory = std::map<uint16_t, TiffField>; // by tag
 
-// Reads TIFF and BigTIFF of either byte order. Whatever a damaged or hostile file holds, it reads
-// no more than some megabytes and throws nothing.
+// Reads TIFF and BigTIFF of either byte order. Even from a damaged or hostile file it reads
+// at most a few megabytes, and it throws nothing.
 class TiffReader {
 public:
-    // Reads `size` bytes at `offset` to `to`; false if they are not all there.
+    // Reads `size` bytes at `offset` into `to`; false if the data ends before.
     using Reader = std::function<bool(uint64_t offset, size_t size, uint8_t* to)>;
 
     explicit TiffReader(Reader read);
 
-    // Of the first directory; nothing if this is not TIFF.
+    // Offset of the first directory; nullopt if this is not TIFF.
     const std::optional<uint64_t>& First() const;
-    // Nothing if there is none at this place. Fields that are damaged or very large are left out.
+    // nullopt if there is none at this offset. Damaged or very large fields are left out.
     std::optional<TiffDirectory> Directory(uint64_t offset) const;
 
 private:
@@ -47,7 +47,7 @@ private:
 
 // Reads from the source, which must stay alive as long as the reader. For use inside RunVips.
 TiffReader TiffReaderOf(const vips::VSource& source);
-// The bytes must stay alive too.
+// The bytes must outlive the reader too.
 TiffReader TiffReaderOf(const std::vector<uint8_t>& bytes);
 
 // Bytes of one value; 0 for an unknown type.

@@ -62,7 +62,8 @@ bool IsSensorData(const TiffDirectory& directory)
 {
     constexpr uint16_t kPhotometric = 262;
     const std::vector<uint64_t> kind = NumbersOf(directory, kPhotometric);
-    return !kind.empty() && (kind[0] == 32803 || kind[0] == 34892); // filter mosaic, linear raw
+    return !kind.empty() &&
+           (kind[0] == 32803 || kind[0] == 34892); // colour filter array, linear raw
 }
 
 } // namespace

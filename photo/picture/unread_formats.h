@@ -1,4 +1,4 @@
-// Names for files that are not read, so that people learn what to do with them.
+// Names the formats that are not read, so that people learn what to do with such files.
 #ifndef VISTATRIM_PHOTO_PICTURE_UNREAD_FORMATS_H
 #define VISTATRIM_PHOTO_PICTURE_UNREAD_FORMATS_H
 
@@ -14,12 +14,12 @@ constexpr const char* kRawSentence =
 // Lower case, without the dot.
 bool IsRawEnding(const std::string& ending);
 
-// A raw photograph in the frame of a TIFF file. Its first picture is a small preview, so read as
-// TIFF it would give crops of a few hundred pixels. For use inside RunVips.
+// A raw photograph stored as a TIFF file. Its first picture is a small preview, so reading it as
+// TIFF would give crops of a few hundred pixels. For use inside RunVips.
 bool IsRawTiff(const vips::VSource& source);
 
-// What the first bytes of a file that no loader takes say it is, as a sentence. `ending` helps
-// where the bytes say nothing. For use inside RunVips.
+// A sentence that says what a file that no loader accepts is, judged by its first bytes, or by
+// `ending` where the bytes say nothing. For use inside RunVips.
 std::string UnreadSentence(const vips::VSource& source, const std::string& ending);
 
 } // namespace vistaTrim::photo

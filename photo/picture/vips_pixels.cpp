@@ -12,7 +12,7 @@ VipsInterpretation InterpretationOf(int32_t channels)
     return channels == 1 ? VIPS_INTERPRETATION_B_W : VIPS_INTERPRETATION_sRGB;
 }
 
-// libvips asks for a part of the image at a time.
+// libvips requests one part of the image at a time.
 int CopyRegion(VipsRegion* out, void*, void* view, void*, gboolean*)
 {
     const PixelView& pixels = *static_cast<const PixelView*>(view);

@@ -1,4 +1,4 @@
-// Plain pixels to libvips and back.
+// Converts plain pixels to libvips images and back.
 #ifndef VISTATRIM_PHOTO_PICTURE_VIPS_PIXELS_H
 #define VISTATRIM_PHOTO_PICTURE_VIPS_PIXELS_H
 
@@ -10,8 +10,8 @@ namespace vistaTrim::photo {
 
 // All for use inside RunVips.
 
-// Without a copy of the whole: keep the pixels, and of a view with padded
-// or reversed rows the view itself, until the image and all that was made of it are gone.
+// Does not copy the pixels: keep them, and for padded or reversed rows the view itself, until the
+// image and everything made from it are gone.
 vips::VImage BorrowedImage(const PixelView& pixels);
 
 // A copy of an image of 8-bit bands.

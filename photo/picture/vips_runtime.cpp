@@ -18,9 +18,9 @@ namespace vistaTrim::photo {
 
 namespace {
 
-// libvips is one for the whole process, and so are these.
+// Process-wide, because libvips is.
 std::shared_mutex insideVips;
-std::mutex gate; // held by a thread waiting to be alone, so that no other enters first
+std::mutex gate; // held by a thread that waits to be alone, so that no other enters before it
 std::mutex starting;
 bool started = false;
 
@@ -29,9 +29,9 @@ void DropMessage(const char*, GLogLevelFlags, const char*, void*)
 {
 }
 
-// libvips loads its modules (among others a PDF reader and all of ImageMagick) as it starts,
-// which takes longer than the analysis of a photograph. The one way to keep it from that is to
-// name a home without modules; LoadModules fetches the two of use when they are needed.
+// libvips loads its modules (among others a PDF reader and all of ImageMagick) at startup,
+// which takes longer than analysing a photograph. The only way to stop it is to point it to a home
+// without modules; LoadModules loads the two useful ones when they are needed.
 int InitWithoutModules(const char* programName)
 {
     constexpr const char* kHome = "VIPSHOME";
@@ -43,8 +43,9 @@ int InitWithoutModules(const char* programName)
     return status;
 }
 
-// Loaders never hardened against hostile files stay blocked, except these three formats that
-// photographs do use. A matrix is text that begins with two numbers, and no photograph.
+// Loaders never hardened against hostile files stay blocked, except for three formats that
+// photographs do use. The matrix loader is blocked too: it takes any text that begins with two
+// numbers.
 void BlockUntrustedLoaders()
 {
     vips_block_untrusted_set(TRUE);

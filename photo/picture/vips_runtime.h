@@ -1,4 +1,4 @@
-// Calling libvips, and getting clean reasons out of it.
+// Calls libvips and turns its errors into plain reasons.
 #ifndef VISTATRIM_PHOTO_PICTURE_VIPS_RUNTIME_H
 #define VISTATRIM_PHOTO_PICTURE_VIPS_RUNTIME_H
 
@@ -8,14 +8,14 @@
 
 namespace vistaTrim::photo {
 
-// HEIF, AVIF and JPEG XL are read and written by modules, which are not loaded at the start.
-// Do not call it inside RunVips.
+// HEIF, AVIF and JPEG XL are read and written by modules, which are not loaded at startup.
+// Do not call this inside RunVips.
 void LoadVipsModules();
 
-// Runs work that calls libvips, in any thread, and starts libvips if needed. A failure leaves as
-// PhotoError with a reason in plain words (see plain_reason.h). libvips keeps one error text for
-// the whole process, so failed work is run once more while no other thread is inside: its text is
-// then its own. The work must therefore bear being run twice.
+// Runs work that calls libvips, in any thread, and starts libvips if needed. A failure is thrown
+// as a PhotoError with a reason in plain words (see plain_reason.h). libvips keeps one error text
+// for the whole process, so failed work is run again while no other thread is inside, which makes
+// the text its own. The work must therefore tolerate being run twice.
 void RunVips(const std::function<void()>& work, PhotoError::Kind kind);
 
 } // namespace vistaTrim::photo

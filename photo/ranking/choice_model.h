@@ -1,4 +1,4 @@
-// The numbers of the choice model: what was fitted, and nothing else.
+// The fitted numbers of the choice model.
 #ifndef VISTATRIM_PHOTO_RANKING_CHOICE_MODEL_H
 #define VISTATRIM_PHOTO_RANKING_CHOICE_MODEL_H
 
@@ -8,7 +8,8 @@
 
 namespace vistaTrim::photo {
 
-// A convolution of 3 x 3 taps that lie `Dilation` cells apart; beyond the border all is zero.
+// A convolution of 3 x 3 taps that lie `Dilation` cells apart; everything beyond the border is
+// zero.
 struct ConvolutionLayer {
     int32_t Inputs = 0;
     int32_t Outputs = 0;
@@ -27,15 +28,15 @@ struct ChoiceModel {
     // part of a crop (crop_utility.h).
     std::vector<ConvolutionLayer> Layers;
     std::vector<double> FeatureWeights; // kNumCropFeatures, see crop_utility.h
-    // How strongly the set leans on the model: the utilities are multiplied by it before they
+    // How far the choice of a set trusts the model: the utilities are multiplied by it before they
     // become probabilities.
     double Sharpness = 1;
-    // The overlap that people were measured to have, as a line in the model's own expectation.
+    // The overlap measured with people's crops, as a line in the overlap that the model expects.
     double OverlapOffset = 0;
     double OverlapSlope = 1;
 };
 
-// The one that is compiled in.
+// The compiled-in model.
 std::shared_ptr<const ChoiceModel> DefaultChoiceModel();
 
 } // namespace vistaTrim::photo

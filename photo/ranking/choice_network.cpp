@@ -47,7 +47,7 @@ float* Inside(std::vector<float>& planes, int32_t plane)
     return planes.data() + static_cast<ptrdiff_t>(plane) * kPlane + kLead;
 }
 
-// The taps ran over the frame too: it becomes zero again.
+// The taps wrote to the frame too, so it is zeroed again.
 void FinishPlane(float* plane, bool rectify)
 {
     for (int32_t r = 0; r < kGridSide; ++r) {

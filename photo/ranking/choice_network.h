@@ -9,7 +9,7 @@
 
 namespace vistaTrim::photo {
 
-// As many planes of kGridCells as the last layer has outputs. The same bits on every machine.
+// One plane of kGridCells for each output of the last layer. The same bits on every machine.
 std::vector<float> RunChoiceNetwork(const ChoiceModel& model, const InputGrid& inputs);
 
 } // namespace vistaTrim::photo

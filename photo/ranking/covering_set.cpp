@@ -60,7 +60,7 @@ CoveringSet::CoveringSet(const std::vector<CInt32CropRect>& crops,
     Covered.assign(Choices.size(), 0.0);
 }
 
-// The most probable candidates of the highest tier that is left.
+// The most probable candidates of the highest tier that has any left.
 void CoveringSet::FillPool()
 {
     while (NextInOrder < Order.size() && Pool.size() < kPoolSize) {

@@ -12,26 +12,26 @@ namespace vistaTrim::photo {
 // Intersection over union of the pixels.
 double OverlapOf(const CInt32CropRect& a, const CInt32CropRect& b);
 
-// Returns crops of one list of candidates. The first is the one that a person's choice is expected
-// to overlap most; each further one raises most the overlap that is expected of the best of them
-// all. Crops of a higher tier come before all crops of a lower one.
+// Returns crops of one list of candidates. The first is the one expected to overlap a person's
+// choice most; each further one is the one that most raises the expected best overlap of all crops
+// returned so far. Crops of a higher tier come before all crops of a lower one.
 class CoveringSet {
 public:
     // crops      candidates; keep them until the set is gone
-    // utilities  one for each crop; the exponentials are in proportion to the probabilities
+    // utilities  one for each crop; their exponentials are proportional to the probabilities
     // tiers      one for each crop, 0 or more
     //
-    // What people would choose are the most probable candidates of the highest tier: the rest
-    // has next to no probability, and time grows with their square.
+    // People's possible choices are the most probable candidates of the highest tier: the rest
+    // have next to no probability, and the time grows with the square of their number.
     CoveringSet(const std::vector<CInt32CropRect>& crops, const std::vector<double>& utilities,
                 std::vector<size_t> tiers);
 
     struct Served {
-        size_t Crop;            // its index
-        double ExpectedOverlap; // with what a person would choose, as the model has it
+        size_t Crop;            // index into crops
+        double ExpectedOverlap; // with a person's choice, according to the model
     };
 
-    // Of any crop, in the set or not.
+    // For any crop, in the set or not.
     double ExpectedOverlap(const CInt32CropRect& crop) const;
 
     // True and the next crop, or false if all were returned.

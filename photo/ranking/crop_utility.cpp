@@ -17,9 +17,9 @@ constexpr int32_t kTableCells = kTableSide * kTableSide;
 // A side strip inside the crop is this share of the crop's side; one outside, of the picture's.
 constexpr double kInnerStrip = 0.125;
 constexpr double kOuterStrip = 0.0625;
-// The sum over the whole crop has about the size of the means with this.
+// Scales the sum over the whole crop to about the size of the means.
 constexpr double kWholeScale = 0.3;
-// A part divides by at least this share of the picture: no mean of next to nothing.
+// A part's sum is divided by at least this share of the picture, so that no mean explodes.
 constexpr double kSmallestPart = 1e-3;
 
 std::array<double, kNumModelMeasures> MeasuresOf(const Score& score)
@@ -54,7 +54,7 @@ std::vector<CInt32CropRect> ReferenceCrops(PixelSize picture)
                     const CInt32CropRect crop(
                         left * picture.Width / kSteps, right * picture.Width / kSteps - 1,
                         top * picture.Height / kSteps, bottom * picture.Height / kSteps - 1);
-                    // Of a very thin picture some hold no pixel.
+                    // In a very thin picture some hold no pixel.
                     if (crop.Left <= crop.Right && crop.Top <= crop.Bottom)
                         crops.push_back(crop);
                 }
@@ -218,7 +218,7 @@ double PartSums::Sum(const CInt32CropRect& crop, PixelSize picture) const
     sum += mean(4, at.Left, at.Top, at.Right, at.Top + down, w * down);
     sum += mean(5, at.Left, at.Bottom - down, at.Right, at.Bottom, w * down);
     sum += mean(6, at.Left + w / 4, at.Top + h / 4, at.Right - w / 4, at.Bottom - h / 4, w * h / 4);
-    // Outside, a strip divides by its full width: where the picture ends, it has nothing to say.
+    // A strip outside divides by its full width, so what lies beyond the picture counts as zero.
     sum +=
         mean(7, std::max(at.Left - kOuterStrip, 0.0), at.Top, at.Left, at.Bottom, kOuterStrip * h);
     sum += mean(8, at.Right, at.Top, std::min(at.Right + kOuterStrip, 1.0), at.Bottom,

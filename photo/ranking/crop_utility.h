@@ -14,7 +14,7 @@
 
 namespace vistaTrim::photo {
 
-// The measures that a crop is known by: composition, coverage, border, peak, centre peak.
+// The measures that the model reads: composition, coverage, border, peak, centre peak.
 constexpr int32_t kNumModelMeasures = 5;
 
 // In this order: the measures; their ranks; kNumGeometryFeatures of the crop's place and shape;
@@ -38,7 +38,7 @@ public:
     // reference  scored; may be empty
     explicit MeasureRanks(const std::vector<CInt32CropRect>& reference);
 
-    // The share of the reference that a value reaches or beats.
+    // The share of the reference crops that a value equals or beats.
     double Rank(int32_t measure, double value) const;
 
 private:
@@ -49,7 +49,7 @@ private:
 std::array<double, kNumCropFeatures> CropFeatures(const CInt32CropRect& crop, PixelSize picture,
                                                   const MeasureRanks& ranks);
 
-// Sums over any part of a crop in a fixed time: each plane as a table of running sums, read
+// Sums over any part of a crop in constant time: each plane as a table of running sums, read
 // between its cells by linear interpolation.
 class PartSums {
 public:

@@ -7,8 +7,8 @@ namespace vistaTrim::photo {
 
 namespace {
 
-// Without those that hold no pixel: of a very thin picture the engine also lays out crops whose
-// sides rounded to nothing; nothing was measured on them.
+// Leaves out crops that hold no pixel: in a very thin picture the engine also lays out crops with a
+// side rounded to zero, which it does not measure.
 CropList CopyAndRelease(ICropRects* list)
 {
     SmartPtr<CCropRects> held(static_cast<CCropRects*>(list), false);

@@ -1,4 +1,4 @@
-// What the engine's driver answers, as plain lists.
+// The answers of the engine's driver as plain lists.
 #ifndef VISTATRIM_PHOTO_RANKING_ENGINE_LISTS_H
 #define VISTATRIM_PHOTO_RANKING_ENGINE_LISTS_H
 

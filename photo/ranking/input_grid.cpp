@@ -21,8 +21,8 @@ Span CellSpan(int32_t cell, int32_t pixels)
     return {first, std::max(first + 1, (cell + 1) * pixels / kGridSide)};
 }
 
-// Rows are added from the top down, so each column has one order of additions however wide the
-// registers are. Float sums of at most 40 values near 1 keep six digits.
+// Rows are added from top to bottom, so each column adds in the same order whatever the register
+// width. Float sums of at most 40 values near 1 keep six digits.
 VISTATRIM_VARIANT_BODY void AddFloatsBody(float* sums, const float* row, int32_t count)
 {
     for (int32_t i = 0; i < count; ++i)

@@ -18,7 +18,7 @@ Sides SidesOf(const CInt32CropRect& crop)
     return {crop.Left, crop.Right, crop.Top, crop.Bottom};
 }
 
-// Takes each place once.
+// Accepts each place once.
 class NewPlaces {
 public:
     explicit NewPlaces(const CropList& known)
@@ -60,7 +60,7 @@ std::optional<CInt32Rect> SmallestAround(const std::vector<WishedRegion>& region
     return around;
 }
 
-// How far first..last has to move to hold the other span, which is no longer.
+// How far first..last has to move to hold the other span, which is not longer.
 int32_t StepToHold(int32_t first, int32_t last, int32_t otherFirst, int32_t otherLast)
 {
     return std::min(otherFirst - first, 0) + std::max(otherLast - last, 0);

@@ -1,5 +1,5 @@
-// Candidates beside those of the engine's lattice: of the same sizes, at places that its steps
-// miss.
+// Candidates beside those of the engine's lattice: of the same sizes, at places between
+// its steps.
 #ifndef VISTATRIM_PHOTO_RANKING_MOVED_CROPS_H
 #define VISTATRIM_PHOTO_RANKING_MOVED_CROPS_H
 
@@ -11,13 +11,13 @@
 
 namespace vistaTrim::photo {
 
-// Each crop that is large enough for all regions that move crops and does not hold them, moved as
-// little as it takes; and the same for those of them that must not be cut, such as faces without
-// their hair. None twice and none of `crops`. Not scored yet.
+// Each crop that is large enough for all regions with Moves set but does not hold them, moved as
+// little as possible until it does; then the same for those with a CutCost, such as bare faces.
+// No duplicates, and none of `crops`. Not scored yet.
 CropList MovedToHold(const CropList& crops, const std::vector<WishedRegion>& regions);
 
-// The largest of the crops in the very middle of the picture, in each of the shapes that the
-// largest have. None of `crops`. Not scored yet.
+// The largest crops, moved to the centre of the picture, one for each of their shapes. None of
+// `crops`. Not scored yet.
 CropList CentredLargest(const CropList& crops, PixelSize picture);
 
 } // namespace vistaTrim::photo

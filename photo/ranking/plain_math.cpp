@@ -13,7 +13,7 @@ constexpr double kLn2Low = 0x1.9ef35793c7673p-41;
 
 } // namespace
 
-// x = m 2^e with m near 1; ln m = 2 artanh((m - 1) / (m + 1)) as its series.
+// x = m 2^e with m near 1; ln m = 2 artanh((m - 1) / (m + 1)), computed as a series.
 double PlainLog(double x)
 {
     int exponent = 0;
@@ -31,7 +31,7 @@ double PlainLog(double x)
     return e * kLn2High + (2 * t * sum + e * kLn2Low);
 }
 
-// x = k ln 2 + r with |r| <= ln 2 / 2; e^r as its series.
+// x = k ln 2 + r with |r| <= ln 2 / 2; e^r computed as a series.
 double PlainExp(double x)
 {
     if (x < -700)

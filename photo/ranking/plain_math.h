@@ -1,7 +1,7 @@
 // Logarithm and exponential with the same bits on every machine.
 //
-// A C library picks its own forms of both by processor, and they differ in the last bit. A last
-// bit decides between two crops that do equally well, so these are built from sums and products.
+// C libraries pick implementations of both by processor, and those differ in the last bit. The last
+// bit decides between two crops that score alike, so these use sums and products only.
 #ifndef VISTATRIM_PHOTO_RANKING_PLAIN_MATH_H
 #define VISTATRIM_PHOTO_RANKING_PLAIN_MATH_H
 

@@ -20,7 +20,7 @@ using nlohmann::json;
 
 constexpr const char* kFormat = "vistatrim-ranking";
 constexpr int kVersion = 1;
-// Far more than helps, and no file can ask for more memory than the machine has.
+// Far more than is useful; it keeps a file from requesting more memory than the machine has.
 constexpr int64_t kMaxLayers = 16;
 constexpr int64_t kMaxPlanes = 256;
 
@@ -130,7 +130,7 @@ RankingModel ReadRankingModel(const std::string& path)
     if (!stream)
         Fail("the ranking file " + path + " cannot be opened");
     std::error_code unknown;
-    if (std::filesystem::is_directory(path, unknown)) // which opens, and fails when it is read
+    if (std::filesystem::is_directory(path, unknown)) // a folder opens, but fails on reading
         Fail("the ranking file " + path + " is a folder");
     try {
         return std::make_shared<const ChoiceModel>(ReadModel(json::parse(stream)));

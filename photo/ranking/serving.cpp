@@ -19,11 +19,11 @@ namespace vistaTrim::photo {
 
 namespace {
 
-// Of crops that overlap more than this, one says all that the others could: a list by one measure
-// gives its other crops first.
+// Crops that overlap more than this count as alike: a list ranked by one measure serves its other
+// crops first.
 constexpr double kAlike = 0.8;
 
-// What the model makes of one picture.
+// The model's view of one picture.
 class PictureChoice {
 public:
     PictureChoice(const CAnalysedPicture& analysed, IVistaTrim& driver, const PixelImage& picture,
@@ -33,7 +33,7 @@ public:
     {
     }
 
-    // Nothing to choose by: no crop is better than another.
+    // The picture has nothing to choose by: no crop is better than another.
     bool NothingToSee() const
     {
         return Grid.Flat;
@@ -44,7 +44,7 @@ public:
         std::vector<double> utilities = Utilities(Model, crops, Size, Ranks, Parts);
         for (double& utility : utilities) {
             utility *= Model.Sharpness;
-            // Sorting needs numbers, whatever a file of weights holds.
+            // Sorting needs finite numbers, and a model file may give others.
             if (!std::isfinite(utility))
                 utility = -1e6;
         }
@@ -83,10 +83,10 @@ private:
 // The candidates of one ratio, or of all of them, in the order in which they are served.
 struct Line {
     std::vector<ServedCrop> Crops;
-    std::vector<size_t> Met; // of each crop: the regions that go first
+    std::vector<size_t> Met; // for each crop: how many of the regions that go first it meets
 };
 
-// Places by `key`, the highest 1.0, equal keys sharing the best place.
+// Ranks by `key`: 1.0 for the highest; equal keys share the best rank.
 void WriteRanks(CropList& crops, const std::vector<double>& keys)
 {
     std::vector<double> sorted = keys;
@@ -113,7 +113,7 @@ double MeasureBy(const Score& score, RankBy ranking)
     return 0;
 }
 
-// The largest first, and of equal ones the one nearest to the middle.
+// Sorts the largest first, and among equal ones those nearest to the centre.
 double SizeAndPlace(const CInt32CropRect& crop, PixelSize picture)
 {
     const double width = crop.Right - crop.Left + 1;
@@ -123,8 +123,8 @@ double SizeAndPlace(const CInt32CropRect& crop, PixelSize picture)
     return width * height - off / 4; // off / 4 stays below one pixel
 }
 
-// Indices by tier, then key, then utility; at most `wanted`. Those that are much like an earlier
-// one come only when nothing else is left in their tier.
+// Indices by tier, then key, then utility; at most `wanted`. Those too similar to an earlier one
+// come only when nothing else is left in their tier.
 std::vector<size_t> InOrderOf(const std::vector<double>& keys, const std::vector<double>& utilities,
                               const std::vector<size_t>& tiers, const CropList& crops,
                               size_t wanted)
@@ -225,7 +225,7 @@ public:
     }
 
 private:
-    // Places between those of the lattice, for crops that could hold the regions and do not.
+    // Adds places between those of the lattice, for crops that could hold the regions but do not.
     void AddMoved(CropList& crops) const
     {
         CropList moved =

@@ -19,14 +19,15 @@ struct ServedCrop {
 
 // At most request.Top crops of the working picture, best first.
 //
-// driver         made of `analysed` for the request, with its hard wishes
-// picture        that was analysed
+// driver         made from `analysed` for the request, with its hard wishes
+// picture        the one that was analysed
 // ratios         the aspect table of the driver, each ratio once
 // engineRequest  the size, if one is requested
-// regions        what crops had better hold or avoid
+// regions        what crops should hold or avoid
 //
 // If several ratios are named, the best crop of each comes first, then the second of each, and so
-// on; in one round, crops that meet more of the wishes go first, then the ratios keep their order.
+// on; within a round, crops that meet more of the wishes go first, then the ratios keep their
+// order.
 std::vector<ServedCrop> Serve(const CAnalysedPicture& analysed, IVistaTrim& driver,
                               const PixelImage& picture, const Request& request,
                               const std::vector<Ratio>& ratios,

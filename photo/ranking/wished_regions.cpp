@@ -7,8 +7,8 @@ namespace vistaTrim::photo {
 
 namespace {
 
-// The share of the region that the crop misses: what is outside of one to hold, what is inside of
-// one to avoid. Exactly 0 for a region that is met.
+// The share of the region that misses its wish: the part outside the crop if it is to be held, the
+// part inside if it is to be avoided. Exactly 0 for a region that is met.
 double MissedShare(const CInt32CropRect& crop, const WishedRegion& region)
 {
     const CInt32Rect& rect = region.Rect;

@@ -9,9 +9,9 @@ namespace vistaTrim::photo {
 
 namespace {
 
-constexpr double kInside = 0.9;        // of the box, to lie in the picture
-constexpr double kSkin = 0.5;          // of the pixels
-constexpr int32_t kGreyDifference = 4; // of the channels, on average
+constexpr double kInside = 0.9;        // share of the box that must lie inside the picture
+constexpr double kSkin = 0.5;          // share of the pixels
+constexpr int32_t kGreyDifference = 4; // between channels, on average
 constexpr double kLowestGreyScore = -0.2;
 
 int64_t AreaOf(const PixelRect& rect)
@@ -33,7 +33,7 @@ bool IsGrey(const PixelImage& picture)
 
 bool HasHueOfSkin(const PixelImage& picture, const PixelRect& box)
 {
-    // Hair and background fill the edges.
+    // Hair and background fill the outer parts.
     const int32_t edgeX = box.Width / 8;
     const int32_t edgeY = box.Height / 8;
     const PixelRect middle =
@@ -63,9 +63,9 @@ bool MayBeAFace(const PixelImage& picture, bool grey, const PixelRect& box, doub
     return grey ? score >= kLowestGreyScore : HasHueOfSkin(picture, box);
 }
 
-// Logistic curves, fitted by eye to some 400 detections looked at one by one. In all: half of
-// those at -0.2 were faces, nine in ten at 0.2, all but a few above. With the hue of skin and the
-// rest that MayBeAFace asks for: 12 of 14 from -0.1 to 0, 19 of 29 from -0.35 to -0.1 and 22 of 50
+// Logistic curves, fitted by eye to some 400 detections inspected one by one. Of all detections,
+// half were faces at -0.2, nine in ten at 0.2, and nearly all above. Of those with the hue of skin
+// that also pass MayBeAFace: 12 of 14 from -0.1 to 0, 19 of 29 from -0.35 to -0.1 and 22 of 50
 // below.
 double ConfidenceOf(double score, bool hueOfSkin)
 {

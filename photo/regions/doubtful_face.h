@@ -7,12 +7,12 @@
 
 namespace vistaTrim::photo {
 
-// Nearly all pixels of the picture are grey, as in a black-and-white photograph.
+// True if nearly all pixels are grey, as in a black-and-white photograph.
 bool IsGrey(const PixelImage& picture);
 
 // Skin of any tone is redder than green and greener than blue under most light (J. Kovac, P. Peer,
-// F. Solina, Human skin colour clustering for face detection, 2003, use a stricter form). True if
-// that holds for half of the pixels of the middle of `box`, which may reach beyond the picture.
+// F. Solina, Human skin colour clustering for face detection, 2003, use a stricter rule). True if
+// that holds for half of the pixels in the middle of `box`, which may extend beyond the picture.
 bool HasHueOfSkin(const PixelImage& picture, const PixelRect& box);
 
 // A detection that scored below 0 counts only if this is true. It must lie inside the picture, be

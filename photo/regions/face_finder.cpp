@@ -1,11 +1,11 @@
 // Five filters on histograms of gradients over a pyramid of the picture (N. Dalal, B. Triggs,
 // Histograms of oriented gradients for human detection, 2005), trained and run by dlib (D. King,
-// Max-margin object detection, 2015). The only file that includes dlib's headers, besides the one
-// that writes the model: they take seconds to compile.
+// Max-margin object detection, 2015). Only this file and the one that writes the model include
+// dlib's headers, which take seconds to compile.
 //
-// Debian's dlib takes singular values by LAPACK, whose last bits differ between processors; its
-// own routine gives the same faces everywhere. These two headers read the configuration, the
-// others only see what it left.
+// Debian's dlib computes singular values with LAPACK, whose last bits differ between processors;
+// dlib's own routine gives the same faces everywhere. The two headers below read the configuration;
+// the others then see it as changed here.
 #include <dlib/assert.h>
 #include <dlib/test_for_odr_violations.h>
 #undef DLIB_USE_BLAS
@@ -46,15 +46,15 @@ GreyPicture GreyOf(const PixelImage& picture)
     return grey;
 }
 
-// Detections down to here are looked at. dlib itself stops at 0.
+// Detections that score lower are ignored. dlib itself stops at 0.
 constexpr double kLowestScore = -0.5;
 
 struct Detections {
     std::vector<FoundRegion> Sure;     // scored 0 or more
-    std::vector<FoundRegion> Doubtful; // below, and may be faces
+    std::vector<FoundRegion> Doubtful; // scored below 0, but may be faces
 };
 
-// Adds faces from 80 pixels of `grey`, which is `scale` times as large as the picture.
+// Adds faces of at least 80 pixels in `grey`, which is `scale` times as large as the picture.
 void FindIn(dlib::frontal_face_detector& detector, const GreyPicture& grey, int scale,
             const PixelImage& picture, bool isGrey, Detections& detections)
 {
@@ -107,7 +107,7 @@ std::vector<FoundRegion> FindFaces(const PixelImage& picture, FaceSearch search)
     Detections detections;
     FindIn(detector, grey, 1, picture, isGrey, detections);
     if (search == FaceSearch::All) {
-        // Twice as large, most of the large faces are found again, but not all of them.
+        // At twice the size most of the large faces are found again, but not all.
         dlib::pyramid_up(grey, dlib::pyramid_down<2>());
         FindIn(detector, grey, 2, picture, isGrey, detections);
     }

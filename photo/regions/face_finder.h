@@ -9,9 +9,9 @@
 
 namespace vistaTrim::photo {
 
-// The picture is upright sRGB of three channels. The faces come in pixels of the picture, inside
-// it, the surest first, and are the same whatever else runs beside the call. May be called from
-// several threads at once.
+// The picture is upright sRGB of three channels. The faces are in pixels of the picture and
+// inside it, the most certain first, and do not depend on other threads. May be called from several
+// threads at once.
 std::vector<FoundRegion> FindFaces(const PixelImage& picture, FaceSearch search);
 
 } // namespace vistaTrim::photo

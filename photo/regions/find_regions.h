@@ -11,10 +11,11 @@
 namespace vistaTrim::photo {
 
 // The caller's regions come first, then those of the metadata, and faces are looked for if neither
-// names one. What two of them found is there once, as the first of them has it.
+// names one. A region that two sources name is listed once, as
+// the first source has it.
 class RegionSearch {
 public:
-    // Starts to look for faces, on its own thread if the options allow it. The picture must outlive
+    // Starts looking for faces, on its own thread if the options allow it. The picture must outlive
     // the search. Throws PhotoError for a region to keep that lies outside.
     RegionSearch(const WorkingPicture& picture, const RegionOptions& options);
 

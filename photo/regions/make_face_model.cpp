@@ -1,6 +1,6 @@
-// Writes dlib's frontal face detector as a C++ source, for face_finder.cpp. dlib compiles it in as
-// text in base 64 of compressed data and takes a quarter of a second to unpack it, each time a
-// program starts; as plain words it is ready in a millisecond.
+// Writes dlib's frontal face detector as a C++ source, for face_finder.cpp. dlib has it
+// compiled in as base64 text of compressed data, which takes a quarter of a second to unpack each
+// time a program starts; plain 64-bit words are ready in a millisecond.
 //
 // usage: make_face_model FILE
 #include <algorithm>
@@ -12,7 +12,7 @@
 
 #include <dlib/image_processing/frontal_face_detector.h>
 
-// A step of the build: an exception that ends it says enough.
+// A build step: an uncaught exception is report enough.
 // NOLINTNEXTLINE(bugprone-exception-escape)
 int main(int argc, char** argv)
 {
@@ -31,7 +31,7 @@ int main(int argc, char** argv)
                  "const uint64_t kFaceModel[] = {",
                  model.size());
     for (size_t at = 0; at < model.size(); at += sizeof(uint64_t)) {
-        uint64_t word = 0; // in the byte order of this machine, which is the one that reads it
+        uint64_t word = 0; // in this machine's byte order; the build machine must match the target
         std::memcpy(&word, model.data() + at, std::min(sizeof word, model.size() - at));
         std::fprintf(file, "%s0x%" PRIx64 ",", at % 64 == 0 ? "\n" : "", word);
     }

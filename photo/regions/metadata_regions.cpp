@@ -28,8 +28,7 @@ bool IsBelow(const std::string& key, const std::string& root)
            (key.size() == root.size() || key[root.size()] == '/' || key[root.size()] == '[');
 }
 
-// Not by Exiv2's operator[]: it asks its tables for the type of the property, and those do not
-// know all of them.
+// Avoids Exiv2's operator[], which looks the property's type up in tables that lack some of them.
 void AddText(const std::string& key, const std::string& text, Exiv2::XmpData& to)
 {
     const Exiv2::XmpTextValue value(text);
@@ -43,7 +42,7 @@ std::string Shortest(double value)
     return text;
 }
 
-// Where the region lies in the crop, in shares of it. Nothing if it lies outside.
+// Where the region lies in the crop, in shares of its sides. nullopt if it lies outside.
 std::optional<RelativeRect> InCrop(const RelativeRect& rect, PixelSize displayed,
                                    const PixelRect& crop)
 {
@@ -63,7 +62,7 @@ std::optional<RelativeRect> InCrop(const RelativeRect& rect, PixelSize displayed
 }
 
 // The values of one region's own properties, by their paths below its structure. An empty value
-// takes the property away.
+// removes the property.
 std::map<std::string, std::string> PlaceFields(RegionStandard standard, const RelativeRect& rect)
 {
     const std::string x = Shortest(rect.X);
@@ -134,7 +133,7 @@ void CopyRegion(const Exiv2::XmpData& from, const XmpRegion& region, size_t inde
         AddText(newKey, field->second, to);
         place.erase(field);
     }
-    // What the old shape did not need, a polygon its width say.
+    // Adds what the old shape did not need: a polygon has no width, for example.
     for (const auto& [path, text] : place) {
         if (text.empty() || region.Standard != RegionStandard::Iptc)
             continue;
@@ -239,7 +238,7 @@ std::optional<std::string> XmpForCrop(const std::string& xmp, PixelSize displaye
         return xmp;
     try {
         return WriteXmp(ForCrop(*data, displayed, orientation, crop, output));
-    } catch (const std::exception&) { // keys that the parser let through and the writer does not
+    } catch (const std::exception&) { // the parser accepts some keys that the writer rejects
         return std::nullopt;
     }
 }

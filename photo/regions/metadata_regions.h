@@ -1,4 +1,4 @@
-// Regions that the photograph's own metadata names, and what of them is true for a crop.
+// Regions named in the photograph's own metadata, and their update for a crop.
 #ifndef VISTATRIM_PHOTO_REGIONS_METADATA_REGIONS_H
 #define VISTATRIM_PHOTO_REGIONS_METADATA_REGIONS_H
 
@@ -11,14 +11,14 @@
 namespace vistaTrim::photo {
 
 // xmp          may be empty, broken or hostile: then there are no regions
-// orientation  that of the stored photograph, as EXIF counts them
+// orientation  that of the stored photograph, as in EXIF
 //
-// A region that two standards name comes once.
+// A region that two standards name is listed once.
 std::vector<FoundRegion> RegionsOfXmp(const std::string& xmp, PixelSize displayed, int orientation);
 
-// The photograph's XMP as it is true for a crop, which is stored upright: regions are moved,
-// clipped to the crop, and left out if nothing of them is inside. What has no regions comes back as
-// it is. Nothing if it has regions that cannot be made true: no XMP is better than a false one.
+// The photograph's XMP, corrected for a crop that is stored upright: regions are moved, clipped to
+// the crop, and left out if they lie outside it. XMP without regions is returned unchanged. nullopt
+// if its regions cannot be corrected: no XMP is better than a false one.
 //
 // crop    inside the photograph as displayed
 // output  pixels of the file that is written

@@ -14,19 +14,19 @@ namespace vistaTrim::photo {
 // photograph.
 PixelRect HeadOf(const PixelRect& face, PixelSize photo);
 
-// The face with a tenth of its width and height around it, by which finders are often off. Clipped
-// to the photograph.
+// The face with a margin of a tenth of its width and height, since finders are often off by that
+// much. Clipped to the photograph.
 PixelRect CoreOf(const PixelRect& face, PixelSize photo);
 
 struct RegionWish {
     photo::Wish Wish;
-    size_t Region = 0; // which one it comes from
-    // Of a face to keep: what must not be cut even where its head does not fit in.
+    size_t Region = 0; // index of the region that it comes from
+    // For a face to keep: what must not be cut even where the whole head does not fit.
     std::optional<PixelRect> Core;
 };
 
 // One wish for each region that has one, clipped to the photograph. A face asks for room for its
-// head. A region to keep that fills the photograph asks for nothing: it would only forbid to crop.
+// head. A region to keep that fills the photograph asks for nothing: it would only forbid cropping.
 std::vector<RegionWish> WishesOf(const std::vector<FoundRegion>& regions, PixelSize photo);
 
 } // namespace vistaTrim::photo

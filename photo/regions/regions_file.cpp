@@ -15,7 +15,7 @@ namespace {
 
 using Json = nlohmann::json;
 
-// Says what is wrong with a line; the reader adds which line it is.
+// Says what is wrong with a line; the reader adds the line number.
 class LineFault : public std::runtime_error {
 public:
     using std::runtime_error::runtime_error;
@@ -69,7 +69,7 @@ PixelRect OutwardRect(double x, double y, double width, double height)
             static_cast<int32_t>(std::ceil(y + height) - top)};
 }
 
-// What is not said becomes a wish to keep the region.
+// Without a wish the region is to be kept.
 std::optional<WishKind> WishOf(const Json& region)
 {
     if (!region.contains("wish"))

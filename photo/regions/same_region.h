@@ -8,13 +8,13 @@
 
 namespace vistaTrim::photo {
 
-// Regions of one kind of which more than half of what they cover together is common.
+// True for two regions of one kind whose intersection is more than half of their union.
 bool AreTheSame(const FoundRegion& a, const FoundRegion& b);
 
-// The one that was there first stays.
+// Adds the region unless the list holds the same one, which then stays.
 void AddUnlessKnown(const FoundRegion& region, std::vector<FoundRegion>& regions);
 
-// One of the others covers half of it, or it covers half of one of them: they are one thing, found
+// True if another region covers half of it, or it covers half of another: the same thing was found
 // twice or in part.
 bool IsCovered(const FoundRegion& region, const std::vector<FoundRegion>& others);
 

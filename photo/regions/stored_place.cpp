@@ -41,7 +41,7 @@ RelativeRect ToDisplayed(const RelativeRect& stored, int orientation)
 
 PixelRect ToPixelsOutward(const RelativeRect& rect, PixelSize picture)
 {
-    // What rounding makes of a whole pixel must not take in the next one.
+    // Rounding errors must not add another pixel.
     constexpr double kSlack = 1e-6;
     const double left = rect.X * picture.Width + kSlack;
     const double top = rect.Y * picture.Height + kSlack;

@@ -14,12 +14,12 @@ struct RelativeRect {
     double Height = 0;
 };
 
-// orientation  1 to 8 as EXIF counts them; any other value counts as 1
+// orientation  1 to 8 as in EXIF; any other value counts as 1
 PixelSize StoredSize(PixelSize displayed, int orientation);
 RelativeRect ToDisplayed(const RelativeRect& stored, int orientation);
 
 // The smallest rectangle of whole pixels that holds it, clipped to the picture; width or height
-// 0 if nothing of it is inside, or if it is not made of finite numbers.
+// 0 if it lies outside or its numbers are not finite.
 PixelRect ToPixelsOutward(const RelativeRect& rect, PixelSize picture);
 
 } // namespace vistaTrim::photo

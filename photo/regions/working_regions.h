@@ -24,7 +24,7 @@ std::vector<Wish> WishesInside(const std::vector<Wish>& wishes, PixelSize photo)
 
 RoiKind EngineKind(WishKind kind);
 
-// Does the crop of the working picture meet the wish, whose region there is `region`?
+// True if the crop meets the wish. `region` is the wish's rectangle in the working picture.
 bool IsMetInWorkingPicture(const Wish& wish, const CInt32Rect& region, const CInt32Rect& crop);
 
 } // namespace vistaTrim::photo

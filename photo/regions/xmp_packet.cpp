@@ -7,7 +7,7 @@ namespace vistaTrim::photo {
 
 namespace {
 
-// Large enough for any list of regions; what is larger holds a history of edits or an attack.
+// Large enough for any list of regions; a larger packet holds an edit history or is an attack.
 constexpr size_t kLargestPacket = 8'000'000;
 
 std::mutex& ParserLock()
@@ -48,7 +48,7 @@ std::optional<std::string> WriteXmp(const Exiv2::XmpData& data)
     const std::lock_guard<std::mutex> guard(ParserLock());
     MakeParserReady();
     std::string packet;
-    // Room for edits in place is for originals.
+    // A crop needs no padding for edits in place.
     constexpr uint32_t kPadding = 1;
     try {
         if (Exiv2::XmpParser::encode(packet, data, Exiv2::XmpParser::useCompactFormat, kPadding) !=

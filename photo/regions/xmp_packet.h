@@ -9,8 +9,8 @@
 
 namespace vistaTrim::photo {
 
-// Nothing if it cannot be read or written. Exiv2's parser keeps state of its own for the whole
-// process, so all its work goes through these two, one at a time; it prints nothing.
+// nullopt if the packet cannot be read or written. Exiv2's parser has process-wide state, so all
+// calls go through these two functions, one at a time. Exiv2's messages are suppressed.
 std::optional<Exiv2::XmpData> ParseXmp(const std::string& packet);
 std::optional<std::string> WriteXmp(const Exiv2::XmpData& data);
 

@@ -61,7 +61,7 @@ std::string TextAt(const Fields& fields, const std::string& path)
     return found == fields.end() ? "" : found->second;
 }
 
-// The text of one language, of a value that may have several.
+// The text in one language, for a value that may have several.
 std::string LabelText(const Exiv2::Xmpdatum& datum)
 {
     if (const auto* languages = dynamic_cast<const Exiv2::LangAltValue*>(&datum.value()))
@@ -117,7 +117,7 @@ bool IsSensible(const RelativeRect& rect)
                        [](double value) { return std::abs(value) <= 100.0; });
 }
 
-// Two sizes of one shape, as far as rounding allows at a small size.
+// True if both sizes have one ratio, as far as rounding shows at a small size.
 bool HaveOneShape(double width, double height, PixelSize size)
 {
     const double there = width / height;
@@ -127,8 +127,8 @@ bool HaveOneShape(double width, double height, PixelSize size)
 
 enum class Frame { Stored, Displayed, Other };
 
-// Which picture the Working Group's coordinates are of: the stored one, unless the size that comes
-// with them says that a program has turned it.
+// Which picture the Working Group's coordinates refer to: the stored one, unless the size given
+// with them shows that a program has rotated it.
 Frame FrameOf(const Fields& fields, PixelSize displayed, int orientation)
 {
     const auto width = NumberAt(fields, "AppliedToDimensions/w");
@@ -214,7 +214,7 @@ void AddMicrosoftRegions(const Exiv2::XmpData& data, int orientation,
     }
 }
 
-// The rectangle around a polygon. Nothing if it has no corner.
+// The bounding rectangle of a polygon. nullopt if it has no corner.
 std::optional<RelativeRect> AroundCorners(const Fields& fields)
 {
     double left = HUGE_VAL;
@@ -256,8 +256,8 @@ std::optional<RelativeRect> IptcBoundary(const Fields& fields, PixelSize stored,
                         NumberAt(fields, "RegionBoundary/rbH").value_or(0)};
 }
 
-// IPTC's roles and types are identifiers of its vocabularies. A region that says how to crop, and
-// not what is there, is no subject.
+// IPTC's roles and types are identifiers of its vocabularies. A region that says how to crop,
+// rather than what is there, is no subject.
 RegionKind KindOfIdentifiers(const Fields& fields)
 {
     bool isAnimal = false;

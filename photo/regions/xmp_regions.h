@@ -27,10 +27,10 @@ struct XmpRegion {
     std::string Label;
 };
 
-// Regions with coordinates that cannot be read are left out, and so are all of a standard that
-// says it describes a picture of another shape: the photograph was cropped since.
+// Regions with coordinates that cannot be read are left out, and so are all of a standard
+// whose stated picture size has another shape: the photograph has been cropped since.
 //
-// orientation  that of the stored photograph, as EXIF counts them
+// orientation  that of the stored photograph, as in EXIF
 std::vector<XmpRegion> ListXmpRegions(const Exiv2::XmpData& data, PixelSize displayed,
                                       int orientation);
 

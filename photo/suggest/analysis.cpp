@@ -95,8 +95,8 @@ SuggestionParameters MakeEngineRequest(const Request& request, const WorkingPict
     return SuggestionParameters(width, height, false);
 }
 
-// Which of the asked ratios the engine made the crop of. It rounds one side of the crop to
-// the other, so the nearest ratio is the one.
+// The requested ratio that the engine made the crop for. The engine rounds one side to fit the
+// other, so it is the nearest one.
 Ratio NearestRatio(const CInt32CropRect& crop, const std::vector<Ratio>& ratios)
 {
     const double made = static_cast<double>(crop.Right - crop.Left + 1) /
@@ -124,8 +124,8 @@ void AddNamed(const std::vector<Wish>& wishes, const WorkingPicture& picture,
     }
 }
 
-// Those of found regions, which may be wrong, so they never go before what the user named. What
-// the face finder is not sure of counts less.
+// The wishes of found regions. Those may be wrong, so they never precede what the user named, and
+// faces that the finder is unsure of count less.
 void AddFound(const std::vector<RegionWish>& wishes, const std::vector<FoundRegion>& found,
               const WorkingPicture& picture, std::vector<WishedRegion>& regions)
 {
@@ -159,7 +159,7 @@ void Ask(const WorkingPicture& picture, const CAnalysedPicture& analysed, const 
     AddFound(found, result.Regions, picture, regions);
     for (const RegionWish& wish : found)
         wishes.push_back(wish.Wish);
-    // Rounding to whole pixels keeps faces uncut too.
+    // Rounding to whole pixels must not cut faces either.
     std::vector<Wish> kept = wishes;
     for (const RegionWish& wish : found)
         if (wish.Core)
@@ -214,7 +214,7 @@ void Ask(const WorkingPicture& picture, const CAnalysedPicture& analysed, const 
     throw PhotoError(PhotoError::Kind::OutOfMemory, "not enough memory");
 }
 
-// A picture that a caller put together by himself.
+// For pictures that callers assemble themselves.
 void CheckPicture(const WorkingPicture& picture)
 {
     const PixelImage& pixels = picture.Pixels;
@@ -243,9 +243,9 @@ public:
     RegionSearch Search;
     const Stopwatch Analysing; // declared before the engine, so that it starts first
     const CAnalysedPicture Engine;
-    const double Milliseconds; // that the analysis took
+    const double Milliseconds; // time that the analysis took
     const std::vector<FoundRegion> Regions;
-    const double FacesMilliseconds; // that it waited for the face finder
+    const double FacesMilliseconds; // time it waited for the face finder
 };
 
 Analysis::Analysis(const Photograph& photograph, const RegionOptions& regions)

@@ -1,4 +1,4 @@
-// The engine's scores as those of a result.
+// Converts the engine's scores to those of a result.
 #ifndef VISTATRIM_PHOTO_SUGGEST_ENGINE_SCORES_H
 #define VISTATRIM_PHOTO_SUGGEST_ENGINE_SCORES_H
 

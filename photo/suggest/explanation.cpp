@@ -9,7 +9,7 @@ namespace vistaTrim::photo {
 
 namespace {
 
-// Whether the largest crop of some ratio has a pixel both ways. Sizes are those of the working
+// True if the largest crop of some ratio is at least one pixel wide and high in the working
 // picture.
 bool HasRoom(const std::vector<Ratio>& aspects, PixelSize size)
 {

@@ -12,12 +12,11 @@
 
 namespace vistaTrim::photo {
 
-// Fills Explained of the result, whose crops are complete, and of each of its crops.
+// Fills Explained in the result and in each of its crops; the list of crops must be complete.
 //
 // all     every candidate of the request
-// wishes  clipped to the photograph; the first ones are of the request, the others are those of
-//         `found`
-// request what was asked
+// wishes  clipped to the photograph; first those of the request, then those of `found`
+// request the request itself
 void Explain(const CropList& all, const std::vector<Wish>& wishes,
              const std::vector<RegionWish>& found, const WorkingPicture& picture,
              const Request& request, Suggestions& result);

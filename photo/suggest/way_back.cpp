@@ -24,8 +24,8 @@ struct StartRange {
 
 // Edges rounded to the nearest pixel boundary. Rounding keeps the order of edges, so whatever
 // whole-pixel rectangle the working crop holds or avoids, this one holds or avoids as well. A crop
-// narrower than a pixel becomes the pixel that its first edge lies in. Of a very thin picture the
-// engine returns crops without pixels; such a crop may begin after the last pixel.
+// narrower than a pixel becomes the pixel that its first edge lies in. In a very thin picture
+// the engine returns crops without pixels; such a crop may begin after the last pixel.
 Span RoundedSpan(int64_t first, int64_t last, int64_t working, int64_t photo)
 {
     const auto rounded = [working, photo](int64_t edge) {
@@ -50,8 +50,8 @@ int32_t Reach(double side, int32_t working, int32_t photo)
     return static_cast<int32_t>(std::ceil(std::max(workingPixel, side * kReachShare)));
 }
 
-// Whole-pixel sizes near the wanted one with the requested ratio: exact ones first, then nearest
-// first.
+// Whole-pixel sizes near the wanted one: those with exactly the requested ratio first, each group
+// sorted by distance.
 std::vector<SizeChoice> SizesOfRatio(double width, double height, const Ratio& ratio,
                                      PixelSize working, PixelSize photo)
 {

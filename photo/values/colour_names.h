@@ -1,4 +1,4 @@
-// The names of colours in style sheets.
+// The CSS colour names.
 #ifndef VISTATRIM_PHOTO_VALUES_COLOUR_NAMES_H
 #define VISTATRIM_PHOTO_VALUES_COLOUR_NAMES_H
 

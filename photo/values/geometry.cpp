@@ -15,7 +15,7 @@ bool operator==(const PixelRect& a, const PixelRect& b)
     return a.X == b.X && a.Y == b.Y && a.Width == b.Width && a.Height == b.Height;
 }
 
-// 64 bits: a region may lie anywhere.
+// 64 bits, because a region may lie anywhere.
 bool Contains(const PixelRect& outer, const PixelRect& inner)
 {
     return outer.X <= inner.X && outer.Y <= inner.Y &&

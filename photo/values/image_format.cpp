@@ -12,7 +12,7 @@ struct Ending {
     ImageFormat Format;
 };
 
-// The first one of a format is the one that its files get.
+// Files get the first ending of their format.
 constexpr Ending kEndings[] = {{"jpg", ImageFormat::Jpeg},  {"jpeg", ImageFormat::Jpeg},
                                {"png", ImageFormat::Png},   {"webp", ImageFormat::Webp},
                                {"tif", ImageFormat::Tiff},  {"tiff", ImageFormat::Tiff},

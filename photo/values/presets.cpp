@@ -17,7 +17,7 @@ namespace vistaTrim::photo {
 
 namespace {
 
-// Says what is wrong with a row; the reader adds which row it is.
+// Says what is wrong with a row; the reader adds the row number.
 class RowFault : public std::runtime_error {
 public:
     using std::runtime_error::runtime_error;

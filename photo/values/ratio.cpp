@@ -12,7 +12,7 @@ namespace {
 constexpr int64_t kDecimalUnit = 10000; // a term keeps four decimals
 constexpr int64_t kLargestTerm = 100000;
 
-// A decimal number above 0 in units of 1/kDecimalUnit, with no sign, exponent or blank.
+// A decimal number above 0 in units of 1/kDecimalUnit, without sign, exponent or space.
 std::optional<int64_t> ParseTerm(const std::string& text)
 {
     int64_t whole = 0;
@@ -58,7 +58,7 @@ std::string Ratio::Text() const
 
 std::string Ratio::CommonName() const
 {
-    // What is sold as 21:9 is the cube of 4:3, so that each step of 4:3, 16:9 and 64:27 is alike.
+    // What is sold as 21:9 is 4:3 cubed: 4:3, 16:9 and 64:27 differ by the same factor.
     if (*this == Ratio{64, 27})
         return "21:9";
     if (*this == Ratio{27, 64})

@@ -21,12 +21,12 @@ struct Map {
     std::vector<float> Values; // row by row, about 0 to 1
 };
 
-// As grey bytes: 255 is the map's own maximum, a map of zeros stays black. One channel.
+// The map as a picture of one channel: 255 is its own maximum; a map of zeros stays black.
 PixelImage GreyOf(const Map& map);
 
-// Owns all that it needs: the photograph may be destroyed. Cheap to copy; copies share one
-// analysis. Its operations may be called from several threads. They throw PhotoError, the
-// constructors also for a region to keep that lies outside the photograph.
+// Owns everything it needs, so the photograph may be destroyed. Cheap to copy; copies share one
+// analysis. Its operations may be called from several threads. They throw PhotoError;
+// the constructors do so too for a region to keep that lies outside the photograph.
 class Analysis {
 public:
     explicit Analysis(const Photograph& photograph, const RegionOptions& regions = {});
@@ -35,8 +35,8 @@ public:
 
     const WorkingPicture& Picture() const;
     const std::vector<FoundRegion>& Regions() const;
-    double Milliseconds() const;      // that the analysis took
-    double FacesMilliseconds() const; // that it then waited for the face finder
+    double Milliseconds() const;      // time that the analysis took
+    double FacesMilliseconds() const; // time it then waited for the face finder
 
     // Throws PhotoError for a request that is invalid (InvalidRequest) or that this photograph
     // cannot meet (DoesNotFit): a size that does not fit, a region to keep that lies outside.

@@ -10,8 +10,8 @@ namespace vistaTrim::photo {
 
 using Colour = std::array<double, 3>; // red, green, blue, 0..255
 
-// "#rrggbb", "#rgb" or a name of style sheets, as "tomato", in any case. nullopt for any other
-// text.
+// "#rrggbb", "#rgb" or a CSS colour name such as "tomato", in upper or lower case. nullopt for any
+// other text.
 std::optional<Colour> ParseColour(const std::string& text);
 
 } // namespace vistaTrim::photo

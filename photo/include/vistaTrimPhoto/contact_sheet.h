@@ -11,7 +11,7 @@
 namespace vistaTrim::photo {
 
 struct SheetLayout {
-    PixelSize Cell{360, 240}; // that pictures are centred in; what sticks out is cut off
+    PixelSize Cell{360, 240}; // pictures are centred in it and cut off at its edges
     int32_t Gap = 12;         // beside and below each cell, and around the sheet
     int32_t Caption = 30;     // height of a line of text
     int32_t Columns = 1;
@@ -26,7 +26,7 @@ PixelImage SheetHead(const SheetLayout& layout, const std::vector<std::string>& 
 PixelImage SheetRow(const SheetLayout& layout, const std::string& caption,
                     const std::vector<PixelImage>& pictures);
 
-// The rows from the top down, as they were made with this layout. They throw PhotoError.
+// Writes the rows from top to bottom; they must have been made with this layout. Throws PhotoError.
 void WriteSheet(const SheetLayout& layout, const std::vector<PixelImage>& rows,
                 const std::string& path, const Encoding& encoding);
 

@@ -20,10 +20,10 @@ struct CropOutput {
     PixelRect Rect;                // inside the photograph
     std::optional<PixelSize> Size; // scaled to exactly this; none: as many pixels as the rectangle
     ImageFormat Format = ImageFormat::Jpeg;
-    // 1..100, for the formats that have one. None: a JPEG crop of a JPEG photograph has the
-    // photograph's, all others kDefaultQuality.
+    // 1..100, for the formats that have a quality. None: a JPEG crop of a JPEG photograph gets the
+    // photograph's, any other crop kDefaultQuality.
     std::optional<int> Quality;
-    // Of JPEG. None: that of a JPEG photograph, else full from quality 90.
+    // JPEG only. None: that of a JPEG photograph, else full at quality 90 and above.
     std::optional<ChromaSampling> Chroma;
     bool Strip = false; // leave out all metadata; the colour profile stays
 };
@@ -36,7 +36,8 @@ void WriteCrops(const Photograph& photograph, const std::vector<CropOutput>& cro
 std::vector<std::vector<uint8_t>> EncodeCrops(const Photograph& photograph,
                                               const std::vector<CropOutput>& crops);
 
-// As plain pixels: sRGB, three channels, 8 bits. Format, Quality and Strip have no effect.
+// The crops as plain pixels: sRGB, three channels, 8 bits. Format, Quality and Strip have no
+// effect.
 std::vector<PixelImage> ReadCrops(const Photograph& photograph,
                                   const std::vector<CropOutput>& crops);
 

@@ -23,9 +23,9 @@ struct FoundRegion {
     PixelRect Rect; // inside the photograph, at least one pixel
     RegionKind Kind = RegionKind::Other;
     RegionSource Source = RegionSource::File;
-    double Confidence = 1.0;      // 0..1; compares within one source only
+    double Confidence = 1.0;      // 0..1; comparable only within one source
     std::string Label;            // a name, UTF-8; may be empty
-    std::optional<WishKind> Wish; // what crops are to do with it; none: it is only shown
+    std::optional<WishKind> Wish; // what crops should do with it; none: it is only shown
 };
 
 // Which faces the face finder looks for. The sizes are those of the face, brows to chin, in a
@@ -33,17 +33,17 @@ struct FoundRegion {
 enum class FaceSearch {
     Off,
     Large, // from about 80 pixels
-    All    // from about 40 pixels, at five times the time
+    All    // from about 40 pixels, in five times the time
 };
 
 // Where an analysis takes its regions from.
 struct RegionOptions {
-    // That the caller's own detector found, in pixels of the photograph as displayed.
+    // Found by the caller's own detector, in pixels of the photograph as displayed.
     std::vector<FoundRegion> Regions;
     bool UseNamed = true; // those that the photograph's own metadata names
     // No effect if one of the above is a face: the faces are known already.
     FaceSearch Faces = FaceSearch::All;
-    int Threads = 1; // above 1 faces are looked for beside the analysis; results are the same
+    int Threads = 1; // above 1, the face finder runs alongside the analysis; same results
 };
 
 // False in a build without dlib; then no face is found and FaceSearch has no effect.

@@ -17,11 +17,11 @@ struct Encoding {
     ImageFormat Format = ImageFormat::Jpeg;
     int Quality = 82;              // 1..100, of colours and alpha alike
     bool Fast = false;             // a larger file in less time, where the format gives the choice
-    std::optional<PixelRect> Part; // only this part of the image; inside it
-    std::optional<int32_t> LongSide; // scaled down to a longer side of at most so many pixels
+    std::optional<PixelRect> Part; // only this part, which must lie inside the image
+    std::optional<int32_t> LongSide; // scaled down until the longer side is at most this
 };
 
-// Without metadata. They throw PhotoError.
+// Both leave out metadata and throw PhotoError.
 std::vector<uint8_t> EncodeImage(const PixelImage& image, const Encoding& encoding);
 void WriteImage(const PixelImage& image, const std::string& path, const Encoding& encoding);
 

@@ -14,7 +14,7 @@ enum class ImageFormat { Jpeg, Png, Webp, Tiff, Avif, Heic };
 enum class ChromaSampling { Full, Half };
 
 std::string EndingOf(ImageFormat format); // "jpg", "png", "webp", "tif", "avif", "heic"
-// Also "jpeg" and "tiff", whatever their case. Nothing for any other text.
+// Also "jpeg" and "tiff"; case does not matter. nullopt for any other text.
 std::optional<ImageFormat> FormatOfEnding(const std::string& ending);
 
 } // namespace vistaTrim::photo

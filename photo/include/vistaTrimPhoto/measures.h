@@ -8,8 +8,8 @@
 namespace vistaTrim::photo {
 
 // How well a crop does, each about 0 to 1. Merged is the share of the candidates that rank no
-// higher; where the engine ranks, the sum of the ranks by the weighed measures, each times its
-// weight: 0 to 1 for weights that sum to 1.
+// higher; where the engine ranks, it is the weighted sum of the ranks by each measure: 0 to 1 for
+// weights that sum to 1.
 struct Scores {
     double Composition = 0;
     double Coverage = 0;
@@ -32,13 +32,13 @@ struct Measure {
     const char* Name;   // in files, "centrePeak"
     const char* Column; // heading of a narrow column, "centre"
     const char* Label;  // for people, "Centre peak"
-    const char* Hint;   // what it measures, in sentences for people who never heard of it
+    const char* Hint;   // what it measures, explained for newcomers
     double Scores::*Value;
-    double Weights::*Weight; // null: not one of those that the weights weigh
+    double Weights::*Weight; // null: the measure has no weight
 };
 
 constexpr size_t kNumMeasures = 7;
-// The first ones are weighed, in the order in which weights are written.
+// The first ones have weights; weights are written in this order.
 constexpr size_t kNumWeighed = 5;
 
 constexpr std::array<Measure, kNumMeasures> kMeasures = {{

@@ -24,7 +24,7 @@ struct WorkingPicture {
     PixelSize Photo;   // the photograph as displayed
     PixelImage Pixels; // upright sRGB, three channels, longer side kWorkingLongSide
     std::vector<FoundRegion> NamedRegions; // by the photograph's own metadata
-    double ReadMilliseconds = 0;           // that reading and scaling took
+    double ReadMilliseconds = 0;           // time that reading and scaling took
 };
 
 class PhotographSource; // internal
@@ -39,13 +39,13 @@ public:
     // An encoded file in memory. The bytes are borrowed: keep them until the last copy of the
     // photograph is gone.
     static Photograph FromBytes(const void* data, size_t size, const ReadOptions& options = {});
-    // Pixels, upright. Borrowed too.
+    // Upright pixels, borrowed as well.
     static Photograph FromPixels(const PixelView& pixels, const ReadOptions& options = {});
 
     PixelSize Size() const; // as displayed
     // How the stored picture is turned for display, 1 to 8 as EXIF counts it.
     int StoredOrientation() const;
-    // The format of the file if crops can be written in it, else PNG, which loses nothing.
+    // The format of the file if crops can be written in it, else PNG, which is lossless.
     ImageFormat NativeFormat() const;
 
     // Decoded at reduced size where the format allows it.

@@ -1,21 +1,23 @@
-// What the whole process shares of the library that decodes and encodes pictures. Nobody needs
-// to call any of this: the first photograph starts it.
+// Process-wide settings of the library that decodes and encodes pictures. Calling any of this is
+// optional: the first photograph starts the library.
 #ifndef VISTATRIM_PHOTO_PICTURE_RUNTIME_H
 #define VISTATRIM_PHOTO_PICTURE_RUNTIME_H
 
 namespace vistaTrim::photo {
 
-// Does nothing if it has started already. Throws PhotoError. The name is used in messages of the
-// picture library. Starting sets and clears an environment variable: a program with threads that
+// Does nothing if the library is running. Throws PhotoError. The picture library puts the name into
+// its messages. Starting sets and clears an environment variable: a program with threads that
 // read the environment calls this before it starts them.
 void StartPictureRuntime(const char* programName = "vistaTrim");
-// At the end of the program, when no photograph is left; frees what tools would report as leaks.
+// Call it at the end of the program, when no photograph is left. Frees what leak checkers would
+// report.
 void StopPictureRuntime();
 
 // How many threads may decode or encode one picture. All processors by default.
 void SetThreadsPerPicture(int count);
 
-// Frees what the calling thread holds. For a thread that has used photographs and ends.
+// Frees what the library holds for the calling thread. Call it before a thread that used
+// photographs ends.
 void LeavePictureThread();
 
 } // namespace vistaTrim::photo

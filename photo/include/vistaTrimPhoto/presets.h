@@ -1,4 +1,4 @@
-// Shapes with a name.
+// Named shapes.
 #ifndef VISTATRIM_PHOTO_PRESETS_H
 #define VISTATRIM_PHOTO_PRESETS_H
 
@@ -14,10 +14,10 @@ class Presets {
 public:
     Presets(); // those of presets.tsv
 
-    // Adds the rows of a file of the same form; a name that is there already gets the new shape.
-    // Throws PhotoError, InvalidRequest or Unreadable, that names the file and the row.
+    // Adds the rows of a file of the same format; a name that exists already gets the new shape.
+    // Throws a PhotoError (InvalidRequest or Unreadable) that names the file and the row.
     void AddFile(const std::string& path);
-    // The same for a text; `source` names it in messages.
+    // The same for a table in memory; `source` names it in messages.
     void AddTable(const std::string& table, const std::string& source);
 
     std::optional<Shape> Find(const std::string& name) const;

@@ -9,11 +9,11 @@ namespace vistaTrim::photo {
 
 struct ChoiceModel; // internal
 
-// Shared and never changed; null means the model that is compiled in.
+// Shared and immutable; null means the compiled-in model.
 using RankingModel = std::shared_ptr<const ChoiceModel>;
 
-// A file that tools/fit_ranking.py wrote. Throws PhotoError (InvalidRequest) that names the file
-// and what is wrong with it.
+// Reads a file written by tools/fit_ranking.py. Throws a PhotoError (InvalidRequest) that names the
+// file and says what is wrong with it.
 RankingModel ReadRankingModel(const std::string& path);
 
 } // namespace vistaTrim::photo

@@ -14,7 +14,7 @@ struct Ratio {
 
     double Value() const;
     std::string Text() const; // "16:9"
-    // As people call it: "21:9" for 64:27, "2.39:1" for what has no small terms.
+    // As people call it: "21:9" for 64:27, "2.39:1" for a ratio without small terms.
     std::string CommonName() const;
 };
 

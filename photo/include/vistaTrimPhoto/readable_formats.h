@@ -12,14 +12,14 @@ struct ReadableFormat {
     std::vector<std::string> Endings; // of its files, in lower case, without the dot
 };
 
-// By name. The reference is valid until the program ends. The first call takes some ten
-// milliseconds, since libvips loads the modules of some formats for it.
+// By name. The reference is valid until the program ends. The first call takes about ten
+// milliseconds, because libvips then loads the modules of some formats.
 const std::vector<ReadableFormat>& ReadableFormats();
 
 enum class FileKind { Photograph, Raw, Other };
 
-// What a file of a folder is: by the ending of its name, or by its first bytes if the name has
-// none. Raw photographs are those of cameras, which have to be developed before they can be read.
+// What kind of file this is, judged by its file name extension, or by its first bytes if it has
+// none. Raw photographs have to be developed before they can be read.
 FileKind KindOfFile(const std::string& path);
 
 } // namespace vistaTrim::photo

@@ -14,10 +14,10 @@ struct Wish {
 };
 
 const char* NameOf(WishKind kind); // "keep", "must-keep", "avoid", "must-avoid"
-bool IsHard(WishKind kind);        // no crop may miss it
+bool IsHard(WishKind kind);        // every crop must meet it
 bool WantsInside(WishKind kind);
 
-// Met means met in full: the whole region lies inside the crop, or no pixel of it.
+// Met means met in full: all of the region lies inside the crop, or none of it does.
 bool IsMet(const Wish& wish, const PixelRect& crop);
 
 } // namespace vistaTrim::photo

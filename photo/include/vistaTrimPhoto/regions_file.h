@@ -10,17 +10,17 @@
 
 namespace vistaTrim::photo {
 
-// One object a line, a photograph each; docs/regions.schema.json describes it. Empty lines are
+// One JSON object per line and photograph; docs/regions.schema.json describes it. Empty lines are
 // skipped; lines for the same photograph add up.
 class RegionsFile {
 public:
     RegionsFile() = default;
-    // Throws PhotoError, InvalidRequest or Unreadable, that names the file and the line.
+    // Throws a PhotoError (InvalidRequest or Unreadable) that names the file and the line.
     explicit RegionsFile(const std::string& path);
 
-    // Those of the photograph called `photo`: of the entry with this very name, else of the entry
-    // whose name is its last part. In pixels of the photograph as displayed, and not yet clipped
-    // to it.
+    // The regions of the photograph called `photo`: from the entry with exactly this name, else
+    // from the entry with its last path component. In pixels of the photograph as displayed, not
+    // yet clipped to it.
     const std::vector<FoundRegion>& RegionsOf(const std::string& photo) const;
     bool Names(const std::string& photo) const;
 

@@ -17,14 +17,14 @@
 namespace vistaTrim::photo {
 
 struct CropExplanation {
-    // By each weighed measure: the share of the candidates that are not better.
+    // For each weighted measure: the share of the candidates that are not better.
     std::array<double, kNumWeighed> Ranks{};
-    std::vector<bool> WishesMet; // as Explanation::Wishes
+    std::vector<bool> WishesMet; // same order as Explanation::Wishes
 };
 
 struct Crop {
     PixelRect Rect;
-    Ratio Aspect; // the asked ratio that it was made for
+    Ratio Aspect; // the requested ratio that it was made for
     bool CoversContent = false;
     // The overlap (intersection over union) that a person's choice at this request is expected to
     // have with the crop, 0 to 1. Low for all crops where nothing in the picture stands out.
@@ -37,21 +37,21 @@ struct Crop {
 enum class Shortfall {
     None,
     PhotographTooSmall, // for any crop at all
-    ScaleTooSmall,      // all the asked ones: crops would be less than a pixel
-    RatioTooExtreme,    // the same of the asked ratios
+    ScaleTooSmall,      // at every requested scale a crop would be less than a pixel
+    RatioTooExtreme,    // the same at every requested ratio
     WishMetByNone,      // Explanation::UnmetWish
-    HardWishesTogether, // each is met by some candidate, all by none
-    SizeMissesWishes,   // at full resolution
+    HardWishesTogether, // each is met by some candidate, but none meets all
+    SizeMissesWishes,   // no crop of that size meets them at full resolution
     FewCandidates,      // all that pass the hard wishes were returned
-    OthersRankTooLow    // or are much like the crops returned
+    OthersRankTooLow    // or are too similar to the crops returned
 };
 
 struct Explanation {
     int64_t Candidates = 0;   // tried
-    int64_t Passing = 0;      // of these, the ones that meet every hard wish
+    int64_t Passing = 0;      // of these, those that meet every hard wish
     std::vector<Wish> Wishes; // clipped to the photograph
-    // What found region each wish comes from, an index into Suggestions::Regions; none: it is a
-    // wish of the request.
+    // The found region that each wish comes from, as an index into Suggestions::Regions; none: the
+    // wish is part of the request.
     std::vector<std::optional<size_t>> WishRegions;
     std::vector<int64_t> MetBy; // how many candidates meet each wish
     Shortfall Why = Shortfall::None;
@@ -62,11 +62,11 @@ struct Explanation {
 // before the names of wishes, as in PhotoError::Text.
 std::string NoteOf(const Explanation& explanation, const std::string& wishPrefix = "");
 
-// Milliseconds.
+// All in milliseconds.
 struct Timings {
     double Read = 0;    // of the working picture
     double Analyse = 0; // its maps
-    double Faces = 0;   // waiting for the face finder, once the maps are there
+    double Faces = 0;   // waiting for the face finder after the maps are done
     double Score = 0;   // the request itself
 };
 
