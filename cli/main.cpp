@@ -20,7 +20,7 @@ namespace photo = vistaTrim::photo;
 
 namespace {
 
-// A file that names none of the photographs was made for others, or names them differently.
+// A file that names none of the photographs was made for others or spells their names differently.
 void ReadRegions(Options& options, const std::vector<ListedPhoto>& photos)
 {
     if (options.RegionsPath.empty())
@@ -32,7 +32,7 @@ void ReadRegions(Options& options, const std::vector<ListedPhoto>& photos)
         throw ProgramError(Shown(options.RegionsPath) + " names none of the photographs");
 }
 
-// A folder that is named is read, even where crops of earlier runs lie in it.
+// A folder named as input is read even if it holds crops of earlier runs.
 void WarnOfCropsAmongPhotographs(const Options& options, const std::string& output)
 {
     std::error_code unknown;

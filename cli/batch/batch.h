@@ -1,4 +1,4 @@
-// Many photographs, several at a time, results in the order of the input.
+// Processes many photographs, several at a time, and returns results in the order of the input.
 #ifndef VISTATRIM_CLI_BATCH_BATCH_H
 #define VISTATRIM_CLI_BATCH_BATCH_H
 
@@ -15,7 +15,7 @@ struct BatchSteps {
     // Runs for one result at a time, in input order, as soon as all earlier ones are done.
     std::function<void(size_t index, PhotoResult& result)> Emit;
     // True once the run should end. Photographs in progress are finished and emitted, and no new
-    // ones start. They start in order, so no finished one is lost.
+    // ones start. Since they start in order, no finished one is lost.
     std::function<bool()> Stop;
     // Runs in every worker thread as it ends.
     std::function<void()> Leave;

@@ -29,10 +29,10 @@ size_t LinesIn(const std::string& text, size_t begin, size_t end)
 
 struct ObjectText {
     size_t Begin;
-    size_t End; // behind the closing brace
+    size_t End; // past the closing brace
 };
 
-// The objects of the text, each found by its braces, so that each has its own line to be named by.
+// Finds the objects of the text by their braces, so that messages can name the line of each.
 class ObjectFinder {
 public:
     ObjectFinder(const std::string& text, const std::string& source) : Text(text), Source(source)
@@ -110,7 +110,7 @@ std::string Word(const json& object, const char* name, const std::string& place)
     return object[name].get<std::string>();
 }
 
-// It becomes part of a file name.
+// The shape becomes part of a file name.
 void CheckShapeName(const std::string& name, const std::string& place)
 {
     if (name.find('/') != std::string::npos || name.find('\0') != std::string::npos)
@@ -132,7 +132,7 @@ CropLabel LabelOf(const json& crop, const photo::Crop& made, size_t index, const
         Fail(place, "fill must have width and height");
     label.Fill = {Whole(fill, "width", 1, place + ", fill"),
                   Whole(fill, "height", 1, place + ", fill")};
-    // A crop of another shape would come out stretched. A few pixels less for a wish are no fault.
+    // A crop of another shape would come out stretched. A few pixels given up for a wish are fine.
     const double across = static_cast<double>(label.Fill->Width) / made.Rect.Width;
     const double down = static_cast<double>(label.Fill->Height) / made.Rect.Height;
     const double slack = 0.02 + 1.0 / std::min(made.Rect.Width, made.Rect.Height);

@@ -21,14 +21,14 @@ struct ChosenPhoto {
 };
 
 struct ChosenCrops {
-    std::vector<ChosenPhoto> Photos; // those with crops
+    std::vector<ChosenPhoto> Photos; // photographs that have crops
     size_t WithoutCrops = 0;         // photographs that are named but have none
-    std::string Content;             // tells one text from another
+    std::string Content;             // a mark that identifies the text
 };
 
 // The text is one JSON object after another, or an array of them. Each has file and crops; a crop
-// has x, y, width and height. Other members may be missing, and unknown ones are left alone. Throws
-// ProgramError, which names `source` and the line, for whatever is not a crop or leaves its
+// has x, y, width and height. Other members may be missing, and unknown ones are ignored. Throws a
+// ProgramError that names `source` and the line if something is not a crop or extends beyond its
 // photograph.
 ChosenCrops ReadChosenCrops(const std::string& text, const std::string& source);
 

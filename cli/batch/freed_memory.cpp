@@ -1,6 +1,6 @@
 #include "batch/freed_memory.h"
 
-#include <cstdlib> // defines which C library this is
+#include <cstdlib> // defines __GLIBC__
 
 #ifdef __GLIBC__
 #include <malloc.h>

@@ -1,4 +1,4 @@
-// Finds out before the work whether its output can be written.
+// Checks before the work whether its output can be written.
 #ifndef VISTATRIM_CLI_BATCH_OUTPUT_PLACE_H
 #define VISTATRIM_CLI_BATCH_OUTPUT_PLACE_H
 
@@ -12,10 +12,10 @@ std::string FolderOf(const std::string& file);
 // Throws ProgramError if the file is a folder, or its folder does not exist.
 void CheckOutputFile(const std::string& file);
 
-// Throws ProgramError if there is a file in the way, or no right to make the folder.
+// Throws ProgramError if a file is in the way, or the folder may not be created.
 void CheckOutputFolder(const std::string& folder);
 
-// Makes the folder and those above it. Throws ProgramError.
+// Creates the folder and its parents. Throws ProgramError.
 void MakeFolder(const std::string& folder);
 
 } // namespace vistaTrim::cli

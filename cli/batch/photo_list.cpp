@@ -23,7 +23,8 @@ bool IsHidden(const fs::path& path)
     return !name.empty() && name[0] == '.';
 }
 
-// The same file or folder, by whatever name. An output that is not there yet is nowhere else.
+// True if both are the same file or folder, however they are spelled. An output that does not exist
+// yet matches nothing.
 bool IsOutput(const fs::path& entry, const std::string& output)
 {
     std::error_code unknown;
@@ -101,7 +102,7 @@ void AddList(const std::string& name, std::istream& names, const ListOptions& op
             listed.erase(0, 3);
         first = false;
         if (!options.NullSeparated && !listed.empty() && listed.back() == '\r')
-            listed.pop_back(); // lists from other systems
+            listed.pop_back(); // lists from systems with CRLF line ends
         if (listed.empty())
             continue;
         any = true;

@@ -12,7 +12,7 @@ namespace vistaTrim::cli {
 struct ListedPhoto {
     std::string Path;
     std::string Inside; // its folder relative to the named folder; empty for a named file
-    std::string Error;  // why there is nothing to process, such as an empty folder
+    std::string Error;  // why there is nothing to process, for example an empty folder
     std::shared_ptr<const std::string> Bytes; // of the photograph on standard input, "-"
 };
 
@@ -25,16 +25,15 @@ struct ListOptions {
 
 struct PhotoList {
     std::vector<ListedPhoto> Photos;
-    size_t Skipped = 0;    // files of folders that are not photographs; hidden ones do not count
-    size_t SkippedRaw = 0; // those of them that are raw photographs
+    size_t Skipped = 0;    // files in folders that are not photographs, without hidden ones
+    size_t SkippedRaw = 0; // how many of them are raw photographs
 };
 
-// Folders give the photographs in them, of every format that can be read, by name; with Recursive
-// also those further down. "-" is a photograph that is read from `input`. A named file is taken as
-// it is, whatever its ending, even if it is not there: opening it reports the error. Names in lists
-// are treated alike, but "-" is none of them. The output is skipped where a folder holds it,
-// however it is spelled: its crops would be cropped again. A name that is given is taken all the
-// same.
+// A folder yields its photographs of every readable format, sorted by name; with Recursive also
+// those in its subfolders. "-" is a photograph read from `input`. A named file is taken whatever
+// its ending, even if it does not exist: opening it reports the error. Names in lists are treated
+// the same way, except that "-" has no special meaning there. The output is skipped inside folders,
+// however it is spelled, because its crops would be cropped again, but not if it is named.
 PhotoList ListPhotos(const std::vector<std::string>& names, const ListOptions& options,
                      std::istream& input);
 

@@ -1,4 +1,4 @@
-// What came of one photograph of a run.
+// The outcome of one photograph in a run.
 #ifndef VISTATRIM_CLI_BATCH_PHOTO_RESULT_H
 #define VISTATRIM_CLI_BATCH_PHOTO_RESULT_H
 
@@ -12,7 +12,7 @@
 
 namespace vistaTrim::cli {
 
-// What a crop was asked to be, for the names of its files.
+// What was requested of a crop; names its files.
 struct CropLabel {
     std::string Shape; // "og-image", "16x9"; empty if all shapes were ranked together
     std::string Ratio; // "16x9"
@@ -34,10 +34,10 @@ struct PhotoResult {
     double WriteMilliseconds = 0;
     std::vector<std::string> Written; // files
     std::vector<WrittenCrop> Crops;   // of these, the crops
-    std::string ReportSection;        // its piece of the page, for `report`
+    std::string ReportSection;        // its part of the page, for `report`
 };
 
-// The prefix of wishes' names in this program's output.
+// Goes before the names of wishes in this program's messages.
 constexpr const char* kWishPrefix = "--";
 
 } // namespace vistaTrim::cli

@@ -1,4 +1,4 @@
-// Why the program could not do what it was asked to.
+// Why the program could not do what was requested.
 #ifndef VISTATRIM_CLI_BATCH_PROGRAM_ERROR_H
 #define VISTATRIM_CLI_BATCH_PROGRAM_ERROR_H
 
@@ -6,8 +6,8 @@
 
 namespace vistaTrim::cli {
 
-// The text names the file or the option, unless it is the photograph under work, whose name whoever
-// reports the error adds.
+// The text names the file or the option. For the photograph being processed, whoever reports the
+// error adds the name.
 class ProgramError : public std::runtime_error {
 public:
     using std::runtime_error::runtime_error;

@@ -43,7 +43,7 @@ void Progress::Hide()
 {
     if (!Wanted)
         return;
-    std::fputs("\r\x1b[K", stderr); // to the line's start, and clear what stood there
+    std::fputs("\r\x1b[K", stderr); // back to the start of the line, then clear it
     std::fflush(stderr);
 }
 

@@ -11,7 +11,7 @@ namespace vistaTrim::cli {
 namespace {
 
 struct CsvRecord {
-    std::string Text; // with its line feed
+    std::string Text; // including its line feed
     std::vector<std::string> Fields;
 };
 
@@ -77,8 +77,8 @@ EarlierOutput HeldByCsv(const std::string& text, const std::string& header)
         throw ProgramError("does not begin with this program's header line");
     held.Kept = header;
 
-    // Columns: file, width, height, crops, rank. The lines of a photograph count once the last
-    // of its crops is there.
+    // Columns: file, width, height, crops, rank. A photograph counts as done once the line
+    // of its last crop is there.
     size_t start = header.size();
     std::string lines;
     CsvRecord record;

@@ -15,7 +15,7 @@ struct EarlierOutput {
 // A photograph counts as done if all its crops are there. Errors are dropped, since they may
 // succeed now; so is a truncated last line.
 EarlierOutput HeldByJson(const std::string& text);
-// A text that does not begin with the header throws ProgramError: it is some other file.
+// Throws ProgramError if the text does not begin with the header: then it is some other file.
 EarlierOutput HeldByCsv(const std::string& text, const std::string& header);
 
 // The name of a file as the JSON output shows it.

@@ -19,15 +19,15 @@ struct PhotoSteps {
     std::function<void(const PhotoResult& result)> Emit;
 };
 
-// Threads that the work on one photograph of a run over `photos` of them may use, so that all
-// photographs under work together use no more than there are workers.
+// How many threads the work on one photograph may use in a run over `photos` of them, so that all
+// photographs in progress together use no more threads than there are workers.
 int ThreadsPerPhoto(const Options& options, size_t photos);
 
 // Returns the exit status: 0, 1 if anything failed, 128 + the signal's number if interrupted.
 int RunPhotos(const Options& options, const std::vector<ListedPhoto>& photos,
               const PhotoSteps& steps);
 
-// One line on standard error, whatever the text holds.
+// Writes one line to standard error; line breaks in the text are escaped.
 void Complain(const std::string& text);
 
 } // namespace vistaTrim::cli

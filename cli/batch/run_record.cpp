@@ -23,7 +23,7 @@ using nlohmann::json;
 
 constexpr const char* kFormat = "vistatrim-options";
 
-// Nothing if there is none, or something else.
+// nullopt if the file is missing or is not a record.
 std::optional<std::vector<RecordedRun>> ReadRuns(const std::string& path)
 {
     std::ifstream stream(path, std::ios::binary);
@@ -60,8 +60,8 @@ bool ShareNames(const RecordedRun& a, const RecordedRun& b)
 // "--top was 5 and is 3; --strip was not given and is given"
 std::string Differences(const RecordedRun& before, const RecordedRun& now)
 {
-    // As the record holds them: bytes that are not UTF-8 are replaced there.
-    const auto told = [](const RecordedRun& run, const std::string& name) {
+    // As in the record, which replaces bytes that are not UTF-8.
+    const auto value = [](const RecordedRun& run, const std::string& name) {
         const auto option = run.Options.find(name);
         if (option == run.Options.end())
             return std::string("not given");
@@ -75,9 +75,9 @@ std::string Differences(const RecordedRun& before, const RecordedRun& now)
             names.insert(option.first);
     std::string text;
     for (const std::string& name : names)
-        if (told(before, name) != told(now, name))
-            text += (text.empty() ? "" : "; ") + name + " was " + told(before, name) + " and is " +
-                    told(now, name);
+        if (value(before, name) != value(now, name))
+            text += (text.empty() ? "" : "; ") + name + " was " + value(before, name) + " and is " +
+                    value(now, name);
     return text;
 }
 

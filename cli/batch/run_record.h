@@ -1,4 +1,4 @@
-// Remembers with which options an output was made, so that --resume does not mix results.
+// Records the options an output was made with, so that --resume does not mix results.
 #ifndef VISTATRIM_CLI_BATCH_RUN_RECORD_H
 #define VISTATRIM_CLI_BATCH_RUN_RECORD_H
 
@@ -9,8 +9,8 @@
 namespace vistaTrim::cli {
 
 struct RecordedRun {
-    // What its files are called, as "{stem}-story". Runs whose names differ do not touch each
-    // other's files. None: any name.
+    // Templates of its file names, such as "{stem}-story". Runs whose names differ do not touch
+    // each other's files. Empty: any name.
     std::vector<std::string> Names;
     std::map<std::string, std::string> Options;
 };
@@ -22,13 +22,13 @@ public:
     static RunRecord OfFile(const std::string& file, const RecordedRun& run);
     static RunRecord OfFolder(const std::string& folder, const RecordedRun& run);
 
-    // Throws ProgramError, which names the options that differ from those of an earlier run.
+    // Throws a ProgramError that names the options that differ from those of an earlier run.
     // Returns false if the output has no record.
     bool CheckResumed() const;
 
-    // Call before the first result is written. With `anew`, nothing is left of earlier results.
+    // Call before the first result is written. `anew` means that no earlier results are kept.
     void Begin(bool anew) const;
-    // All results are of this run.
+    // Call if all results now are from this run.
     void ReplacedAll() const;
 
 private:

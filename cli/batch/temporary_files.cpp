@@ -34,7 +34,7 @@ constexpr const char* kPrefix = ".vistatrim-";
 constexpr size_t kRandomDigits = 8;
 
 // Names are .vistatrim-RUN-NUMBER.EXTENSION, and .vistatrim-RUN.lock for the lock. RUN is
-// PROCESS-RANDOM, since the same process number can be that of another run elsewhere.
+// PROCESS-RANDOM, since a run on another machine can have the same process number.
 const std::string& RunName()
 {
     static const std::string name = [] {
@@ -57,14 +57,14 @@ bool IsOpenLock(int descriptor)
     return fstat(descriptor, &state) == 0 && state.st_nlink > 0;
 }
 
-// A lock that was deleted between opening and locking is not worth having: another one is made.
+// Tries again if the lock file was deleted between opening and locking.
 int HoldLock(const std::string& path)
 {
     for (;;) {
         const int descriptor = open(path.c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0644);
         if (descriptor < 0)
             return -1;
-        // Where the file system knows no locks, no other run treats this one as locked either.
+        // Where the file system has no locks, other runs cannot lock the file either.
         while (flock(descriptor, LOCK_EX) != 0 && errno == EINTR) {
         }
         if (IsOpenLock(descriptor))
@@ -102,13 +102,13 @@ void Leave(const std::string& folder)
     const auto lock = locks.find(folder);
     if (--lock->second.Files > 0)
         return;
-    unlink(LockPath(folder, RunName()).c_str()); // before it opens
+    unlink(LockPath(folder, RunName()).c_str()); // before the lock is released
     close(lock->second.Descriptor);
     locks.erase(lock);
 }
 
 struct TemporaryName {
-    std::string Run; // empty: of a release that held no locks
+    std::string Run; // empty: from a release that used no locks
     bool IsLock = false;
 };
 
@@ -152,7 +152,7 @@ std::optional<TemporaryName> ParseName(const std::string& name)
                : std::nullopt;
 }
 
-// Without locks only the file's time shows it: every write renews it.
+// Without locks, only the modification time shows whether a run still writes the file.
 void DeleteIfOld(const fs::path& file)
 {
     constexpr std::chrono::hours kOld(24);
@@ -171,7 +171,7 @@ void ClearRun(const std::string& folder, const std::string& run, const std::vect
             std::for_each(files.begin(), files.end(), DeleteIfOld);
         return;
     }
-    // Deleted: that run is done with this folder, and may be back in it with another lock.
+    // If deleted, that run was done with this folder, and may be back in it with another lock.
     if (flock(descriptor, LOCK_EX | LOCK_NB) == 0 && IsOpenLock(descriptor)) {
         std::error_code error;
         for (const fs::path& file : files)

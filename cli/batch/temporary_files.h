@@ -1,4 +1,4 @@
-// Names for files that are not complete yet, and what becomes of those whose run was killed.
+// Names for incomplete files, and the cleanup of those that killed runs left.
 #ifndef VISTATRIM_CLI_BATCH_TEMPORARY_FILES_H
 #define VISTATRIM_CLI_BATCH_TEMPORARY_FILES_H
 
@@ -6,13 +6,13 @@
 
 namespace vistaTrim::cli {
 
-// The name of a file beside `target`, in its folder, since a rename cannot cross file systems. It
+// The name of a file in the folder of `target`, since a rename cannot cross file systems. It
 // begins with a dot and keeps the extension, from which writers infer the format. The destructor
 // deletes the file, if it is still there.
 //
-// While a run has such files in a folder, it holds a lock on a file there, which the system opens
-// when the run ends, however it ends. So later runs can tell the files of a killed run from those
-// of one that is still going, on another machine or in another container too.
+// While a run has such files in a folder, it locks a file there; the system releases the lock when
+// the run ends, however it ends. So later runs can tell the files of a killed run from those of a
+// run in progress, even on another machine or in another container.
 class TemporaryFile {
 public:
     // Throws ProgramError if the folder cannot be written.

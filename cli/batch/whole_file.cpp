@@ -27,7 +27,7 @@ namespace {
 
 WholeFile::WholeFile(const std::string& target, bool replace) : Path(target), Replace(replace)
 {
-    // Check before doing the work.
+    // Fail before the work is done.
     if (!replace && access(target.c_str(), F_OK) == 0)
         Fail(target, EEXIST);
 }
@@ -53,7 +53,7 @@ void WholeFile::Appear()
         if (rename(from.c_str(), Path.c_str()) != 0)
             Fail(Path, errno);
     } else if (renameat2(AT_FDCWD, from.c_str(), AT_FDCWD, Path.c_str(), RENAME_NOREPLACE) != 0) {
-        // Some file systems do not support that. link() also fails if the target exists.
+        // Not every file system supports that; link() fails too if the target exists.
         if ((errno != EINVAL && errno != ENOSYS) || link(from.c_str(), Path.c_str()) != 0)
             Fail(Path, errno);
     }

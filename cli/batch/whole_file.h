@@ -1,4 +1,4 @@
-// A file that appears under its name complete or not at all.
+// A file that appears under its name complete, or not at all.
 #ifndef VISTATRIM_CLI_BATCH_WHOLE_FILE_H
 #define VISTATRIM_CLI_BATCH_WHOLE_FILE_H
 
@@ -17,11 +17,11 @@ public:
     WholeFile(const WholeFile&) = delete;
     WholeFile& operator=(const WholeFile&) = delete;
 
-    // The folder must be there by now. Throws ProgramError if it cannot be written.
+    // The folder must exist by now. Throws ProgramError if it cannot be written.
     const std::string& TemporaryPath();
     const std::string& Target() const;
-    // Throws ProgramError if the target exists and is not to be replaced, even if it came into
-    // being a moment ago.
+    // Throws ProgramError if the target exists and must not be replaced, even if it was created
+    // only a moment ago.
     void Appear();
 
 private:

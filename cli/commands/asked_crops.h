@@ -12,7 +12,8 @@
 namespace vistaTrim::cli {
 
 // Fills Found and Labels. With options.EachShape every shape is a separate request: its crops come
-// together, in the order of the shapes. Returns the names of shapes that got no crop.
+// together, in the order in which the shapes were requested. Returns the names of shapes that got
+// no crop.
 std::vector<std::string> SuggestAsked(const photo::Analysis& analysis, const Options& options,
                                       PhotoResult& result);
 

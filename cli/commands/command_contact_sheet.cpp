@@ -33,7 +33,7 @@ photo::ImageFormat FormatOfSheet(const std::string& file)
     return *format;
 }
 
-// A side of more pixels does not fit the format.
+// The longest side that the format can hold.
 int32_t LongestSide(photo::ImageFormat format)
 {
     switch (format) {
@@ -77,7 +77,7 @@ std::vector<std::string> Heads(const Options& options)
     return heads;
 }
 
-// The column of a crop: shapes that gave fewer crops than asked leave theirs empty.
+// The column of a crop: a shape with fewer crops than requested leaves its other columns empty.
 size_t ColumnOf(const CropLabel& label, const Options& options)
 {
     const auto rank = static_cast<size_t>(label.Rank);

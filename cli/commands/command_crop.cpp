@@ -63,7 +63,7 @@ std::string ListOf(const std::vector<std::string>& names)
     return list;
 }
 
-// Whoever empties the folder leaves the hidden record behind.
+// Hidden files do not count: people who empty the folder leave the hidden record behind.
 bool HoldsFiles(const std::string& folder)
 {
     std::error_code error;
@@ -74,7 +74,7 @@ bool HoldsFiles(const std::string& folder)
     return false;
 }
 
-// What is written beside the crops, as the results come in.
+// The files besides the crops, written as the results come in.
 class FilesBeside {
 public:
     explicit FilesBeside(const Options& options) : How(options.CropFiles), Replace(options.Force)
@@ -157,7 +157,7 @@ private:
                                " meets the request; suggest --explain shows why");
     }
 
-    // Returns the shapes that got no crop. Throws ProgramError if none did, and says why.
+    // Returns the shapes that got no crop. Throws a ProgramError that says why if none got any.
     std::vector<std::string> Search(const ListedPhoto& photo, const photo::Photograph& photograph,
                                     PhotoResult& result) const
     {
@@ -183,7 +183,7 @@ private:
             Encoded = photo::EncodeCrops(photograph, {files[0].Output}).at(0);
             return;
         }
-        // The sidecar is rejected before the crops are written, not after.
+        // If the sidecar cannot be written, fail before the crops are.
         std::optional<WholeFile> sidecar;
         if (Asked.CropFiles.Xmp || Asked.CropFiles.XmpOnly) {
             const std::string path = OutputPrefix(Asked, photo) + ".xmp";
@@ -208,7 +208,7 @@ private:
         }
     }
 
-    // Not before there is something to write: a run that is refused leaves no trace.
+    // Called only once there is something to write: a refused run leaves no trace.
     void BeginRecord()
     {
         const std::lock_guard<std::mutex> guard(RecordMutex);
@@ -234,13 +234,13 @@ private:
 
     const Options& Asked;
     const std::vector<ListedPhoto>& Photos;
-    const ChosenCrops& Chosen; // empty: the crops are searched
+    const ChosenCrops& Chosen; // empty: search for crops
     const RunRecord& Record;
     const bool HeldFiles; // before this run
     std::mutex RecordMutex;
     bool RecordBegun = false;
     FilesBeside Beside;
-    std::set<std::string> Originals; // that --force must not replace
+    std::set<std::string> Originals; // photographs that --force must not replace
     ClaimedNames Claimed;
     std::vector<uint8_t> Encoded; // the one crop for standard output
 };
@@ -260,7 +260,7 @@ RunRecord RecordOf(const Options& options, const ChosenCrops& chosen)
     RecordedRun run;
     run.Options = options.Asked;
     if (!chosen.Photos.empty()) {
-        run.Options["--from"] = chosen.Content; // of standard input too
+        run.Options["--from"] = chosen.Content; // works for standard input too
         return RunRecord::OfFolder(options.Output, run);
     }
     const ListedPhoto any{"{stem}.photo", "", "", nullptr};
@@ -296,7 +296,7 @@ int RunCrop(const Options& options, const std::vector<ListedPhoto>& named)
         } else {
             CheckOutputFolder(options.Output);
             CheckStandingCrops(options, record);
-            constexpr int32_t kRanksToCompare = 20; // those further down differ as these do
+            constexpr int32_t kRanksToCompare = 20; // later ranks differ as these do
             const auto labelsOf = [&](size_t photo) {
                 return chosen.Photos.empty() ? ExpectedLabels(options, kRanksToCompare)
                                              : chosen.Photos[photo].Labels;

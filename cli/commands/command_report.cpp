@@ -19,8 +19,8 @@ namespace vistaTrim::cli {
 
 namespace {
 
-// Writes the page section by section, since all sections together can be large, and renames it at
-// the end. An interrupted run still gets a page with what was finished.
+// Writes the page section by section, since all of them together can be large, and renames it at
+// the end. An interrupted run still gets a page of the photographs that it finished.
 class PageFile {
 public:
     PageFile(const std::string& path, bool replace)
@@ -50,7 +50,7 @@ private:
     std::ofstream Stream;
 };
 
-// The name of a picture would be a slip: the page is text.
+// Catches a picture's file name given by mistake.
 void CheckEnding(const std::string& file)
 {
     const std::string ending = std::filesystem::path(file).extension().string();

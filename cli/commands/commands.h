@@ -28,7 +28,7 @@ photo::Analysis Analyse(const photo::Photograph& photograph, const photo::Region
 photo::Analysis AnalyseFor(const photo::Request& request, const photo::Photograph& photograph,
                            const photo::RegionOptions& regions);
 
-// The regions that the options ask for, of this photograph of a run over `photos` of them.
+// Where the regions of this photograph come from, for a run over `photos` photographs.
 photo::RegionOptions RegionsFor(const Options& options, const ListedPhoto& photo, size_t photos);
 
 // The photograph's name without folders and ending; "stdin" for standard input.
@@ -40,8 +40,8 @@ std::string ExtensionOf(const ListedPhoto& photo);
 // OUTPUT/INSIDE/STEM, the prefix of a photograph's files; creates the folder.
 std::string OutputPrefix(const Options& options, const ListedPhoto& photo);
 
-// Marks photographs whose files would have the same names as another's: of a/x.jpg and b/x.jpg only
-// the first is processed.
+// Marks with an error each photograph whose files would have the names of another's: of a/x.jpg and
+// b/x.jpg only the first is processed.
 std::vector<ListedPhoto> WithoutNameClashes(const std::vector<ListedPhoto>& photos);
 
 } // namespace vistaTrim::cli

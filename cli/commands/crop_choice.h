@@ -1,4 +1,4 @@
-// The crops that --from names, taken instead of searching.
+// The crops that --from names, used instead of a search.
 #ifndef VISTATRIM_CLI_COMMANDS_CROP_CHOICE_H
 #define VISTATRIM_CLI_COMMANDS_CROP_CHOICE_H
 
@@ -13,7 +13,7 @@
 
 namespace vistaTrim::cli {
 
-// "-" reads `input`. Throws ProgramError; a file that names no crops is a fault as well.
+// "-" reads `input`. Throws ProgramError, also for a file that names no crops.
 ChosenCrops ReadChoice(const std::string& file, std::istream& input);
 
 std::vector<ListedPhoto> PhotosOf(const ChosenCrops& chosen);

@@ -1,4 +1,4 @@
-// Files of crops: each appears whole or not at all.
+// Writes the files of crops.
 #ifndef VISTATRIM_CLI_COMMANDS_CROP_FILES_H
 #define VISTATRIM_CLI_COMMANDS_CROP_FILES_H
 
@@ -13,8 +13,8 @@
 namespace vistaTrim::cli {
 
 // Writes the files and returns those it wrote, in their order. Each appears whole or not at all,
-// and the first one appears last. Makes their folders. With options.Resume the files that exist
-// already are left as they are, and are not returned. Throws PhotoError, or ProgramError if one
+// and the first one appears last. Creates their folders. With options.Resume, existing files are
+// left as they are and are not returned. Throws PhotoError, or ProgramError if one
 // of the files exists and neither options.Resume nor options.Force is given. Calls `begin` before
 // it writes, and not at all if it writes nothing.
 std::vector<PlannedFile> WriteCropFiles(const photo::Photograph& photograph,
@@ -25,8 +25,8 @@ std::vector<PlannedFile> WriteCropFiles(const photo::Photograph& photograph,
 void ClearFoldersOf(const ListedPhoto& photo, const std::vector<CropLabel>& labels,
                     const Options& options);
 
-// True if as many crops as requested exist: nothing is left to do. False says little, since a
-// photograph can have fewer crops than requested, and names can hold their sizes.
+// True if as many crops as requested exist, so nothing is left to do. False means little: a
+// photograph can have fewer crops than requested, and file names can contain sizes not known yet.
 bool HasAllCrops(const photo::Photograph& photograph, const ListedPhoto& photo,
                  const Options& options);
 

@@ -1,4 +1,4 @@
-// Which files come of the crops of a photograph, before any of them is written.
+// Plans the files of a photograph's crops before any is written.
 #ifndef VISTATRIM_CLI_COMMANDS_CROP_PLAN_H
 #define VISTATRIM_CLI_COMMANDS_CROP_PLAN_H
 
@@ -23,8 +23,8 @@ struct PlannedFile {
     std::string Path;
 };
 
-// The sizes in which a crop is written: one, or one for each of the asked widths. A width beyond
-// that of the crop gives way to the crop's own, unless crops may be scaled up.
+// The sizes in which a crop is written: one, or one for each requested width. A width beyond
+// that of the crop is replaced by the crop's own, unless crops may be scaled up.
 std::vector<photo::PixelSize> SizesOfCrop(photo::PixelSize crop, const CropLabel& label,
                                           const CropFileOptions& how);
 
@@ -33,14 +33,14 @@ std::vector<PlannedFile> PlanCropFiles(const Options& options, const ListedPhoto
                                        const photo::Photograph& photograph,
                                        const PhotoResult& result);
 
-// What is known of the labels before a photograph is analysed: at most `most` ranks.
+// The labels expected before a photograph is analysed, with at most `most` ranks.
 std::vector<CropLabel> ExpectedLabels(const Options& options, int32_t most);
 
 // Paths below the output folder, without the ending. Sizes that are not known yet are "?".
 std::vector<std::string> ExpectedNames(const Options& options, const ListedPhoto& photo,
                                        const CropLabel& label);
 
-// The name of no file twice in a run, whichever worker comes first.
+// Keeps two photographs of a run from writing the same file.
 class ClaimedNames {
 public:
     // Throws ProgramError if another photograph has one of the names, and then claims none.

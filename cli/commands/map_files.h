@@ -1,4 +1,4 @@
-// Files of maps.
+// Writes maps as files.
 #ifndef VISTATRIM_CLI_COMMANDS_MAP_FILES_H
 #define VISTATRIM_CLI_COMMANDS_MAP_FILES_H
 

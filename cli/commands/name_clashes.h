@@ -1,4 +1,4 @@
-// Files of a run that would get the same name, before anything is written.
+// Finds files of a run that would get the same name, before anything is written.
 #ifndef VISTATRIM_CLI_COMMANDS_NAME_CLASHES_H
 #define VISTATRIM_CLI_COMMANDS_NAME_CLASHES_H
 
@@ -12,7 +12,7 @@
 
 namespace vistaTrim::cli {
 
-// The file as the system knows it, whatever the way to it.
+// The canonical path of the file, however it is spelled.
 std::string CanonicalPath(const std::string& file);
 
 // One line for each photograph whose crops would get the name of another crop, or, where files

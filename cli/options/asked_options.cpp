@@ -17,7 +17,7 @@ bool IsOneOf(const std::string& name, std::initializer_list<const char*> names)
     return std::find(names.begin(), names.end(), name) != names.end();
 }
 
-// They say which photographs are taken, how the run goes, or what is written beside the results.
+// True for options that only choose photographs, steer the run or add files beside the results.
 bool LeavesResultsAlone(const std::string& name)
 {
     return IsOneOf(name, {"PHOTO", "--files-from", "--recursive", "--null", "--jobs", "--quiet",
@@ -35,7 +35,7 @@ std::string TextOf(const CLI::Option& option)
     for (const std::string& result : option.results()) {
         std::string value = result;
         if (name == "--aspect")
-            value = photo::FileSafeRatio(result); // 16:9, 16/9 and 16x9 are the same
+            value = photo::FileSafeRatio(result); // 16:9, 16/9 and 16x9 are the same ratio
         if (IsOneOf(name, {"--regions", "--ranking", "--presets", "--from"}) &&
             std::filesystem::is_regular_file(result, unknown)) {
             std::ifstream file(result, std::ios::binary);
@@ -56,13 +56,13 @@ std::map<std::string, std::string> AskedOptions(const CLI::App& command, const O
         if (option->count() != 0 && !LeavesResultsAlone(name))
             asked[name] = TextOf(*option);
     }
-    // Its default depends on others.
+    // Its default depends on other options.
     if (command.get_option_no_throw("--top") != nullptr)
         asked["--top"] = std::to_string(values.Request.Top);
     return asked;
 }
 
-// FNV-1a: enough to notice a change, which nobody has a reason to hide.
+// FNV-1a: enough to notice changes; nobody has a reason to forge one.
 std::string ContentMark(const std::string& content)
 {
     uint64_t hash = 0xCBF29CE484222325;

@@ -11,8 +11,8 @@
 
 namespace vistaTrim::cli {
 
-// By name; options that were not given are missing. Call after parsing. A file counts by what it
-// holds, since people move files.
+// By name; options that were not given are missing. Call after parsing. A file is represented by
+// its content, since people move files.
 std::map<std::string, std::string> AskedOptions(const CLI::App& command, const Options& values);
 
 // "content 0123456789abcdef"

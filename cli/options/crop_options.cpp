@@ -123,7 +123,7 @@ void AddFrom(CLI::App& command, Options& values)
         ->type_name("FILE");
 }
 
-// The crops that a file names leave nothing to search for.
+// --from names the crops, so options of the search are rejected.
 std::string FaultOfFrom(const CLI::App& command)
 {
     for (const CLI::Option* option : command.get_options()) {

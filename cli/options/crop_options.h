@@ -1,4 +1,4 @@
-// The options of `crop` that say which files come of a crop.
+// The options of `crop` that decide which files a crop becomes.
 #ifndef VISTATRIM_CLI_OPTIONS_CROP_OPTIONS_H
 #define VISTATRIM_CLI_OPTIONS_CROP_OPTIONS_H
 
@@ -13,7 +13,7 @@ namespace vistaTrim::cli {
 // Call after the options of shapes, and --resize, --force and --resume were added.
 void AddCropFiles(CLI::App& command, Options& values);
 
-// What is wrong with the options of `crop` together. Empty if all is well.
+// What is wrong with this combination of options of `crop`; empty if nothing is.
 std::string FaultOfCropFiles(const CLI::App& command, const Options& values);
 
 } // namespace vistaTrim::cli

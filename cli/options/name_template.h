@@ -17,11 +17,11 @@ struct NameFields {
     std::string Height;
 };
 
-// Text with fields in braces, as "{stem}-{ratio}"; {{ and }} are literal braces. A slash begins a
-// folder. The ending of the file is not part of it.
+// Text with fields in braces, such as "{stem}-{ratio}"; {{ and }} are literal braces. Slashes
+// separate folders. The file's ending is not part of the template.
 class NameTemplate {
 public:
-    // Throws std::runtime_error for an unknown field, and for names that leave the folder.
+    // Throws std::runtime_error for an unknown field or a name that leads out of the folder.
     explicit NameTemplate(const std::string& text);
 
     std::string Expand(const NameFields& fields) const;
@@ -29,7 +29,7 @@ public:
 private:
     struct Piece {
         std::string Text;
-        std::string NameFields::*Field = nullptr; // then the text does not count
+        std::string NameFields::*Field = nullptr; // if set, the text is not used
     };
     std::vector<Piece> Pieces;
 };

@@ -11,11 +11,11 @@ struct Default {
     const char* Text;
 };
 
-// Those that are not here have none.
+// Options not listed here have no default.
 constexpr Default kDefaults[] = {
     {"--background", "white"},
     {"--jobs", "one for each processor"},
-    {"--top", "5, or 1 where shapes are asked for one by one"},
+    {"--top", "5, or 1 where shapes are requested one by one"},
     {"--rank-by", "people"},
     {"--ranking", "the built-in model"},
     {"--weights", "0.1,0.7,0,0.2,0"},
@@ -26,7 +26,7 @@ constexpr Default kDefaults[] = {
     {"--format", "that of the photograph, or png where that cannot be written"},
     {"--quality", "as a JPEG photograph for JPEG, else 90"},
     {"--chroma", "as a JPEG photograph, else 4:4:4 from quality 90 and 4:2:0 below"},
-    {"--name", "{stem}-{rank}, or {stem}-{shape} where shapes are asked for one by one"},
+    {"--name", "{stem}-{rank}, or {stem}-{shape} where shapes are requested one by one"},
     {"--sizes", "100vw"},
     {"--maps", "yes"},
     {"--cell", "360x240"},
@@ -52,7 +52,7 @@ std::string HelpWithDefaults::make_help(const CLI::App* app, std::string name,
     return CLI::Formatter::make_help(app, std::move(name), mode);
 }
 
-// What the parser adds of its own, "N:INT in [1 - 500]", is in the descriptions.
+// Drops what the parser adds, such as "N:INT in [1 - 500]": the descriptions say it.
 std::string HelpWithDefaults::make_option_opts(const CLI::Option* option) const
 {
     std::string text = CLI::Formatter::make_option_opts(option);

@@ -1,4 +1,4 @@
-// What holds where an option is not given, and how help shows it.
+// The defaults of options, and how help shows them.
 #ifndef VISTATRIM_CLI_OPTIONS_OPTION_DEFAULTS_H
 #define VISTATRIM_CLI_OPTIONS_OPTION_DEFAULTS_H
 

@@ -23,21 +23,21 @@ enum class ListFormat { Text, Json, Csv };
 struct CropFileOptions {
     bool Strip = false;
     std::optional<photo::PixelSize> ResizeTo;
-    std::optional<photo::ImageFormat> Format;    // none: as the photograph
+    std::optional<photo::ImageFormat> Format;    // none: that of the photograph
     std::optional<int> Quality;                  // none: that of a JPEG photograph, else 90
-    std::optional<photo::ChromaSampling> Chroma; // none: alike
-    std::vector<int32_t> Widths;                 // each crop at each of them; none: one size
-    bool Upscale = false;                        // to widths beyond that of the crop
-    std::string Name;                            // template; empty: the usual names
-    std::string From;                            // file that names the crops; empty: none
-    std::string Manifest;                        // file; empty: none
-    bool Xmp = false;                            // sidecars too
-    bool XmpOnly = false;                        // sidecars instead
-    std::string Picture;                         // file for <picture> elements; empty: none
-    std::string Sizes = "100vw";                 // their sizes attribute
+    std::optional<photo::ChromaSampling> Chroma; // none: that of a JPEG photograph
+    std::vector<int32_t> Widths; // each crop is written at each of them; none: one size
+    bool Upscale = false;        // allow widths beyond that of the crop
+    std::string Name;            // template; empty: default names
+    std::string From;            // file that names the crops; empty: none
+    std::string Manifest;        // file; empty: none
+    bool Xmp = false;            // also write sidecars
+    bool XmpOnly = false;        // write sidecars instead of crops
+    std::string Picture;         // HTML file for <picture> elements; empty: none
+    std::string Sizes = "100vw"; // their sizes attribute
 };
 
-// There is one object a run, so its members are in the order in which people read them.
+// There is only one object, so its members are ordered for reading.
 // NOLINTNEXTLINE(clang-analyzer-optin.performance.Padding)
 struct Options {
     Command Chosen = Command::Suggest;
@@ -47,10 +47,10 @@ struct Options {
     bool NullSeparated = false;
     photo::Request Request;
     std::vector<photo::Shape> Shapes; // requested by name or ratio
-    bool EachShape = false;           // the best crops of each of them, not of all together
-    photo::RegionOptions RegionUse;   // but for what the file below names
+    bool EachShape = false;           // crops for each of them, not ranked together
+    photo::RegionOptions RegionUse;   // except the regions from the file below
     std::string RegionsPath;          // empty: none
-    photo::RegionsFile Regions;       // what the file at RegionsPath names
+    photo::RegionsFile Regions;       // from the file at RegionsPath
     std::string RankingFile;          // read into Request.Model
     bool WeightsGiven = false;        // then the engine ranks
     photo::ReadOptions Reading;

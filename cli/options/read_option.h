@@ -1,4 +1,4 @@
-// Options whose texts this program reads itself.
+// Options with values that this program parses itself.
 #ifndef VISTATRIM_CLI_OPTIONS_READ_OPTION_H
 #define VISTATRIM_CLI_OPTIONS_READ_OPTION_H
 
@@ -11,7 +11,7 @@ namespace vistaTrim::cli {
 
 using Reader = std::function<bool(const std::string&)>;
 
-// An option that takes one text at a time, each read by `read`; `form` says what is expected.
+// An option whose value is parsed by `read`; `form` describes a valid value in messages.
 CLI::Option* AddRead(CLI::App& app, const std::string& name, const std::string& form,
                      const std::string& description, const Reader& read, bool repeatable);
 

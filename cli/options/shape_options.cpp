@@ -18,7 +18,7 @@ using photo::Shape;
 
 constexpr const char* kGroup = "Shape of the crops";
 
-// A shape twice would only be cut twice.
+// A shape given twice would only be cut twice.
 void AddOnce(std::vector<Shape>& shapes, const Shape& shape)
 {
     const auto same = [&shape](const Shape& other) { return other.Name == shape.Name; };
@@ -50,8 +50,8 @@ void AddPresetsFile(CLI::App& command, const std::shared_ptr<Presets>& presets)
             }
         }
     };
-    // Before the options that name presets: options are read in the order in which they were
-    // added.
+    // Added before the options that name presets, because options are read in the order in which
+    // they were added.
     command
         .add_option_function<std::vector<std::string>>(
             "--presets", read, "More presets, from a table like presets.tsv")
@@ -88,7 +88,7 @@ void AddShapes(CLI::App& command, Options& values)
     CLI::Option* preset =
         AddRead(
             command, "--preset", "the name of a preset; there are " + presets->Names(),
-            "The best crop of a shape with a name, scaled to its size; may be repeated",
+            "The best crop of a named shape, scaled to its size; may be repeated",
             [&values, presets](const std::string& text) {
                 const std::optional<Shape> shape = presets->Find(text);
                 if (shape)

@@ -8,7 +8,7 @@ namespace vistaTrim::cli {
 std::optional<std::vector<double>> ParseNumbers(const std::string& text)
 {
     std::vector<double> numbers;
-    std::istringstream pieces(text + ','); // so that an empty last piece counts
+    std::istringstream pieces(text + ','); // so that an empty last piece is noticed
     for (std::string piece; std::getline(pieces, piece, ',');) {
         double value = 0;
         const char* end = piece.data() + piece.size();

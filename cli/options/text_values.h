@@ -1,4 +1,4 @@
-// Parses the values of options that are only numbers.
+// Parses option values that are plain numbers.
 #ifndef VISTATRIM_CLI_OPTIONS_TEXT_VALUES_H
 #define VISTATRIM_CLI_OPTIONS_TEXT_VALUES_H
 

@@ -10,7 +10,7 @@ using photo::Crop;
 using photo::kMeasures;
 using photo::Measure;
 
-// Keeps the members in the order in which they are written here.
+// Keeps members in the order in which they are added.
 using Json = nlohmann::ordered_json;
 
 Json ScoresJson(const photo::Scores& scores)

@@ -71,7 +71,7 @@ ListOutput::ListOutput(const Options& options)
         Stream = std::fopen(Path.c_str(), options.Resume ? "ab" : "wb");
         if (Stream == nullptr)
             FailToWrite(Path);
-        // Not beside a device or a pipe.
+        // No record beside a device or a pipe.
         if (isResumable && std::filesystem::is_regular_file(Path))
             record.Begin(isNew);
     }

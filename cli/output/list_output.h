@@ -15,8 +15,8 @@ namespace vistaTrim::cli {
 
 class ListOutput {
 public:
-    // Throws ProgramError if the file cannot be written, exists without leave to replace it, or
-    // is to be resumed and is none of ours.
+    // Throws ProgramError if the file cannot be written, exists and must not be replaced, or is to
+    // be resumed but was not made by this program.
     explicit ListOutput(const Options& options);
     ~ListOutput();
     ListOutput(const ListOutput&) = delete;

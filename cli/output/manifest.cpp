@@ -16,7 +16,7 @@ Manifest::Manifest(const std::string& file, bool replace) : File(file), Replace(
 void Manifest::Add(const PhotoResult& result)
 {
     using Json = nlohmann::ordered_json;
-    // Of several shapes some can be there and others fail; what was written is listed all the same.
+    // If some shapes were written and others failed, the written ones are listed all the same.
     PhotoResult whole = result;
     if (!result.Crops.empty())
         whole.Error.clear();

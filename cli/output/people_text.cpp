@@ -57,7 +57,7 @@ std::string MeasureColumns(const photo::Scores& scores)
     return text;
 }
 
-// A wish of the request as it was given, one that comes of a found region by what that is.
+// A wish of the request as it was given; a wish from a found region by the kind of region.
 std::string WishText(const photo::Suggestions& found, size_t wish)
 {
     const Explanation& explanation = *found.Explained;

@@ -29,7 +29,7 @@ std::string Escaped(const std::string& text)
     return escaped;
 }
 
-// Commas too: a srcset splits at them.
+// Escapes commas too, because they separate the entries of a srcset.
 std::string Address(const std::string& file, const std::string& page)
 {
     namespace fs = std::filesystem;
@@ -96,7 +96,7 @@ std::string Sides(const Choice& choice)
            "\"";
 }
 
-// Half way between two ratios, as ratios go: the window's is then nearer to the wider one.
+// The geometric mean of two ratios: from there on the window is nearer to the wider one.
 std::string From(double wider, double narrower)
 {
     const long thousandths = std::lround(1000.0 * std::sqrt(wider * narrower));

@@ -8,9 +8,9 @@
 
 namespace vistaTrim::cli {
 
-// A <picture> of the best crop of each ratio, with all files of it. Of several ratios the browser
-// takes the one nearest to that of its window. `page` is the file that the snippet goes into:
-// the addresses are relative to it. Empty if no crop was written.
+// A <picture> with the best crop of each ratio and all of its files. The browser picks the ratio
+// nearest to its window's. `page` is the file that the snippet goes into: addresses are relative
+// to it. Empty if no crop was written.
 std::string PictureSnippet(const PhotoResult& result, const std::string& page,
                            const std::string& sizes);
 

@@ -8,8 +8,8 @@
 
 namespace vistaTrim::cli {
 
-// Each ends in a line feed. File names that are not UTF-8 come out with replacement characters
-// in JSON, and as they are in the other two.
+// Each ends in a line feed. File names that are not UTF-8 get replacement characters in JSON and
+// stay as they are in the other two.
 std::string PeopleText(const PhotoResult& result);
 std::string JsonLine(const PhotoResult& result);
 

@@ -8,7 +8,7 @@ namespace vistaTrim::cli {
 
 namespace {
 
-// A pixel of 100,000 is seen at the fifth decimal.
+// Nine decimals: one pixel of 100,000 already shows in the fifth.
 std::string Share(double value)
 {
     std::array<char, 40> text{};

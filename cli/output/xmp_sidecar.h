@@ -16,7 +16,7 @@ struct CropShares {
     double Bottom = 1;
 };
 
-// Of the picture as it is stored, before the EXIF orientation, 1..8, turns it.
+// Shares of the stored picture, before its EXIF orientation (1..8) is applied.
 CropShares StoredShares(const photo::PixelRect& crop, photo::PixelSize photo, int orientation);
 
 // The XMP with the crs: fields of the crop.

@@ -1,4 +1,4 @@
-// Bytes as text, for pictures embedded in a page (RFC 4648, section 4).
+// Encodes bytes as text, for pictures embedded in a page (RFC 4648, section 4).
 #ifndef VISTATRIM_CLI_REPORT_BASE64_H
 #define VISTATRIM_CLI_REPORT_BASE64_H
 

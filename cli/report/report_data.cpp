@@ -9,7 +9,7 @@ namespace vistaTrim::cli {
 
 namespace {
 
-// Keeps the members in the order in which they are written here.
+// Keeps members in the order in which they are added.
 using Json = nlohmann::ordered_json;
 
 constexpr const char* kExpectedOverlap = "expectedOverlap";
@@ -23,7 +23,7 @@ std::string Block(const Json& json)
     return text;
 }
 
-// A number that the line holds for a crop, among its scores or beside them.
+// A number of a crop in the line, either among its scores or beside them.
 const Json* Figure(const Json& crop, const char* name)
 {
     if (crop.contains(name))
@@ -52,8 +52,8 @@ Json Labelled(const Json& rect, const Json& label)
             {"height", rect.at("height")}};
 }
 
-// What was found in the photograph, by its name or else its kind, and what the request named. The
-// wishes that come of what was found would only outline it a second time.
+// The found regions, by label or else by kind, and the regions that the request named. Wishes that
+// stem from found regions are left out: they would only outline them a second time.
 Json RegionsOf(const Json& line)
 {
     Json regions = Json::array();
@@ -106,7 +106,7 @@ std::string ReportMaps(const std::vector<ReportMap>& maps)
 
 std::string ReportMeasures()
 {
-    // Not one of the measures: those look at a single crop, this one at all of them.
+    // Listed with the measures, although it depends on all crops and not on one alone.
     Json measures = {{{"name", kExpectedOverlap},
                       {"label", "Expected overlap"},
                       {"text", "How far this crop is likely to agree with the one that a person "

@@ -1,4 +1,4 @@
-// What the script of a report page reads of each photograph.
+// The data on each photograph that the script of a report page reads.
 #ifndef VISTATRIM_CLI_REPORT_REPORT_DATA_H
 #define VISTATRIM_CLI_REPORT_REPORT_DATA_H
 
@@ -10,19 +10,19 @@
 
 namespace vistaTrim::cli {
 
-// These are blocks of JSON for a <script type="application/json">: nothing in them can end it.
+// All return JSON for a <script type="application/json"> element; no text in it can end the
+// element.
 
-// The line of `suggest --json` under "line", without explanations, and beside it what only people
-// need: names of the ratios, ranks, regions, the note on missing crops.
+// The line of `suggest --json` as "line", without explanations, and beside it what only the page
+// shows: names of the ratios, ranks, regions, the note on missing crops.
 std::string ReportData(const PhotoResult& result);
-// From the line itself, with a name for the ratio of each crop.
+// The same from the text of a line and a name for the ratio of each crop.
 std::string ReportDataOf(const std::string& text, const std::vector<std::string>& ratios);
 std::string ReportMaps(const std::vector<ReportMap>& maps);
-// Of each measure its name, its label and the sentence that explains it. The first is the one
-// that matters most.
+// The name, label and explanation of each measure, the most important first.
 std::string ReportMeasures();
 
-// The overlap with a person's crop that is expected of each crop of a line; empty if it is unknown.
+// For each crop of a line, its expected overlap with a person's crop; empty if unknown.
 std::vector<double> ExpectedOverlaps(const std::string& line);
 
 } // namespace vistaTrim::cli

@@ -48,8 +48,8 @@ std::string RectStyle(const PixelRect& rect, PixelSize photo)
            ";height:" + Percent(rect.Height, photo.Height);
 }
 
-// In which corner of its frame each crop's number stands: the first where it hides no other,
-// taking the photograph to be shown about twenty-four numbers wide, as on paper.
+// The corner of its frame that each crop's number goes to: the first where it hides no other,
+// assuming that the photograph is about twenty-four numbers wide, as on paper.
 std::vector<const char*> NumberCorners(const std::vector<photo::Crop>& crops, PixelSize photo)
 {
     constexpr std::array<const char*, 4> kCorners = {"at-left at-top", "at-right at-top",
@@ -123,7 +123,7 @@ std::string DataBlock(const char* kind, const std::string& json)
            "</script>";
 }
 
-// The script is allowed by its own hash, so that nothing else in the page can ever run as one.
+// The page allows its script by this hash, so nothing else in it can ever run.
 std::string ScriptHash()
 {
     std::vector<uint8_t> digest;

@@ -11,12 +11,12 @@ namespace {
 
 using photo::PixelImage;
 
-// With these a photograph takes less than 60 kB of the page, and less than 150 kB with its ten
-// maps: as text every 3 bytes become 4.
+// These limits keep a photograph below 60 kB of the page, and below 150 kB with its ten maps:
+// base64 turns every 3 bytes into 4.
 constexpr size_t kPhotoBytes = 39000;
 constexpr size_t kMapBytes = 6400;
 
-// Enough for a large screen; a map is soft anyway.
+// Enough for a large screen.
 constexpr int32_t kPhotoLongSide = 1024;
 constexpr int32_t kMapLongSide = photo::kWorkingLongSide / 2;
 
@@ -39,11 +39,11 @@ Bytes WebpWithin(const PixelImage& image, int32_t longSide, size_t limit)
     constexpr int kFirst = 60;
     constexpr int kHighest = 80;
     constexpr int kStep = 10;
-    constexpr int32_t kShortest = 64; // whose pictures are far below any of the limits
+    constexpr int32_t kShortest = 64; // pictures of this size are far below every limit
     for (;; longSide = longSide * 4 / 5) {
         int quality = kFirst;
         Bytes best = Webp(image, longSide, quality);
-        // Upward only from the first try: what lies above a lower one was too large.
+        // Go up only from the first try: above any lower quality the picture was too large.
         while (best.size() <= limit && quality >= kFirst && quality < kHighest) {
             Bytes better = Webp(image, longSide, quality += kStep);
             if (better.size() > limit)
@@ -57,8 +57,8 @@ Bytes WebpWithin(const PixelImage& image, int32_t longSide, size_t limit)
     }
 }
 
-// A grey picture of half the size: each pixel is the mean of four. Of an odd side, the last row or
-// column is left out.
+// A grey picture of half the size: each pixel is the mean of four. If a side is odd, its last
+// row or column is dropped.
 PixelImage Halved(const PixelImage& image)
 {
     PixelImage half;

@@ -15,8 +15,8 @@ struct ReportMap {
     std::string Picture; // grey; the page colours it
 };
 
-// Data URIs throughout. Each picture is held to a number of bytes, so that a page of many
-// photographs can still be sent by mail.
+// All are data URIs. Each picture is limited in bytes, so that a page of many photographs can still
+// be sent by mail.
 struct ReportPictures {
     std::string Photo; // the page draws the crops from this one
     std::vector<ReportMap> Maps;

@@ -27,7 +27,7 @@ Character CharacterAt(const std::string& text, size_t at)
             return {};
         code = code << 6U | (byte(at + i) & 0x3FU);
     }
-    constexpr uint32_t kLeast[] = {0, 0, 0x80, 0x800, 0x10000}; // longer forms are not UTF-8
+    constexpr uint32_t kLeast[] = {0, 0, 0x80, 0x800, 0x10000}; // overlong encodings are not UTF-8
     const bool isSurrogate = code >= 0xD800 && code <= 0xDFFF;
     if (code < kLeast[bytes] || isSurrogate || code > 0x10FFFF)
         return {};

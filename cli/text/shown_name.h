@@ -1,4 +1,4 @@
-// Names and texts as they are shown to people: no name can move the cursor or begin a new line.
+// File names and messages made safe to show: none can move the cursor or begin a new line.
 #ifndef VISTATRIM_CLI_TEXT_SHOWN_NAME_H
 #define VISTATRIM_CLI_TEXT_SHOWN_NAME_H
 
@@ -6,9 +6,9 @@
 
 namespace vistaTrim::cli {
 
-// A name of a file as it is, unless it holds control characters, marks that turn the direction of
-// writing, or bytes that are not UTF-8. Then in the quotes of the shell, as $'new\nline.jpg', which
-// a shell takes back as the same name. An empty name is shown as two quotes.
+// A file name as it is, unless it holds control characters, bidirectional marks or bytes that are
+// not UTF-8. Then it is quoted for the shell, as in $'new\nline.jpg', which a shell reads as the
+// same name. An empty name is shown as two quotes.
 std::string Shown(const std::string& name);
 
 // A message that may hold such a name: the same escapes, but no quotes.

@@ -1,5 +1,5 @@
-"""What can be asked of a photograph: one table that the functions, the command line of the
-archive and its manifest read. A new option is one line of OPTIONS."""
+"""The options of a request: one table that the functions, the command line of the archive and its
+manifest read. A new option is one line of OPTIONS."""
 from __future__ import annotations
 
 import math
@@ -12,9 +12,9 @@ from typing import Any, Callable, Dict, Iterable, List, Mapping, Optional, Seque
 from . import _vistatrim
 from ._errors import wrong_type, wrong_value
 
-# An option's value after it was checked: plain objects that JSON can hold.
+# A checked option value: plain objects that JSON can hold.
 Plain = Union[None, bool, int, float, str, List[Any]]
-Check = Callable[..., Plain]  # of a name and a value; of_presets: and of the table
+Check = Callable[..., Plain]  # takes a name and a value; with of_presets also the table
 FromText = Callable[[str], object]
 
 _LARGEST_PIXEL = 100_000_000  # sums of two still fit 32 bits
@@ -44,7 +44,7 @@ def _real(name: str, value: object) -> float:
 
 
 def _items(name: str, form: str, value: object) -> Sequence[object]:
-    """The items of a list, tuple or array; no text, no mapping."""
+    """The items of a list, tuple or array. Strings and mappings are rejected."""
     if isinstance(value, (str, bytes, Mapping)) or not isinstance(value, Iterable):
         raise wrong_type(name, form, value)
     return list(value)
@@ -72,8 +72,8 @@ def one_of(*names: str) -> Check:
 
 
 def _ratio(name: str, value: object, table: _vistatrim.Presets) -> List[Any]:
-    """Width and height in smallest terms; then the name for each_ratio, if it was written with
-    other ones: '21:9' is [7, 3, '21x9'], 'square' is [1, 1, 'square']."""
+    """Width and height in lowest terms; then the name for each_ratio, if it was written
+    differently: '21:9' is [7, 3, '21x9'], 'square' is [1, 1, 'square']."""
     form = "a ratio such as '4:5', (4, 5) or 0.8, or the name of a preset"
     found: Optional[Tuple[int, int]]
     if isinstance(value, str):
@@ -120,12 +120,12 @@ def preset_files(name: str, value: object, table: _vistatrim.Presets) -> Plain:
             table.add_file(os.fsencode(str(file_name(name, file))))
         except _vistatrim.Failure as failure:
             raise ValueError(f"{name}: {failure.args[1]}") from None
-    return None  # the requested shapes are kept, not where they come from
+    return None  # the manifest keeps the requested shapes, not their source
 
 
 def known_presets(files: object = ()) -> Dict[str, Tuple[str, Optional[Tuple[int, int]]]]:
-    """The shapes with a name: each one's ratio, ``'16:9'``, and its size (width, height) or None.
-    ``files``, one or a list, add to the built-in table. Raises ValueError for a file that cannot be
+    """The named shapes: the ratio of each, ``'16:9'``, and its size (width, height) or None.
+    ``files`` (one or a list) add to the built-in table. Raises ValueError for a file that cannot be
     read or understood."""
     table = _vistatrim.Presets()
     preset_files("files", files, table)
@@ -138,7 +138,7 @@ def known_presets(files: object = ()) -> Dict[str, Tuple[str, Optional[Tuple[int
 
 
 def presets(name: str, value: object, table: _vistatrim.Presets) -> Plain:
-    """Of each name: width and height of the ratio, the name, the size or None."""
+    """For each name: width and height of the ratio, the name, the size or None."""
     form = "the name of a preset; there are " + ", ".join(table.names())
     shapes = []
     for item in [value] if isinstance(value, str) else _items(name, form, value):
@@ -213,8 +213,8 @@ _REGION_DEFAULTS: Dict[str, Any] = {"kind": "other", "confidence": 1.0, "label":
 
 
 def _region(name: str, value: object) -> List[Any]:
-    """x, y, width, height, kind, confidence, label, wish of a region as docs/regions.schema.json
-    describes it. Fractions of pixels are rounded outward."""
+    """x, y, width, height, kind, confidence, label and wish of a region, as described in
+    docs/regions.schema.json. Fractions of pixels are rounded outward."""
     form = "a dict with x, y, width and height"
     if not isinstance(value, Mapping):
         raise wrong_type(name, form, value)
@@ -282,9 +282,9 @@ class Option:
     from_text: FromText = str
     repeats: bool = False
     short: str = ""
-    field: str = ""  # of the request; empty: as the name
-    of_analysis: bool = False  # asked when the photograph is analysed, not of each request
-    of_presets: bool = False  # may be a name in the table of presets, or adds to it
+    field: str = ""  # of the request; empty: same as name
+    of_analysis: bool = False  # used by the analysis, not by each request
+    of_presets: bool = False  # reads the table of presets or adds to it
 
     @property
     def flag(self) -> str:
@@ -299,7 +299,7 @@ OPTIONS: Tuple[Option, ...] = (
            repeats=True, of_presets=True),
     Option("aspect", ratios, "W:H", "a ratio to try, or the name of a preset (six ratios)",
            repeats=True, of_presets=True),
-    Option("preset", presets, "NAME", "the best crop of a shape with a name", repeats=True,
+    Option("preset", presets, "NAME", "the best crop of a named shape", repeats=True,
            of_presets=True),
     Option("scale", scales, "S", "crop side over photograph side (0.5, 0.55 to 1)", _numbers, True,
            field="scales"),
@@ -334,8 +334,8 @@ NAMES = tuple(option.name for option in OPTIONS)
 
 
 def checked(options: Mapping[str, object]) -> Dict[str, Plain]:
-    """The options with their values checked, in the order of the table. Options whose value is
-    None count as not given."""
+    """The options with their values checked, in the order of the table. An option of value
+    None counts as not given."""
     for name in options:
         if name not in NAMES:
             raise TypeError(f"suggest() got an unexpected option '{name}'; there are "
@@ -364,12 +364,12 @@ def checked(options: Mapping[str, object]) -> Dict[str, Plain]:
     return found
 
 
-# A request; if each shape has its own, the shape's name and the size that it fills.
+# (shape, fill, request): name and size of the shape, or None if all shapes share one request.
 Asked = Tuple[Optional[str], Optional[Tuple[int, int]], _vistatrim.Request]
 
 
 def requests_of(values: Mapping[str, Plain]) -> List[Asked]:
-    """What checked options ask of the library: one request, or one for each shape."""
+    """The requests that checked options stand for: one, or one for each shape."""
     aspects, named = values.get("aspect") or [], values.get("preset") or []
     assert isinstance(aspects, list) and isinstance(named, list)
     if not values.get("each_ratio") and not named:
@@ -384,14 +384,14 @@ def requests_of(values: Mapping[str, Plain]) -> List[Asked]:
 
 
 def check(photograph: _vistatrim.Photograph, requests: Iterable[Asked]) -> None:
-    """Raises for a request that the photograph cannot meet, before anyone decodes it."""
+    """Raises for a request that the photograph cannot meet, before it is decoded."""
     for _, _, request in requests:
         photograph.check(request)
 
 
 def suggest(analysis: _vistatrim.Analysis, requests: Iterable[Asked]) -> Dict[str, Any]:
-    """The objects of the program's JSON, without the name of the file. The crops and explanations
-    of several requests add up."""
+    """The object that the program writes as JSON, without the file name. Crops and explanations of
+    several requests are combined."""
     total: Dict[str, Any] = {}
     for shape, fill, request in requests:
         found = analysis.suggest(request, fill)
@@ -409,7 +409,7 @@ def suggest(analysis: _vistatrim.Analysis, requests: Iterable[Asked]) -> Dict[st
 
 def _with_shape(crop: Mapping[str, Any], shape: str, rank: int,
                 fill: Optional[Tuple[int, int]]) -> Dict[str, Any]:
-    """In the order of the program, which puts them behind the ratio."""
+    """Adds the shape after the ratio, where the program puts it."""
     made: Dict[str, Any] = {}
     for name, value in crop.items():
         made[name] = value
@@ -465,7 +465,7 @@ Use = Tuple[str, bool, Tuple[Tuple[Any, ...], ...]]
 
 
 def use_of(options: Mapping[str, Plain], photograph: str) -> Use:
-    """Of checked options, for the photograph of this name."""
+    """The use that checked options stand for, for the photograph of this name."""
     given = options.get("regions")
     if isinstance(given, str):
         try:
@@ -488,7 +488,7 @@ def region_options(use: Use) -> _vistatrim.RegionOptions:
 
 
 def background_colour(value: object) -> List[float]:
-    """'#rrggbb', '#rgb', a name of style sheets or (red, green, blue), 0 to 255 each."""
+    """'#rrggbb', '#rgb', a CSS colour name or (red, green, blue), 0 to 255 each."""
     name, form = "background", "'#rrggbb', '#rgb', a colour's name or (red, green, blue)"
     if isinstance(value, str):
         colour = _vistatrim.parse_colour(value)

@@ -1,4 +1,4 @@
-// What is shown follows the address, so that Back works and a place can be linked.
+// The address decides what is shown, so that Back and links work.
 
 const isOn = (id) => byId(id).getAttribute("aria-pressed") === "true";
 
@@ -15,7 +15,7 @@ async function readAddress(moveFocus) {
   const photo = photos[index];
   const from = view.photo;
   if (photo?.data) {
-    // Crops are drawn from the picture, which lies in the page but is decoded after it.
+    // Crops are drawn from the picture, which is embedded in the page but decoded later.
     const address = location.hash;
     await photo.picture.decode().catch(() => {});
     if (location.hash !== address)

@@ -1,5 +1,5 @@
 "use strict";
-// The page's data and the small helpers of all parts.
+// The page's data and helpers that all parts of the script share.
 //
 // Each photograph is an <article>: a picture, a plain list of its crops, and blocks of JSON with
 // everything else. This script reads them and shows them as a grid or one at a time. Texts from

@@ -4,7 +4,7 @@ async function copy(text, said) {
   try {
     await navigator.clipboard.writeText(text);
   } catch (error) {
-    // Older browsers, or one that does not trust a file.
+    // For older browsers and those that deny the clipboard to files.
     const field = make("textarea", { class: "skip", "aria-hidden": "true" });
     field.value = text;
     document.body.append(field);

@@ -9,7 +9,7 @@ function place(element, box, photo) {
   return element;
 }
 
-// A crop, drawn from the one picture of its photograph. No larger than that picture has pixels.
+// A crop drawn from its photograph's picture, never larger than the picture's own pixels.
 function drawnCrop(photo, crop, longSide) {
   const { picture } = photo;
   const scaleX = picture.naturalWidth / lineOf(photo).width;

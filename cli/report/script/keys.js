@@ -1,6 +1,6 @@
-// Keys.
+// Keyboard control.
 
-// Within a radio group the arrow keys go from one to the next, round the ends.
+// Within a radio group the arrow keys move from one button to the next and wrap around.
 function stepInGroup(group, event) {
   const step = { ArrowDown: 1, ArrowRight: 1, ArrowUp: -1, ArrowLeft: -1 }[event.key];
   const end = { Home: 0, End: group.children.length - 1 }[event.key];

@@ -1,4 +1,4 @@
-// Maps: a small grey picture each, coloured here.
+// Maps: each is a small grey picture that this script colours.
 
 const kMaps = {
   ContrastMap: ["Contrast", "What differs from the background seen along the borders."],
@@ -26,7 +26,7 @@ function glowTable() {
   return table;
 }
 
-// Read when a photograph is shown, since they are most of its data.
+// Read only when a photograph is shown, since maps are most of its data.
 function mapsOf(photo) {
   const block = photo.article.querySelector("script.maps");
   if (!photo.maps)

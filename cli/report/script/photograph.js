@@ -49,7 +49,7 @@ function showPhoto(index) {
   }));
   const { regions } = photo.data;
   byId("regions").replaceChildren(...regions.map((region) => {
-    // The name stands below the region, or inside where there is no room below.
+    // The name goes below the region, or inside if there is no room below.
     const isLow = region.y + region.height > 0.9 * line.height;
     const box = frame(photo, region, isLow ? "region low" : "region");
     box.append(make("span", {}, region.label));
@@ -154,7 +154,7 @@ function regionText(photo, crop) {
     .map(([kind, labels]) => kind + ": " + counted(labels).join(", ")).join(" · ");
 }
 
-// Every badge stands in a corner of its own frame; the first corner whose place is still free.
+// Puts every badge into the first corner of its frame that is still free.
 function placeBadges() {
   const badges = [...byId("frames").querySelectorAll(".badge")];
   if (badges.length === 0)
@@ -170,7 +170,7 @@ function placeBadges() {
     let [x, y, sides] = [[left, top, "at-left at-top"], [right, top, "at-right at-top"],
                          [left, bottom, "at-left at-bottom"], [right, bottom, "at-right at-bottom"]]
       .find(([cornerX, cornerY]) => isFree(cornerX, cornerY)) || [left, top, "at-left at-top"];
-    // With all four taken, the next free place along the top or, failing that, the left side.
+    // If all four are taken, the next free place along the top or, failing that, the left side.
     let shiftX = 0, shiftY = 0;
     while (!isFree(x + shiftX, y) && x + shiftX + size < right)
       shiftX += size + 1;
@@ -218,8 +218,7 @@ function showMode() {
   byId("alone").replaceChildren(...parts);
 }
 
-// Crops overlap: of those under the pointer the first one is taken, and with every further click
-// the next.
+// Crops overlap: a click takes the first crop under the pointer, every further click the next.
 function chooseAt(x, y) {
   const under = [];
   [...byId("frames").children].forEach((framed, rank) => {

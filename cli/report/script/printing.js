@@ -1,4 +1,4 @@
-// Paper gets the plain list, with the crops as pictures.
+// Prints the plain list, with the crops as pictures.
 
 function beforePrint() {
   photos.forEach((photo, index) => {

@@ -1,4 +1,4 @@
-// The page's own data, and the choice that an earlier visit left.
+// Reads the page's data and the choice saved by an earlier visit.
 
 const pathOf = (article) => article.dataset.file.split("/");
 
@@ -16,7 +16,7 @@ function readPage() {
   }
 }
 
-// The choice outlives a reload, for as long as the page holds the same crops.
+// The choice survives a reload as long as the page holds the same crops.
 function storageKey() {
   let hash = 0;
   for (const photo of photos)
@@ -36,7 +36,7 @@ function loadChoice() {
         if (photos[index]?.data && cropsOf(photos[index])[rank])
           photos[index].picked.add(rank);
   } catch (error) {
-    // A browser may refuse to keep anything for a file; the choice then lasts as long as the page.
+    // Browsers may deny storage to files; the choice then lasts until the page is closed.
   }
 }
 

@@ -1,4 +1,4 @@
-// Wires the page up once it is there.
+// Sets the page up once it has loaded.
 
 function listen() {
   byId("search").addEventListener("input", search);
