@@ -1,5 +1,5 @@
-// photo::Analysis. What it suggests comes as the plain objects of one line of
-// `vistatrim suggest --json`, without the name of the file.
+// photo::Analysis. Suggestions are returned as plain objects, as in one line of
+// `vistatrim suggest --json` without the file name.
 #include "bindings.h"
 
 #include <memory>

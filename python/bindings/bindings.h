@@ -1,5 +1,5 @@
-// The parts of the extension module `_vistatrim`. The package in python/vistatrim wraps them in
-// what people use; the module itself checks only what would be undefined behaviour.
+// The parts of the extension module `_vistatrim`. The package in python/vistatrim wraps them for
+// users; the module itself checks only what would be undefined behaviour.
 #ifndef VISTATRIM_PYTHON_BINDINGS_H
 #define VISTATRIM_PYTHON_BINDINGS_H
 

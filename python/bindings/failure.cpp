@@ -1,5 +1,5 @@
-// photo::PhotoError as the Python exception Failure(kind, text, text of the program). It carries
-// no file name; the package adds the name and chooses the exception that people see.
+// photo::PhotoError as the Python exception Failure(kind, text, text as the program shows it). It
+// has no file name; the package adds the name and chooses the exception that users see.
 #include "bindings.h"
 
 #include "vistaTrimPhoto/photo_error.h"
@@ -39,7 +39,7 @@ void BindFailure(py::module_& module)
     // Never freed, like the module itself.
     static PyObject* failure = PyErr_NewException("vistatrim._vistatrim.Failure", nullptr, nullptr);
     module.attr("Failure") = py::handle(failure);
-    // The type of the translator is pybind11's.
+    // pybind11 prescribes the parameter type.
     // NOLINTNEXTLINE(performance-unnecessary-value-param)
     py::register_exception_translator([](std::exception_ptr thrown) {
         try {

@@ -1,4 +1,4 @@
-// photo::Photograph: the three ways to make one, and what is cut from it. Every call into the
+// photo::Photograph: the three ways to make one, and its crops. Every call into the
 // library runs without the interpreter lock.
 #include "bindings.h"
 
@@ -28,7 +28,7 @@ using photo::Photograph;
 using Box = std::tuple<int32_t, int32_t, int32_t, int32_t>; // x, y, width, height
 using Size = std::optional<std::pair<int32_t, int32_t>>;
 
-// Frees what the picture library holds for a thread when the thread ends.
+// When a thread ends, frees what the picture library holds for it.
 void LeaveWithThread()
 {
     struct Leaver {

@@ -1,4 +1,4 @@
-// A photograph for Python, with what it is borrowed from.
+// A photograph for Python, with the object whose memory it borrows.
 #ifndef VISTATRIM_PYTHON_PHOTOGRAPH_H
 #define VISTATRIM_PYTHON_PHOTOGRAPH_H
 
@@ -12,8 +12,8 @@ namespace vistaTrim::python {
 
 struct BoundPhotograph {
     photo::Photograph Photo;
-    pybind11::object Array;                      // of pixels; else none
-    std::optional<pybind11::buffer_info> Buffer; // of an encoded file; holds the export
+    pybind11::object Array;                      // pixels, else None
+    std::optional<pybind11::buffer_info> Buffer; // an encoded file; keeps its buffer exported
 };
 
 } // namespace vistaTrim::python

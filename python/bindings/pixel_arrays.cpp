@@ -21,7 +21,7 @@ photo::PixelView ViewOfArray(const py::array& pixels)
     if (channels != 1 && channels != 3 && channels != 4)
         throw py::value_error("pixels must have 1, 3 or 4 channels");
 
-    // The stride of an axis of one element means nothing.
+    // The stride of an axis with one element is meaningless.
     const py::ssize_t packedRow = width * channels;
     const bool packedPixels = pixels.ndim() == 2 || channels == 1 || pixels.strides(2) == 1;
     const bool packedRows = width == 1 || pixels.strides(1) == channels;

@@ -1,4 +1,4 @@
-// Pixels between NumPy and the library, without a copy either way.
+// Passes pixels between NumPy and the library without a copy.
 #ifndef VISTATRIM_PYTHON_PIXEL_ARRAYS_H
 #define VISTATRIM_PYTHON_PIXEL_ARRAYS_H
 
@@ -11,8 +11,8 @@
 
 namespace vistaTrim::python {
 
-// The pixels of a uint8 array (h, w), (h, w, 1), (h, w, 3) or (h, w, 4) whose rows are packed; a
-// row may lie anywhere. Throws ValueError for any other array. Borrowed: keep the array.
+// The pixels of a uint8 array (h, w), (h, w, 1), (h, w, 3) or (h, w, 4) whose rows are packed;
+// any row stride works. Throws ValueError for any other array. Borrowed: keep the array.
 photo::PixelView ViewOfArray(const pybind11::array& pixels);
 
 // The array owns the values from now on.

@@ -1,5 +1,5 @@
-// Regions that were found: what an analysis takes them from, and a file of them. In Python a
-// region is a tuple (x, y, width, height, kind, confidence, label, wish), wish "none" for none.
+// Found regions: the options of an analysis, and files of regions. In Python a region is a tuple
+// (x, y, width, height, kind, confidence, label, wish), where wish can be "none".
 #include "bindings.h"
 
 #include <memory>

@@ -1,4 +1,4 @@
-// photo::Request with one property a field, as plain Python values.
+// photo::Request with one property per field, as plain Python values.
 #include "bindings.h"
 
 #include <map>
@@ -58,7 +58,7 @@ void SetWeights(Request& request, const std::vector<double>& weights)
 {
     if (weights.size() != photo::kNumWeighed)
         throw py::value_error("one weight for each weighed measure");
-    request.Ranking = photo::RankBy::Engine; // the one that weighs
+    request.Ranking = photo::RankBy::Engine; // the only ranking with weights
     for (size_t i = 0; i < weights.size(); ++i)
         request.Weights.*photo::kMeasures[i].Weight = weights[i];
 }
@@ -109,8 +109,8 @@ Pair RatioOfValue(double value)
     return {ratio.Width, ratio.Height};
 }
 
-// A table of shapes with a name; to Python a shape is (name, ratio in file names, width and height
-// of the ratio, size or None).
+// A table of named shapes; in Python a shape is (name, ratio in file names, width and height of the
+// ratio, size or None).
 using ShapeTuple = std::tuple<std::string, std::string, int64_t, int64_t,
                               std::optional<std::pair<int32_t, int32_t>>>;
 
@@ -154,7 +154,7 @@ py::list MeasureNames(size_t count)
 
 void BindRequest(py::module_& module)
 {
-    // Properties are written, never read back: the package's own table knows what was asked.
+    // Properties are written, never read back: the package's own table has the request.
     const py::cpp_function unread;
     py::class_<BoundRanking>(module, "Ranking").def(py::init(&ReadRanking));
     py::class_<Request>(module, "Request")

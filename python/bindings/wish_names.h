@@ -1,4 +1,4 @@
-// Kinds of wishes by their names.
+// Finds a kind of wish by name.
 #ifndef VISTATRIM_PYTHON_WISH_NAMES_H
 #define VISTATRIM_PYTHON_WISH_NAMES_H
 

@@ -16,7 +16,7 @@ _Size = Tuple[int, int]
 _Path = Union[str, os.PathLike[str]]
 _Colour = Union[str, Tuple[int, int, int]]
 _Weights = Union[Sequence[float], Mapping[str, float]]
-# A file of JSON lines, or what one line of it lists.
+# A file of JSON lines, or a list of regions as in one line of it.
 _Regions = Union[str, os.PathLike[str], Sequence[Mapping[str, Any]]]
 _Pixels = np.ndarray[Any, np.dtype[np.uint8]]
 

@@ -8,8 +8,8 @@ from typing import Any, Dict, Iterable, List, Mapping, Optional, Tuple
 from . import _vistatrim
 from ._pictures import crop_picture, data_uri
 
-# The name of a photograph, and the photograph without its analysis: a crop that is kept must
-# not keep forty megabytes of maps.
+# The name of a photograph, and the photograph without its analysis: keeping a crop must not keep
+# forty megabytes of maps alive.
 Origin = Tuple[str, _vistatrim.Photograph]
 
 
@@ -25,18 +25,18 @@ class Crop:
     covers_content: bool
     scores: Mapping[str, float] = field(hash=False)
     expected_overlap: Optional[float] = None
-    shape: Optional[str] = None  # "16x9" or "story", where each ratio or preset has its own crop
+    shape: Optional[str] = None  # "16x9" or "story", if each ratio or preset has its own crops
     fill: Optional[Tuple[int, int]] = None  # the size of the preset that the crop is for
     explanation: Optional[Mapping[str, Any]] = field(default=None, hash=False, repr=False)
     _origin: Optional[Origin] = field(default=None, compare=False, repr=False)
 
     @property
     def box(self) -> Tuple[int, int, int, int]:
-        """(left, top, right, bottom) as PIL's ``crop()`` takes it: right and bottom are outside."""
+        """(left, top, right, bottom) as PIL's ``crop()`` takes it: right and bottom are exclusive."""
         return self.x, self.y, self.x + self.width, self.y + self.height
 
     def __getstate__(self) -> Dict[str, Any]:
-        # The photograph stays here when a crop is pickled.
+        # A pickled crop leaves its photograph behind.
         return {**self.__dict__, "_origin": None}
 
     def _repr_png_(self) -> Optional[bytes]:
@@ -60,7 +60,7 @@ def crop_of(found: Mapping[str, Any], origin: Origin) -> Crop:
 
 class Crops(List[Crop]):
     """The crops of a photograph, best first. With ``explain=True``, ``explanation`` says how many
-    candidates there were and, in ``explanation["note"]``, why there are fewer crops than asked.
+    candidates there were and, in ``explanation["note"]``, why there are fewer crops than requested.
     ``regions`` holds the faces and other regions that were found."""
 
     def __init__(self, crops: Iterable[Crop] = (),

@@ -1,4 +1,4 @@
-"""The exceptions of this package, and how the library's failures become them."""
+"""The exceptions of this package, and the translation of the library's failures into them."""
 from __future__ import annotations
 
 from contextlib import contextmanager
@@ -6,15 +6,15 @@ from typing import Iterator
 
 from . import _vistatrim
 
-# Values that no photograph could meet, or that this one cannot.
+# The request is invalid, or does not fit this photograph.
 _WRONG_VALUES = ("invalid-request", "does-not-fit")
 
 
 class PhotoError(Exception):
     """A photograph that cannot be read, or a crop that cannot be written.
 
-    ``file`` names it, ``kind`` is one of ``unreadable``, ``unsupported``, ``damaged``,
-    ``not-writable`` and ``internal``, ``reason`` is one line without the name.
+    ``file`` is its name, ``kind`` is ``unreadable``, ``unsupported``, ``damaged``,
+    ``not-writable`` or ``internal``, and ``reason`` is one line without the name.
     """
 
     def __init__(self, file: str, kind: str, reason: str) -> None:

@@ -1,4 +1,4 @@
-"""A photograph and what can be asked of it."""
+"""A photograph and its operations."""
 from __future__ import annotations
 
 import os
@@ -42,13 +42,13 @@ def _size_of(size: object) -> Optional[Tuple[int, int]]:
 class Photo:
     """A photograph: a path, an encoded file as bytes, or pixels.
 
-    Pixels are a uint8 array of the shape (h, w), (h, w, 1), (h, w, 3) or (h, w, 4), upright, sRGB;
+    Pixels are an upright sRGB uint8 array of shape (h, w), (h, w, 1), (h, w, 3) or (h, w, 4);
     anything with ``__array_interface__`` will do. Arrays whose rows are packed are not copied:
-    do not change them, nor a bytearray, while the photograph is in use. Where a photograph is
-    transparent, ``background`` shows through.
+    do not change them, or a bytearray, while the photograph is in use. ``background`` shows
+    through where a photograph is transparent.
 
-    The first request analyses the photograph; the analysis is kept for all others that take faces
-    and regions from the same place. The methods may be called from several threads.
+    The first request analyses the photograph; later requests with the same options for faces and
+    regions reuse the analysis. The methods may be called from several threads.
     """
 
     def __init__(self, source: object, *, background: object = "white") -> None:
@@ -97,9 +97,9 @@ class Photo:
     def save(self, crop: Region, path: Union[str, "os.PathLike[str]"], *,
              size: Optional[Tuple[int, int]] = None, format: Optional[str] = None,
              quality: Optional[int] = None, strip: bool = False) -> None:
-        """Writes a crop. The ending of ``path`` gives the format, unless ``format`` does. Depth,
-        colour profile and metadata stay as far as the format holds them; ``strip`` leaves the
-        metadata out. An existing file is replaced."""
+        """Writes a crop. The extension of ``path`` sets the format, unless ``format`` does. Depth,
+        colour profile and metadata are kept as far as the format can hold them; ``strip`` leaves
+        the metadata out. An existing file is replaced."""
         if not isinstance(path, (str, os.PathLike)):
             raise wrong_type("path", "the name of a file", path)
         name = os.fsdecode(path)
@@ -112,8 +112,8 @@ class Photo:
     def encode(self, crop: Region, *, size: Optional[Tuple[int, int]] = None,
                format: Optional[str] = None, quality: Optional[int] = None,
                strip: bool = False) -> bytes:
-        """The file that ``save`` would write, as bytes. Without ``format``: that of the photograph,
-        or PNG where crops cannot be written in it."""
+        """The file that ``save`` would write, as bytes. Without ``format`` it is the photograph's
+        format, or PNG if crops cannot be written in that."""
         ending = self._source.native_ending if format is None else format
         box = self._inside(crop)
         arguments = self._file_arguments(size, ending, quality, strip)
@@ -136,7 +136,7 @@ class Photo:
         return photo_picture(self.name, self._source)
 
     def _ask(self, options: Mapping[str, object]) -> Dict[str, Any]:
-        """The objects of the program's JSON, without the name of the file."""
+        """The object that the program writes as JSON, without the file name."""
         checked = _options.checked(options)
         requests = _options.requests_of(checked)
         use = _options.use_of(checked, self.name)
@@ -145,7 +145,7 @@ class Photo:
             return _options.suggest(self._analysed(use), requests)
 
     def _analysed(self, use: Optional[_options.Use]) -> _vistatrim.Analysis:
-        """The analysis for this use of faces and regions; without one, whichever there is."""
+        """The analysis for this use of faces and regions; for None, any that exists."""
         with self._gate:
             if self._analysis is None or use not in (None, self._use):
                 self._use = use or self._use
@@ -175,5 +175,5 @@ def _rebuilt(source: object, background: object) -> Photo:
 
 
 def suggest(source: object, *, background: object = "white", **options: Any) -> Crops:
-    """The best crops of a photograph, for a single request."""
+    """The best crops of a photograph, if it takes only one request."""
     return Photo(source, background=background).suggest(**options)

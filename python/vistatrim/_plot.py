@@ -1,4 +1,4 @@
-"""Crops drawn over their photograph with matplotlib, if it is installed."""
+"""Draws crops over their photograph with matplotlib, if it is installed."""
 from __future__ import annotations
 
 from typing import Any, Iterable, Optional, Union
@@ -10,8 +10,8 @@ _COLOURS = ("#ffb000", "#648fff", "#dc267f", "#785ef0", "#fe6100")
 
 
 def plot(photo: Photo, crops: Union[Crop, Iterable[Crop]], *, ax: Optional[Any] = None) -> Any:
-    """Draws the photograph and a numbered frame for each crop, best first. Returns the axes.
-    Coordinates of the axes are pixels of the photograph."""
+    """Draws the photograph and a numbered frame for each crop, best first. Returns the axes,
+    whose coordinates are pixels of the photograph."""
     try:
         from matplotlib import pyplot
         from matplotlib.patches import Rectangle

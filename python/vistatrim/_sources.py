@@ -9,8 +9,8 @@ import numpy as np
 from . import _vistatrim
 from ._errors import named, wrong_type
 
-# Pixels of these modes are what their bytes say. The bytes of others (a palette's numbers, CMYK)
-# would be taken for colours that they are not.
+# Modes whose bytes are grey, RGB or RGBA. Bytes of other modes (palette indices, CMYK) would be
+# mistaken for such colours.
 _PIL_MODES = ("L", "RGB", "RGBA")
 
 
@@ -41,7 +41,7 @@ def _array(source: Any) -> np.ndarray[Any, np.dtype[np.uint8]]:
 
 
 def _has_packed_rows(pixels: np.ndarray[Any, np.dtype[np.uint8]]) -> bool:
-    """Whether the library can read the array where it is: packed rows, which may lie anywhere."""
+    """True if the library can read the array in place: each row is packed, at any row stride."""
     row = pixels[:1]
     height = pixels.shape[0]
     return bool(row.flags.c_contiguous

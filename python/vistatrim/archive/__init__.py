@@ -1,4 +1,4 @@
-"""Crops for archives of photographs, on one machine or a cluster of Dask's.
+"""Crops for archives of photographs, on one machine or a Dask cluster.
 
     from vistatrim import archive
     archive.suggest(["photographs/"], output="crops", aspect="4:5")
@@ -25,17 +25,17 @@ def suggest(photographs: Any, *, output: str, client: Any = None, recursive: boo
     """Writes the best crops of many photographs as files of JSON lines.
 
     photographs      names of files or folders, URLs that fsspec reads, or a Dask bag of them
-    output           folder or URL; a standing output is completed
-    client           a distributed.Client; without one, a cluster of this machine is started
-    partition_size   photographs a partition; by default up to 500
-    tries            how often a photograph is tried whose worker dies or runs out of memory
-    workers          processes of the local cluster; by default one a processor
-    memory_limit     of each of them: "2GB", bytes, or "auto" for its share of the memory
+    output           folder or URL; an existing output is completed
+    client           a distributed.Client; without one, a local cluster is started
+    partition_size   photographs per partition; by default up to 500
+    tries            how often to try a photograph whose worker dies or runs out of memory
+    workers          processes of the local cluster; by default one per processor
+    memory_limit     of each process: "2GB", bytes, or "auto" for its share of the memory
     storage_options  what fsspec needs to reach photographs and output
     progress         called with a Progress after each partition
     options          those of vistatrim.suggest()
 
-    A photograph that fails has a line with `error`. Raises ArchiveError if the run cannot go on,
+    A photograph that fails gets a line with `error`. Raises ArchiveError if the run cannot go on,
     or if the output was written with other options.
     """
     return run(photographs, output=output, client=client, recursive=recursive,

@@ -17,33 +17,33 @@ from . import suggest
 def _parser() -> argparse.ArgumentParser:
     parser = argparse.ArgumentParser(
         prog="python3 -m vistatrim.archive",
-        description="Writes the best crops of many photographs as files of JSON lines. Started "
-                    "again, it does what is missing.")
+        description="Writes the best crops of many photographs as files of JSON lines. Run it "
+                    "again to complete an unfinished output.")
     parser.add_argument("photographs", nargs="*", metavar="PHOTO",
                         help="a photograph, a folder, a URL that fsspec reads (a folder there ends "
                              "in a slash), or - for a list on standard input")
     parser.add_argument("--output", "-o", required=True, metavar="DIR", help="folder or URL")
     parser.add_argument("--recursive", "-r", action="store_true",
-                        help="go into the folders of a folder")
+                        help="include subfolders")
     parser.add_argument("--files-from", action="append", default=[], metavar="FILE",
-                        help="a list of photographs, a name a line; - is standard input")
+                        help="a list of photographs, one name per line; - is standard input")
     parser.add_argument("--null", "-0", action="store_true",
-                        help="names of a list end in a null byte, not in a line feed")
+                        help="names in lists end in a null byte, not in a line feed")
     parser.add_argument("--background", default="white", metavar="COLOUR",
                         help="#rrggbb, #rgb or a name: the colour behind transparent areas (white)")
     running = parser.add_argument_group("running")
     running.add_argument("--scheduler", metavar="ADDRESS",
-                         help="such as tcp://10.0.0.1:8786; without it, a cluster of this machine")
+                         help="such as tcp://10.0.0.1:8786; without it, a local cluster")
     running.add_argument("--timeout", type=float, default=10.0, metavar="SECONDS",
-                         help="to wait for the scheduler (10)")
+                         help="how long to wait for the scheduler (10)")
     running.add_argument("--jobs", "-j", type=int, metavar="N",
-                         help="processes of the local cluster (one a processor)")
+                         help="processes of the local cluster (one per processor)")
     running.add_argument("--memory-limit", default="auto", metavar="SIZE",
-                         help="of a process of the local cluster, such as 2GB (its share)")
+                         help="memory per process of the local cluster, such as 2GB (its share)")
     running.add_argument("--partition-size", type=int, metavar="N",
-                         help="photographs a partition (up to 500)")
+                         help="photographs per partition (up to 500)")
     running.add_argument("--tries", type=int, default=2, metavar="N",
-                         help="for a photograph whose worker dies or runs out of memory (2)")
+                         help="tries of a photograph whose worker dies or runs out of memory (2)")
     running.add_argument("--quiet", "-q", action="store_true", help="no progress")
     parser.add_argument("--version", "-V", action="version",
                         version=f"vistatrim {_vistatrim.VERSION}")
@@ -59,7 +59,7 @@ def _parser() -> argparse.ArgumentParser:
 
 
 def _asked(arguments: argparse.Namespace) -> Dict[str, Any]:
-    """The options that were given, from text to values. Raises ValueError and names the option."""
+    """The values of the given options. Raises a ValueError that names the option."""
     given: Dict[str, Any] = {}
     for option in _options.OPTIONS:
         texts = getattr(arguments, option.name)
@@ -84,8 +84,7 @@ def _asked(arguments: argparse.Namespace) -> Dict[str, Any]:
 
 
 def _listed(name: str, null: bool) -> List[str]:
-    """The names of a list. Lists from other systems may begin with a byte-order mark and end their
-    lines in a carriage return too."""
+    """The names in a list, which may begin with a byte-order mark and have CRLF line ends."""
     if name == "-":
         content = sys.stdin.buffer.read()
     else:

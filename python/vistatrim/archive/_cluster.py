@@ -1,4 +1,4 @@
-"""Where the work is done: a scheduler that is there, or a cluster of this machine."""
+"""Where the work is done: on an existing cluster or a local one."""
 from __future__ import annotations
 
 import os
@@ -7,12 +7,12 @@ from typing import Any, Iterator, Union
 
 from ._manifest import ArchiveError
 
-# glibc would give the blocks of each analysis back to the system and fetch them again page by
-# page for the next one.
+# Otherwise glibc returns the blocks of each analysis to the system, and the next analysis faults
+# them in again page by page.
 _KEEP_FREED_MEMORY = {"MALLOC_TRIM_THRESHOLD_": str(512 << 20),
                       "MALLOC_MMAP_THRESHOLD_": str(32 << 20)}
 
-MemoryLimit = Union[str, int, None]  # of a process: "2GB", bytes, "auto" for its share, or none
+MemoryLimit = Union[str, int, None]  # per process: "2GB", bytes, "auto" for its share, or None for no limit
 
 
 def processors() -> int:
@@ -36,7 +36,7 @@ def connected(address: str, timeout: float) -> Iterator[Any]:
 
 @contextmanager
 def local_cluster(workers: int, memory_limit: MemoryLimit) -> Iterator[Any]:
-    """A client of a cluster of this machine, on loopback: processes with one thread each."""
+    """A client of a local cluster on loopback: processes with one thread each."""
     import dask
     import distributed
 

@@ -1,4 +1,4 @@
-"""From what people name to a list of photographs."""
+"""Expands names, folders and URLs to a list of photographs."""
 from __future__ import annotations
 
 import functools
@@ -17,7 +17,7 @@ def is_url(name: str) -> bool:
 
 
 def key_of(name: str) -> str:
-    """The same for all spellings of a name: 'a.jpg', './a.jpg', 'file:///folder/a.jpg'."""
+    """A key that is the same for all spellings of a name: 'a.jpg', './a.jpg', 'file:///folder/a.jpg'."""
     if not is_url(name):
         return os.path.abspath(name)
     protocol, _ = fsspec.core.split_protocol(name)
@@ -31,8 +31,8 @@ def _endings() -> FrozenSet[str]:
 
 
 def _is_listed(name: str) -> bool:
-    """Whether a file of a remote folder counts as a photograph: by its ending alone, since a look
-    at its content would take a request."""
+    """True if a file in a remote folder counts as a photograph, judged by its ending alone: reading
+    its content would take a request."""
     return not name.startswith(".") and os.path.splitext(name)[1].lower() in _endings()
 
 
@@ -42,10 +42,10 @@ def _walk(folder: str, recursive: bool) -> Iterator[str]:
         if name.startswith("."):
             continue
         if os.path.isdir(path):
-            # Links to folders are not followed: they may lead round in a circle.
+            # Links to folders are not followed: they may form a cycle.
             if recursive and not os.path.islink(path):
                 yield from _walk(path, recursive)
-        elif _vistatrim.is_photograph_file(os.fsencode(path)):  # as `vistatrim` takes them
+        elif _vistatrim.is_photograph_file(os.fsencode(path)):  # as `vistatrim` does
             yield path
 
 
@@ -59,8 +59,8 @@ def _walk_url(url: str, recursive: bool, storage_options: Mapping[str, Any]) -> 
 
 
 def _expand(name: str, recursive: bool, storage_options: Mapping[str, Any]) -> Iterator[str]:
-    """The photographs of a folder, or the name itself. To ask a bucket about each name would take
-    a request a photograph, so a folder there is what ends in a slash."""
+    """The photographs of a folder, or the name itself. A URL is a folder if it ends in a slash:
+    querying the storage about each name would take one request per photograph."""
     if is_url(name):
         if name.endswith("/"):
             yield from _walk_url(name, recursive, storage_options)

@@ -1,9 +1,9 @@
-"""What the output holds: which photographs, in which partitions, with which options.
+"""The files of the output: which photographs, in which partitions, with which options.
 
 manifest.json           options, version, counts, times
-photographs-0000.jsonl  the photographs of the first start, one JSON text a line; later starts
+photographs-0000.jsonl  the photographs of the first run, one JSON string per line; later runs
                         that name more photographs add photographs-0001.jsonl and so on
-part-000000.jsonl       a finished partition: one line a photograph, as the program writes them
+part-000000.jsonl       a finished partition: one line per photograph, as the program writes them
 """
 from __future__ import annotations
 
@@ -23,7 +23,7 @@ _PARTITION = re.compile(r"part-(\d{6,})\.jsonl")
 
 
 class ArchiveError(Exception):
-    """A run that cannot start or go on. What was finished stays, and a new start does the rest."""
+    """A run that cannot start or continue. Finished work stays, and a new run does the rest."""
 
 
 @dataclass
@@ -43,7 +43,7 @@ def partition_name(index: int) -> str:
 
 
 def counts_of(content: bytes) -> Counts:
-    """Of the lines of a finished partition."""
+    """Counts the lines of a finished partition."""
     counts = Counts()
     for line in content.splitlines():
         found = json.loads(line)
@@ -52,7 +52,7 @@ def counts_of(content: bytes) -> Counts:
 
 
 def ranges_text(numbers: Iterable[int]) -> str:
-    """'0-57,60': millions of finished partitions stay a short text."""
+    """'0-57,60', which stays short for millions of finished partitions."""
     runs: List[List[int]] = []
     for number in sorted(numbers):
         if runs and number == runs[-1][1] + 1:
@@ -132,8 +132,7 @@ class Manifest:
         self.photographs += photographs
 
     def count_finished(self) -> None:
-        """Finds the partitions in the output, and reads those that the manifest had not
-        counted yet."""
+        """Finds the partitions in the output, and reads those not counted yet."""
         matches = (_PARTITION.fullmatch(name) for name in self.store.names())
         standing = {int(match[1]) for match in matches if match}
         if self.counted - standing:  # files were removed
@@ -153,8 +152,8 @@ def _differences(old: Mapping[str, Any], new: Mapping[str, Any]) -> str:
 
 def open_manifest(store: Store, options: Mapping[str, Any], photographs: List[str],
                   duplicates: int, partition_size: int) -> Manifest:
-    """The manifest of a new output, or the standing one with what is new among the photographs.
-    Photographs of earlier starts stay part of the archive."""
+    """The manifest of a new output, or the existing one with new photographs added. Photographs of
+    earlier runs stay part of the archive."""
     standing = store.read_json(_MANIFEST)
     if standing is None:
         if any(not name.startswith(".") and not name.startswith("photographs-")
@@ -181,7 +180,7 @@ def _read(store: Store, standing: Mapping[str, Any], options: Mapping[str, Any])
     if standing["version"] != _vistatrim.VERSION:
         raise ArchiveError(f"the output was written by version {standing['version']}, and this is "
                            f"{_vistatrim.VERSION}: choose another folder")
-    # As JSON holds them.
+    # Compare as JSON: it turns tuples into lists.
     differences = _differences(standing["options"], json.loads(json.dumps(options)))
     if differences:
         raise ArchiveError(f"the output was written with other options: {differences}")

@@ -1,4 +1,4 @@
-"""How far a run is."""
+"""The progress of a run."""
 from __future__ import annotations
 
 import sys
@@ -9,11 +9,11 @@ from typing import Callable, TextIO
 
 @dataclass(frozen=True)
 class Progress:
-    done: int  # photographs of the archive that have their line
+    done: int  # photographs of the archive that have a line
     total: int
     failed: int
-    per_second: float  # photographs of this run; 0 before the first partition is finished
-    remaining_seconds: float  # 0 while the rate is not known
+    per_second: float  # in this run; 0 until the first partition is finished
+    remaining_seconds: float  # 0 until the rate is known
 
     def __str__(self) -> str:
         text = f"{self.done:,} of {self.total:,} photographs"
@@ -41,8 +41,8 @@ def duration_text(seconds: float) -> str:
 
 
 class Printer:
-    """Writes the progress to a stream: one line that is renewed on a terminal, else a line every
-    half minute."""
+    """Writes the progress to a stream: on a terminal one line that is updated, else a line every half
+    minute."""
 
     def __init__(self, stream: TextIO = sys.stderr) -> None:
         self._stream = stream

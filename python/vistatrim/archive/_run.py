@@ -18,9 +18,9 @@ from ._progress import Listener, Progress
 from ._storage import UNFINISHED, Store
 from ._work import NOTE, Job, run_partition
 
-_LARGEST_PARTITION = 500  # about a minute of work: little to lose, little to coordinate
-_PARTITIONS_A_THREAD = 8  # of a small archive, so that all threads end at about the same time
-_SENT_A_THREAD = 3        # a worker that has finished one must find the next one waiting
+_LARGEST_PARTITION = 500  # about a minute of work: little to lose, little overhead
+_PARTITIONS_A_THREAD = 8  # for small archives, so that all threads finish at about the same time
+_SENT_A_THREAD = 3        # a worker that finishes one must find the next one waiting
 _MANIFEST_SECONDS = 5.0
 
 _GONE = "the scheduler is gone; a new start does what is missing"
@@ -35,8 +35,8 @@ class Summary:
     crops: int
     partitions: int
     duplicates: int
-    added: int  # photographs of this run
-    seconds: float  # of this run
+    added: int  # photographs processed in this run
+    seconds: float  # duration of this run
 
     def __str__(self) -> str:
         text = (f"{self.photographs:,} photographs, {self.failed:,} failed, {self.crops:,} crops "
@@ -54,7 +54,7 @@ def _threads(client: Any) -> int:
 
 
 def _regions_file(path: _options.Plain) -> Tuple[_vistatrim.RegionsFile, str]:
-    """The file, and what the manifest says of it: its content, because people move files."""
+    """The file, and a hash of its content for the manifest, because people move files."""
     if not isinstance(path, str):
         raise TypeError("regions must be the name of a file: a list is of one photograph")
     try:
@@ -88,7 +88,7 @@ def run(names: Any, *, output: str, client: Any, recursive: bool, background: ob
         regions, recorded["regions"] = _regions_file(checked.pop("regions"))
     ranking = None
     if "ranking" in checked:
-        _options.requests_of(checked)  # rejects a file that is not one
+        _options.requests_of(checked)  # rejects a file that is no ranking
         ranking, recorded["ranking"] = _content(str(checked["ranking"]))
     photographs, duplicates = list_photographs(names, client, recursive, storage_options)
     if regions and photographs and not any(regions.names(os.fsencode(path))
@@ -156,8 +156,8 @@ class _Run:
                 sent.future.release()
 
     def _work(self) -> None:
-        # The partitions are a generator, and a few are under way at a time: the scheduler never
-        # hears of the others.
+        # The partitions come from a generator and only a few are in flight at a time, so the
+        # scheduler never holds the whole list.
         waiting = self._manifest.missing()
         left = True
         self._tell()
@@ -172,14 +172,14 @@ class _Run:
                 time.sleep(0.02)
 
     def _threads(self) -> int:
-        """Workers come and go; to ask the scheduler takes a round trip."""
+        """Workers come and go, and asking the scheduler takes a round trip, so the count is cached."""
         if time.monotonic() - self._asked > _MANIFEST_SECONDS:
             self._known_threads = max(1, _threads(self._client))
             self._asked = time.monotonic()
         return self._known_threads
 
     def _send(self, index: int, photographs: List[str]) -> None:
-        # The file need not be where the workers are.
+        # Sent along, since workers may not have the file.
         regions = {} if self._regions is None else {
             path: found for path in photographs
             if (found := self._regions.regions_of(os.fsencode(path)))}
@@ -190,7 +190,7 @@ class _Run:
     def _take_finished(self) -> bool:
         if self._client.status in ("closed", "closing"):
             raise ArchiveError(_GONE)
-        if self._client.status != "running":  # it tries to reach the scheduler again
+        if self._client.status != "running":  # it is trying to reconnect
             return False
         ended = [index for index, sent in self._sent.items() if sent.future.status != "pending"]
         for index in ended:
@@ -198,7 +198,7 @@ class _Run:
             if sent.future.status == "finished":
                 try:
                     counts = sent.future.result()
-                except CancelledError:  # the scheduler went away before the result arrived
+                except CancelledError:  # the scheduler disappeared before the result arrived
                     self._sent[index] = sent
                     return False
                 self._count(index, counts)
@@ -214,14 +214,14 @@ class _Run:
     def _count(self, index: int, counts: Counts) -> None:
         if index in self._manifest.counted:
             return
-        if counts.photographs == 0:  # a worker of an earlier run had finished it in the meantime
+        if counts.photographs == 0:  # a worker of an earlier run has finished it in the meantime
             self._manifest.count_finished()
             return
         self._manifest.counted.add(index)
         self._manifest.counts.add(counts)
 
     def _send_again(self, index: int, sent: _Sent) -> None:
-        """After a failure: a cancelled task, workers that died, an output that cannot be written."""
+        """Retries after a cancelled task, a dead worker or an output that cannot be written."""
         error = _error_of(sent.future)
         if isinstance(error, (ArchiveError, ImportError)):
             raise ArchiveError(f"a worker cannot do its work: {error}") from error
@@ -243,7 +243,7 @@ class _Run:
 
 
 def _error_of(future: Any) -> BaseException:
-    """Why a task has no result. That of a lost or cancelled task is only its state."""
+    """Why a task has no result. A lost or cancelled task has only its state."""
     if future.status == "error":
         error = future.exception()
         if isinstance(error, BaseException):

@@ -1,4 +1,4 @@
-"""The output folder, on any storage that fsspec reaches."""
+"""The output folder, on any storage that fsspec supports."""
 from __future__ import annotations
 
 import json
@@ -47,8 +47,8 @@ class Store:
         return found if isinstance(found, dict) else None
 
     def write(self, name: str, content: bytes) -> None:
-        """To a temporary name, then renamed. Where renaming is copying, as on object storage, the
-        copy appears at once."""
+        """Writes to a temporary name, then renames. Object storage renames by copying, and the copy
+        appears at once."""
         unfinished = self._path(f".{name}.{uuid.uuid4().hex}{UNFINISHED}")
         if self._is_local:
             with open(unfinished, "wb") as file:
@@ -70,7 +70,7 @@ class Store:
             pass
 
     def remove_hidden(self, *endings: str) -> None:
-        """Files that workers use among themselves. Those that ended in the middle leave some."""
+        """Removes hidden files with these endings, which workers that died may have left."""
         for name in self.names():
             if name.startswith(".") and name.endswith(endings):
                 self.remove(name)

@@ -1,4 +1,4 @@
-"""What a worker does with a partition. It needs nothing of Dask."""
+"""The work on one partition. It does not need Dask."""
 from __future__ import annotations
 
 import json
@@ -18,33 +18,33 @@ from ._inputs import is_url
 from ._manifest import ArchiveError, Counts, partition_name
 from ._storage import Store
 
-NOTE = ".trying"  # the ending of the notes about tries
+NOTE = ".trying"  # ending of the files that record tries
 _READ_AHEAD = 4  # photographs
 
-# A name, for a file that the library opens itself; an encoded file; or why there is none.
+# The name of a file that the library opens itself, the bytes of a file, or why it cannot be read.
 Content = Union[str, bytes, Exception]
 
 
 @dataclass(frozen=True)
 class Job:
-    """What all partitions of a run share."""
+    """Data that all partitions of a run share."""
 
     output: str
     version: str
     options: Mapping[str, Any]  # checked
     background: List[float]
     tries: int
-    ranking: Optional[bytes]  # the file of the option: it need not be where the workers are
+    ranking: Optional[bytes]  # content of the file, which workers may not have
     storage_options: Mapping[str, Any]
 
 
-# Of each photograph of a partition that has some.
+# By photograph, for the photographs of a partition that have some.
 Regions = Mapping[str, List[Tuple[Any, ...]]]
 
 
 def run_partition(job: Job, index: int, photographs: List[str], regions: Regions) -> Counts:
-    """Writes the partition's file, unless it is there already. Whoever is told to do a partition
-    that another one is still at writes the same lines to the same name."""
+    """Writes the partition's file, unless it exists already. If two workers process one partition,
+    both write the same lines to the same name."""
     if job.version != _vistatrim.VERSION:
         raise ArchiveError(f"a worker has version {_vistatrim.VERSION} of vistatrim, and the run "
                            f"was started by {job.version}")
@@ -72,7 +72,7 @@ def run_partition(job: Job, index: int, photographs: List[str], regions: Regions
 
 @contextmanager
 def _with_ranking(job: Job) -> Iterator[Mapping[str, Any]]:
-    """The options, with a file of the ranking that this worker can read."""
+    """The options, with the ranking in a file on this worker."""
     if job.ranking is None:
         yield job.options
         return
@@ -86,9 +86,9 @@ class _Tries:
     """Finds the photograph that kills the workers that try it.
 
     The first try of a partition leaves a note that it began. A worker that finds such a note
-    takes the place of one that died, and notes each photograph before it starts on it; so the
-    next one knows where this one died. That is one small write for an ordinary partition, and
-    one for each photograph of a partition whose worker died.
+    replaces one that died, and records each photograph before it starts on it, so that the next
+    worker knows where this one died. This costs one small write for an ordinary partition, and
+    one per photograph for a partition whose worker died.
     """
 
     def __init__(self, store: Store, index: int, most: int) -> None:
@@ -129,7 +129,7 @@ class _Tries:
 
 def _line(content: Content, requests: List[_options.Asked], regions: _vistatrim.RegionOptions,
           job: Job) -> Dict[str, Any]:
-    """The objects of the program's JSON, without the name."""
+    """The object that the program writes as JSON, without the file name."""
     if isinstance(content, Exception):
         return {"error": f"cannot be read: {content or type(content).__name__}".replace("\n", " ")}
     if not content:
@@ -153,14 +153,14 @@ def _line(content: Content, requests: List[_options.Asked], regions: _vistatrim.
 
 
 def _text(path: str, line: Mapping[str, Any]) -> str:
-    # As the program: what is not UTF-8 in a name is replaced.
+    # Like the program, replaces bytes that are not UTF-8.
     name = os.fsencode(path).decode("utf-8", "replace")
     return json.dumps({"file": name, **line}, ensure_ascii=False, separators=(",", ":")) + "\n"
 
 
 def _read_ahead(photographs: List[str], job: Job) -> Iterator[Tuple[str, Callable[[], Content]]]:
-    """The photographs with what reads them. While one is analysed, the next ones are fetched, so
-    that a slow storage costs waiting only where it is slower than the analysis."""
+    """The photographs, each with a function that returns its content. The next ones are fetched
+    during an analysis, so storage causes waiting only where it is slower than the analysis."""
     with ThreadPoolExecutor(_READ_AHEAD) as pool:
         ahead: Deque["Future[Content]"] = deque()
         fetched = 0
@@ -195,7 +195,7 @@ def _announce(path: str) -> None:
     try:
         file = os.open(path, os.O_RDONLY | os.O_NONBLOCK)
     except OSError:
-        return  # the library says what is wrong
+        return  # the library will report the error
     try:
         os.posix_fadvise(file, 0, 0, os.POSIX_FADV_WILLNEED)
     except OSError:
