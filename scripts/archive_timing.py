@@ -1,14 +1,14 @@
 #!/usr/bin/env python3
-"""Photographs a second of the archive engine beside those of the program, on this machine.
+"""Compares the photographs per second of the archive engine and the program on this machine.
 
 usage: archive_timing.py VISTATRIM [COUNT [ROUNDS]]
 
 Needs vistatrim on PYTHONPATH. Takes COUNT (60) copies of the photographs of the Debian package
 lomiri-wallpapers-16.04. In each of ROUNDS (3) rounds the program runs with one and two jobs and
-the engine with one and two workers, one after the other, so that what else the machine does meets
-all of them. Prints medians of the whole command, of its start (a run over one photograph), and the
-photographs a second between, on the clock and per second of processor time, which a busy machine
-stretches less; then what a partition costs the engine, and bytes a photograph.
+the engine with one and two workers, one after the other, so that other load on the machine affects
+all of them. Prints medians of the whole command, of its start (a run over one photograph), and of the
+photographs per second without the start, in wall time and in processor time, which other load affects
+less; then the overhead of a partition, and bytes per photograph.
 """
 import glob
 import resource
@@ -31,7 +31,7 @@ def processor_seconds():
 
 
 def seconds(*command):
-    """On the clock, and of processors."""
+    """Wall time and processor time."""
     began, used = time.perf_counter(), processor_seconds()
     subprocess.run([str(word) for word in command], check=True, stdout=subprocess.DEVNULL,
                    stderr=subprocess.DEVNULL)
@@ -39,7 +39,7 @@ def seconds(*command):
 
 
 def commands(program, jobs, output):
-    """The program and the engine with this many processes of work."""
+    """The program and the engine, each with this many worker processes."""
     return {
         f"vistatrim suggest -j {jobs}": [program, "suggest", "--json", "-j", jobs],
         f"archive, {jobs} worker{'s' if jobs > 1 else ''}": [
@@ -48,8 +48,8 @@ def commands(program, jobs, output):
 
 
 def engine_alone(folder):
-    """Seconds of a run of 1,000 partitions that do nothing, and bytes that the client holds for
-    each photograph."""
+    """Seconds for a run of 1,000 empty partitions, and bytes that the client holds per
+    photograph."""
     import distributed
 
     names = (f"/archive/of/photographs/{number:09d}.jpg" for number in range(500_000))
@@ -94,7 +94,7 @@ def main():
                   f"{(count - 1) / (used - used_one):5.1f} photographs per processor-second")
         lines = sum(path.stat().st_size for path in (folder / "out").glob("part-*.jsonl"))
         read = sum(path.stat().st_size for path in (folder / "in").iterdir())
-        print(f"read {read / count / 1e6:.2f} MB a photograph, written {lines / count / 1e3:.2f} kB")
+        print(f"read {read / count / 1e6:.2f} MB per photograph, written {lines / count / 1e3:.2f} kB")
         spent, held = engine_alone(folder)
         print(f"engine: 1,000 empty partitions of 500 in {spent:.1f} s, {spent:.2f} ms each; the "
               f"client holds {held:.0f} bytes a photograph")

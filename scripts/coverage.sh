@@ -1,15 +1,15 @@
 #!/usr/bin/env bash
 # Measures how much of the sources the tests run: builds the coverage preset, runs the tests and
-# reads the counts with lcov. Prints what was never run and the totals; fails below 95 % of the
+# reads the counts with lcov. Prints the code that never ran and the totals; fails below 95 % of the
 # lines or, for the engine, 85 % of the branches. docs/coverage.md lists what remains, and why.
 #
 # usage: scripts/coverage.sh [--again] [engine|program]
 #   --again   only read the counts of the last run
-#   engine    src/, run by every test but those of the program (default)
+#   engine    src/, run by every test except those of the program (default)
 #   program   photo/ and cli/, run by tests/photo and tests/cli
 #
-# A call that might throw is a branch to the compiler. Those count only in the last line: nobody
-# can make each of them throw, and a total with them says nothing about the tests.
+# To the compiler, every call that might throw is a branch. Those count only in the last line: nobody
+# can make each of them throw, so a total that includes them says nothing about the tests.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 
@@ -31,7 +31,7 @@ case ${1:-engine} in
     program)
         build=build/coverage_program
         folders=(photo cli)
-        least_branches=0 # the branches of what the libraries inline are not ours
+        least_branches=0 # branches of code inlined from libraries are not ours
         settings=(-DVISTATRIM_BUILD_PROGRAM=ON)
         targets=(tests/photo/all tests/cli/all)
         tests=(tests/photo tests/cli)
@@ -47,8 +47,8 @@ if [ "$again" = no ]; then
     cmake --preset coverage -B "$build" -DVISTATRIM_WARNINGS_AS_ERRORS=ON "${settings[@]}" >/dev/null
     cmake --build "$build" --target "${targets[@]}"
     lcov --quiet --zerocounters --directory "$build"
-    # One test runs the program as nobody, who may not write the counts; the complaint about that
-    # would stand among the messages that the test reads. The browser runs scripts, not C++.
+    # One test runs the program as nobody, who may not write the counts; the warning about that would
+    # mix with the messages that the test reads. The browser runs scripts, not C++.
     export GCOV_ERROR_FILE=/dev/null
     for folder in "${tests[@]}"; do
         ctest --test-dir "$build/$folder" --output-on-failure --parallel "$(nproc)" --timeout 1200 \
@@ -56,7 +56,7 @@ if [ "$again" = no ]; then
     done
 fi
 
-# capture FILE: the counts of the folders alone.
+# capture FILE: only the counts of the folders.
 capture() {
     local file=$1
     lcov --quiet --rc lcov_branch_coverage=1 --capture "${folders[@]/#/--directory=$build/}" \
@@ -70,7 +70,7 @@ for folder in "${folders[@]}"; do
 done
 capture "$build/with_throws.info"
 
-# lcov 1.16 has a setting for this, which does nothing to the counts of gcov 12.
+# lcov 1.16 has a setting for this, which has no effect on the counts of gcov 12.
 python3 - "$build" "${folders[@]}" <<'PYTHON'
 import glob, json, subprocess, sys
 
@@ -102,7 +102,7 @@ with open(build + "/with_throws.info") as source, open(build + "/coverage.info",
         target.write(text)
 PYTHON
 
-# A branch is never taken if its count is 0, or "-" where even its line was never run.
+# A branch was never taken if its count is 0, or "-" if even its line never ran.
 awk -v root="$PWD/" -F '[:,]' '
     $1 == "SF" { file = substr($0, 4); sub(root, "", file) }
     $1 == "DA" && $3 == 0 { print file ":" $2 ": never run" }

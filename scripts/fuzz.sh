@@ -1,13 +1,13 @@
 #!/usr/bin/env bash
 # Builds the fuzzers with the address and undefined-behaviour sanitizers and runs each for a
-# time, one after the other. Ends with an error at the first finding; the input that showed it
+# while, one after the other. Ends with an error at the first finding; the input that caused it
 # stays in build/fuzz/findings.
 #
 # usage: scripts/fuzz.sh [SECONDS] [FUZZER...]
 #   SECONDS  for each fuzzer; 20 by default
 #   FUZZER   pixels, selection, request_sequence, ...; all by default
 #
-# What a run has learnt stays in build/fuzz/corpus and is where the next one goes on. With FUZZ_SEED
+# The corpus stays in build/fuzz/corpus, and the next run continues from it. With FUZZ_SEED
 # set to a number other than 0, runs that begin with the same corpus try the same inputs.
 set -euo pipefail
 cd "$(dirname "$0")/.."
@@ -27,8 +27,8 @@ if [ ${#fuzzers[@]} -eq 0 ]; then
     done
 fi
 
-# One thread each: what is looked for is in this library. A small quarantine, because the analysis
-# allocates and frees megabytes in every run.
+# One thread each, since the faults sought are in this library. A small quarantine, because the
+# analysis allocates and frees megabytes in every run.
 export OPENBLAS_NUM_THREADS=1
 export ASAN_OPTIONS=quarantine_size_mb=16:${ASAN_OPTIONS:-}
 mkdir -p build/fuzz/findings

@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
-# Installs axe-core, which finds faults of accessibility, into build/axe for the test of the report
-# page. Needs npm. The version and its checksum are pinned, so that the test is the same tomorrow.
+# Installs axe-core, which checks accessibility, into build/axe for the test of the report page.
+# Needs npm. The version and its checksum are pinned, so that the test does not change.
 #
 # usage: scripts/install_axe.sh
 set -euo pipefail
@@ -18,4 +18,4 @@ matches && exit 0
 command -v npm >/dev/null || { echo "install_axe.sh: needs npm" >&2; exit 1; }
 npm install --silent --no-save --no-package-lock --ignore-scripts --prefix build/axe \
     "axe-core@$version"
-matches || { echo "install_axe.sh: $file is not what was expected" >&2; exit 1; }
+matches || { echo "install_axe.sh: $file has the wrong checksum" >&2; exit 1; }

@@ -1,5 +1,5 @@
 #!/usr/bin/env bash
-# Installs with apt what is missing for the named jobs. Needs root or sudo.
+# Installs the packages that the named jobs need and that are missing, with apt. Needs root or sudo.
 #
 # usage: scripts/install_dependencies.sh JOB...
 #   build   the libraries, the program, the Python package and the developer tools

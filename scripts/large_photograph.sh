@@ -1,5 +1,5 @@
 #!/usr/bin/env bash
-# Makes a synthetic photograph of 100 megapixels, as PNG and JPEG, and measures suggest and crop of
+# Makes a synthetic photograph of 100 megapixels, as PNG and JPEG, and measures suggest and crop on
 # both: wall time, processor time and peak memory.
 #
 # usage: scripts/large_photograph.sh VISTATRIM [CROPS]

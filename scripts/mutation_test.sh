@@ -3,8 +3,8 @@
 # reports those that no test program notices.
 #
 # usage: scripts/mutation_test.sh [engine|program] [SEED [COUNT [FIRST-LAST]]]
-#   engine       faults in src/, all tests but those of the program (default)
-#   program      faults in photo/ and cli/, the tests of both; headers declare there and are left out
+#   engine       faults in src/, all tests except those of the program (default)
+#   program      faults in photo/ and cli/, the tests of both; without headers, which only declare there
 #   SEED COUNT   select the faults (default 1 320); the same values and sources give the same faults
 #   FIRST-LAST   only this range of them, for example 17-17 to retry a survivor
 #
@@ -39,7 +39,7 @@ case $part in
         ;;
     program)
         folder=build/mutation_program
-        # One writes a source at build time, the other is for builds without dlib.
+        # The first writes a source at build time, the second is for builds without dlib.
         sources_in=(photo cli -name '*.cpp' ! -name make_face_model.cpp ! -name no_face_finder.cpp)
         settings=(-DCMAKE_BUILD_TYPE=Release -DVISTATRIM_BUILD_PROGRAM=ON)
         targets=(tests/photo/all tests/cli/all)
@@ -52,7 +52,7 @@ count=${2:-320}
 range=${3:-1-$count}
 slowest=${MUTATION_SLOWEST:-20}
 jobs=${MUTATION_JOBS:-2}
-niceness=${MUTATION_NICE:-19} # of the builds and the programs
+niceness=${MUTATION_NICE:-19} # for builds and programs
 
 work=$PWD/${MUTATION_FOLDER:-$folder}
 tree=$work/tree
@@ -125,8 +125,8 @@ while IFS=$'\t' read -r milliseconds program; do
     programs+=("$program")
 done <"$durations"
 
-# Prints the first program of the list that fails. Links each one only when it is about to run,
-# since most never are.
+# Prints the first program of the list that fails. Links each one only just before it runs,
+# since most never do.
 first_failure() {
     local program seconds
     for program in "$@"; do

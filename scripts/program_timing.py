@@ -77,7 +77,7 @@ def together(commands):
 
 
 def folder(title, count, command, whole, halves):
-    """In turn: one worker, two workers, and two programs with half the photographs each."""
+    """Alternates one worker, two workers, and two programs with half the photographs each."""
     run(command + ["-j", "2", whole])
     one, two, apart = [], [], []
     for _ in range(count):

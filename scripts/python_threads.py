@@ -1,12 +1,12 @@
 #!/usr/bin/env python3
-"""How many more photographs two Python threads analyse than one.
+"""Measures how much faster two Python threads analyse photographs than one.
 
 usage: PYTHONPATH=build/release/python scripts/python_threads.py [PHOTO...]
 
 Without photographs, those of the Debian package lomiri-wallpapers-16.04. They are decoded before
 the clock starts, so that it measures the library and the interpreter lock, not the disk. One and
-two threads take turns. On a busy machine two threads get no more of the processors than one; then
-how many threads are at work at a time says what they would do with processors of their own.
+two threads take turns. On a busy machine two threads may get no more processor time than one; the
+number of threads at work at a time then shows what they would gain on an idle machine.
 """
 import glob
 import statistics
@@ -49,7 +49,7 @@ def at_work(pictures, count):
 
 
 def scheduled():
-    """Seconds that this thread ran or was ready to."""
+    """Seconds that this thread ran or waited for a processor."""
     with open("/proc/thread-self/schedstat", encoding="ascii") as statistics_of_it:
         running, ready, _ = statistics_of_it.read().split()
     return (int(running) + int(ready)) / 1e9

@@ -9,7 +9,7 @@ cd "$(dirname "$0")/.."
 
 output=${1:-abi/libVistaTrimEngine.abi}
 
-# Keeps paths of this machine out of the debug information, and so out of the file.
+# Keeps this machine's paths out of the debug information, and thus out of the file.
 launcher=()
 command -v ccache >/dev/null && launcher=(-DCMAKE_CXX_COMPILER_LAUNCHER=ccache)
 cmake -S . -B build/abi -G Ninja "${launcher[@]}" -DCMAKE_BUILD_TYPE=RelWithDebInfo \

@@ -1,5 +1,5 @@
 #!/usr/bin/env bash
-# Records the end-to-end results for the synthetic images again: tests/golden/*.txt.
+# Records the end-to-end results for the synthetic images anew: tests/golden/*.txt.
 #
 # Run it when results are meant to change, review the difference, and explain it in the commit.
 # Use a build with the default linear algebra, which gives the same bits everywhere.

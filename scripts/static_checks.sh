@@ -22,8 +22,8 @@ if [ ${#sources[@]} -eq 0 ]; then
     mapfile -t sources < <(git ls-files -- "${folders[@]/%//*.cpp}" | xargs ls -S)
 fi
 
-# Configures without building: clang-tidy needs the compile commands. For a file that no target
-# compiles it uses those of a similar file.
+# Configures without building, for the compile commands that clang-tidy needs. For a file that no
+# target compiles it uses those of a similar file.
 database=build/static
 cmake --preset release -B "$database" -DCMAKE_CXX_COMPILER=clang++ \
     -DVISTATRIM_BUILD_FUZZERS=ON -DVISTATRIM_BUILD_TESTS=OFF >/dev/null

@@ -12,7 +12,7 @@ shift || true
 scripts/install_dependencies.sh build test
 cmake --preset "$preset" -DVISTATRIM_WARNINGS_AS_ERRORS=ON
 cmake --build --preset "$preset"
-# Those of the Python package come last, for pytest to print their count.
+# The tests of the Python package run last, so that pytest prints their count.
 ctest --preset "$preset" --output-on-failure --parallel "$(nproc)" --timeout 600 \
     --label-exclude '^python$' "$@"
 build=build/$preset

@@ -45,7 +45,7 @@ struct Options {
     std::vector<Weights> WeightSets;
     Suggestions Suggested;
     std::string Program;
-    std::string ProgramArguments; // between spaces
+    std::string ProgramArguments; // separated by spaces
     std::string FacesFile;
     std::vector<double> Aspects;
     std::vector<double> Scales;
@@ -426,10 +426,10 @@ int main(int argc, char** argv)
     CLI::Option* const pairs = app.add_option("--pairs", options.Pairs, "table of voted pairs");
     app.add_option("--split", options.Split, "split to measure on")->capture_default_str();
     app.add_option("--weights", options.WeightTexts, "rank weights a,b,c,d,e; repeatable");
-    app.add_option("--weights-file", options.WeightsFile, "rank weights, a line each");
+    app.add_option("--weights-file", options.WeightsFile, "file of rank weights, one set per line");
     CLI::Option* const suggestions =
         app.add_option("--suggestions", options.SuggestionsFile,
-                       "measure these crops too: what `vistatrim suggest --json` printed of the "
+                       "measure these crops too: the output of `vistatrim suggest --json` for the "
                        "photographs as they are in --photos");
     CLI::Option* const program =
         app.add_option("--program", options.Program,
@@ -440,11 +440,12 @@ int main(int argc, char** argv)
             ->excludes(pairs)
             ->excludes(suggestions);
     app.add_option("--program-args", options.ProgramArguments,
-                   "more arguments for it, in one text with spaces between")
+                   "more arguments for it, as one text separated by spaces")
         ->needs(program);
-    app.add_option("--faces-list", options.FacesFile,
-                   "count its crops at 1:1, 4:5, 16:9 and 9:16 in which a face is cut or lost; "
-                   "lines of file, x, y, w, h between tabs, in pixels of the 640-pixel photograph")
+    app.add_option(
+           "--faces-list", options.FacesFile,
+           "count its crops at 1:1, 4:5, 16:9 and 9:16 in which a face is cut or lost; "
+           "lines of file, x, y, w, h separated by tabs, in pixels of the 640-pixel photograph")
         ->needs(program);
     app.add_option("--aspects", options.Aspects, "aspect ratios instead of the default table")
         ->delimiter(',');
@@ -456,11 +457,11 @@ int main(int argc, char** argv)
         ->check(CLI::Range(1, 200));
     app.add_flag("!--weights-only", options.MeasuresAlone,
                  "leave out the measures alone and the baselines");
-    app.add_option("--json", options.Json, "write the figures here too");
-    app.add_option("--resamples", options.Resamples, "of the bootstrap")
+    app.add_option("--json", options.Json, "also write the figures to this file");
+    app.add_option("--resamples", options.Resamples, "resamples of the bootstrap")
         ->capture_default_str()
         ->check(CLI::Range(1, 1000000));
-    app.add_option("--seed", options.Seed, "of the bootstrap")->capture_default_str();
+    app.add_option("--seed", options.Seed, "seed of the bootstrap")->capture_default_str();
     app.add_option("-j,--jobs", options.Workers, "threads")
         ->capture_default_str()
         ->check(CLI::Range(1, 256));

@@ -21,7 +21,7 @@ std::vector<CropBox> InsidePhoto(const std::vector<CropBox>& faces, double width
 // Whether the crop misses a part of any face.
 bool CutsOrLosesFace(const CropBox& crop, const std::vector<CropBox>& faces);
 
-// Whether every crop of the ratio does.
+// Whether every crop of the ratio misses a part of some face.
 bool NoCropHoldsAll(const std::vector<CropBox>& faces, double width, double height, double ratio);
 
 #endif

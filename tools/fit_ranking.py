@@ -11,7 +11,7 @@ exponential of its utility (D. McFadden, Conditional logit analysis of qualitati
 behavior, 1974). The utility is a weighted sum of features plus what the planes of a small
 convolutional network add for the parts of the crop. Both are fitted together, by AdamW
 (I. Loshchilov, F. Hutter, Decoupled weight decay regularization, 2019), from the convex fit of the
-features alone; what is kept is the moving average of the weights.
+features alone; the result is the moving average of the weights.
 
 Needs numpy and PyTorch. Seeds are fixed; another processor or another PyTorch gives weights that
 differ a little.
@@ -122,7 +122,7 @@ class Model(torch.nn.Module):
 
 
 class Scaling:
-    """Inputs and features are brought to mean 0 and spread 1 for the fit."""
+    """Standardises inputs and features to mean 0 and standard deviation 1 for the fit."""
 
     def __init__(self, photos, without):
         inputs = np.stack([p.inputs for p in photos])
@@ -267,7 +267,7 @@ def overlap_matrix(a, b, width, height):
 
 
 def serve(rows, utilities, sharpness, count, photo):
-    """As covering_set.cpp: indices of the crops, and their expected overlaps."""
+    """Like covering_set.cpp: indices of the crops, and their expected overlaps."""
     order = np.argsort(-utilities, kind="stable")[:POOL]
     p = np.exp(sharpness * (utilities[order] - utilities[order[0]]))
     p /= p.sum()
@@ -293,8 +293,9 @@ def cross_entropy(rows, utilities, spread):
 
 
 def measure(model, scaling, photos, args):
-    """A row a photograph: divergences (free, asked), then for each sharpness the overlaps at the
-    asked ratio, free first and best of five, and the expected overlaps of the two first."""
+    """One row per photograph: divergences (free, requested ratio), then for each sharpness the
+    overlaps at the requested ratio, free first and best of five, and the expected overlaps of the
+    first two."""
     table = []
     for photo in photos:
         free, asked = utilities_of(model, scaling, photo)
@@ -436,7 +437,7 @@ std::shared_ptr<const ChoiceModel> DefaultChoiceModel()
 
 
 def reference_vectors(model, scaling, path):
-    """What PyTorch makes of a synthetic input and a few crops, for the test of the program's own
+    """PyTorch's outputs for a synthetic input and a few crops, for the test of the program's own
     network. Inputs are whole multiples of 1/64, so that the text holds them exactly."""
     draw = np.random.RandomState(5)
     side, inputs = model.side, len(scaling.input_mean)
@@ -472,16 +473,16 @@ def main():
     parser = argparse.ArgumentParser(description=__doc__,
                                      formatter_class=argparse.RawDescriptionHelpFormatter)
     add = parser.add_argument
-    add("features", help="what ranking_features wrote")
+    add("features", help="output of ranking_features")
     add("--json", help="write the file that --ranking reads")
-    add("--cpp", help="write the table that is compiled in")
-    add("--vectors", help="write what PyTorch makes of a synthetic input")
+    add("--cpp", help="write the compiled-in table")
+    add("--vectors", help="write PyTorch's outputs for a synthetic input")
     add("--cross-validate", action="store_true", help="fit and measure fold by fold; write nothing")
     add("--measure", metavar="FEATURES", help="measure the fit on the photographs of another file")
-    add("--data", default="the author's own photographs", help="where the photographs are from")
+    add("--data", default="the author's own photographs", help="source of the photographs")
     add("--folds", type=int, default=5)
     add("--only-folds", type=lambda t: [int(v) for v in t.split(",")], default=[])
-    add("--share", type=float, default=1.0, help="of the photographs to fit on")
+    add("--share", type=float, default=1.0, help="share of the photographs to fit on")
     add("--without", type=lambda t: t.split(","), default=[],
         help="leave out, comma-separated: planes, pairs, input0 .. input13, " + ", ".join(GROUPS))
     add("--epochs", type=int, default=10)
@@ -490,16 +491,16 @@ def main():
     add("--rate", type=float, default=1e-3)
     add("--decay", type=float, default=0.05)
     add("--drop", type=float, default=0.15, help="share of channels dropped while fitting")
-    add("--spread", type=float, default=0.06, help="of the soft targets, in overlap")
-    add("--ridge", type=float, default=3e-4, help="of the convex fit")
+    add("--spread", type=float, default=0.06, help="spread of the soft targets, in overlap")
+    add("--ridge", type=float, default=3e-4, help="ridge of the convex fit")
     add("--pair-weight", type=float, default=1.5)
     add("--expected", type=float, default=2.0, help="weight of the expected overlap")
-    add("--average", type=float, default=0.99, help="of the moving average of the weights")
+    add("--average", type=float, default=0.99, help="decay of the moving average of the weights")
     add("--batch", type=int, default=12)
-    add("--candidates", type=int, default=128, help="drawn for each of the two lists")
+    add("--candidates", type=int, default=128, help="candidates drawn for each of the two lists")
     add("--seed", type=int, default=1)
     add("--threads", type=int, default=1)
-    add("--sharpness", type=float, default=2.0, help="written into the model")
+    add("--sharpness", type=float, default=2.0, help="sharpness written into the model")
     add("--overlap-line", type=lambda t: [float(v) for v in t.split(",")], default=[0.0897, 0.7870],
         help="OFFSET,SLOPE as --cross-validate prints it, written into the model")
     add("--sharpnesses", type=lambda t: [float(v) for v in t.split(",")],

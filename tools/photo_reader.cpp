@@ -13,7 +13,7 @@
 #include <vips/vips8>
 #pragma GCC diagnostic pop
 
-// OpenBLAS's own call: null without it.
+// An OpenBLAS function; null with another BLAS.
 extern "C" void openblas_set_num_threads(int count) __attribute__((weak));
 
 namespace {

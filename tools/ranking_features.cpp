@@ -181,7 +181,7 @@ int Run(const Options& options)
 
 int main(int argc, char** argv)
 {
-    CLI::App app{"Writes what the choice model sees of judged photographs, for fit_ranking.py."};
+    CLI::App app{"Writes the choice model's inputs for judged photographs, for fit_ranking.py."};
     app.footer(kCropTableHelp);
     Options options;
     app.add_option("--photos", options.Photos, "folder of the photographs")->required();

@@ -1,4 +1,4 @@
-// Crops that need no engine of ours, to compare with.
+// Crops made without our engine, for comparison.
 #ifndef VISTATRIM_TOOLS_RIVAL_CROPS_H
 #define VISTATRIM_TOOLS_RIVAL_CROPS_H
 
