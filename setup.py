@@ -19,7 +19,7 @@ PACKAGES = ["vistatrim", "vistatrim.archive"]
 
 
 def version():
-    """The headers hold the version; everything else reads it from there."""
+    """The version from version.h, which defines it for everything else."""
     for line in (ROOT / "include/vistaTrim/version.h").read_text().splitlines():
         if line.startswith("#define VISTATRIM_VERSION_STRING"):
             return line.split('"')[1]

@@ -192,7 +192,7 @@ void TimeStages(const Picture& picture, std::vector<double> (&times)[kRows])
         maps.Planes[1],
         {maps.Planes[2], maps.Planes[3], maps.Planes[4], maps.Planes[5]}};
     const auto time = [&](RowIndex row, const std::function<void()>& work) {
-        work(); // so that the planes are in memory
+        work(); // faults in the pages
         times[row].push_back(ProcessorMilliseconds(work));
     };
     time(kSmoothing, [&] {
@@ -394,7 +394,7 @@ int CoresAllowed()
 
 int main(int argc, char** argv)
 {
-    PrintFirstAnalysis(); // before anything else has made the heap grow
+    PrintFirstAnalysis(); // before anything else grows the heap
     if (VIPS_INIT(argv[0]) != 0)
         return 1;
     vips_concurrency_set(1);

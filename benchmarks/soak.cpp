@@ -4,8 +4,8 @@
 // usage: soak [ROUNDS] [COLSxROWS] [--tidy] [--check]
 //   ROUNDS     10000 by default
 //   COLSxROWS  size of every picture; the longer side must be 640. Mixed sizes by default
-//   --tidy     use only calls that leak nothing --check    exit with status 1 if memory grew by
-//   more than the library leaks on purpose
+//   --tidy     use only calls that leak nothing
+//   --check    exit with status 1 if memory grew by more than the library leaks on purpose
 //
 // The library leaks on purpose: three empty arrays per driver whose parameters have no aspect
 // ratios, and one record per call of GetRectsOfInterest on a driver without any. Every second round
@@ -27,8 +27,7 @@ using namespace vistaTrim;
 
 namespace {
 
-constexpr int kWarm =
-    100; // rounds until the allocator and the libraries have allocated what they keep
+constexpr int kWarm = 100; // rounds until the allocator and the libraries have warmed up
 
 // The smallest allocation of the C library's allocator.
 constexpr int64_t kPiece = 32;

@@ -57,7 +57,7 @@ void BenchPairTable(benchmark::State& state,
 }
 BENCHMARK_CAPTURE(BenchPairTable, Fast, &BuildPairTable)->Apply(PictureSizes);
 
-// All nine tables of three planes, their allocation included: that is what a picture pays.
+// All nine tables of three planes, including their allocation, as for each picture.
 void BenchStackTables(benchmark::State& state)
 {
     const auto cols = static_cast<int32_t>(state.range(0));

@@ -34,7 +34,7 @@ void BenchTwoSources(benchmark::State& state,
     std::vector<float> a(static_cast<size_t>(count));
     std::vector<float> b(static_cast<size_t>(count));
     FillWithByteRange(a.data(), count);
-    // Ones keep a product in place from running off to infinity.
+    // Ones keep a product in place from growing to infinity.
     b.assign(b.size(), 1.0f);
     for (auto _ : state) {
         operation(count, a.data(), b.data(), a.data());

@@ -50,7 +50,7 @@ void AddSizes(CLI::App& command, Options& values)
             ->group(kNames);
     CLI::Option* widths = AddRead(
                               command, "--widths", "integers separated by commas",
-                              "Each crop at several widths, as 400,800,1600",
+                              "Each crop at several widths, such as 400,800,1600",
                               [&values](const std::string& text) {
                                   return ReadWidths(text, values.CropFiles.Widths);
                               },
@@ -61,7 +61,7 @@ void AddSizes(CLI::App& command, Options& values)
                               ->group(kNames);
     command
         .add_flag("--upscale", values.CropFiles.Upscale,
-                  "Scale up to widths that a crop does not have; else the crop's own is the last")
+                  "Scale crops up to widths beyond their own; else their own is the widest")
         ->needs(widths)
         ->group(kNames);
     command
@@ -75,7 +75,8 @@ void AddSizes(CLI::App& command, Options& values)
                 }
                 values.CropFiles.Name = text;
             },
-            "Names of the files, of {stem}, {extension}, {shape}, {ratio}, {rank}, {width} and "
+            "Names of the files, built from {stem}, {extension}, {shape}, {ratio}, {rank}, {width} "
+            "and "
             "{height}")
         ->type_name("TEMPLATE")
         ->group(kNames);
@@ -86,9 +87,9 @@ void AddFilesBeside(CLI::App& command, Options& values)
     CLI::Option* resume = command.get_option("--resume");
     CLI::Option* xmp = command
                            .add_flag("--xmp", values.CropFiles.Xmp,
-                                     "Also NAME.xmp with the best crop, for raw developers")
+                                     "Also write NAME.xmp with the best crop, for raw developers")
                            ->group(kBeside);
-    command.add_flag("--xmp-only", values.CropFiles.XmpOnly, "Only NAME.xmp, and no pictures")
+    command.add_flag("--xmp-only", values.CropFiles.XmpOnly, "Write only NAME.xmp, no pictures")
         ->excludes(xmp)
         ->group(kBeside);
     command
@@ -101,7 +102,7 @@ void AddFilesBeside(CLI::App& command, Options& values)
     CLI::Option* picture =
         command
             .add_option("--picture", values.CropFiles.Picture,
-                        "Write a <picture> element of each photograph, with srcset and sizes")
+                        "Write a <picture> element for each photograph, with srcset and sizes")
             ->check(NotEmpty())
             ->type_name("FILE.html")
             ->excludes(resume)

@@ -88,7 +88,7 @@ void AddRequest(CLI::App& app, Options& values)
 {
     Request& request = values.Request;
     constexpr const char* kGroup = "Ranking";
-    app.add_option("-n,--top", request.Top, "Crops to give for each photograph")
+    app.add_option("-n,--top", request.Top, "Number of crops for each photograph")
         ->check(CLI::Range(1, 10000))
         ->type_name("N")
         ->group(kGroup);
@@ -189,7 +189,7 @@ void AddSuggest(CLI::App& app, Options& values)
                            ->excludes(json)
                            ->group(kGroup);
     app.add_flag("--explain", values.Request.Explain,
-                 "Also how each crop ranks by each measure, and which wishes it meets")
+                 "Also show how each crop ranks by each measure, and which wishes it meets")
         ->excludes(csv)
         ->group(kGroup);
     CLI::Option* output = app.add_option("-o,--output", values.Output, "Write to this file")
@@ -239,7 +239,7 @@ void AddCrop(CLI::App& app, Options& values)
         false)
         ->type_name("jpg|png|webp|tif|avif|heic")
         ->group(kGroup);
-    app.add_option("--quality", values.CropFiles.Quality, "1 to 100, for formats that lose detail")
+    app.add_option("--quality", values.CropFiles.Quality, "1 to 100, for lossy formats")
         ->check(CLI::Range(1, 100))
         ->type_name("Q")
         ->group(kGroup);
@@ -279,7 +279,7 @@ void AddReport(CLI::App& app, Options& values)
         ->required()
         ->group("Output");
     AddRead(
-        app, "--maps", "yes or no", "Whether the page holds the maps; they are half of it",
+        app, "--maps", "yes or no", "Whether the page includes the maps, which are half of it",
         [&values](const std::string& text) {
             values.ReportMaps = text != "no";
             return text == "yes" || text == "no";

@@ -71,7 +71,7 @@ void AddShapes(CLI::App& command, Options& values)
     AddPresetsFile(command, presets);
     CLI::Option* aspect = AddRead(
                               command, "--aspect", "W:H or the name of a preset",
-                              "A ratio to try, 16:9, 16x9 or square; may be repeated",
+                              "A ratio to try, such as 16:9, 16x9 or square; may be repeated",
                               [&values, presets](const std::string& text) {
                                   std::optional<Shape> shape = presets->Find(text);
                                   if (shape)
@@ -115,7 +115,7 @@ void AddShapes(CLI::App& command, Options& values)
         command
             .add_flag_callback(
                 "--largest", [&request] { request.Scales = {1.0}; },
-                "Only the largest crops of each ratio, which span the photograph one way")
+                "Only the largest crops of each ratio, which span its full width or height")
             ->excludes(scale)
             ->group(kGroup);
     AddRead(

@@ -1,5 +1,5 @@
 #!/usr/bin/env python3
-"""Crops of all photographs of a folder, on all processors; then how many were found.
+"""Finds crops for all photographs of a folder on all processors, then prints how many there are.
 
 usage: archive_of_a_folder.py FOLDER OUTPUT
 """

@@ -17,7 +17,7 @@ for crop in crops:
     print(crop.box, crop.aspect, {name: round(value, 2) for name, value in crop.scores.items()})
 print(crops.explanation["candidates"], "candidates were tried")
 
-# %% Another question takes no second analysis.
+# %% Another request reuses the analysis.
 portrait = photo.suggest(aspect="4:5", top=1)[0]
 print("for a portrait:", portrait.box)
 
@@ -25,7 +25,7 @@ print("for a portrait:", portrait.box)
 for name, values in photo.maps().items():
     print(f"{name}: {values.shape[1]} x {values.shape[0]}, mean {values.mean():.3f}")
 
-# %% Frames over the photograph.
+# %% The crops as frames over the photograph.
 axes = vistatrim.plot(photo, crops)
 if len(sys.argv) > 2:
     axes.figure.savefig(sys.argv[2], dpi=120, bbox_inches="tight")

@@ -1,5 +1,5 @@
 #!/usr/bin/env python3
-"""Thumbnails with Pillow: a square of each photograph, sharpened, in a folder.
+"""Makes thumbnails with Pillow: a sharpened square of each photograph, written to a folder.
 
 usage: pillow_pipeline.py FOLDER PHOTO...
 """
@@ -12,7 +12,7 @@ import vistatrim
 
 
 def thumbnail(path: Path, side: int) -> Image.Image:
-    # Pillow leaves an image as it is stored; crops are of the photograph as displayed.
+    # Pillow keeps the stored orientation; crops are in pixels of the photograph as displayed.
     image = ImageOps.exif_transpose(Image.open(path)).convert("RGB")
     best = vistatrim.suggest(image, aspect="1:1", top=1)[0]
     square = image.crop(best.box).resize((side, side), Image.Resampling.LANCZOS)
