@@ -7,7 +7,7 @@
 #include "batch/program_error.h"
 #include "batch/run_photos.h"
 #include "batch/whole_file.h"
-#include "commands/asked_crops.h"
+#include "commands/suggest_crops.h"
 #include "text/shown_name.h"
 #include "vistaTrimPhoto/contact_sheet.h"
 #include "vistaTrimPhoto/crop_writer.h"
@@ -128,7 +128,7 @@ int RunContactSheet(const Options& options, const std::vector<ListedPhoto>& phot
         PhotoSteps steps;
         steps.Work = [&](const ListedPhoto& photo, PhotoResult& result) {
             const photo::Photograph photograph = OpenPhoto(options, photo);
-            SuggestAsked(
+            SuggestCrops(
                 AnalyseFor(options.Request, photograph, RegionsFor(options, photo, photos.size())),
                 options, result);
             const auto index = static_cast<size_t>(&photo - photos.data());

@@ -16,11 +16,11 @@
 #include "batch/run_photos.h"
 #include "batch/run_record.h"
 #include "batch/whole_file.h"
-#include "commands/asked_crops.h"
 #include "commands/crop_choice.h"
 #include "commands/crop_files.h"
 #include "commands/crop_plan.h"
 #include "commands/name_clashes.h"
+#include "commands/suggest_crops.h"
 #include "output/manifest.h"
 #include "output/picture_snippet.h"
 #include "output/xmp_sidecar.h"
@@ -114,7 +114,7 @@ class CropRun {
 public:
     CropRun(const Options& options, const std::vector<ListedPhoto>& photos,
             const ChosenCrops& chosen, const RunRecord& record)
-        : Asked(options), Photos(photos), Chosen(chosen), Record(record),
+        : RunOptions(options), Photos(photos), Chosen(chosen), Record(record),
           HeldFiles(HoldsFiles(options.Output)), Beside(options)
     {
         if (options.Force)
@@ -127,8 +127,8 @@ public:
         PhotoSteps steps;
         steps.Work = [this](const ListedPhoto& photo, PhotoResult& result) { Work(photo, result); };
         steps.Emit = [this](const PhotoResult& result) { Emit(result); };
-        const int status = RunPhotos(Asked, Photos, steps);
-        if (Asked.Force && status == 0 && Asked.Output != "-")
+        const int status = RunPhotos(RunOptions, Photos, steps);
+        if (RunOptions.Force && status == 0 && RunOptions.Output != "-")
             Record.ReplacedAll();
         Beside.Finish();
         return status;
@@ -137,14 +137,14 @@ public:
 private:
     void Work(const ListedPhoto& photo, PhotoResult& result)
     {
-        const photo::Photograph photograph = OpenPhoto(Asked, photo);
+        const photo::Photograph photograph = OpenPhoto(RunOptions, photo);
         std::vector<std::string> missing;
         if (!Chosen.Photos.empty()) {
             TakeChosen(Chosen.Photos[static_cast<size_t>(&photo - Photos.data())], photograph,
                        result);
         } else {
-            const bool sidecar = Asked.CropFiles.Xmp || Asked.CropFiles.XmpOnly;
-            if (Asked.Resume && !sidecar && HasAllCrops(photograph, photo, Asked))
+            const bool sidecar = RunOptions.CropFiles.Xmp || RunOptions.CropFiles.XmpOnly;
+            if (RunOptions.Resume && !sidecar && HasAllCrops(photograph, photo, RunOptions))
                 return;
             missing = Search(photo, photograph, result);
         }
@@ -161,22 +161,22 @@ private:
     std::vector<std::string> Search(const ListedPhoto& photo, const photo::Photograph& photograph,
                                     PhotoResult& result) const
     {
-        const photo::Analysis analysis =
-            AnalyseFor(Asked.Request, photograph, RegionsFor(Asked, photo, Photos.size()));
-        std::vector<std::string> missing = SuggestAsked(analysis, Asked, result);
+        const photo::Analysis analysis = AnalyseFor(RunOptions.Request, photograph,
+                                                    RegionsFor(RunOptions, photo, Photos.size()));
+        std::vector<std::string> missing = SuggestCrops(analysis, RunOptions, result);
         if (!result.Found.Crops.empty())
             return missing;
-        Options explained = Asked;
+        Options explained = RunOptions;
         explained.Request.Explain = true;
-        SuggestAsked(analysis, explained, result);
+        SuggestCrops(analysis, explained, result);
         throw ProgramError("no crop" + (missing.size() < 2 ? "" : " of " + ListOf(missing)) + ": " +
                            photo::NoteOf(*result.Found.Explained, kWishPrefix));
     }
 
     void Write(const ListedPhoto& photo, const photo::Photograph& photograph, PhotoResult& result)
     {
-        const std::vector<PlannedFile> files = PlanCropFiles(Asked, photo, photograph, result);
-        if (Asked.Output == "-") {
+        const std::vector<PlannedFile> files = PlanCropFiles(RunOptions, photo, photograph, result);
+        if (RunOptions.Output == "-") {
             if (files.size() != 1)
                 throw ProgramError("standard output takes one crop, not " +
                                    std::to_string(files.size()));
@@ -185,23 +185,23 @@ private:
         }
         // If the sidecar cannot be written, fail before the crops are.
         std::optional<WholeFile> sidecar;
-        if (Asked.CropFiles.Xmp || Asked.CropFiles.XmpOnly) {
-            const std::string path = OutputPrefix(Asked, photo) + ".xmp";
-            if (!Asked.Resume || access(path.c_str(), F_OK) != 0)
-                sidecar.emplace(path, Asked.Force);
+        if (RunOptions.CropFiles.Xmp || RunOptions.CropFiles.XmpOnly) {
+            const std::string path = OutputPrefix(RunOptions, photo) + ".xmp";
+            if (!RunOptions.Resume || access(path.c_str(), F_OK) != 0)
+                sidecar.emplace(path, RunOptions.Force);
         }
-        if (!Asked.CropFiles.XmpOnly) {
+        if (!RunOptions.CropFiles.XmpOnly) {
             CheckThatNoPhotographIsReplaced(Originals, files);
             Claimed.Claim(files, photo.Path);
             for (const PlannedFile& file :
-                 WriteCropFiles(photograph, files, Asked, [this] { BeginRecord(); })) {
+                 WriteCropFiles(photograph, files, RunOptions, [this] { BeginRecord(); })) {
                 result.Written.push_back(file.Path);
                 result.Crops.push_back({file.Path, file.Crop, file.Size});
             }
         }
         if (sidecar) {
             BeginRecord();
-            WriteWholeFile(sidecar->Target(), Asked.Force,
+            WriteWholeFile(sidecar->Target(), RunOptions.Force,
                            XmpSidecar(result.Found.Crops[0].Rect, photograph.Size(),
                                       photograph.StoredOrientation()));
             result.Written.push_back(sidecar->Target());
@@ -214,14 +214,14 @@ private:
         const std::lock_guard<std::mutex> guard(RecordMutex);
         if (RecordBegun)
             return;
-        MakeFolder(Asked.Output);
+        MakeFolder(RunOptions.Output);
         Record.Begin(!HeldFiles);
         RecordBegun = true;
     }
 
     void Emit(const PhotoResult& result)
     {
-        if (Asked.Output == "-")
+        if (RunOptions.Output == "-")
             std::fwrite(Encoded.data(), 1, Encoded.size(), stdout);
         else
             for (const std::string& name : result.Written)
@@ -232,7 +232,7 @@ private:
         Beside.Add(result);
     }
 
-    const Options& Asked;
+    const Options& RunOptions;
     const std::vector<ListedPhoto>& Photos;
     const ChosenCrops& Chosen; // empty: search for crops
     const RunRecord& Record;
@@ -258,7 +258,7 @@ void CheckStandardOutput(const std::vector<ListedPhoto>& photos)
 RunRecord RecordOf(const Options& options, const ChosenCrops& chosen)
 {
     RecordedRun run;
-    run.Options = options.Asked;
+    run.Options = options.ResultOptions;
     if (!chosen.Photos.empty()) {
         run.Options["--from"] = chosen.Content; // works for standard input too
         return RunRecord::OfFolder(options.Output, run);

@@ -9,7 +9,7 @@
 #include "batch/program_error.h"
 #include "batch/run_photos.h"
 #include "batch/whole_file.h"
-#include "commands/asked_crops.h"
+#include "commands/suggest_crops.h"
 #include "report/report_page.h"
 #include "text/shown_name.h"
 #include "vistaTrimPhoto/image_format.h"
@@ -76,7 +76,7 @@ int RunReport(const Options& options, const std::vector<ListedPhoto>& photos)
             const photo::Photograph photograph = OpenPhoto(options, photo);
             const photo::Analysis analysis =
                 AnalyseFor(options.Request, photograph, RegionsFor(options, photo, photos.size()));
-            SuggestAsked(analysis, explained, result);
+            SuggestCrops(analysis, explained, result);
             const photo::Stopwatch writing;
             const ReportPictures pictures = MakeReportPictures(
                 photograph, options.ReportMaps ? analysis.Maps() : std::vector<photo::Map>());

@@ -2,7 +2,7 @@
 
 #include "batch/program_error.h"
 #include "batch/run_photos.h"
-#include "commands/asked_crops.h"
+#include "commands/suggest_crops.h"
 #include "output/list_output.h"
 
 namespace vistaTrim::cli {
@@ -15,7 +15,7 @@ int RunSuggest(const Options& options, const std::vector<ListedPhoto>& photos)
         PhotoSteps steps;
         steps.Work = [&options, count = todo.size()](const ListedPhoto& photo,
                                                      PhotoResult& result) {
-            SuggestAsked(AnalyseFor(options.Request, OpenPhoto(options, photo),
+            SuggestCrops(AnalyseFor(options.Request, OpenPhoto(options, photo),
                                     RegionsFor(options, photo, count)),
                          options, result);
         };

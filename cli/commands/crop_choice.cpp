@@ -7,7 +7,7 @@
 #include <system_error>
 
 #include "batch/program_error.h"
-#include "options/asked_options.h"
+#include "options/result_options.h"
 #include "text/shown_name.h"
 
 namespace vistaTrim::cli {

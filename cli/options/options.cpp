@@ -7,10 +7,10 @@
 #include <CLI/CLI.hpp>
 #include <unistd.h>
 
-#include "options/asked_options.h"
 #include "options/crop_options.h"
 #include "options/option_defaults.h"
 #include "options/read_option.h"
+#include "options/result_options.h"
 #include "options/shape_options.h"
 #include "options/text_values.h"
 #include "text/shown_name.h"
@@ -478,7 +478,7 @@ CommandLine ParseCommandLine(int argc, const char* const* argv)
                                      [](const CLI::App* command) { return command->parsed(); });
     values.Chosen = static_cast<Command>(parsed - commands.begin());
     FinishShapes(**parsed, values);
-    values.Asked = AskedOptions(**parsed, values);
+    values.ResultOptions = ResultOptionsOf(**parsed, values);
     std::string fault = FaultOfAll(**parsed, values);
     if (values.Chosen == Command::Suggest && values.Output == "-")
         values.Output.clear();

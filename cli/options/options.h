@@ -64,7 +64,7 @@ struct Options {
     CropFileOptions CropFiles;
     photo::PixelSize SheetCell{360, 240}; // of contact sheets
     bool ReportMaps = true;
-    std::map<std::string, std::string> Asked; // the options that results depend on, as text
+    std::map<std::string, std::string> ResultOptions; // the options that results depend on, as text
 };
 
 struct CommandLine {

@@ -41,7 +41,7 @@ ListOutput::ListOutput(const Options& options)
     : Format(options.Format), Path(options.Output), Stream(stdout)
 {
     const bool isResumable = Format != ListFormat::Text;
-    const RunRecord record = RunRecord::OfFile(Path, {{}, options.Asked});
+    const RunRecord record = RunRecord::OfFile(Path, {{}, options.ResultOptions});
     bool isNew = true;
     if (!Path.empty()) {
         CheckOutputFile(Path);

@@ -160,7 +160,7 @@ class LineMaker {
 public:
     LineMaker(IVistaTrim& driver, const PictureChoice& choice, const Request& request,
               PixelSize picture, const std::vector<WishedRegion>& regions)
-        : Driver(driver), Choice(choice), Asked(request), Picture(picture), Regions(regions)
+        : Driver(driver), Choice(choice), Requested(request), Picture(picture), Regions(regions)
     {
     }
 
@@ -188,8 +188,8 @@ public:
             line.Crops.push_back({crops[index], Choice.Overlap(expected)});
             line.Met.push_back(tiers[index]);
         };
-        const auto wanted = static_cast<size_t>(Asked.Top);
-        const bool byPeople = Asked.Ranking == RankBy::People && !Choice.NothingToSee();
+        const auto wanted = static_cast<size_t>(Requested.Top);
+        const bool byPeople = Requested.Ranking == RankBy::People && !Choice.NothingToSee();
         if (byPeople) {
             WriteRanks(crops, utilities);
             CoveringSet::Served served{};
@@ -199,8 +199,9 @@ public:
         }
         std::vector<double> keys;
         for (const CInt32CropRect& crop : crops)
-            keys.push_back(Asked.Ranking == RankBy::People ? SizeAndPlace(crop, Picture)
-                                                           : MeasureBy(crop.Score, Asked.Ranking));
+            keys.push_back(Requested.Ranking == RankBy::People
+                               ? SizeAndPlace(crop, Picture)
+                               : MeasureBy(crop.Score, Requested.Ranking));
         WriteRanks(crops, keys);
         for (const size_t index : InOrderOf(keys, utilities, tiers, crops, wanted))
             add(index, set.ExpectedOverlap(crops[index]));
@@ -239,7 +240,7 @@ private:
 
     IVistaTrim& Driver;
     const PictureChoice& Choice;
-    const Request& Asked;
+    const Request& Requested;
     PixelSize Picture;
     const std::vector<WishedRegion>& Regions;
 };

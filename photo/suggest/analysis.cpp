@@ -148,8 +148,8 @@ void AddFound(const std::vector<RegionWish>& wishes, const std::vector<FoundRegi
     }
 }
 
-void Ask(const WorkingPicture& picture, const CAnalysedPicture& analysed, const Request& request,
-         Suggestions& result)
+void AnswerRequest(const WorkingPicture& picture, const CAnalysedPicture& analysed,
+                   const Request& request, Suggestions& result)
 {
     CheckRequest(request, picture.Photo);
     std::vector<Wish> wishes = WishesInside(request.Wishes, picture.Photo);
@@ -294,7 +294,7 @@ Suggestions Analysis::Suggest(const Request& request) const
     result.Times.Faces = Shared->FacesMilliseconds;
     result.Regions = Shared->Regions;
     try {
-        Ask(Shared->Picture, Shared->Engine, request, result);
+        AnswerRequest(Shared->Picture, Shared->Engine, request, result);
     } catch (const char* text) {
         ThrowEngineText(text);
     } catch (const std::bad_alloc&) {

@@ -1,6 +1,6 @@
 // The crops of a photograph, shape by shape if requested.
-#ifndef VISTATRIM_CLI_COMMANDS_ASKED_CROPS_H
-#define VISTATRIM_CLI_COMMANDS_ASKED_CROPS_H
+#ifndef VISTATRIM_CLI_COMMANDS_SUGGEST_CROPS_H
+#define VISTATRIM_CLI_COMMANDS_SUGGEST_CROPS_H
 
 #include <string>
 #include <vector>
@@ -14,7 +14,7 @@ namespace vistaTrim::cli {
 // Fills Found and Labels. With options.EachShape every shape is a separate request: its crops come
 // together, in the order in which the shapes were requested. Returns the names of shapes that got
 // no crop.
-std::vector<std::string> SuggestAsked(const photo::Analysis& analysis, const Options& options,
+std::vector<std::string> SuggestCrops(const photo::Analysis& analysis, const Options& options,
                                       PhotoResult& result);
 
 } // namespace vistaTrim::cli

@@ -1,4 +1,4 @@
-#include "options/asked_options.h"
+#include "options/result_options.h"
 
 #include <algorithm>
 #include <cstdint>
@@ -48,7 +48,7 @@ std::string TextOf(const CLI::Option& option)
 
 } // namespace
 
-std::map<std::string, std::string> AskedOptions(const CLI::App& command, const Options& values)
+std::map<std::string, std::string> ResultOptionsOf(const CLI::App& command, const Options& values)
 {
     std::map<std::string, std::string> asked;
     for (const CLI::Option* option : command.get_options()) {

@@ -1,4 +1,4 @@
-#include "commands/asked_crops.h"
+#include "commands/suggest_crops.h"
 
 namespace vistaTrim::cli {
 
@@ -32,7 +32,7 @@ void AddExplanation(const photo::Explanation& more, std::optional<photo::Explana
 
 } // namespace
 
-std::vector<std::string> SuggestAsked(const photo::Analysis& analysis, const Options& options,
+std::vector<std::string> SuggestCrops(const photo::Analysis& analysis, const Options& options,
                                       PhotoResult& result)
 {
     if (!options.EachShape) {

@@ -1,5 +1,5 @@
 // The crops of each shape, asked of an analysis as the commands do.
-#include "commands/asked_crops.h"
+#include "commands/suggest_crops.h"
 
 #include <algorithm>
 #include <cstdint>
@@ -50,12 +50,12 @@ Shape Named(const char* name, const char* ratio, std::optional<PixelSize> fill =
     return shape;
 }
 
-TEST(AskedCrops, OfAllShapesTogetherAreNumberedThrough)
+TEST(SuggestCrops, OfAllShapesTogetherAreNumberedThrough)
 {
     Options options = WithShapes({Named("cinema", "21:9"), Named("square", "1:1")}, false);
     options.Request.Top = 4;
     PhotoResult result;
-    EXPECT_TRUE(SuggestAsked(BlockAnalysis(), options, result).empty());
+    EXPECT_TRUE(SuggestCrops(BlockAnalysis(), options, result).empty());
     ASSERT_EQ(result.Found.Crops.size(), 4U);
     ASSERT_EQ(result.Labels.size(), 4U);
     for (size_t i = 0; i < 4; ++i) {
@@ -67,17 +67,17 @@ TEST(AskedCrops, OfAllShapesTogetherAreNumberedThrough)
     }
     Options free;
     PhotoResult own;
-    SuggestAsked(BlockAnalysis(), free, own);
+    SuggestCrops(BlockAnalysis(), free, own);
     for (size_t i = 0; i < own.Labels.size(); ++i)
         EXPECT_EQ(own.Labels[i].Ratio, FileSafeRatio(own.Found.Crops[i].Aspect.Text()));
 }
 
-TEST(AskedCrops, OfEachShapeAreThoseOfARequestForItAlone)
+TEST(SuggestCrops, OfEachShapeAreThoseOfARequestForItAlone)
 {
     Options options = WithShapes({Named("wide", "16:9"), Named("tall", "2:3")}, true);
     options.Request.Top = 2;
     PhotoResult result;
-    EXPECT_TRUE(SuggestAsked(BlockAnalysis(), options, result).empty());
+    EXPECT_TRUE(SuggestCrops(BlockAnalysis(), options, result).empty());
     ASSERT_EQ(result.Found.Crops.size(), 4U);
     EXPECT_EQ(result.Found.Size, (PixelSize{1200, 800}));
     EXPECT_GT(result.Found.Times.Score, 0.0);
@@ -97,19 +97,19 @@ TEST(AskedCrops, OfEachShapeAreThoseOfARequestForItAlone)
     }
 }
 
-TEST(AskedCrops, NameTheShapesThatGotNone)
+TEST(SuggestCrops, NameTheShapesThatGotNone)
 {
     Options options = WithShapes({Named("a", "1:3"), Named("b", "3:1"), Named("c", "1:4")}, true);
     options.Request.Top = 1;
     options.Request.Wishes = {{WishKind::MustKeep, {0, 350, 1200, 60}}};
     PhotoResult result;
-    EXPECT_EQ(SuggestAsked(BlockAnalysis(), options, result), (std::vector<std::string>{"a", "c"}));
+    EXPECT_EQ(SuggestCrops(BlockAnalysis(), options, result), (std::vector<std::string>{"a", "c"}));
     ASSERT_EQ(result.Labels.size(), 1U);
     EXPECT_EQ(result.Labels[0].Shape, "b");
 }
 
 // Crops with fewer pixels than the file they fill would be scaled up.
-TEST(AskedCrops, ToFillASizeHaveItsPixelsWhereThePhotographHas)
+TEST(SuggestCrops, ToFillASizeHaveItsPixelsWhereThePhotographHas)
 {
     for (const PixelSize fill :
          {PixelSize{900, 600}, PixelSize{600, 600}, PixelSize{1190, 400}, PixelSize{400, 790}}) {
@@ -117,7 +117,7 @@ TEST(AskedCrops, ToFillASizeHaveItsPixelsWhereThePhotographHas)
         Options options = WithShapes({shape}, true);
         options.Request.Top = 6;
         PhotoResult result;
-        SuggestAsked(BlockAnalysis(), options, result);
+        SuggestCrops(BlockAnalysis(), options, result);
         ASSERT_FALSE(result.Found.Crops.empty());
         for (size_t i = 0; i < result.Found.Crops.size(); ++i) {
             // To within the pixel of a working picture that the way back rounds by.
@@ -129,7 +129,7 @@ TEST(AskedCrops, ToFillASizeHaveItsPixelsWhereThePhotographHas)
     Options small = WithShapes({ShapeOfSize({300, 200})}, true);
     small.Request.Top = 2000;
     PhotoResult result;
-    SuggestAsked(BlockAnalysis(), small, result);
+    SuggestCrops(BlockAnalysis(), small, result);
     const auto& crops = result.Found.Crops;
     EXPECT_TRUE(std::any_of(crops.begin(), crops.end(),
                             [](const Crop& crop) { return crop.Rect.Width < 700; }));
@@ -137,26 +137,26 @@ TEST(AskedCrops, ToFillASizeHaveItsPixelsWhereThePhotographHas)
     Options exact = WithShapes({ShapeOfSize({600, 400})}, true);
     exact.Request.Top = 2000;
     PhotoResult fitting;
-    SuggestAsked(BlockAnalysis(), exact, fitting);
+    SuggestCrops(BlockAnalysis(), exact, fitting);
     EXPECT_TRUE(std::any_of(fitting.Found.Crops.begin(), fitting.Found.Crops.end(),
                             [](const Crop& crop) { return crop.Rect.Width < 610; }));
     // Of one larger than the photograph, the largest crop is the only one tried.
     Options large = WithShapes({ShapeOfSize({3000, 2000})}, true);
     large.Request.Top = 30;
     PhotoResult whole;
-    SuggestAsked(BlockAnalysis(), large, whole);
+    SuggestCrops(BlockAnalysis(), large, whole);
     ASSERT_EQ(whole.Found.Crops.size(), 1U);
     EXPECT_EQ(whole.Found.Crops[0].Rect, (PixelRect{0, 0, 1200, 800}));
     // The scales of the request stay the limit: the larger of these two.
     large.Request.Scales = {0.5, 0.6};
     PhotoResult scaled;
-    SuggestAsked(BlockAnalysis(), large, scaled);
+    SuggestCrops(BlockAnalysis(), large, scaled);
     ASSERT_FALSE(scaled.Found.Crops.empty());
     for (const Crop& crop : scaled.Found.Crops)
         EXPECT_NEAR(crop.Rect.Width, 720, 4);
 }
 
-TEST(AskedCrops, OfSeveralShapesAreExplainedTogether)
+TEST(SuggestCrops, OfSeveralShapesAreExplainedTogether)
 {
     const std::vector<Shape> shapes = {Named("tall", "1:3"), Named("square", "1:1"),
                                        Named("wide", "3:1")};
@@ -166,7 +166,7 @@ TEST(AskedCrops, OfSeveralShapesAreExplainedTogether)
     options.Request.Wishes = {{WishKind::MustKeep, {0, 350, 1200, 60}},
                               {WishKind::Avoid, {0, 0, 40, 40}}};
     PhotoResult result;
-    EXPECT_EQ(SuggestAsked(BlockAnalysis(), options, result),
+    EXPECT_EQ(SuggestCrops(BlockAnalysis(), options, result),
               (std::vector<std::string>{"tall", "square"}));
     Explanation sum;
     sum.MetBy = {0, 0};
@@ -191,7 +191,7 @@ TEST(AskedCrops, OfSeveralShapesAreExplainedTogether)
     // The same if a shape with a crop comes first.
     std::reverse(options.Shapes.begin(), options.Shapes.end());
     PhotoResult turned;
-    SuggestAsked(BlockAnalysis(), options, turned);
+    SuggestCrops(BlockAnalysis(), options, turned);
     EXPECT_EQ(turned.Found.Explained->Why, Shortfall::WishMetByNone);
     EXPECT_EQ(turned.Found.Explained->Candidates, sum.Candidates);
 }
