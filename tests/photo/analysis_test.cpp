@@ -396,7 +396,19 @@ TEST(Analysis, ExplainsEveryShortfall)
     EXPECT_EQ(NoteOf(explained(request), "--"),
               "no candidate meets --must-keep; try more ratios or scales");
 
+    // The wish that nothing meets is named, wherever it is in the list.
     request.Scales = {0.5};
+    const Wish possible{WishKind::MustKeep, {100, 100, 10, 10}};
+    const Wish preferred{WishKind::Avoid, {0, 0, 800, 500}};
+    const Wish impossible{WishKind::MustAvoid, {0, 0, 800, 500}};
+    for (const std::vector<Wish>& wishes : {std::vector<Wish>{impossible, possible},
+                                            {possible, impossible},
+                                            {preferred, impossible}}) {
+        request.Wishes = wishes;
+        EXPECT_EQ(explained(request).Why, Shortfall::WishMetByNone);
+        EXPECT_EQ(explained(request).UnmetWish, WishKind::MustAvoid);
+    }
+
     request.Wishes = {{WishKind::MustKeep, {100, 100, 10, 10}},
                       {WishKind::MustAvoid, {100, 100, 10, 10}}};
     EXPECT_EQ(explained(request).Why, Shortfall::HardWishesTogether);
@@ -489,6 +501,71 @@ TEST(Analysis, TwoFacesWhoseHeadsDoNotFitTogetherAreBothUncut)
         ASSERT_FALSE(suggestions.Crops.empty());
         EXPECT_TRUE(Holds(suggestions.Crops[0].Rect, left)) << x;
         EXPECT_TRUE(Holds(suggestions.Crops[0].Rect, right)) << x;
+    }
+}
+
+constexpr RankBy kRankings[] = {RankBy::People, RankBy::Composition, RankBy::Coverage,
+                                RankBy::Border, RankBy::Peak,        RankBy::CentrePeak,
+                                RankBy::Engine};
+
+// Of the crops that move to hold a face, some would break a wish that those of the lattice meet.
+TEST(Analysis, NoCropBreaksAHardWishToHoldAFace)
+{
+    const PixelImage image = BlockOnARamp({640, 480});
+    RegionOptions regions;
+    regions.Regions = {
+        {{300, 180, 80, 80}, RegionKind::Face, RegionSource::File, 1.0, "", WishKind::Keep}};
+    const Analysis analysis(Photograph::FromPixels(ViewOf(image)), regions);
+    const std::vector<Wish> wishes = {{WishKind::MustAvoid, {410, 100, 20, 200}},
+                                      {WishKind::MustAvoid, {250, 100, 20, 200}},
+                                      {WishKind::MustAvoid, {200, 290, 200, 20}},
+                                      {WishKind::MustKeep, {60, 60, 30, 30}},
+                                      {WishKind::MustKeep, {560, 400, 30, 30}}};
+    for (const Wish& wish : wishes)
+        for (const RankBy ranking : kRankings) {
+            SCOPED_TRACE(testing::Message() << NameOf(wish.Kind) << " at " << wish.Rect.X
+                                            << ", ranking " << static_cast<int>(ranking));
+            Request request;
+            request.Aspects = {{1, 1}, {3, 4}};
+            request.Top = 10000;
+            request.Ranking = ranking;
+            request.Wishes = {wish};
+            const std::vector<Crop> crops = analysis.Suggest(request).Crops;
+            ASSERT_FALSE(crops.empty());
+            for (const Crop& crop : crops)
+                EXPECT_TRUE(IsMet(wish, crop.Rect)) << crop.Rect.X << ", " << crop.Rect.Y;
+        }
+}
+
+// A request has one set of candidates; the ranking only orders them.
+TEST(Analysis, EveryRankingChoosesFromTheSameCandidates)
+{
+    const Analysis analysis = AnalysisOfABlock();
+    std::vector<Request> requests(4);
+    requests[0].Size = PixelSize{300, 200};
+    requests[1].Aspects = {{1, 1}, {16, 9}};
+    requests[2].Scales = {0.6, 0.9};
+    requests[3].Wishes = {{WishKind::MustKeep, {120, 90, 100, 80}}};
+    for (size_t i = 0; i < requests.size(); ++i) {
+        SCOPED_TRACE(i);
+        requests[i].Top = 10000;
+        requests[i].Ranking = RankBy::Coverage;
+        const std::vector<Crop> all = analysis.Suggest(requests[i]).Crops;
+        for (const RankBy ranking : kRankings) {
+            SCOPED_TRACE(static_cast<int>(ranking));
+            requests[i].Ranking = ranking;
+            requests[i].Top = 12;
+            const std::vector<Crop> best = analysis.Suggest(requests[i]).Crops;
+            EXPECT_EQ(best.size(), 12U);
+            for (const Crop& crop : best)
+                EXPECT_TRUE(std::any_of(all.begin(), all.end(),
+                                        [&crop](const Crop& other) {
+                                            return other.Rect == crop.Rect &&
+                                                   other.Aspect == crop.Aspect &&
+                                                   other.Scores.Coverage == crop.Scores.Coverage;
+                                        }))
+                    << crop.Rect.X << ", " << crop.Rect.Y << " " << crop.Aspect.Text();
+        }
     }
 }
 

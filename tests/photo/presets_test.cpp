@@ -155,5 +155,30 @@ TEST(Shape, OfATextKeepsTheRatioAsItWasNamed)
     EXPECT_EQ(ofSize.Fill, (PixelSize{1200, 630}));
 }
 
+// Scales whose crops would be scaled up are left out; if all are, the largest of them stays.
+TEST(Shape, AFillLeavesOutScalesThatAreTooSmallForIt)
+{
+    const auto scalesFor = [](PixelSize fill, const std::vector<double>& given, PixelSize photo) {
+        Request request;
+        request.Scales = given;
+        request.Aspects = {{7, 5}};
+        const Request made = RequestFor(ShapeOfSize(fill), request, photo);
+        EXPECT_EQ(made.Aspects, (std::vector<Ratio>{Reduced(fill.Width, fill.Height)}));
+        return made.Scales;
+    };
+    using Scales = std::vector<double>;
+    const PixelSize photo{1800, 1200}; // whose largest square is 1200 wide, and 3:1 all of it
+    EXPECT_EQ(scalesFor({900, 300}, {0.4, 0.5, 0.75}, photo), (Scales{0.5, 0.75}));
+    EXPECT_EQ(scalesFor({600, 600}, {0.4, 0.5, 0.75}, photo), (Scales{0.5, 0.75}));
+    EXPECT_EQ(scalesFor({600, 600}, {0.4, 0.5, 0.75}, {1200, 1800}), (Scales{0.5, 0.75}));
+    EXPECT_EQ(scalesFor({1000, 1000}, {0.4, 0.7, 0.5}, photo), (Scales{0.7}));
+    EXPECT_EQ(scalesFor({1140, 1140}, {}, photo), (Scales{0.95, 1.0}));
+    EXPECT_EQ(scalesFor({5000, 5000}, {}, photo), (Scales{1.0}));
+
+    Request request;
+    request.Scales = {0.1, 0.2};
+    EXPECT_EQ(RequestFor(*ShapeOfRatio("1:1"), request, photo).Scales, (Scales{0.1, 0.2}));
+}
+
 } // namespace
 } // namespace vistaTrim::photo
