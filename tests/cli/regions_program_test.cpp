@@ -244,6 +244,18 @@ TEST(Regions, ANamedFaceSkipsTheSearch)
     const json named = Suggest(portrait, {"--regions", folder.Path("r.jsonl")});
     ASSERT_THAT(named.at("regions"), SizeIs(1));
     EXPECT_EQ(named.at("regions")[0].at("source"), "file");
+    // What is named but is no face leaves the faces to be found.
+    for (const char* kind : {"animal", "subject", "other"}) {
+        WriteText(folder.Path("r.jsonl"),
+                  "{\"file\":\"astronaut.png\",\"regions\":[{\"x\":20,\"y\":30,\"w\":40,\"h\":40,"
+                  "\"kind\":\"" +
+                      std::string(kind) + "\"}]}\n");
+        json regions = Suggest(portrait, {"--regions", folder.Path("r.jsonl")}).at("regions");
+        ASSERT_THAT(regions, SizeIs(found.at("regions").size() + 1)) << kind;
+        EXPECT_EQ(regions[0].at("kind"), kind);
+        regions.erase(regions.begin());
+        EXPECT_EQ(regions, found.at("regions"));
+    }
     // A single photograph may be searched while it is analysed; the result is the same.
     EXPECT_EQ(Suggest(portrait, {"-j", "1"}), Suggest(portrait, {"-j", "4"}));
 }

@@ -1,5 +1,6 @@
 // --resume with other options than those of the standing output.
 #include <filesystem>
+#include <map>
 
 #include <gtest/gtest.h>
 
@@ -140,6 +141,10 @@ TEST_F(ResumedOptions, OfOtherNamesMayShareAFolder)
     }
     const Outcome mixed = Crop("b.jpg", {"--preset", "story", "--quality", "50", "--resume"});
     EXPECT_EQ(mixed.Err, MadeWithOther(Out, "--quality was not given and is 50"));
+    // Each run of the record counts, whichever was first.
+    const Outcome later = Crop("b.jpg", {"--preset", "square", "--resume"});
+    EXPECT_EQ(later.Status, 1);
+    EXPECT_EQ(later.Err, MadeWithOther(Out, "--quality was 50 and is not given"));
 }
 
 TEST_F(ResumedOptions, OfARunThatWroteNothingOrWasReplacedDoNotCount)
@@ -156,6 +161,33 @@ TEST_F(ResumedOptions, OfARunThatWroteNothingOrWasReplacedDoNotCount)
         fs::remove(Folder.Path("out/a-" + std::to_string(rank) + ".jpg"));
     EXPECT_EQ(Crop("a.jpg", resume).Status, 0);
     EXPECT_EQ(Crop("b.jpg", resume).Status, 0);
+}
+
+// Whichever file is gone comes back, and the others stay as they are.
+TEST_F(ResumedOptions, EachFileThatIsGoneIsWrittenAgain)
+{
+    const Words files = {"out/a-1-100.jpg", "out/a-1-50.jpg", "out/a-2-100.jpg", "out/a-2-50.jpg",
+                         "out/a.xmp"};
+    const Words words = {"--top", "2", "--widths", "50,100", "--xmp"};
+    ASSERT_EQ(Crop("a.jpg", words).Status, 0);
+    Words again = words;
+    again.emplace_back("--resume");
+    EXPECT_EQ(Crop("a.jpg", again).Out, "");
+    std::map<std::string, std::string> written;
+    for (const std::string& file : files)
+        written[file] = ReadText(Folder.Path(file));
+    for (const std::string& gone : files) {
+        SCOPED_TRACE(gone);
+        for (const std::string& file : files)
+            WriteText(Folder.Path(file), "retouched");
+        ASSERT_TRUE(fs::remove(Folder.Path(gone)));
+        const Outcome outcome = Crop("a.jpg", again);
+        EXPECT_EQ(outcome.Status, 0) << outcome.Err;
+        EXPECT_EQ(outcome.Out, Folder.Path(gone) + "\n");
+        for (const std::string& file : files)
+            EXPECT_TRUE(ReadText(Folder.Path(file)) == (file == gone ? written[file] : "retouched"))
+                << file;
+    }
 }
 
 TEST_F(ResumedOptions, OfCropsThatAFileNamesCountWhatItHolds)
