@@ -2,6 +2,9 @@
 
 #include <atomic>
 #include <chrono>
+#include <cmath>
+#include <cstdio>
+#include <string>
 #include <thread>
 #include <vector>
 
@@ -51,7 +54,9 @@ TEST(Batch, WorksOnSeveralAtATime)
         const int now = ++inside;
         for (int before = most; before < now && !most.compare_exchange_weak(before, now);) {
         }
-        std::this_thread::sleep_for(std::chrono::milliseconds(10));
+        // Until the others are there too, however busy the machine is.
+        for (int tries = 0; tries < 500 && most < 3; ++tries)
+            std::this_thread::sleep_for(std::chrono::milliseconds(2));
         --inside;
         return Numbered(index);
     };
@@ -112,6 +117,35 @@ TEST(Progress, ShowsDoneTotalAndTimeLeft)
     EXPECT_EQ(ProgressLine(5, 10, 65.0), "[###############...............] 5/10  1:05 left");
     EXPECT_EQ(ProgressLine(0, 10, 0.0), "[..............................] 0/10");
     EXPECT_EQ(ProgressLine(10, 10, 65.0), "[##############################] 10/10");
+}
+
+// What is drawn is the line for the time that has really passed.
+TEST(Progress, DrawsTheTimeLeftAtTheSpeedSoFar)
+{
+    using Clock = std::chrono::steady_clock;
+    const auto secondsSince = [](Clock::time_point start) {
+        return std::chrono::duration<double>(Clock::now() - start).count();
+    };
+    double least = 0;
+    double most = 0;
+    testing::internal::CaptureStderr();
+    {
+        const Clock::time_point before = Clock::now();
+        Progress progress(1001, true);
+        const Clock::time_point after = Clock::now();
+        std::this_thread::sleep_for(std::chrono::milliseconds(60));
+        least = secondsSince(after);
+        progress.Show(1);
+        most = secondsSince(before);
+    }
+    const std::string drawn = testing::internal::GetCapturedStderr();
+    int minutes = -1;
+    int seconds = -1;
+    const size_t at = drawn.rfind("] 1/1001  ");
+    ASSERT_NE(at, std::string::npos) << drawn;
+    ASSERT_EQ(std::sscanf(drawn.c_str() + at, "] 1/1001  %d:%d left", &minutes, &seconds), 2);
+    EXPECT_GE(60 * minutes + seconds, std::lround(1000 * least));
+    EXPECT_LE(60 * minutes + seconds, std::lround(1000 * most));
 }
 
 } // namespace
