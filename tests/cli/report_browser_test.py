@@ -546,31 +546,35 @@ def ratios_have_their_common_names(browser, sample):
     assert not [text for text in texts if "64:27" in text], texts
 
 
+def assert_shows(browser, canvas, crop):
+    """The canvas shows this crop of large.png, with as much of its bright square as there is."""
+    width, height = browser.run("return [arguments[0].width, arguments[0].height]", canvas)
+    assert abs(width / height - crop["width"] / crop["height"]) < 0.02
+    # Inside the corners of the bright square, and around it, as far as the crop goes.
+    scale = width / crop["width"]
+    seen = []
+    for x, y, bright in ((740, 840, True), (1220, 840, True), (740, 1320, True),
+                         (1220, 1320, True), (660, 1000, False), (1000, 760, False),
+                         (1300, 1000, False), (1000, 1400, False)):
+        at = [(x - crop["x"]) * scale, (y - crop["y"]) * scale]
+        if not (1 <= at[0] < width - 1 and 1 <= at[1] < height - 1):
+            continue
+        seen.append(bright)
+        red = browser.run(
+            "return arguments[0].getContext('2d').getImageData(arguments[1], arguments[2], 1, 1)"
+            ".data[0]", canvas, int(at[0]), int(at[1]))
+        assert (red > 180) == bright, (x, y, red)
+    assert len(seen) >= 4 and len(set(seen)) == 2, (crop, seen)
+
+
 def crops_are_cut_from_the_picture(browser, sample):
     browser.open(sample.page, photo=1)
     line = sample.lines[0]
     for rank in (0, 4):
         browser.all("#strip button")[rank].click()
-        crop = line["crops"][rank]
         browser.one('[data-view="crop"]').click()
         canvas = browser.one("#alone canvas")
-        width, height = browser.run("return [arguments[0].width, arguments[0].height]", canvas)
-        assert abs(width / height - crop["width"] / crop["height"]) < 0.02
-        # Inside the corners of the bright square, and around it, as far as the crop goes.
-        scale = width / crop["width"]
-        seen = []
-        for x, y, bright in ((740, 840, True), (1220, 840, True), (740, 1320, True),
-                             (1220, 1320, True), (660, 1000, False), (1000, 760, False),
-                             (1300, 1000, False), (1000, 1400, False)):
-            at = [(x - crop["x"]) * scale, (y - crop["y"]) * scale]
-            if not (1 <= at[0] < width - 1 and 1 <= at[1] < height - 1):
-                continue
-            seen.append(bright)
-            red = browser.run(
-                "return arguments[0].getContext('2d').getImageData(arguments[1], arguments[2], 1, 1)"
-                ".data[0]", canvas, int(at[0]), int(at[1]))
-            assert (red > 180) == bright, (x, y, red)
-        assert len(seen) >= 4 and len(set(seen)) == 2, (crop, seen)
+        assert_shows(browser, canvas, line["crops"][rank])
         label = canvas.get_attribute("aria-label")
         assert label.startswith(f"Crop {rank + 1} of large.png, "), label
         browser.one('[data-view="place"]').click()
@@ -810,15 +814,16 @@ def paper_gets_the_plain_list(browser, sample):
     assert not browser.shown("button:not(.badge), select, nav, details, #viewer, #overview")
     assert browser.run("return getComputedStyle(document.body).backgroundColor") == \
         "rgb(255, 255, 255)"
-    canvases = browser.shown("#photo-1 .list canvas")
-    assert len(canvases) == 5
-    for canvas in canvases:
-        assert browser.run(
-            "const c = arguments[0]; const d = c.getContext('2d')"
-            ".getImageData(0, 0, c.width, c.height).data; return d.some(v => v > 0 && v < 255)",
-            canvas)
-    assert browser.run("return document.documentElement.scrollWidth") <= 700
     line = sample.lines[0]
+    items = browser.all("#photo-1 .list li")
+    assert len(items) == len(line["crops"]) == 5
+    for rank, (item, crop) in enumerate(zip(items, line["crops"])):
+        canvas = item.find_element(By.CSS_SELECTOR, "canvas")
+        assert canvas.is_displayed()
+        assert_shows(browser, canvas, crop)
+        label = canvas.get_attribute("aria-label")
+        assert label.startswith(f"Crop {rank + 1} of large.png, "), label
+    assert browser.run("return document.documentElement.scrollWidth") <= 700
     stage = browser.box(browser.one("#photo-1 .stage"))
     numbers = []
     for frame, crop in zip(browser.all("#photo-1 .frame"), line["crops"]):
