@@ -734,6 +734,13 @@ def a_choice_is_saved_as_suggest_writes_it(browser, sample):
     browser.open(sample.page)
     abouts = [about.text for about in browser.all("#tiles .about")]
     assert abouts[0] == "✓ 2 of 5 crops chosen" and abouts[3] == "5 crops", abouts
+    # A page of other crops of these photographs has a choice of its own.
+    other = sample.report("other.html", "--aspect", "1:1", *sample.photos, status=1)
+    browser.open(other)
+    assert browser.one("#choice-count").text == "No crop chosen"
+    browser.one("#choose-first").click()
+    browser.open(sample.page)
+    assert browser.one("#choice-count").text == "3 crops chosen"
     browser.one("#choose-first").click()
     assert browser.one("#choice-count").text == "4 crops chosen"
     browser.one("#choice-clear").click()
