@@ -1,6 +1,7 @@
 #include "picture/encoded_source.h"
 
 #include <cerrno>
+#include <cstdio>
 #include <functional>
 #include <system_error>
 #include <utility>
@@ -69,6 +70,39 @@ ImageFormat FormatOf(const std::string& loader, const vips::VImage& header)
 // without explanation.
 constexpr VipsFailOn kFailOn = VIPS_FAIL_ON_TRUNCATED;
 
+constexpr int kMaximum = 1; // columns of libvips' statistics
+constexpr int kMean = 4;
+
+std::string NumberText(double value)
+{
+    char text[40];
+    std::snprintf(text, sizeof text, "%.6g", value);
+    return text;
+}
+
+// Light of 0 to 1 as grey of 8 bits, just as light of colours is converted.
+vips::VImage InSteps(const vips::VImage& light)
+{
+    const vips::VImage grey = light.extract_band(0);
+    vips::VImage steps =
+        vips::VImage::bandjoin({grey, grey, grey})
+            .copy(vips::VImage::option()->set("interpretation", VIPS_INTERPRETATION_scRGB))
+            .colourspace(VIPS_INTERPRETATION_sRGB)
+            .extract_band(0);
+    if (light.bands() > 1)
+        steps = steps.bandjoin(light.extract_band(1).linear(255, 0).cast(VIPS_FORMAT_UCHAR));
+    steps = steps.copy(vips::VImage::option()->set("interpretation", VIPS_INTERPRETATION_B_W));
+    steps.remove(VIPS_META_ICC_NAME); // it is that of the light
+    return steps;
+}
+
+vips::VImage Scaled(const vips::VImage& image, PixelSize size)
+{
+    const double across = static_cast<double>(size.Width) / image.width();
+    const double down = static_cast<double>(size.Height) / image.height();
+    return image.resize(across, vips::VImage::option()->set("vscale", down));
+}
+
 class EncodedSource : public PhotographSource {
 public:
     using Opener = std::function<vips::VSource()>;
@@ -86,12 +120,9 @@ public:
 
     vips::VImage ReadFull(bool oncePerPixel) const override
     {
-        const bool sequential = oncePerPixel && Orientation == 1;
-        vips::VImage image = vips::VImage::new_from_source(
-            Open(), "",
-            vips::VImage::option()
-                ->set("access", sequential ? VIPS_ACCESS_SEQUENTIAL : VIPS_ACCESS_RANDOM)
-                ->set("fail_on", kFailOn));
+        vips::VImage image = AsStored(oncePerPixel && Orientation == 1);
+        if (IsUnitGrey)
+            image = InSteps(image);
         image = image.autorot().copy(); // only a private copy's fields may be changed
         SetExif(image, TiffExif);
         return image;
@@ -100,10 +131,21 @@ public:
 protected:
     vips::VImage ReadThumbnailInColours(PixelSize size) const override
     {
-        return IsCmyk ? ThumbnailOfCmyk(size) : ThumbnailOfColours(size);
+        return IsCmyk       ? ThumbnailOfCmyk(size)
+               : IsUnitGrey ? Scaled(ReadFull(true), size)
+                            : ThumbnailOfColours(size);
     }
 
 private:
+    vips::VImage AsStored(bool sequential) const
+    {
+        return vips::VImage::new_from_source(
+            Open(), "",
+            vips::VImage::option()
+                ->set("access", sequential ? VIPS_ACCESS_SEQUENTIAL : VIPS_ACCESS_RANDOM)
+                ->set("fail_on", kFailOn));
+    }
+
     [[noreturn]] void ThrowUnread(const std::string& ending) const
     {
         std::string sentence;
@@ -129,6 +171,7 @@ private:
                 if (Native == ImageFormat::Tiff) {
                     const vips::VSource fields = Open();
                     TiffExif = ExifOfTiff(TiffReaderOf(fields));
+                    NoteFloats(header);
                 }
                 if (Native == ImageFormat::Jpeg)
                     StoredCoding = CodingOfJpeg(Open());
@@ -144,14 +187,35 @@ private:
         return isKnown;
     }
 
+    // libvips takes floating-point colours as light from 0 to 1, but greys as steps from 0 to 255,
+    // although most files have 0 to 1 in both. Only the pixels show which it is.
+    void NoteFloats(const vips::VImage& header)
+    {
+        if (header.format() != VIPS_FORMAT_FLOAT) // libvips reads no larger ones
+            return;
+        const bool isGrey = header.interpretation() == VIPS_INTERPRETATION_B_W;
+        if (!isGrey && header.interpretation() != VIPS_INTERPRETATION_scRGB)
+            return;
+        const vips::VImage stats =
+            AsStored(true)
+                .extract_band(0, vips::VImage::option()->set("n", isGrey ? 1 : 3))
+                .stats();
+        const double most = stats.getpoint(kMaximum, 0)[0];
+        const double mean = stats.getpoint(kMean, 0)[0];
+        IsUnitGrey = isGrey && most <= 1;
+        // Highlights above 1 are white, but not whole pictures.
+        const bool isUnknown = isGrey ? most > 255 : mean > 1;
+        if (isUnknown)
+            throw PhotoError(PhotoError::Kind::Unsupported,
+                             "floating-point values up to " + NumberText(most) +
+                                 "; they have to be light from 0, black, to 1, white");
+    }
+
     // libvips thumbnails of CMYK have different colours from its profile conversion, so this
     // decodes at full size and converts here.
     vips::VImage ThumbnailOfCmyk(PixelSize size) const
     {
-        const vips::VImage full = ReadFull(true);
-        const double across = static_cast<double>(size.Width) / full.width();
-        const double down = static_cast<double>(size.Height) / full.height();
-        return full.resize(across, vips::VImage::option()->set("vscale", down))
+        return Scaled(ReadFull(true), size)
             .icc_transform(
                 "srgb",
                 vips::VImage::option()->set("embedded", true)->set("input_profile", "cmyk"));
@@ -177,6 +241,7 @@ private:
     Opener Open;
     ExifBlock TiffExif; // of a TIFF file, from which libvips does not read it
     bool IsCmyk = false;
+    bool IsUnitGrey = false; // floating-point grey of 0 to 1
     bool HasProfile = false;
 };
 

@@ -47,7 +47,8 @@ PhotoError PlainError(Kind kind, const std::string& message)
     case Kind::Damaged:
         if (!system.empty())
             return {Kind::Unreadable, system};
-        if (Says(text, {"operation is blocked", "unsupported", "not supported", "unimplemented"}))
+        if (Says(text, {"operation is blocked", "unsupported", "not supported", "unimplemented",
+                        "samples out of range"}))
             return {Kind::Unsupported, "a picture of a kind that is not read"};
         if (Says(text, {"too large", "too big", "too many pixels", "exceeds", "limit"}))
             return {Kind::Unsupported, "the picture is larger than can be read"};

@@ -6,6 +6,7 @@
 
 #include "photo/sample_pictures.h"
 #include "picture/photograph_source.h"
+#include "vistaTrimPhoto/crop_writer.h"
 #include "vistaTrimPhoto/photo_error.h"
 
 namespace vistaTrim::photo {
@@ -123,6 +124,60 @@ TEST(Photograph, OfGreyHasThreeEqualBands)
     for (const auto& mean : means) {
         EXPECT_EQ(mean[0], mean[1]);
         EXPECT_EQ(mean[1], mean[2]);
+    }
+}
+
+// A file of light from 0 to 1 used to be read as black.
+TEST(Photograph, OfFloatingPointLightIsReadFromZeroToOne)
+{
+    const TempFolder folder;
+    const VImage band = Scene(90, 60, 0.4, 0.5).extract_band(1);
+    const VImage scene =
+        VImage::bandjoin(std::vector<VImage>{band, band, band})
+            .copy(VImage::option()->set("interpretation", VIPS_INTERPRETATION_sRGB));
+    const VImage light = scene.colourspace(VIPS_INTERPRETATION_scRGB);
+    const auto error = [&](const VImage& image) {
+        image.write_to_file(folder.Path("f.tif").c_str());
+        const PixelImage pixels = Photograph::FromFile(folder.Path("f.tif")).ReadPreview(90);
+        const VImage read =
+            VImage::new_from_memory(const_cast<uint8_t*>(pixels.Bytes.data()), pixels.Bytes.size(),
+                                    pixels.Size.Width, pixels.Size.Height, 3, VIPS_FORMAT_UCHAR);
+        return (read - scene).abs().max();
+    };
+    // By way of light and back, a step may round differently.
+    EXPECT_LE(error(light), 1);
+    const VImage grey = light.extract_band(1).copy(
+        VImage::option()->set("interpretation", VIPS_INTERPRETATION_B_W));
+    EXPECT_LE(error(grey), 1);
+    const VImage turned = StoredWithOrientation(grey, 6);
+    EXPECT_LE(error(turned), 1);
+    // As before: greys in steps of 0 to 255.
+    const VImage steps =
+        scene.extract_band(0)
+            .cast(VIPS_FORMAT_FLOAT)
+            .copy(VImage::option()->set("interpretation", VIPS_INTERPRETATION_B_W));
+    EXPECT_LE(error(steps), 1);
+
+    grey.write_to_file(folder.Path("g.tif").c_str());
+    CropOutput crop;
+    crop.Rect = {10, 5, 60, 40};
+    crop.Format = ImageFormat::Png;
+    const std::vector<uint8_t> bytes =
+        EncodeCrops(Photograph::FromFile(folder.Path("g.tif")), {crop}).at(0);
+    const VImage cut = VImage::new_from_buffer(bytes.data(), bytes.size(), "");
+    EXPECT_LE((cut.extract_band(0) - scene.extract_band(0).extract_area(10, 5, 60, 40)).abs().max(),
+              1);
+
+    grey.cast(VIPS_FORMAT_DOUBLE).write_to_file(folder.Path("d.tif").c_str());
+    EXPECT_EQ(ReasonOf(folder.Path("d.tif")), "a picture of a kind that is not read");
+    for (const VImage& unknown :
+         {VImage(light.linear(255, 0)
+                     .cast(VIPS_FORMAT_FLOAT)
+                     .copy(VImage::option()->set("interpretation", VIPS_INTERPRETATION_scRGB))),
+          VImage(steps.linear(257, 0).cast(VIPS_FORMAT_FLOAT))}) {
+        unknown.write_to_file(folder.Path("u.tif").c_str());
+        EXPECT_NE(ReasonOf(folder.Path("u.tif")).find("floating-point values up to "),
+                  std::string::npos);
     }
 }
 
