@@ -109,7 +109,10 @@ FileKind KindOfFile(const std::string& path)
         return KindOfContent(path);
     if (IsReadableEnding(ending))
         return FileKind::Photograph;
-    return IsRawEnding(ending) ? FileKind::Raw : FileKind::Other;
+    if (!IsRawEnding(ending))
+        return FileKind::Other;
+    // What a raw developer wrote can have kept the name, and is read where it is named.
+    return KindOfContent(path) == FileKind::Photograph ? FileKind::Photograph : FileKind::Raw;
 }
 
 } // namespace vistaTrim::photo

@@ -160,6 +160,9 @@ TEST(KindOfFile, IsThatOfTheEndingOrOfTheContent)
     EXPECT_EQ(kindOf("A.JPEG", "broken"), FileKind::Photograph); // reading it reports the error
     EXPECT_EQ(kindOf("a.jfif", jpeg), FileKind::Photograph);
     EXPECT_EQ(kindOf("a.NEF", "broken"), FileKind::Raw);
+    // As where it is named: what it holds counts.
+    EXPECT_EQ(kindOf("plain.nef", TinyTiff({})), FileKind::Photograph);
+    EXPECT_EQ(kindOf("sensor.nef", TinyTiff({{50706, 1, 4, 1}})), FileKind::Raw);
     EXPECT_EQ(kindOf("a.jpg~", jpeg), FileKind::Other); // a copy that an editor made
     EXPECT_EQ(kindOf("a.jpg_original", jpeg), FileKind::Other);
     EXPECT_EQ(kindOf("a.txt", jpeg), FileKind::Other);
