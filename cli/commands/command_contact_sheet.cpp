@@ -33,23 +33,9 @@ photo::ImageFormat FormatOfSheet(const std::string& file)
     return *format;
 }
 
-// The longest side that the format can hold.
-int32_t LongestSide(photo::ImageFormat format)
-{
-    switch (format) {
-    case photo::ImageFormat::Jpeg: return 65535;
-    case photo::ImageFormat::Webp:
-    case photo::ImageFormat::Avif:
-    case photo::ImageFormat::Heic: return 16383;
-    case photo::ImageFormat::Png:
-    case photo::ImageFormat::Tiff: break;
-    }
-    return 1'000'000;
-}
-
 void CheckThatItFits(const SheetLayout& layout, size_t photos, const std::string& file)
 {
-    const int64_t longest = LongestSide(FormatOfSheet(file));
+    const int64_t longest = photo::LongestSide(FormatOfSheet(file));
     const PixelSize row = photo::RowSize(layout);
     const int64_t most =
         (longest - 2 * static_cast<int64_t>(layout.Gap) - layout.Caption) / row.Height;
@@ -72,7 +58,8 @@ std::vector<std::string> Heads(const Options& options)
             if (!options.EachShape)
                 heads.push_back("Crop " + number);
             else
-                heads.push_back(options.Request.Top == 1 ? shape.Name : shape.Name + " " + number);
+                heads.push_back(photo::ShownName(shape) +
+                                (options.Request.Top == 1 ? "" : " " + number));
         }
     return heads;
 }

@@ -1,10 +1,12 @@
 #include "vistaTrimPhoto/crop_writer.h"
 
+#include <algorithm>
 #include <functional>
 
 #include "picture/crop_metadata.h"
 #include "picture/photograph_source.h"
 #include "picture/save.h"
+#include "picture/side_by_side.h"
 #include "picture/tiff_exif.h"
 #include "picture/vips_pixels.h"
 #include "picture/vips_runtime.h"
@@ -61,7 +63,8 @@ VImage Resized(VImage image, PixelSize size)
     return image;
 }
 
-void CheckCrops(const PhotographSource& source, const std::vector<CropOutput>& crops)
+// `encodes`: the crops go into files of their formats.
+void CheckCrops(const PhotographSource& source, const std::vector<CropOutput>& crops, bool encodes)
 {
     const PixelRect whole{0, 0, source.Size().Width, source.Size().Height};
     for (const CropOutput& crop : crops) {
@@ -70,6 +73,13 @@ void CheckCrops(const PhotographSource& source, const std::vector<CropOutput>& c
         if (crop.Size && (crop.Size->Width < 1 || crop.Size->Height < 1))
             throw PhotoError(PhotoError::Kind::InvalidRequest,
                              "both sides of a crop must be at least one pixel");
+        const PixelSize size = crop.Size.value_or(PixelSize{crop.Rect.Width, crop.Rect.Height});
+        if (encodes && std::max(size.Width, size.Height) > LongestSide(crop.Format))
+            throw PhotoError(PhotoError::Kind::NotWritable,
+                             "a crop of " + std::to_string(size.Width) + " x " +
+                                 std::to_string(size.Height) + " pixels is larger than " +
+                                 EndingOf(crop.Format) + " holds: at most " +
+                                 std::to_string(LongestSide(crop.Format)) + " a side");
         if (crop.Quality && (*crop.Quality < 1 || *crop.Quality > 100))
             throw PhotoError(PhotoError::Kind::InvalidRequest, "the quality must be 1 to 100");
     }
@@ -77,15 +87,16 @@ void CheckCrops(const PhotographSource& source, const std::vector<CropOutput>& c
 
 using CropReceiver = std::function<void(size_t index, const VImage& cut)>;
 
-// Decodes once, cuts each crop and passes it to `receive`. For use inside RunVips.
-void CutEach(const PhotographSource& source, const std::vector<CropOutput>& crops,
+// Decodes once, cuts each crop and passes it to `receive`. For use inside RunVips. The first thread
+// that needs pixels makes libvips decode them; the others wait for that.
+void CutEach(const PhotographSource& source, const std::vector<CropOutput>& crops, int threads,
              const CropReceiver& receive)
 {
     const VImage full = source.ReadFull(crops.size() == 1);
-    for (size_t i = 0; i < crops.size(); ++i) {
+    SideBySide(crops.size(), threads, [&](size_t i) {
         const PixelRect& rect = crops[i].Rect;
         receive(i, full.extract_area(rect.X, rect.Y, rect.Width, rect.Height));
-    }
+    });
 }
 
 // The crop as it goes into a file.
@@ -145,21 +156,21 @@ PhotoError::Kind KindOfWriteFailure(const PhotographSource& source)
     return PhotoError::Kind::NotWritable;
 }
 
-// Passes every crop to `save`, which may be called twice for each.
-void SaveEach(const Photograph& photograph, const std::vector<CropOutput>& crops,
+// Passes every crop to `save`, which may be called twice for each, and by several threads.
+void SaveEach(const Photograph& photograph, const std::vector<CropOutput>& crops, int threads,
               const CropReceiver& save)
 {
     if (crops.empty())
         return;
     const PhotographSource& source = PhotographSource::Of(photograph);
-    CheckCrops(source, crops);
+    CheckCrops(source, crops, true);
     for (const CropOutput& crop : crops)
         if (NeedsModules(crop.Format))
             LoadVipsModules();
     try {
         RunVips(
             [&] {
-                CutEach(source, crops, [&](size_t i, const VImage& cut) {
+                CutEach(source, crops, threads, [&](size_t i, const VImage& cut) {
                     save(i, Finished(cut, crops[i], source));
                 });
             },
@@ -173,13 +184,18 @@ void SaveEach(const Photograph& photograph, const std::vector<CropOutput>& crops
 
 } // namespace
 
+void CheckCropFiles(const Photograph& photograph, const std::vector<CropOutput>& crops)
+{
+    CheckCrops(PhotographSource::Of(photograph), crops, true);
+}
+
 void WriteCrops(const Photograph& photograph, const std::vector<CropOutput>& crops,
-                const std::vector<std::string>& paths)
+                const std::vector<std::string>& paths, int threads)
 {
     if (paths.size() != crops.size())
         throw PhotoError(PhotoError::Kind::InvalidRequest, "there must be one path for each crop");
     const PhotographSource& source = PhotographSource::Of(photograph);
-    SaveEach(photograph, crops, [&](size_t i, const VImage& image) {
+    SaveEach(photograph, crops, threads, [&](size_t i, const VImage& image) {
         Save(image, vips::VTarget::new_to_file(paths[i].c_str()),
              SaveOptionsOf(image, crops[i], source));
         if (crops[i].Format == ImageFormat::Tiff)
@@ -192,7 +208,7 @@ std::vector<std::vector<uint8_t>> EncodeCrops(const Photograph& photograph,
 {
     std::vector<std::vector<uint8_t>> encoded(crops.size());
     const PhotographSource& source = PhotographSource::Of(photograph);
-    SaveEach(photograph, crops, [&](size_t i, const VImage& image) {
+    SaveEach(photograph, crops, 1, [&](size_t i, const VImage& image) {
         encoded[i] = SaveToMemory(image, SaveOptionsOf(image, crops[i], source));
         if (crops[i].Format == ImageFormat::Tiff)
             AddToTiff(TiffExtrasOf(image), encoded[i]);
@@ -207,10 +223,10 @@ std::vector<PixelImage> ReadCrops(const Photograph& photograph,
     if (crops.empty())
         return pixels;
     const PhotographSource& source = PhotographSource::Of(photograph);
-    CheckCrops(source, crops);
+    CheckCrops(source, crops, false);
     RunVips(
         [&] {
-            CutEach(source, crops, [&](size_t i, const VImage& cut) {
+            CutEach(source, crops, 1, [&](size_t i, const VImage& cut) {
                 VImage image = InScreenColours(cut, source.Background());
                 if (crops[i].Size)
                     image = Resized(image, *crops[i].Size);

@@ -39,4 +39,17 @@ std::optional<ImageFormat> FormatOfEnding(const std::string& ending)
     return std::nullopt;
 }
 
+int32_t LongestSide(ImageFormat format)
+{
+    switch (format) {
+    case ImageFormat::Jpeg: return 65'500;
+    case ImageFormat::Webp: return 16'383;
+    case ImageFormat::Avif:
+    case ImageFormat::Heic: return 16'384;
+    case ImageFormat::Png:
+    case ImageFormat::Tiff: break;
+    }
+    return 10'000'000; // as large as libvips' images
+}
+
 } // namespace vistaTrim::photo

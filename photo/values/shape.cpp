@@ -13,6 +13,18 @@ std::string FileSafeRatio(std::string text)
     return text;
 }
 
+std::string ShownRatio(std::string fileSafe)
+{
+    std::replace(fileSafe.begin(), fileSafe.end(), 'x', ':');
+    return fileSafe;
+}
+
+std::string ShownName(const Shape& shape)
+{
+    const bool isRatio = !shape.Fill && shape.Name == shape.RatioText;
+    return isRatio ? ShownRatio(shape.RatioText) : shape.Name;
+}
+
 std::optional<Shape> ShapeOfRatio(const std::string& text)
 {
     const std::optional<Ratio> ratio = ParseRatio(text);

@@ -81,6 +81,71 @@ TEST(CropWriter, GivesTheSameBytesInMemoryAsInFiles)
     EXPECT_TRUE(EncodeCrops(photograph, {}).empty());
 }
 
+TEST(CropWriter, GivesTheSameFilesInSeveralThreads)
+{
+    const TempFolder folder;
+    const VImage scene = Scene(900, 600, 0.4, 0.5);
+    scene.write_to_file(folder.Path("a.png").c_str());
+    const VImage onItsSide = StoredWithOrientation(scene, 6);
+    onItsSide.write_to_file(folder.Path("b.jpg").c_str());
+    for (const char* name : {"a.png", "b.jpg"}) {
+        const Photograph photograph = Photograph::FromFile(folder.Path(name));
+        std::vector<CropOutput> crops;
+        for (const ImageFormat format :
+             {ImageFormat::Png, ImageFormat::Jpeg, ImageFormat::Webp, ImageFormat::Tiff})
+            for (const int32_t width : {120, 300}) {
+                crops.push_back(Output({10, 20, width, 200}, format));
+                crops.push_back(crops.back());
+                crops.back().Size = PixelSize{width / 2, 150};
+            }
+        const auto paths = [&](const std::string& prefix) {
+            std::vector<std::string> names;
+            for (size_t i = 0; i < crops.size(); ++i)
+                names.push_back(folder.Path(prefix + std::to_string(i)));
+            return names;
+        };
+        WriteCrops(photograph, crops, paths("one"));
+        WriteCrops(photograph, crops, paths("four"), 4);
+        for (size_t i = 0; i < crops.size(); ++i)
+            EXPECT_TRUE(ReadText(paths("one")[i]) == ReadText(paths("four")[i]))
+                << name << " " << i;
+    }
+}
+
+TEST(CropWriter, FailsInSeveralThreadsAsInOne)
+{
+    const TempFolder folder;
+    Scene(900, 600, 0.4, 0.5).write_to_file(folder.Path("whole.png").c_str());
+    CutShort(folder.Path("whole.png"), folder.Path("cut.png"), 0.5);
+    const std::vector<CropOutput> crops(6, Output({0, 0, 900, 600}));
+    const std::vector<std::string> paths(6, folder.Path("out.png"));
+    EXPECT_EQ(
+        KindOf([&] { WriteCrops(Photograph::FromFile(folder.Path("cut.png")), crops, paths, 3); }),
+        PhotoError::Kind::Damaged);
+    const std::vector<std::string> nowhere(6, folder.Path("none/out.png"));
+    EXPECT_EQ(KindOf([&] {
+                  WriteCrops(Photograph::FromFile(folder.Path("whole.png")), crops, nowhere, 3);
+              }),
+              PhotoError::Kind::NotWritable);
+}
+
+TEST(CropWriter, RefusesSidesThatTheFormatDoesNotHold)
+{
+    const TempFolder folder;
+    Scene(90, 60, 0.4, 0.5).write_to_file(folder.Path("a.png").c_str());
+    const Photograph photograph = Photograph::FromFile(folder.Path("a.png"));
+    for (const ImageFormat format : {ImageFormat::Jpeg, ImageFormat::Webp}) {
+        CropOutput crop = Output({0, 0, 90, 60}, format);
+        crop.Size = PixelSize{1, LongestSide(format)};
+        EXPECT_EQ(EncodeCrops(photograph, {crop}).size(), 1U);
+        crop.Size->Height += 1;
+        EXPECT_EQ(KindOf([&] { CheckCropFiles(photograph, {crop}); }),
+                  PhotoError::Kind::NotWritable);
+        EXPECT_EQ(KindOf([&] { EncodeCrops(photograph, {crop}); }), PhotoError::Kind::NotWritable);
+        EXPECT_EQ(ReadCrops(photograph, {crop})[0].Size, *crop.Size); // no file
+    }
+}
+
 TEST(CropWriter, CutsThePixelsOfTheRectangle)
 {
     const TempFolder folder;

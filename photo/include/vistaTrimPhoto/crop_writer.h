@@ -28,11 +28,15 @@ struct CropOutput {
     bool Strip = false; // leave out all metadata; the colour profile stays
 };
 
+// Throws what WriteCrops would throw before it writes.
+void CheckCropFiles(const Photograph& photograph, const std::vector<CropOutput>& crops);
+
 // Each decodes the photograph once for all crops, keeps depth, colour profile and metadata as far
 // as the format can hold them, and throws PhotoError. Files that were written before a failure
 // are not removed.
 void WriteCrops(const Photograph& photograph, const std::vector<CropOutput>& crops,
-                const std::vector<std::string>& paths); // one path a crop; replaced if it exists
+                const std::vector<std::string>& paths, // one a crop; replaced if it exists
+                int threads = 1);                      // that encode at a time; same files
 std::vector<std::vector<uint8_t>> EncodeCrops(const Photograph& photograph,
                                               const std::vector<CropOutput>& crops);
 

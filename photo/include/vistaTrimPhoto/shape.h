@@ -21,6 +21,12 @@ struct Shape {
 // "16:9" and "16/9" become "16x9".
 std::string FileSafeRatio(std::string text);
 
+// "21x9" becomes "21:9", for people to read. Texts of other forms stay as they are.
+std::string ShownRatio(std::string fileSafe);
+
+// For people: "21:9", "og-image", "1200x630".
+std::string ShownName(const Shape& shape);
+
 // The shape of a ratio as people write it. nullopt for any other text.
 std::optional<Shape> ShapeOfRatio(const std::string& text);
 Shape ShapeOfSize(PixelSize size);
