@@ -122,7 +122,10 @@ CropLabel LabelOf(const json& crop, const photo::Crop& made, size_t index, const
     CropLabel label;
     label.Shape = Word(crop, "shape", place);
     CheckShapeName(label.Shape, place);
-    label.Ratio = photo::FileSafeRatio(made.Aspect.Text());
+    const std::string ratio = Word(crop, "ratio", place);
+    if (!ratio.empty() && !photo::ParseRatio(ratio))
+        Fail(place, "ratio '" + ratio + "' is not W:H");
+    label.Ratio = photo::FileSafeRatio(ratio.empty() ? made.Aspect.CommonName() : ratio);
     label.Rank =
         crop.contains("rank") ? Whole(crop, "rank", 1, place) : static_cast<int32_t>(index) + 1;
     if (!crop.contains("fill"))

@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "vistaTrimPhoto/geometry.h"
+#include "vistaTrimPhoto/ratio.h"
 #include "vistaTrimPhoto/result.h"
 
 namespace vistaTrim::cli {
@@ -15,7 +16,7 @@ namespace vistaTrim::cli {
 // What was requested of a crop; names its files.
 struct CropLabel {
     std::string Shape; // "og-image", "16x9"; empty if all shapes were ranked together
-    std::string Ratio; // "16x9"
+    std::string Ratio; // "16x9", as the request wrote it; else its usual name
     int32_t Rank = 1;  // among the crops of its shape
     std::optional<photo::PixelSize> Fill; // scaled to exactly this
 };
@@ -30,6 +31,7 @@ struct PhotoResult {
     std::string File;
     photo::Suggestions Found;
     std::vector<CropLabel> Labels; // one for each crop
+    std::string WhyNone;           // there are no crops; for people, empty if nobody asked
     std::string Error;             // empty if all went well
     double WriteMilliseconds = 0;
     std::vector<std::string> Written; // files

@@ -11,7 +11,7 @@ std::string RatioTextOf(const Crop& crop, const Options& options)
     for (const photo::Shape& shape : options.Shapes)
         if (shape.Aspect == crop.Aspect)
             return shape.RatioText;
-    return photo::FileSafeRatio(crop.Aspect.Text());
+    return photo::FileSafeRatio(crop.Aspect.CommonName());
 }
 
 void AddExplanation(const photo::Explanation& more, std::optional<photo::Explanation>& sum)
@@ -53,7 +53,7 @@ std::vector<std::string> SuggestCrops(const photo::Analysis& analysis, const Opt
         scored += found.Times.Score;
         result.Found.Times = found.Times;
         if (found.Crops.empty())
-            missing.push_back(shape.Name);
+            missing.push_back(photo::ShownName(shape));
         int32_t rank = 0;
         for (const Crop& crop : found.Crops) {
             result.Found.Crops.push_back(crop);
@@ -64,6 +64,15 @@ std::vector<std::string> SuggestCrops(const photo::Analysis& analysis, const Opt
     }
     result.Found.Times.Score = scored;
     return missing;
+}
+
+std::string WhyNoCrop(const photo::Analysis& analysis, const Options& options)
+{
+    Options explained = options;
+    explained.Request.Explain = true;
+    PhotoResult again;
+    SuggestCrops(analysis, explained, again);
+    return photo::NoteOf(*again.Found.Explained, kWishPrefix);
 }
 
 } // namespace vistaTrim::cli

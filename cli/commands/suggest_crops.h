@@ -17,6 +17,9 @@ namespace vistaTrim::cli {
 std::vector<std::string> SuggestCrops(const photo::Analysis& analysis, const Options& options,
                                       PhotoResult& result);
 
+// In words, of a photograph that got no crop at all.
+std::string WhyNoCrop(const photo::Analysis& analysis, const Options& options);
+
 } // namespace vistaTrim::cli
 
 #endif

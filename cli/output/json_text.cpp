@@ -2,6 +2,8 @@
 
 #include <nlohmann/json.hpp>
 
+#include "vistaTrimPhoto/shape.h"
+
 namespace vistaTrim::cli {
 
 namespace {
@@ -42,6 +44,9 @@ Json CropJson(const Crop& crop, const CropLabel* label)
 {
     Json json = RectJson(crop.Rect);
     json["aspect"] = crop.Aspect.Text();
+    if (label != nullptr && !label->Ratio.empty() &&
+        label->Ratio != photo::FileSafeRatio(crop.Aspect.CommonName()))
+        json["ratio"] = photo::ShownRatio(label->Ratio);
     if (label != nullptr && !label->Shape.empty()) {
         json["shape"] = label->Shape;
         json["rank"] = label->Rank;

@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "batch/photo_list.h"
+#include "output/shown_ratio.h"
 
 namespace vistaTrim::cli {
 
@@ -101,10 +102,11 @@ std::string PeopleText(const PhotoResult& result)
     if (!result.Found.Crops.empty())
         text += "    #   ratio      x      y   width  height  expect" + MeasureHeadings() +
                 "  content\n";
-    int rank = 0;
-    for (const Crop& crop : result.Found.Crops) {
-        text += Format("  %3d %7s %6d %6d %7d %7d", ++rank, crop.Aspect.Text().c_str(), crop.Rect.X,
-                       crop.Rect.Y, crop.Rect.Width, crop.Rect.Height) +
+    for (size_t i = 0; i < result.Found.Crops.size(); ++i) {
+        const Crop& crop = result.Found.Crops[i];
+        text += Format("  %3d %7s %6d %6d %7d %7d", static_cast<int>(i) + 1,
+                       ShownRatioOf(result, i).c_str(), crop.Rect.X, crop.Rect.Y, crop.Rect.Width,
+                       crop.Rect.Height) +
                 Format("  %6.4f", crop.ExpectedOverlap) + MeasureColumns(crop.Scores) +
                 (crop.CoversContent ? "  covered\n" : "  -\n");
         if (crop.Explained && result.Found.Explained)
@@ -125,7 +127,7 @@ std::string PeopleText(const PhotoResult& result)
         if (!note.empty())
             text += "  " + note + "\n";
     } else if (result.Found.Crops.empty()) {
-        text += "  no crop; --explain shows why\n";
+        text += "  no crop: " + result.WhyNone + "\n";
     }
     return text;
 }

@@ -3,6 +3,7 @@
 #include <nlohmann/json.hpp>
 
 #include "output/result_text.h"
+#include "output/shown_ratio.h"
 #include "vistaTrimPhoto/measures.h"
 
 namespace vistaTrim::cli {
@@ -91,8 +92,8 @@ std::string ReportDataOf(const std::string& text, const std::vector<std::string>
 std::string ReportData(const PhotoResult& result)
 {
     std::vector<std::string> ratios;
-    for (const photo::Crop& crop : result.Found.Crops)
-        ratios.push_back(crop.Aspect.CommonName());
+    for (size_t i = 0; i < result.Found.Crops.size(); ++i)
+        ratios.push_back(ShownRatioOf(result, i));
     return ReportDataOf(JsonLine(result), ratios);
 }
 

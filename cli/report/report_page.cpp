@@ -7,6 +7,7 @@
 #include <filesystem>
 
 #include "output/result_text.h"
+#include "output/shown_ratio.h"
 #include "report/base64.h"
 #include "report/page_assets.h"
 #include "report/report_data.h"
@@ -96,7 +97,7 @@ std::string CropList(const PhotoResult& result)
     std::string html = "<ol class=\"list\">";
     for (size_t i = 0; i < crops.size(); ++i) {
         const PixelRect& rect = crops[i].Rect;
-        html += "<li><b>" + std::to_string(i + 1) + " &middot; " + crops[i].Aspect.CommonName() +
+        html += "<li><b>" + std::to_string(i + 1) + " &middot; " + ShownRatioOf(result, i) +
                 "</b><span>" + SizeText(rect.Width, rect.Height) + " at " + std::to_string(rect.X) +
                 ", " + std::to_string(rect.Y) + "</span>";
         if (!overlaps.empty())

@@ -1,5 +1,7 @@
 #include "batch/chosen_crops.h"
 
+#include <array>
+
 #include <gtest/gtest.h>
 
 #include "batch/program_error.h"
@@ -53,6 +55,26 @@ TEST(ChosenCrops, ReadWhatSuggestWrites)
     EXPECT_EQ(chosen.Photos[0].Labels[1].Rank, 2);
 }
 
+// Else the files of --from would not have the names that crop gives them.
+TEST(ChosenCrops, HaveTheRatioAsItWasAskedFor)
+{
+    for (const auto& [aspect, asked, read] :
+         {std::array<const char*, 3>{"7:3", "21x9", "21x9"},
+          std::array<const char*, 3>{"64:27", "21x9", "21x9"}, // its usual name
+          std::array<const char*, 3>{"64:27", "64x27", "64x27"},
+          std::array<const char*, 3>{"3:2", "1.5", "1.5"}}) {
+        SCOPED_TRACE(std::string(aspect) + " " + asked);
+        PhotoResult result;
+        result.File = "a.jpg";
+        result.Found.Size = {4000, 3000};
+        result.Found.Crops.resize(1);
+        result.Found.Crops[0].Aspect = *ParseRatio(aspect);
+        result.Found.Crops[0].Rect = {0, 0, 1600, 900};
+        result.Labels = {{"", asked, 1, {}}};
+        EXPECT_EQ(ReadChosenCrops(JsonLine(result), "c.json").Photos[0].Labels[0].Ratio, read);
+    }
+}
+
 TEST(ChosenCrops, ReadArraysInAnyLayout)
 {
     const ChosenCrops chosen = ReadChosenCrops(
@@ -88,6 +110,8 @@ TEST(ChosenCrops, ThatAreWrongAreNamedWithFileAndLine)
     EXPECT_EQ(FaultOf(crop("\"x\":0,\"y\":0,\"width\":10")), "c.json:2: crop 1: has no height");
     EXPECT_EQ(FaultOf(crop("\"x\":0,\"y\":0,\"width\":10,\"height\":10,\"aspect\":\"wide\"")),
               "c.json:2: crop 1: aspect 'wide' is not W:H");
+    EXPECT_EQ(FaultOf(crop(R"("x":0,"y":0,"width":9,"height":9,"ratio":"../up")")),
+              "c.json:2: crop 1: ratio '../up' is not W:H");
     EXPECT_EQ(FaultOf(crop("\"x\":0,\"y\":0,\"width\":10,\"height\":10,\"shape\":\"../b\"")),
               "c.json:2: crop 1: shape may not hold a slash");
     EXPECT_EQ(FaultOf(crop("\"x\":0,\"y\":0,\"width\":60,\"height\":40,"

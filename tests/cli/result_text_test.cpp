@@ -4,6 +4,7 @@
 #include <nlohmann/json.hpp>
 
 #include "batch/resume.h"
+#include "output/shown_ratio.h"
 
 namespace vistaTrim::cli {
 namespace {
@@ -37,6 +38,44 @@ PhotoResult FailedResult(const std::string& file)
     result.File = file;
     result.Error = "the file is \"empty\", sorry";
     return result;
+}
+
+PhotoResult OfRatio(const photo::Ratio& aspect, const std::string& asked, photo::PixelSize crop)
+{
+    PhotoResult result = SampleResult("a.jpg", 1);
+    result.Found.Crops[0].Aspect = aspect;
+    result.Found.Crops[0].Rect = {0, 0, crop.Width, crop.Height};
+    if (!asked.empty())
+        result.Labels = {{"", asked, 1, {}}};
+    return result;
+}
+
+TEST(ShownRatio, IsTheOneThatWasAskedForOrItsUsualName)
+{
+    EXPECT_EQ(ShownRatioOf(OfRatio({7, 3}, "21x9", {2100, 900}), 0), "21:9");
+    EXPECT_EQ(ShownRatioOf(OfRatio({8, 5}, "16x10", {1600, 1000}), 0), "16:10");
+    EXPECT_EQ(ShownRatioOf(OfRatio({3, 2}, "1.5", {1500, 1000}), 0), "1.5");
+    EXPECT_EQ(ShownRatioOf(OfRatio({64, 27}, "64x27", {640, 270}), 0), "64:27");
+    EXPECT_EQ(ShownRatioOf(OfRatio({64, 27}, "", {640, 270}), 0), "21:9");
+    EXPECT_NE(PeopleText(OfRatio({7, 3}, "21x9", {2100, 900})).find(" 21:9 "), std::string::npos);
+}
+
+TEST(ShownRatio, OfAFewPixelsIsTheOneThatTheCropHas)
+{
+    EXPECT_EQ(ShownRatioOf(OfRatio({4, 3}, "4x3", {3, 2}), 0), "3:2");
+    EXPECT_EQ(ShownRatioOf(OfRatio({4, 3}, "", {1, 1}), 0), "1:1");
+    EXPECT_EQ(ShownRatioOf(OfRatio({64, 27}, "", {7, 3}), 0), "21:9"); // as near as pixels allow
+}
+
+TEST(JsonLine, HasTheRatioAsItWasAskedForWhereThatIsNotItsUsualName)
+{
+    const auto crop = [](const PhotoResult& result) {
+        return nlohmann::json::parse(JsonLine(result))["crops"][0];
+    };
+    EXPECT_EQ(crop(OfRatio({7, 3}, "21x9", {2100, 900}))["aspect"], "7:3");
+    EXPECT_EQ(crop(OfRatio({7, 3}, "21x9", {2100, 900}))["ratio"], "21:9");
+    EXPECT_FALSE(crop(OfRatio({16, 9}, "16x9", {1600, 900})).contains("ratio"));
+    EXPECT_FALSE(crop(OfRatio({16, 9}, "", {1600, 900})).contains("ratio"));
 }
 
 TEST(JsonLine, HoldsTheCropsOfAPhotograph)

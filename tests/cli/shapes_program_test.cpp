@@ -100,12 +100,12 @@ TEST_F(Shapes, ARatioWithoutACropIsNamedAndTheOthersAreWritten)
         Crop({"--each-ratio", "--aspect", "3:1", "--aspect", "1:3", "--must-keep", "0,500,1800,100",
               "--manifest", Folder.Path("m.json")});
     EXPECT_EQ(outcome.Status, 1);
-    EXPECT_NE(outcome.Err.find("no crop of 1x3 meets the request"), std::string::npos)
+    EXPECT_NE(outcome.Err.find("no crop of 1:3 meets the request"), std::string::npos)
         << outcome.Err;
     EXPECT_EQ(Written(), (Words{"a-3x1.jpg"}));
     const auto manifest = nlohmann::json::parse(ReadText(Folder.Path("m.json")));
     EXPECT_EQ(manifest[0]["crops"][0]["files"].size(), 1U);
-    EXPECT_NE(manifest[0]["error"].get<std::string>().find("1x3"), std::string::npos);
+    EXPECT_NE(manifest[0]["error"].get<std::string>().find("1:3"), std::string::npos);
 }
 
 TEST_F(Shapes, FillIsExactlyTheRequestedSize)

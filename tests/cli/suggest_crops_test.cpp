@@ -69,7 +69,7 @@ TEST(SuggestCrops, OfAllShapesTogetherAreNumberedThrough)
     PhotoResult own;
     SuggestCrops(BlockAnalysis(), free, own);
     for (size_t i = 0; i < own.Labels.size(); ++i)
-        EXPECT_EQ(own.Labels[i].Ratio, FileSafeRatio(own.Found.Crops[i].Aspect.Text()));
+        EXPECT_EQ(own.Labels[i].Ratio, FileSafeRatio(own.Found.Crops[i].Aspect.CommonName()));
 }
 
 TEST(SuggestCrops, OfEachShapeAreThoseOfARequestForItAlone)
