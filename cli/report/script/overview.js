@@ -20,7 +20,9 @@ function addTile(photo, index) {
   const about = make("span", { class: "about" });
   if (photo.error) {
     about.textContent = photo.error;
-    photo.tile = make("li", { class: "failed" }, name, about);
+    // As high as the tiles of its row, and as the usual photograph wide.
+    photo.tile = make("li", { class: "failed", style: { "--ratio": "1.5" } },
+                      make("div", { class: "stage" }), name, about);
   } else {
     const stage = make("div", { class: "stage" },
                        make("img", { class: "whole", alt: "", loading: "lazy", decoding: "async",

@@ -101,7 +101,8 @@ function showCrop() {
 
 function showDetails(photo, crop) {
   const line = lineOf(photo);
-  const share = Math.round(100 * crop.width * crop.height / (line.width * line.height));
+  const part = 100 * crop.width * crop.height / (line.width * line.height);
+  const share = part < 1 ? "less than 1" : Math.round(part);
   byId("details-title").textContent = "Crop " + (view.crop + 1) + " · " +
                                       photo.data.ratios[view.crop];
   byId("details-text").textContent = sizeText(crop) + " at " + crop.x + ", " + crop.y + " · " +
