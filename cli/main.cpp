@@ -11,8 +11,10 @@
 #include "batch/program_error.h"
 #include "batch/run_photos.h"
 #include "commands/commands.h"
+#include "options/option_files.h"
 #include "options/options.h"
 #include "text/shown_name.h"
+#include "vistaTrimPhoto/photo_error.h"
 #include "vistaTrimPhoto/picture_runtime.h"
 
 using namespace vistaTrim::cli;
@@ -20,12 +22,33 @@ namespace photo = vistaTrim::photo;
 
 namespace {
 
+// The presets and the ranking were read with the options.
+void CheckOptionFiles(const Options& options)
+{
+    const auto check = [](const char* option, const std::string& file) {
+        const std::string fault = file.empty() ? "" : FaultOfFile(option, file);
+        if (!fault.empty())
+            throw OptionFileError(fault);
+    };
+    const std::string standardInput = "-";
+    for (const std::string& list : options.FilesFrom)
+        if (list != standardInput)
+            check("--files-from", list);
+    if (options.CropFiles.From != standardInput)
+        check("--from", options.CropFiles.From);
+    check("--regions", options.RegionsPath);
+}
+
 // A file that names none of the photographs was made for others or spells their names differently.
 void ReadRegions(Options& options, const std::vector<ListedPhoto>& photos)
 {
     if (options.RegionsPath.empty())
         return;
-    options.Regions = photo::RegionsFile(options.RegionsPath);
+    try {
+        options.Regions = photo::RegionsFile(options.RegionsPath);
+    } catch (const photo::PhotoError& error) {
+        throw OptionFileError(std::string("--regions: ") + error.what());
+    }
     if (std::none_of(photos.begin(), photos.end(), [&options](const ListedPhoto& photo) {
             return options.Regions.Names(photo.Path);
         }))
@@ -46,6 +69,7 @@ void WarnOfCropsAmongPhotographs(const Options& options, const std::string& outp
 
 int RunChosen(Options options)
 {
+    CheckOptionFiles(options);
     const std::string output = options.Output == "-" ? "" : options.Output;
     WarnOfCropsAmongPhotographs(options, output);
     const PhotoList list =
@@ -80,6 +104,9 @@ int main(int argc, char** argv)
         const int status = RunChosen(line.Values);
         photo::StopPictureRuntime();
         return status;
+    } catch (const OptionFileError& error) {
+        Complain(error.what());
+        return kUsageFault;
     } catch (const std::exception& error) {
         Complain(error.what());
         return 1;

@@ -13,6 +13,12 @@ public:
     using std::runtime_error::runtime_error;
 };
 
+// A file that an option names cannot be used: nothing was done, as with a wrong command line.
+class OptionFileError : public ProgramError {
+public:
+    using ProgramError::ProgramError;
+};
+
 } // namespace vistaTrim::cli
 
 #endif

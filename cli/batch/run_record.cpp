@@ -32,9 +32,11 @@ std::optional<std::vector<RecordedRun>> ReadRuns(const std::string& path)
         return std::nullopt;
     try {
         std::vector<RecordedRun> runs;
-        for (const json& run : record.at("runs"))
+        for (const json& run : record.at("runs")) {
             runs.push_back({run.at("names").get<std::vector<std::string>>(),
                             run.at("options").get<std::map<std::string, std::string>>()});
+            runs.back().Options.erase("--format"); // of older versions; the names hold it now
+        }
         return runs;
     } catch (const json::exception&) {
         return std::nullopt;
@@ -49,12 +51,20 @@ void WriteRuns(const std::string& path, const std::vector<RecordedRun>& runs)
     WriteWholeFile(path, true, record.dump(1, ' ', false, json::error_handler_t::replace) + "\n");
 }
 
-bool ShareNames(const RecordedRun& a, const RecordedRun& b)
+// Older versions left out the ending where it was that of the photograph.
+bool IsSameName(const std::string& recorded, const std::string& name)
 {
-    return a.Names.empty() || b.Names.empty() ||
-           std::any_of(a.Names.begin(), a.Names.end(), [&b](const std::string& name) {
-               return std::find(b.Names.begin(), b.Names.end(), name) != b.Names.end();
-           });
+    return name == recorded || name.substr(0, name.find_last_of('.')) == recorded;
+}
+
+bool ShareNames(const RecordedRun& recorded, const RecordedRun& run)
+{
+    const auto isShared = [&run](const std::string& name) {
+        return std::any_of(run.Names.begin(), run.Names.end(),
+                           [&name](const std::string& other) { return IsSameName(name, other); });
+    };
+    return recorded.Names.empty() || run.Names.empty() ||
+           std::any_of(recorded.Names.begin(), recorded.Names.end(), isShared);
 }
 
 // "--top was 5 and is 3; --strip was not given and is given"

@@ -9,7 +9,7 @@
 namespace vistaTrim::cli {
 
 struct RecordedRun {
-    // Templates of its file names, such as "{stem}-story". Runs whose names differ do not touch
+    // Templates of its file names, such as "{stem}-story.jpg". Runs whose names differ do not touch
     // each other's files. Empty: any name.
     std::vector<std::string> Names;
     std::map<std::string, std::string> Options;

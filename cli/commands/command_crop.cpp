@@ -131,6 +131,8 @@ public:
         if (RunOptions.Force && status == 0 && RunOptions.Output != "-")
             Record.ReplacedAll();
         Beside.Finish();
+        if (RunOptions.Resume && status == 0 && !WroteAny && !RunOptions.Quiet)
+            Complain("nothing left to do: " + Shown(RunOptions.Output) + " holds all the crops");
         return status;
     }
 
@@ -166,11 +168,8 @@ private:
         std::vector<std::string> missing = SuggestCrops(analysis, RunOptions, result);
         if (!result.Found.Crops.empty())
             return missing;
-        Options explained = RunOptions;
-        explained.Request.Explain = true;
-        SuggestCrops(analysis, explained, result);
         throw ProgramError("no crop" + (missing.size() < 2 ? "" : " of " + ListOf(missing)) + ": " +
-                           photo::NoteOf(*result.Found.Explained, kWishPrefix));
+                           WhyNoCrop(analysis, RunOptions));
     }
 
     void Write(const ListedPhoto& photo, const photo::Photograph& photograph, PhotoResult& result)
@@ -193,8 +192,9 @@ private:
         if (!RunOptions.CropFiles.XmpOnly) {
             CheckThatNoPhotographIsReplaced(Originals, files);
             Claimed.Claim(files, photo.Path);
-            for (const PlannedFile& file :
-                 WriteCropFiles(photograph, files, RunOptions, [this] { BeginRecord(); })) {
+            for (const PlannedFile& file : WriteCropFiles(
+                     photograph, files, RunOptions, ThreadsPerPhoto(RunOptions, Photos.size()),
+                     [this] { BeginRecord(); })) {
                 result.Written.push_back(file.Path);
                 result.Crops.push_back({file.Path, file.Crop, file.Size});
             }
@@ -229,6 +229,7 @@ private:
         if (std::fflush(stdout) != 0 || std::ferror(stdout) != 0)
             throw ProgramError("cannot write standard output: " +
                                std::generic_category().message(errno));
+        WroteAny = WroteAny || !result.Written.empty();
         Beside.Add(result);
     }
 
@@ -239,6 +240,7 @@ private:
     const bool HeldFiles; // before this run
     std::mutex RecordMutex;
     bool RecordBegun = false;
+    bool WroteAny = false;
     FilesBeside Beside;
     std::set<std::string> Originals; // photographs that --force must not replace
     ClaimedNames Claimed;
@@ -255,20 +257,25 @@ void CheckStandardOutput(const std::vector<ListedPhoto>& photos)
                            "to a file or a program");
 }
 
-RunRecord RecordOf(const Options& options, const ChosenCrops& chosen)
+RunRecord RecordOf(const Options& options, const std::vector<ListedPhoto>& photos,
+                   const ChosenCrops& chosen)
 {
     RecordedRun run;
     run.Options = options.ResultOptions;
+    run.Options.erase("--format"); // what it changes is in the names
     if (!chosen.Photos.empty()) {
         run.Options["--from"] = chosen.Content; // works for standard input too
         return RunRecord::OfFolder(options.Output, run);
     }
     const ListedPhoto any{"{stem}.photo", "", "", nullptr};
-    const std::string ending =
-        options.CropFiles.Format ? "." + photo::EndingOf(*options.CropFiles.Format) : "";
+    std::set<std::string> endings;
+    for (const ListedPhoto& photo : photos)
+        if (photo.Error.empty())
+            endings.insert(ExpectedEnding(options, photo.Path));
     for (const CropLabel& label : ExpectedLabels(options, 1))
         for (const std::string& name : ExpectedNames(options, any, label))
-            run.Names.push_back(name + ending);
+            for (const std::string& ending : endings)
+                run.Names.push_back(name + "." + ending);
     return RunRecord::OfFolder(options.Output, run);
 }
 
@@ -290,7 +297,7 @@ int RunCrop(const Options& options, const std::vector<ListedPhoto>& named)
             chosen = ReadChoice(options.CropFiles.From, std::cin);
             photos = PhotosOf(chosen);
         }
-        const RunRecord record = RecordOf(options, chosen);
+        const RunRecord record = RecordOf(options, photos, chosen);
         if (options.Output == "-") {
             CheckStandardOutput(photos);
         } else {
@@ -307,6 +314,8 @@ int RunCrop(const Options& options, const std::vector<ListedPhoto>& named)
                 ClearFoldersOf(photos[i], labelsOf(i), options);
         }
         return CropRun(options, photos, chosen, record).Run();
+    } catch (const OptionFileError&) {
+        throw; // with a status of its own
     } catch (const ProgramError& error) {
         Complain(error.what());
         return 1;

@@ -41,7 +41,12 @@ std::string SizeText(photo::PixelSize size)
 ChosenCrops ReadChoice(const std::string& file, std::istream& input)
 {
     const std::string text = file == "-" ? ReadAll(input) : ReadFile(file);
-    ChosenCrops chosen = ReadChosenCrops(text, ShownName(file));
+    ChosenCrops chosen;
+    try {
+        chosen = ReadChosenCrops(text, ShownName(file));
+    } catch (const ProgramError& error) {
+        throw OptionFileError(std::string("--from: ") + error.what());
+    }
     if (chosen.Photos.empty())
         throw ProgramError(ShownName(file) + ": names no crops");
     chosen.Content = ContentMark(text);

@@ -24,7 +24,8 @@ bool Exists(const std::string& file)
 
 std::vector<PlannedFile> WriteCropFiles(const photo::Photograph& photograph,
                                         const std::vector<PlannedFile>& files,
-                                        const Options& options, const std::function<void()>& begin)
+                                        const Options& options, int threads,
+                                        const std::function<void()>& begin)
 {
     std::vector<PlannedFile> written;
     std::vector<photo::CropOutput> outputs;
@@ -38,13 +39,14 @@ std::vector<PlannedFile> WriteCropFiles(const photo::Photograph& photograph,
         whole.push_back(std::make_unique<WholeFile>(file.Path, options.Force));
     }
 
+    photo::CheckCropFiles(photograph, outputs);
     if (!whole.empty())
         begin();
     for (const std::unique_ptr<WholeFile>& file : whole) {
         MakeFolder(fs::path(file->Target()).parent_path().string());
         paths.push_back(file->TemporaryPath());
     }
-    photo::WriteCrops(photograph, outputs, paths);
+    photo::WriteCrops(photograph, outputs, paths, threads);
     for (size_t i = whole.size(); i-- > 0;)
         whole[i]->Appear();
     return written;

@@ -16,10 +16,11 @@ namespace vistaTrim::cli {
 // and the first one appears last. Creates their folders. With options.Resume, existing files are
 // left as they are and are not returned. Throws PhotoError, or ProgramError if one
 // of the files exists and neither options.Resume nor options.Force is given. Calls `begin` before
-// it writes, and not at all if it writes nothing.
+// it writes, and not at all if it writes nothing. Encodes in at most `threads` threads.
 std::vector<PlannedFile> WriteCropFiles(const photo::Photograph& photograph,
                                         const std::vector<PlannedFile>& files,
-                                        const Options& options, const std::function<void()>& begin);
+                                        const Options& options, int threads,
+                                        const std::function<void()>& begin);
 
 // Deletes what killed runs left in the folders that crops of these labels go to.
 void ClearFoldersOf(const ListedPhoto& photo, const std::vector<CropLabel>& labels,

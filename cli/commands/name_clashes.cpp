@@ -16,6 +16,15 @@ namespace {
 
 namespace fs = std::filesystem;
 
+} // namespace
+
+std::string CanonicalPath(const std::string& file)
+{
+    std::error_code error;
+    const fs::path canonical = fs::weakly_canonical(file, error);
+    return error ? file : canonical.string();
+}
+
 // Judged by names only: reading the file shows whether its contents match its ending.
 std::string ExpectedEnding(const Options& options, const std::string& photo)
 {
@@ -24,15 +33,6 @@ std::string ExpectedEnding(const Options& options, const std::string& photo)
     const std::string ending = fs::path(photo).extension().string();
     const auto format = photo::FormatOfEnding(ending.empty() ? ending : ending.substr(1));
     return photo::EndingOf(format.value_or(photo::ImageFormat::Png));
-}
-
-} // namespace
-
-std::string CanonicalPath(const std::string& file)
-{
-    std::error_code error;
-    const fs::path canonical = fs::weakly_canonical(file, error);
-    return error ? file : canonical.string();
 }
 
 std::vector<std::string>

@@ -15,6 +15,9 @@ namespace vistaTrim::cli {
 // The canonical path of the file, however it is spelled.
 std::string CanonicalPath(const std::string& file);
 
+// Of the files of this photograph's crops, as far as the names tell.
+std::string ExpectedEnding(const Options& options, const std::string& photo);
+
 // One line for each photograph whose crops would get the name of another crop, or, where files
 // may be replaced, of a photograph of the run. `labelsOf` gives the labels of a photograph.
 std::vector<std::string>

@@ -35,7 +35,7 @@ void AddSizes(CLI::App& command, Options& values)
     CLI::Option* size = command.get_option("--size");
     CLI::Option* fill =
         AddRead(
-            command, "--fill", "WxH",
+            command, "--fill", "WxH, both at least 1",
             "The best crop of this ratio, scaled to exactly this size; may be repeated",
             [&values](const std::string& text) {
                 const auto read = photo::ParseSize(text);
@@ -45,11 +45,12 @@ void AddSizes(CLI::App& command, Options& values)
                 return read.has_value();
             },
             true)
+            ->type_name("WxH")
             ->excludes(resize)
             ->excludes(size)
             ->group(kNames);
     CLI::Option* widths = AddRead(
-                              command, "--widths", "integers separated by commas",
+                              command, "--widths", "integers from 1 to 100000 separated by commas",
                               "Each crop at several widths, such as 400,800,1600",
                               [&values](const std::string& text) {
                                   return ReadWidths(text, values.CropFiles.Widths);
@@ -119,7 +120,8 @@ void AddFrom(CLI::App& command, Options& values)
 {
     command
         .add_option("--from", values.CropFiles.From,
-                    "Cut the crops that a file names: suggest --json, a choice, a manifest")
+                    "Cut the crops that a file names: lines of suggest --json, a choice saved in "
+                    "the report, or a manifest, fill and ratio included")
         ->check(NotEmpty())
         ->type_name("FILE");
 }
@@ -157,6 +159,16 @@ std::string FaultOfCropFiles(const CLI::App& command, const Options& values)
         std::string fault = FaultOfFrom(command);
         if (!fault.empty())
             return fault;
+    }
+    if (how.Format) {
+        const photo::ImageFormat format = *how.Format;
+        const bool losesNothing =
+            format == photo::ImageFormat::Png || format == photo::ImageFormat::Tiff;
+        if (how.Quality && losesNothing)
+            return "--quality has no effect on " + photo::EndingOf(format) +
+                   ", which loses nothing; it is for jpg, webp, avif and heic";
+        if (how.Chroma && format != photo::ImageFormat::Jpeg)
+            return "--chroma has no effect on " + photo::EndingOf(format) + "; it is for jpg";
     }
     if (how.XmpOnly && !how.Picture.empty())
         return "--picture needs pictures; --xmp-only writes none";

@@ -52,16 +52,6 @@ std::string HelpWithDefaults::make_help(const CLI::App* app, std::string name,
     return CLI::Formatter::make_help(app, std::move(name), mode);
 }
 
-// Drops what the parser adds, such as "N:INT in [1 - 500]": the descriptions say it.
-std::string HelpWithDefaults::make_option_opts(const CLI::Option* option) const
-{
-    std::string text = CLI::Formatter::make_option_opts(option);
-    const size_t own = text.find(":INT in [");
-    if (own != std::string::npos)
-        text.erase(own, text.find(']', own) + 1 - own);
-    return text;
-}
-
 std::string HelpWithDefaults::make_option_desc(const CLI::Option* option) const
 {
     std::string description = CLI::Formatter::make_option_desc(option);

@@ -15,7 +15,6 @@ std::string DefaultOf(const CLI::App& command, const CLI::Option& option);
 // Help that ends every description of an option that takes a value with its default.
 class HelpWithDefaults : public CLI::Formatter {
 public:
-    std::string make_option_opts(const CLI::Option* option) const override;
     std::string make_help(const CLI::App* app, std::string name,
                           CLI::AppFormatMode mode) const override;
     std::string make_option_desc(const CLI::Option* option) const override;

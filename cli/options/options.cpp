@@ -9,6 +9,8 @@
 
 #include "options/crop_options.h"
 #include "options/option_defaults.h"
+#include "options/option_files.h"
+#include "options/plain_faults.h"
 #include "options/read_option.h"
 #include "options/result_options.h"
 #include "options/shape_options.h"
@@ -17,6 +19,7 @@
 #include "vistaTrimPhoto/colour.h"
 #include "vistaTrimPhoto/geometry.h"
 #include "vistaTrimPhoto/photo_error.h"
+#include "vistaTrimPhoto/presets.h"
 #include "vistaTrimPhoto/readable_formats.h"
 
 namespace vistaTrim::cli {
@@ -27,8 +30,6 @@ using photo::Request;
 using photo::WishKind;
 
 namespace {
-
-constexpr const char* kCommands = "suggest, crop, report, maps and contact-sheet";
 
 void AddInput(CLI::App& app, Options& values)
 {
@@ -59,8 +60,8 @@ void AddInput(CLI::App& app, Options& values)
 
 void AddRun(CLI::App& app, Options& values)
 {
-    app.add_option("-j,--jobs", values.Workers, "Photographs processed at a time")
-        ->check(CLI::Range(1, 1024))
+    AddInteger(app, "-j,--jobs", 1, 1024, "Photographs processed at a time",
+               [&values](int workers) { values.Workers = workers; })
         ->type_name("N")
         ->group("Running");
     app.add_flag("-q,--quiet", values.Quiet, "No progress bar, even on a terminal")
@@ -73,7 +74,7 @@ void AddRun(CLI::App& app, Options& values)
 void AddWish(CLI::App& app, Request& request, WishKind kind, const std::string& description)
 {
     AddRead(
-        app, std::string("--") + NameOf(kind), "X,Y,W,H", description,
+        app, std::string("--") + NameOf(kind), "X,Y,W,H with W and H of at least 1", description,
         [&request, kind](const std::string& text) {
             const auto rect = photo::ParseRect(text);
             if (rect)
@@ -81,6 +82,7 @@ void AddWish(CLI::App& app, Request& request, WishKind kind, const std::string& 
             return rect.has_value();
         },
         true)
+        ->type_name("X,Y,W,H")
         ->group("Wishes (pixels of the photograph as displayed; may be repeated)");
 }
 
@@ -88,8 +90,8 @@ void AddRequest(CLI::App& app, Options& values)
 {
     Request& request = values.Request;
     constexpr const char* kGroup = "Ranking";
-    app.add_option("-n,--top", request.Top, "Number of crops for each photograph")
-        ->check(CLI::Range(1, 10000))
+    AddInteger(app, "-n,--top", 1, 10000, "Number of crops for each photograph",
+               [&request](int top) { request.Top = top; })
         ->type_name("N")
         ->group(kGroup);
     AddRead(
@@ -124,6 +126,17 @@ void AddRequest(CLI::App& app, Options& values)
             const auto numbers = ParseNumbers(text);
             if (!numbers || (numbers->size() != 3 && numbers->size() != photo::kNumWeighed))
                 return false;
+            // Below 0, the first three prefer low values, but the engine ignores the peaks.
+            const auto isZero = [](double number) { return number == 0; };
+            const auto isBelow = [](double number) { return number < 0; };
+            if (std::all_of(numbers->begin(), numbers->end(), isZero))
+                throw CLI::ValidationError("--weights", "'" + text +
+                                                            "' ranks by nothing; one "
+                                                            "weight must not be 0");
+            if (std::any_of(numbers->begin() + 3, numbers->end(), isBelow))
+                throw CLI::ValidationError("--weights", "'" + text +
+                                                            "': the weights of peak and "
+                                                            "centre peak must be 0 or more");
             values.WeightsGiven = true;
             request.Weights = {};
             for (size_t i = 0; i < numbers->size(); ++i)
@@ -221,12 +234,13 @@ void AddCrop(CLI::App& app, Options& values)
         ->required()
         ->group(kGroup);
     AddRead(
-        app, "--resize", "WxH", "Scale each crop to fit this size, up or down",
+        app, "--resize", "WxH, both at least 1", "Scale each crop to fit this size, up or down",
         [&values](const std::string& text) {
             values.CropFiles.ResizeTo = photo::ParseSize(text);
             return values.CropFiles.ResizeTo.has_value();
         },
         false)
+        ->type_name("WxH")
         ->group(kGroup);
     AddRead(
         app, "--format", "jpg, png, webp, tif, avif or heic", "The format of the crops",
@@ -239,8 +253,8 @@ void AddCrop(CLI::App& app, Options& values)
         false)
         ->type_name("jpg|png|webp|tif|avif|heic")
         ->group(kGroup);
-    app.add_option("--quality", values.CropFiles.Quality, "1 to 100, for lossy formats")
-        ->check(CLI::Range(1, 100))
+    AddInteger(app, "--quality", 1, 100, "1 to 100, for lossy formats",
+               [&values](int quality) { values.CropFiles.Quality = quality; })
         ->type_name("Q")
         ->group(kGroup);
     AddRead(
@@ -330,23 +344,43 @@ void AddContactSheet(CLI::App& app, Options& values)
     AddRun(app, values);
 }
 
-// The last lines of every help text.
-std::string ReadableText()
+// "Reads a, b, c." in lines.
+std::string Listed(std::string text, const std::vector<std::string>& items)
 {
     constexpr size_t kWidth = 80;
-    std::string text = "Reads";
     size_t line = text.size();
-    for (const photo::ReadableFormat& format : photo::ReadableFormats()) {
-        std::string next = format.Name;
-        for (size_t i = 0; i < format.Endings.size(); ++i)
-            next += (i == 0 ? " (" : " ") + format.Endings[i];
-        next += format.Endings.empty() ? "," : "),";
-        const bool isFull = line + 1 + next.size() > kWidth;
-        line = isFull ? next.size() : line + 1 + next.size();
-        text += (isFull ? "\n" : " ") + next;
+    for (const std::string& item : items) {
+        const bool isFull = line + 2 + item.size() > kWidth;
+        line = isFull ? item.size() + 1 : line + 2 + item.size();
+        text += (isFull ? "\n" : " ") + item + ",";
     }
     text.back() = '.';
     return text;
+}
+
+// The last lines of every help text.
+std::string ReadableText()
+{
+    std::vector<std::string> items;
+    for (const photo::ReadableFormat& format : photo::ReadableFormats()) {
+        std::string item = format.Name;
+        for (size_t i = 0; i < format.Endings.size(); ++i)
+            item += (i == 0 ? " (" : " ") + format.Endings[i];
+        items.push_back(item + (format.Endings.empty() ? "" : ")"));
+    }
+    return Listed("Reads", items);
+}
+
+std::string PresetsText()
+{
+    std::vector<std::string> items;
+    for (const photo::Shape& shape : photo::Presets().All())
+        items.push_back(shape.Name + " (" +
+                        (shape.Fill ? std::to_string(shape.Fill->Width) + "x" +
+                                          std::to_string(shape.Fill->Height)
+                                    : photo::ShownRatio(shape.RatioText)) +
+                        ")");
+    return Listed("Presets:", items);
 }
 
 std::string FaultOfInput(const Options& values)
@@ -407,17 +441,6 @@ std::string HintOfDash(int argc, const char* const* argv)
     return "";
 }
 
-std::string InPlainWords(const CLI::ParseError& fault)
-{
-    std::string text = fault.what();
-    const size_t twice = text.find(": At Most 1 required but received");
-    if (twice != std::string::npos)
-        return text.substr(0, twice) + " is given more than once";
-    if (text == "A subcommand is required")
-        return std::string("a command is missing; there are ") + kCommands;
-    return text;
-}
-
 } // namespace
 
 CommandLine ParseCommandLine(int argc, const char* const* argv)
@@ -448,15 +471,18 @@ CommandLine ParseCommandLine(int argc, const char* const* argv)
     AddMaps(*commands[3], values);
     AddContactSheet(*commands[4], values);
     for (CLI::App* command : commands)
-        command->footer(
-            [] { return "Options without a value are off unless given.\n\n" + ReadableText(); });
+        command->footer([command] {
+            const bool hasPresets = command->get_option_no_throw("--preset") != nullptr;
+            return "Options without a value are off unless given.\n\n" +
+                   (hasPresets ? PresetsText() + "\n\n" : "") + ReadableText();
+        });
 
     // The parser itself would only report a missing command.
     const std::string first = argc > 1 ? argv[1] : "";
     if (!first.empty() && first[0] != '-' &&
         std::none_of(commands.begin(), commands.end(),
                      [&first](const CLI::App* command) { return command->get_name() == first; })) {
-        std::cerr << "vistatrim: no command '" << OneLine(first) << "'; there are " << kCommands
+        std::cerr << "vistatrim: no command '" << OneLine(first) << "'; there are " << kCommandNames
                   << "\n";
         line.ExitStatus = kUsageFault;
         return line;
@@ -469,8 +495,12 @@ CommandLine ParseCommandLine(int argc, const char* const* argv)
         line.ExitStatus = 0;
         return line;
     } catch (const CLI::ParseError& fault) {
-        std::cerr << "vistatrim: " << OneLine(InPlainWords(fault)) << "\n"
+        std::cerr << "vistatrim: " << OneLine(InPlainWords(app, fault)) << "\n"
                   << HintOfDash(argc, argv) << "vistatrim: try --help\n";
+        line.ExitStatus = kUsageFault;
+        return line;
+    } catch (const FileFault& fault) {
+        std::cerr << "vistatrim: " << OneLine(fault.what()) << "\n";
         line.ExitStatus = kUsageFault;
         return line;
     }
@@ -484,11 +514,13 @@ CommandLine ParseCommandLine(int argc, const char* const* argv)
         values.Output.clear();
     if (values.WeightsGiven)
         values.Request.Ranking = RankBy::Engine;
+    if (fault.empty() && !values.RankingFile.empty())
+        fault = FaultOfFile("--ranking", values.RankingFile);
     if (fault.empty() && !values.RankingFile.empty()) {
         try {
             values.Request.Model = photo::ReadRankingModel(values.RankingFile);
         } catch (const photo::PhotoError& error) {
-            fault = error.what();
+            fault = std::string("--ranking: ") + error.what();
         }
     }
     if (!fault.empty()) {

@@ -73,6 +73,7 @@ struct CommandLine {
 };
 
 constexpr int kUsageFault = 2;
+constexpr const char* kCommandNames = "suggest, crop, report, maps and contact-sheet";
 
 // Writes help to standard output and errors to standard error.
 CommandLine ParseCommandLine(int argc, const char* const* argv);

@@ -15,6 +15,10 @@ using Reader = std::function<bool(const std::string&)>;
 CLI::Option* AddRead(CLI::App& app, const std::string& name, const std::string& form,
                      const std::string& description, const Reader& read, bool repeatable);
 
+// An option that takes an integer from `least` to `most`.
+CLI::Option* AddInteger(CLI::App& app, const std::string& name, int least, int most,
+                        const std::string& description, const std::function<void(int)>& take);
+
 CLI::Validator NotEmpty();
 
 } // namespace vistaTrim::cli

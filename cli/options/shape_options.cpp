@@ -3,9 +3,11 @@
 #include <algorithm>
 #include <memory>
 
+#include "options/option_files.h"
 #include "options/read_option.h"
 #include "options/text_values.h"
 #include "vistaTrimPhoto/geometry.h"
+#include "vistaTrimPhoto/photo_error.h"
 #include "vistaTrimPhoto/presets.h"
 #include "vistaTrimPhoto/shape.h"
 
@@ -43,10 +45,13 @@ void AddPresetsFile(CLI::App& command, const std::shared_ptr<Presets>& presets)
 {
     const auto read = [presets](const std::vector<std::string>& files) {
         for (const std::string& file : files) {
+            const std::string fault = FaultOfFile("--presets", file);
+            if (!fault.empty())
+                throw FileFault(fault);
             try {
                 presets->AddFile(file);
-            } catch (const std::exception& error) {
-                throw CLI::ValidationError("--presets", error.what());
+            } catch (const photo::PhotoError& error) {
+                throw FileFault(std::string("--presets: ") + error.what());
             }
         }
     };
@@ -119,21 +124,22 @@ void AddShapes(CLI::App& command, Options& values)
             ->excludes(scale)
             ->group(kGroup);
     AddRead(
-        command, "--size", "WxH", "Crops of exactly this size, in pixels of the photograph",
+        command, "--size", "WxH, both at least 1",
+        "Crops of exactly this size, in pixels of the photograph",
         [&request](const std::string& text) {
             request.Size = photo::ParseSize(text);
             return request.Size.has_value();
         },
         false)
+        ->type_name("WxH")
         ->excludes(aspect)
         ->excludes(preset)
         ->excludes(scale)
         ->excludes(largest)
         ->group(kGroup);
-    command
-        .add_option("--density", request.Density,
-                    "Positions tried along the side with more free room")
-        ->check(CLI::Range(1, static_cast<int>(photo::kHighestDensity)))
+    AddInteger(command, "--density", 1, static_cast<int>(photo::kHighestDensity),
+               "Positions tried along the side with more free room",
+               [&request](int density) { request.Density = density; })
         ->type_name("N")
         ->group(kGroup);
 }

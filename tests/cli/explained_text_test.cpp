@@ -117,7 +117,8 @@ TEST(ExplainedText, ForPeopleIsShortWhereNothingIsToBeExplained)
     EXPECT_EQ(text.find("candidates"), std::string::npos);
     EXPECT_EQ(text.find("at or above"), std::string::npos);
     result.Found.Crops.clear();
-    EXPECT_EQ(PeopleText(result), "a.jpg: 4000 x 3000\n  no crop; --explain shows why\n");
+    result.WhyNone = "too small";
+    EXPECT_EQ(PeopleText(result), "a.jpg: 4000 x 3000\n  no crop: too small\n");
     result = Explained();
     result.Found.Crops.clear();
     EXPECT_EQ(PeopleText(result).find("no crop"), std::string::npos); // the note tells why

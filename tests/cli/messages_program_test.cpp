@@ -205,18 +205,107 @@ TEST_F(Messages, ADashIsStandardOutputForListsToo)
 TEST_F(Messages, AFolderWhereAFileIsExpectedIsSaidToBeOne)
 {
     const std::string folder = Folder.Path("folder");
-    EXPECT_EQ(FaultOf({"suggest", Photo, "--ranking", folder}, 2),
-              "vistatrim: the ranking file " + folder + " is a folder\n");
-    EXPECT_EQ(FaultOf({"suggest", Photo, "--presets", folder}, 2),
-              "vistatrim: --presets: " + folder +
-                  " is a folder, not a table\nvistatrim: try --help\n");
-    EXPECT_EQ(FaultOf({"suggest", Photo, "--regions", folder}),
-              "vistatrim: " + folder + ": Is a directory\n");
+    for (const char* option : {"--ranking", "--presets", "--regions", "--files-from"})
+        EXPECT_EQ(FaultOf({"suggest", Photo, option, folder}, 2), std::string("vistatrim: ") +
+                                                                      option + ": " + folder +
+                                                                      " is a folder, not a file\n");
+    EXPECT_EQ(FaultOf({"crop", "--from", folder, "-o", Folder.Path("out")}, 2),
+              "vistatrim: --from: " + folder + " is a folder, not a file\n");
     EXPECT_EQ(FaultOf({"suggest", ""}), "vistatrim: '': No such file or directory\n");
+}
+
+TEST_F(Messages, AnOptionsFileThatCannotBeReadIsNamedWithTheOption)
+{
+    const std::string missing = Folder.Path("none");
+    const std::string fault = ": cannot read " + missing + ": No such file or directory\n";
+    for (const char* option : {"--ranking", "--presets", "--regions", "--files-from"})
+        EXPECT_EQ(FaultOf({"suggest", Photo, option, missing}, 2),
+                  std::string("vistatrim: ") + option + fault);
+    EXPECT_EQ(FaultOf({"crop", "--from", missing, "-o", Folder.Path("out")}, 2),
+              "vistatrim: --from" + fault);
+
+    const std::string file = Folder.Path("file"); // of some other kind
+    for (const char* option : {"--ranking", "--presets", "--regions"})
+        EXPECT_EQ(FaultOf({"suggest", Photo, option, file}, 2)
+                      .find(std::string("vistatrim: ") + option + ": "),
+                  0U);
+    EXPECT_EQ(FaultOf({"crop", "--from", file, "-o", Folder.Path("out")}, 2),
+              "vistatrim: --from: " + file + ":1: is not the JSON of suggest or of a manifest\n");
+}
+
+TEST_F(Messages, SuggestNamesTheScaleThatLeavesNoCrop)
+{
+    const Outcome outcome = RunProgram({"suggest", "--faces", "off", Photo, "--scale", "0.0001"});
+    EXPECT_EQ(outcome.Status, 0);
+    EXPECT_EQ(outcome.Out, Photo + ": 300 x 200\n  no crop: --scale is too small: a crop would be "
+                                   "less than a pixel of the reduced picture that is searched\n");
+}
+
+TEST_F(Messages, CropsLargerThanTheFormatHoldsAreRefusedBeforeAnythingIsWritten)
+{
+    const std::string wide = Folder.Path("wide.png");
+    vips::VImage::black(3300, 110, vips::VImage::option()->set("bands", 3))
+        .write_to_file(wide.c_str());
+    Before = Folder.Files();
+    const std::string out = Folder.Path("out");
+    const auto faultOf = [&](const char* format, const char* width) {
+        return FaultOf({"crop", "--faces", "off", "-n", "1", "--aspect", "30:1", "--largest",
+                        "--upscale", "--widths", width, "--format", format, wide, "-o", out});
+    };
+    EXPECT_EQ(faultOf("jpg", "66000"), "vistatrim: " + wide +
+                                           ": a crop of 66000 x 2200 pixels is larger than jpg "
+                                           "holds: at most 65500 a side\n");
+    EXPECT_EQ(faultOf("webp", "16500"), "vistatrim: " + wide +
+                                            ": a crop of 16500 x 550 pixels is larger than webp "
+                                            "holds: at most 16383 a side\n");
+    EXPECT_EQ(faultOf("avif", "16500"), "vistatrim: " + wide +
+                                            ": a crop of 16500 x 550 pixels is larger than avif "
+                                            "holds: at most 16384 a side\n");
+    EXPECT_EQ(RunProgram({"crop", "--faces", "off", "-n", "1", "--aspect", "30:1", "--largest",
+                          "--upscale", "--widths", "16500", "--format", "jpg", wide, "-o", out})
+                  .Status,
+              0);
+}
+
+TEST_F(Messages, OptionsWithoutEffectOnTheFormatAreRefused)
+{
+    const auto faultOf = [&](const std::vector<std::string>& more) {
+        std::vector<std::string> words = {"crop", Photo, "-o", Folder.Path("out")};
+        words.insert(words.end(), more.begin(), more.end());
+        return FaultOf(words, 2);
+    };
+    EXPECT_EQ(faultOf({"--format", "png", "--chroma", "4:4:4"}),
+              "vistatrim: --chroma has no effect on png; it is for jpg\n");
+    EXPECT_EQ(faultOf({"--format", "webp", "--chroma", "4:4:4"}),
+              "vistatrim: --chroma has no effect on webp; it is for jpg\n");
+    for (const char* format : {"png", "tif"})
+        EXPECT_EQ(faultOf({"--format", format, "--quality", "50"}),
+                  std::string("vistatrim: --quality has no effect on ") + format +
+                      ", which loses nothing; it is for jpg, webp, avif and heic\n");
 }
 
 TEST_F(Messages, FaultsOfTheCommandLineAreInPlainWords)
 {
+    const std::pair<std::vector<std::string>, const char*> faults[] = {
+        {{"suggest", Photo, "--top", "0"}, "--top: '0' is not an integer from 1 to 10000"},
+        {{"suggest", Photo, "-n", "two"}, "--top: 'two' is not an integer from 1 to 10000"},
+        {{"suggest", Photo, "-j", "1025"}, "--jobs: '1025' is not an integer from 1 to 1024"},
+        {{"suggest", Photo, "--regions"}, "--regions: FILE is missing"},
+        {{"suggest", Photo, "--keep"}, "--keep: X,Y,W,H is missing"},
+        {{"suggest", Photo, "--keep", "0,0,0,0"},
+         "--keep: '0,0,0,0' is not X,Y,W,H with W and H of at least 1"},
+        {{"suggest", Photo, "--size", "0x9"}, "--size: '0x9' is not WxH, both at least 1"},
+        {{"suggest", "--bright", Photo, "--dark"}, "there is no option --bright"},
+        {{"crop", Photo}, "--output DIR is missing"},
+        {{"suggest", Photo, "--force"}, "--force needs --output"},
+        {{"suggest", Photo, "--json", "--csv"}, "--json and --csv cannot be given together"},
+        {{"suggest", Photo, "--weights", "0,0,0"},
+         "--weights: '0,0,0' ranks by nothing; one weight must not be 0"},
+        {{"suggest", Photo, "--weights", "1,0,0,0,-1"},
+         "--weights: '1,0,0,0,-1': the weights of peak and centre peak must be 0 or more"}};
+    for (const auto& [words, fault] : faults)
+        EXPECT_EQ(FaultOf(words, 2),
+                  std::string("vistatrim: ") + fault + "\nvistatrim: try --help\n");
     EXPECT_EQ(FaultOf({}, 2), "vistatrim: a command is missing; there are suggest, crop, report, "
                               "maps and contact-sheet\nvistatrim: try --help\n");
     EXPECT_EQ(FaultOf({"suggest", Photo, "--top", "1", "--top", "2"}, 2),

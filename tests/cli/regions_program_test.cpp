@@ -186,13 +186,18 @@ TEST(Regions, ErrorsNameTheFile)
     const TempFolder folder;
     Scene(90, 60, 0.5, 0.5).write_to_file(folder.Path("a.jpg").c_str());
     const std::string file = folder.Path("r.jsonl");
-    const std::pair<const char*, const char*> faults[] = {
-        {"{\"file\":\"a.jpg\",\"regions\":[]}\n{\"file\":", ":2: is not JSON"},
-        {"{\"file\":\"b.jpg\",\"regions\":[]}\n", " names none of the photographs"}};
-    for (const auto& [text, fault] : faults) {
+    struct Fault {
+        const char* Text;
+        const char* Message;
+        int Status;
+    };
+    const Fault faults[] = {
+        {"{\"file\":\"a.jpg\",\"regions\":[]}\n{\"file\":", ":2: is not JSON", 2},
+        {"{\"file\":\"b.jpg\",\"regions\":[]}\n", " names none of the photographs", 1}};
+    for (const auto& [text, fault, status] : faults) {
         WriteText(file, text);
         const Outcome outcome = RunProgram({"suggest", folder.Path("a.jpg"), "--regions", file});
-        EXPECT_EQ(outcome.Status, 1);
+        EXPECT_EQ(outcome.Status, status);
         EXPECT_THAT(outcome.Err, HasSubstr(file + fault));
         EXPECT_EQ(outcome.Out, "");
     }

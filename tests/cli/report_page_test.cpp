@@ -28,7 +28,7 @@ PhotoResult TwoCrops(const std::string& file)
     crop.Scores.Coverage = 0.25;
     crop.Explained = photo::CropExplanation{{0.5, 0.75, 1.0, 0.25, 0.125}, {true}};
     result.Found.Crops = {crop, crop};
-    result.Found.Crops[1].Rect = {0, 300, 2000, 1000};
+    result.Found.Crops[1].Rect = {0, 300, 2000, 844};
     photo::Explanation explanation;
     explanation.Candidates = 900;
     explanation.Passing = 800;

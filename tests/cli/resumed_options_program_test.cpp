@@ -104,7 +104,9 @@ TEST_F(ResumedOptions, OfAnOutputWithoutARecordAreTakenOnTrustAndSaidToBe)
     EXPECT_EQ(lines.Err, "vistatrim: " + list +
                              " does not say with which options it was made; they are taken to be "
                              "those of this run\n");
-    EXPECT_EQ(Run("suggest", {"--json", "-o", list, "--resume", A, B}).Err, "");
+    EXPECT_EQ(Run("suggest", {"--json", "-o", list, "--resume", A, B}).Err,
+              "vistatrim: nothing left to do: " + list + " holds all the photographs\n");
+    EXPECT_EQ(Run("suggest", {"--json", "-o", list, "--resume", "-q", A, B}).Err, "");
 
     ASSERT_EQ(Crop("a.jpg", {}).Status, 0);
     ASSERT_TRUE(fs::remove(Folder.Path("out/.vistatrim.options")));
@@ -113,7 +115,9 @@ TEST_F(ResumedOptions, OfAnOutputWithoutARecordAreTakenOnTrustAndSaidToBe)
     EXPECT_EQ(crops.Err, "vistatrim: " + Out +
                              " does not say with which options its crops were made; they are taken "
                              "to be those of this run\n");
-    EXPECT_EQ(Crop("a.jpg", {"--resume"}).Err, "");
+    EXPECT_EQ(Crop("a.jpg", {"--resume"}).Err,
+              "vistatrim: nothing left to do: " + Out + " holds all the crops\n");
+    EXPECT_EQ(Crop("a.jpg", {"--resume", "-q"}).Err, "");
 }
 
 TEST_F(ResumedOptions, OfCropsAreRefusedByName)
@@ -145,6 +149,31 @@ TEST_F(ResumedOptions, OfOtherNamesMayShareAFolder)
     const Outcome later = Crop("b.jpg", {"--preset", "square", "--resume"});
     EXPECT_EQ(later.Status, 1);
     EXPECT_EQ(later.Err, MadeWithOther(Out, "--quality was 50 and is not given"));
+}
+
+TEST_F(ResumedOptions, CountTheFormatByTheNamesThatItGives)
+{
+    ASSERT_EQ(Crop("a.jpg", {"--quality", "80"}).Status, 0);
+    const Outcome same = Crop("a.jpg", {"--quality", "80", "--format", "jpeg", "--resume"});
+    EXPECT_EQ(same.Status, 0);
+    EXPECT_EQ(same.Err, "vistatrim: nothing left to do: " + Out + " holds all the crops\n");
+    const Outcome other = Crop("a.jpg", {"--quality", "90", "--format", "jpg", "--resume"});
+    EXPECT_EQ(other.Err, MadeWithOther(Out, "--quality was 80 and is 90"));
+    // Files of another format do not touch these.
+    const Outcome webp = Crop("a.jpg", {"--quality", "90", "--format", "webp", "--resume"});
+    EXPECT_EQ(webp.Status, 0) << webp.Err;
+    EXPECT_TRUE(fs::exists(Folder.Path("out/a-1.webp")));
+
+    // As the first versions recorded it.
+    WriteText(Folder.Path("out/.vistatrim.options"),
+              R"({"format": "vistatrim-options", "version": 1, "runs": [
+                  {"names": ["{stem}-1"], "options": {"--faces": "off", "--top": "5"}},
+                  {"names": ["{stem}-1.png"],
+                   "options": {"--faces": "off", "--format": "png", "--top": "3"}}]})");
+    EXPECT_EQ(Crop("a.jpg", {"--top", "4", "--resume"}).Err,
+              MadeWithOther(Out, "--top was 5 and is 4"));
+    EXPECT_EQ(Crop("a.jpg", {"--resume"}).Status, 0);
+    EXPECT_EQ(Crop("a.jpg", {"--top", "3", "--format", "png", "--resume"}).Status, 1); // as jpg
 }
 
 TEST_F(ResumedOptions, OfARunThatWroteNothingOrWasReplacedDoNotCount)

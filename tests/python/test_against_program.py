@@ -82,6 +82,8 @@ def test_every_option_gives_what_the_program_gives(arguments, options, formats):
     [line] = suggested(*arguments, path)
     assert "crops" in line
     del line["file"]
+    for crop in line["crops"]:
+        crop.pop("ratio", None)  # how the command line wrote aspect
     assert line_of(vistatrim.Photo(path), **options) == line
 
 
