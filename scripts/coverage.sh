@@ -47,12 +47,11 @@ if [ "$again" = no ]; then
     cmake --preset coverage -B "$build" -DVISTATRIM_WARNINGS_AS_ERRORS=ON "${settings[@]}" >/dev/null
     cmake --build "$build" --target "${targets[@]}"
     lcov --quiet --zerocounters --directory "$build"
-    # One test runs the program as nobody, who may not write the counts; the warning about that would
-    # mix with the messages that the test reads. The browser runs scripts, not C++.
-    export GCOV_ERROR_FILE=/dev/null
+    # Left out: a test that reads the messages of a program run as nobody, who may not write the
+    # counts, which it then reports among them; and the browser, which runs scripts, not C++.
     for folder in "${tests[@]}"; do
         ctest --test-dir "$build/$folder" --output-on-failure --parallel "$(nproc)" --timeout 1200 \
-            --exclude-regex '^report_(browser|accessibility)_test$'
+            --exclude-regex '^report_(browser|accessibility)_test$|:Suggest.ContinuesAfterBroken'
     done
 fi
 

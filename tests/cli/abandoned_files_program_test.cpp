@@ -6,6 +6,8 @@
 #include <set>
 #include <thread>
 
+#include <sys/wait.h>
+
 #include <gtest/gtest.h>
 
 #include "photo/sample_pictures.h"
@@ -91,9 +93,13 @@ TEST_F(AbandonedFiles, OfASecondInterruptionAreDeletedByARunThatHasNothingToWrit
     ASSERT_EQ(CropSmall("out").Status, 0);
     const pid_t process = BeginLarge("out");
     WaitForTemporary("out");
-    kill(process, SIGINT);
-    std::this_thread::sleep_for(std::chrono::milliseconds(20)); // two at once count as one
-    kill(process, SIGINT);
+    // Two before the program sees the first count as one.
+    siginfo_t ended = {};
+    while (ended.si_pid == 0 &&
+           waitid(P_PID, static_cast<id_t>(process), &ended, WEXITED | WNOHANG | WNOWAIT) == 0) {
+        kill(process, SIGINT);
+        std::this_thread::sleep_for(std::chrono::milliseconds(20));
+    }
     ASSERT_EQ(WaitFor(process), 1000 + SIGINT);
     ASSERT_FALSE(FilesIn("out", true).empty());
 

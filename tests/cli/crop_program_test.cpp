@@ -317,7 +317,7 @@ TEST(Crop, KilledRunLeavesOnlyCompleteFilesAndResumes)
     const std::vector<std::string> arguments = {
         "crop", "-j", "2", folder.Path("in"), "-o", folder.Path("out"), "--top", "2"};
     const pid_t process = BeginProgram(arguments);
-    for (int i = 0; i < 2000 && !std::filesystem::exists(folder.Path("out/1-1.jpg")); ++i)
+    for (int i = 0; i < 30000 && !std::filesystem::exists(folder.Path("out/1-1.jpg")); ++i)
         usleep(2000);
     kill(process, SIGKILL);
     WaitFor(process);
