@@ -1,22 +1,25 @@
 #!/usr/bin/env bash
 # Makes a synthetic photograph of 100 megapixels, as PNG and JPEG, and measures suggest and crop on
-# both: wall time, processor time and peak memory.
+# both: wall time, processor time and peak memory. crop runs with one worker and with two.
 #
-# usage: scripts/large_photograph.sh VISTATRIM [CROPS]
+# usage: scripts/large_photograph.sh VISTATRIM [CROPS [WIDTH]]
 #   CROPS  5 by default
+#   WIDTH  in pixels, 12000 by default
 #
 # The picture is one of the Debian package lomiri-wallpapers-16.04
 # (scripts/install_dependencies.sh sheet demo), scaled up, with noise.
 set -euo pipefail
 program=$(realpath "$1")
 crops=${2:-5}
+width=${3:-12000}
+height=$((width * 8334 / 12000))
 source=/usr/share/backgrounds/picosdeeuropa_by_Aitzol_Berasategi.jpg
 folder=$(mktemp -d)
 trap 'rm -rf "$folder"' EXIT
 cd "$folder"
 
-vips thumbnail "$source" up.v 12000 --height 8334 --size force
-vips gaussnoise noise.v 12000 8334 --sigma 3
+vips thumbnail "$source" up.v "$width" --height "$height" --size force
+vips gaussnoise noise.v "$width" "$height" --sigma 3
 vips add up.v noise.v sum.v
 vips cast sum.v large.v uchar
 vips pngsave large.v large.png --strip
@@ -41,7 +44,10 @@ PYTHON
 }
 for photograph in large.png large.jpg; do
     measured "suggest $photograph" "$program" suggest "$photograph"
-    rm -rf out
-    measured "crop -n $crops $photograph" "$program" crop -n "$crops" "$photograph" -o out
+    for workers in 1 2; do
+        rm -rf out
+        measured "crop -n $crops -j $workers $photograph" \
+            "$program" crop -n "$crops" -j "$workers" "$photograph" -o out
+    done
     echo "  $(stat -c %s out/* | awk '{ sum += $1 } END { printf "%.0f", sum / 1e6 }') MB of crops"
 done
