@@ -139,7 +139,7 @@ void AddShapes(CLI::App& command, Options& values)
         ->group(kGroup);
     AddInteger(command, "--density", 1, static_cast<int>(photo::kHighestDensity),
                "Positions tried along the side with more free room",
-               [&request](int density) { request.Density = density; })
+               [&request](int density) { request.Density = static_cast<uint32_t>(density); })
         ->type_name("N")
         ->group(kGroup);
 }

@@ -148,7 +148,8 @@ TEST_F(AbandonedFiles, WithoutALockAreDeletedWhenTheyAreADayOld)
     const std::set<std::string> young = {".vistatrim-12-3.jpg", ".vistatrim-12-0123abcd-3.jpg"};
     const std::set<std::string> old = {".vistatrim-12-4.jpg", ".vistatrim-12-0123abcd-4"};
     const std::set<std::string> others = {".vistatrim-notes.txt", ".vistatrim--5.jpg",
-                                          ".vistatrim-12-3-4-5.jpg", ".vistatrim-12-0123abcd.txt"};
+                                          ".vistatrim-12-3a.jpg", ".vistatrim-12-3-4-5.jpg",
+                                          ".vistatrim-12-0123abcd.txt"};
     for (const auto& names : {young, old, others})
         for (const std::string& name : names) {
             WriteText(Folder.Path("out/" + name), "half");
