@@ -34,7 +34,7 @@ std::string WithForm(const CLI::App& app, const std::string& name)
 
 std::string InPlainWords(const CLI::App& app, const CLI::ParseError& fault)
 {
-    const std::string text = fault.what();
+    std::string text = fault.what();
     std::string a;
     std::string b;
     if (text == "A subcommand is required")
