@@ -373,8 +373,9 @@ std::string ReadableText()
 
 std::string PresetsText()
 {
+    const photo::Presets presets;
     std::vector<std::string> items;
-    for (const photo::Shape& shape : photo::Presets().All())
+    for (const photo::Shape& shape : presets.All())
         items.push_back(shape.Name + " (" +
                         (shape.Fill ? std::to_string(shape.Fill->Width) + "x" +
                                           std::to_string(shape.Fill->Height)
