@@ -27,7 +27,7 @@ bool IsAligned(const void* pointer, size_t alignment)
     return reinterpret_cast<uintptr_t>(pointer) % alignment == 0;
 }
 
-TEST(AlignedMemory, KeepsAPowerOfTwoOfAtLeast64)
+TEST(AlignedMemory, HonoursEveryPowerOfTwoFrom64Up)
 {
     // Two at a time: one address may be aligned by chance.
     for (size_t alignment = 64; alignment <= 65536; alignment *= 2) {
@@ -40,7 +40,7 @@ TEST(AlignedMemory, KeepsAPowerOfTwoOfAtLeast64)
     }
 }
 
-TEST(AlignedMemory, AnyOtherAlignmentCountsAs64)
+TEST(AlignedMemory, TreatsAnyOtherAlignmentAs64)
 {
     for (size_t alignment : {size_t{0}, size_t{1}, size_t{3}, size_t{8}, size_t{32}, size_t{63},
                              size_t{65}, size_t{96}, size_t{1000}, SIZE_MAX})
@@ -74,7 +74,7 @@ TEST(AlignedMemory, ZeroBytesGiveNull)
 
 TEST(AlignedMemory, OutOfMemoryGivesNullWithoutThrowing)
 {
-    // The last ones would wrap when rounded up to whole alignments.
+    // The last sizes would wrap when rounded up to a multiple of the alignment.
     for (size_t size : {SIZE_MAX / 2, SIZE_MAX - 4096, SIZE_MAX - 63, SIZE_MAX - 1, SIZE_MAX}) {
         EXPECT_EQ(AllocateAligned(size, 64), nullptr) << size;
         EXPECT_EQ(AllocateAligned(size, 4096), nullptr) << size;
@@ -103,7 +103,7 @@ std::string MappingFlags(const void* address)
 TEST(AlignedMemory, LargePagesAreRequestedForABlockThatContainsOne)
 {
     if (!std::ifstream("/sys/kernel/mm/transparent_hugepage/enabled").good())
-        GTEST_SKIP() << "a kernel without large pages";
+        GTEST_SKIP() << "this kernel has no large pages";
     const size_t size = size_t{8} << 20;
     const std::unique_ptr<char[]> block(new char[size]);
     PreferLargePages(block.get(), size);

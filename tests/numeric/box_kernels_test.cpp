@@ -11,7 +11,7 @@ namespace {
 const char kDeniedLines[] = "Dilation buffer allocation: failed to allocate buffer.\n"
                             "Dilation b: ippStsNullPtrErr: Null pointer error.\n";
 
-// A separate destination by nature: it reads the untouched plane only.
+// Writes to a separate plane, so it reads only original pixels.
 GuardedPlane SlowBox(const GuardedPlane& src, int32_t before, int32_t after, bool largest)
 {
     return GuardedPlane::FromFunction(src.Cols, src.Rows, [&](int32_t x, int32_t y) {
@@ -82,7 +82,7 @@ TEST_F(BoxKernels, InPlaceEqualsASeparateDestinationInEveryVariant)
     }
 }
 
-TEST_F(BoxKernels, OperationsWorkOnTheWholeMapFromTheCentreOfTheBox)
+TEST_F(BoxKernels, OperationsCoverTheWholeMapWithACentredBox)
 {
     const GuardedPlane src = GuardedPlane::Fractions(33, 17, 42);
     for (int32_t maskSize : {3, 5, 7, 15}) {
@@ -160,7 +160,7 @@ TEST_F(BoxKernels, RowPaddingIsUntouched)
             ASSERT_EQ(plane.At(x, y), x < 17 ? expected.At(x, y) : src.At(x, y));
 }
 
-TEST_F(BoxKernels, BothReportARejectedMaskInTheSameThreeLines)
+TEST_F(BoxKernels, ErosionAndDilationReportARejectedMaskInTheSameThreeLines)
 {
     const GuardedPlane src = GuardedPlane::Fractions(6, 5, 46);
     const std::string lines =
@@ -177,7 +177,7 @@ TEST_F(BoxKernels, BothReportARejectedMaskInTheSameThreeLines)
     EXPECT_EQ(Pixels(map), src.Pixels());
 }
 
-TEST_F(BoxKernels, BothReportAnEmptyMapInTheSameThreeLines)
+TEST_F(BoxKernels, ErosionAndDilationReportAnEmptyMapInTheSameThreeLines)
 {
     const std::string lines =
         std::string("Dilation buffer allocation: ippStsSizeErr: Incorrect value for data size.\n") +
@@ -192,7 +192,7 @@ TEST_F(BoxKernels, BothReportAnEmptyMapInTheSameThreeLines)
     EXPECT_EQ(TakeErrors(), lines);
 }
 
-TEST_F(BoxKernels, BothReportFailedScratchInTheSameTwoLines)
+TEST_F(BoxKernels, ErosionAndDilationReportFailedScratchInTheSameTwoLines)
 {
     const GuardedPlane src = GuardedPlane::Fractions(6, 5, 47);
     CFloatMatrix map;
@@ -211,7 +211,7 @@ TEST_F(BoxKernels, BothReportFailedScratchInTheSameTwoLines)
     EXPECT_EQ(Pixels(map), src.Pixels());
     AllocationFaults tally({});
     DilateBox(map, 7);
-    EXPECT_EQ(tally.Asked, 1);
+    EXPECT_EQ(tally.Requests, 1);
     EXPECT_EQ(tally.Live, 0);
 }
 

@@ -130,7 +130,7 @@ TEST_F(GradientKernels, SignsAreBelowMinusAboveAndLeftMinusRight)
     SobelColumnDifference(src.Data(), columnsDst.Data(), 5, 5);
     EXPECT_EQ(rowsDst.At(2, 2), 8.0f);
     EXPECT_EQ(columnsDst.At(2, 2), -80.0f);
-    // One pixel is missing outside, so the border sees half the gradient.
+    // The plane is replicated outside, which halves the gradient at the border.
     EXPECT_EQ(rowsDst.At(2, 0), 4.0f);
     EXPECT_EQ(columnsDst.At(0, 2), -40.0f);
 }
@@ -181,7 +181,7 @@ TEST_F(GradientKernels, ReportBadSizesAndKeepTheDestination)
     EXPECT_EQ(dst.Pixels(), GuardedPlane(2, 2, 3.0f).Pixels());
 }
 
-TEST_F(GradientKernels, ReportFailedScratchWithOneMessageForBothAndStillRun)
+TEST_F(GradientKernels, ReportFailedScratchWithTheSameMessageAndStillRun)
 {
     const GuardedPlane src = GuardedPlane::WholeNumbers(5, 4, 13);
     GuardedPlane dst(5, 4, 3.0f);
@@ -220,12 +220,12 @@ TEST_F(GradientKernels, StepwiseStrengthReportsTheAllocationThatFails)
         GradientStrengthStepwise(src.Data(), dst.Data(), 5, 4);
         EXPECT_EQ(TakeErrors(), c.Errors);
         EXPECT_EQ(dst.Pixels(), c.Result);
-        EXPECT_EQ(faults.Asked, 3);
+        EXPECT_EQ(faults.Requests, 3);
         EXPECT_EQ(faults.Live, 0);
     }
 }
 
-TEST_F(GradientKernels, StrengthFallsBackToStepsWithoutScratch)
+TEST_F(GradientKernels, StrengthFallsBackToTheStepwiseFormWithoutScratch)
 {
     const GuardedPlane src = GuardedPlane::WholeNumbers(9, 4, 15);
     GuardedPlane expected(9, 4);
@@ -236,7 +236,7 @@ TEST_F(GradientKernels, StrengthFallsBackToStepsWithoutScratch)
         GradientStrength(src.Data(), dst.Data(), 9, 4);
         EXPECT_EQ(TakeErrors(), "");
         EXPECT_EQ(dst.Pixels(), expected.Pixels());
-        EXPECT_EQ(faults.Asked, 4);
+        EXPECT_EQ(faults.Requests, 4);
         EXPECT_EQ(faults.Live, 0);
     }
     GuardedPlane dst(9, 4, 3.0f);
@@ -246,8 +246,8 @@ TEST_F(GradientKernels, StrengthFallsBackToStepsWithoutScratch)
     EXPECT_EQ(dst.Pixels(), GuardedPlane(9, 4, 3.0f).Pixels());
 }
 
-// Added in the order of the planes, in every variant, and when the scratch of the single pass is
-// denied as well.
+// The planes are added in order in every variant, even if the scratch of the single pass cannot be
+// allocated.
 TEST_F(GradientKernels, SumOfStrengthsAddsThePlanesInTheirOrder)
 {
     const VariantScope scope;

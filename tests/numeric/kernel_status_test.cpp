@@ -46,7 +46,7 @@ TEST(KernelBuffer, IsNullBelowOneByteWithoutAllocating)
     EXPECT_EQ(AllocateKernelBuffer(0), nullptr);
     EXPECT_EQ(AllocateKernelBuffer(-1), nullptr);
     EXPECT_EQ(AllocateKernelBuffer(std::numeric_limits<int32_t>::min()), nullptr);
-    EXPECT_EQ(tally.Asked, 0);
+    EXPECT_EQ(tally.Requests, 0);
     FreeKernelBuffer(nullptr);
 }
 

@@ -147,7 +147,7 @@ KernelTest::~KernelTest()
 
 void KernelTest::TearDown()
 {
-    EXPECT_EQ(TakeErrors(), "") << "written to the error stream and not expected";
+    EXPECT_EQ(TakeErrors(), "") << "unexpected text on the error stream";
 }
 
 std::string KernelTest::TakeErrors()
@@ -174,7 +174,7 @@ AllocationFaults* AllocationFaults::Active()
 
 bool AllocationFaults::Deny()
 {
-    return denied.count(Asked++) != 0;
+    return denied.count(Requests++) != 0;
 }
 
 void AllocationFaults::Count(int change)

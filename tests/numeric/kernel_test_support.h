@@ -17,8 +17,8 @@
 
 namespace vistaTrim {
 
-// A plane between two runs of a particular NaN: a kernel that writes past the plane destroys it,
-// and one that reads past the plane spreads it into its result.
+// A plane between two runs of guard values, all the same NaN. A kernel that writes past the plane
+// overwrites them, and one that reads past the plane carries NaN into its result.
 class GuardedPlane {
 public:
     GuardedPlane(int32_t cols, int32_t rows, float fill = 0.0f);
@@ -71,14 +71,14 @@ public:
     bool Deny();
     void Count(int change);
 
-    int Asked = 0;
+    int Requests = 0;
     int Live = 0; // allocated and not yet freed
 
 private:
     std::set<int> denied;
 };
 
-// Every variant that this machine runs.
+// Every variant that this machine supports.
 std::vector<IsaVariant> AvailableVariants();
 
 // Restores the variant that was in use.
@@ -97,8 +97,8 @@ struct PlaneSize {
     int32_t Cols;
     int32_t Rows;
 };
-// One pixel, single rows and columns, sides below every mask, widths round every vector
-// width; with the picture size at the end.
+// One pixel, single rows and columns, sides shorter than every mask, widths around every vector
+// width and, at the end, a full picture.
 std::vector<PlaneSize> AwkwardSizes();
 
 } // namespace vistaTrim

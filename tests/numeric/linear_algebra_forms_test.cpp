@@ -1,7 +1,7 @@
-// Our own linear algebra against CBLAS and LAPACKE, on the sizes that the engine has.
+// Compares our own linear algebra with CBLAS and LAPACKE, at the sizes that the engine uses.
 //
-// The kernels of OpenBLAS 0.3.21 for Prescott gave the bits of ours; those for Haswell and SkylakeX
-// contract products and sums, and each sums in an order of its own. The comment of each limit
+// The kernels of OpenBLAS 0.3.21 for Prescott gave the same bits as ours. Those for Haswell and
+// SkylakeX contract products and sums, and each adds in its own order. The comment of each limit
 // states how far they differed, relative to the rounded values.
 #include "numeric/linear_algebra.h"
 
@@ -55,7 +55,7 @@ TEST_F(LinearAlgebraForms, ScaleAlike)
     EXPECT_EQ(ours, theirs);
 }
 
-// A contracted step leaves out one rounding, of half a unit of the product.
+// A contracted step omits one rounding: half a unit in the last place of the product.
 TEST_F(LinearAlgebraForms, AddScaledWithinARounding)
 {
     const std::vector<float> x = Noise(100003, 1.0f);
@@ -89,7 +89,7 @@ TEST_F(LinearAlgebraForms, DotProductsStayClose)
 }
 
 // Three products of a pixel and a row of the inverse. Measured: 2.3e-7 (Haswell, SkylakeX), two
-// roundings of each form; the limit is three.
+// roundings in each form; the limit is three.
 TEST_F(LinearAlgebraForms, SymmetricProductsStayClose)
 {
     double worst = 0.0;
@@ -143,14 +143,14 @@ TEST_F(LinearAlgebraForms, InversesStayClose)
         fixedOrder::InvertFactored(3, ours.data());
         blas::InvertFactored(3, theirs.data());
         double largest = 0.0;
-        double apart = 0.0;
+        double difference = 0.0;
         for (size_t i = 0; i < 9; ++i) {
             if (i == 3 || i == 6 || i == 7)
                 continue; // above the diagonal
             largest = std::max(largest, std::fabs(double(ours[i])));
-            apart = std::max(apart, std::fabs(double(ours[i]) - double(theirs[i])));
+            difference = std::max(difference, std::fabs(double(ours[i]) - double(theirs[i])));
         }
-        worst = std::max(worst, apart / largest / std::max(norm * largest, 1.0));
+        worst = std::max(worst, difference / largest / std::max(norm * largest, 1.0));
     }
     std::printf("inverse: %.3g of the largest element, per condition number\n", worst);
     EXPECT_LE(worst, 6e-7);

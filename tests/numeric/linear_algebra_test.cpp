@@ -1,4 +1,4 @@
-// Our own linear algebra: the stated order of operations, in every ISA variant, and the edges.
+// Our own linear algebra: the stated order of operations in every ISA variant, and edge cases.
 #include "numeric/linear_algebra.h"
 
 #include <cmath>
@@ -30,7 +30,7 @@ bool SameBits(const std::vector<float>& a, const std::vector<float>& b)
     return a.size() == b.size() && std::memcmp(a.data(), b.data(), a.size() * sizeof(float)) == 0;
 }
 
-// A symmetric matrix as far from singular as a covariance with its regulariser.
+// A symmetric matrix as well conditioned as a covariance with its regulariser.
 std::vector<float> Covariance(size_t n, uint32_t seed)
 {
     const std::vector<float> x = Noise(n * (n + 1), seed);
@@ -171,7 +171,7 @@ TEST(FixedOrderInverse, TimesTheMatrixIsOne)
                     norm = std::max(norm, double(std::fabs(a[row + col * n])));
                     inverseNorm = std::max(inverseNorm, double(std::fabs(inverse[row + col * n])));
                 }
-            // Backward stable: some n roundings of 2^-24 times the condition number.
+            // Backward stable: about n roundings of 2^-24 times the condition number.
             const double bound = 8.0 * double(n * n) * std::ldexp(norm * inverseNorm, -24);
             for (size_t i = 0; i < n; ++i)
                 for (size_t j = 0; j < n; ++j) {

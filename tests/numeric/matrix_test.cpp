@@ -10,7 +10,7 @@
 
 namespace {
 
-// Heap requests for arrays; the matrices are the only arrays in this program.
+// Heap requests for arrays. Only the matrices allocate arrays in this program.
 bool denyArrays = false;
 size_t arrayRequests = 0;
 size_t lastArrayBytes = 0;
@@ -60,8 +60,8 @@ public:
     NoMemory& operator=(const NoMemory&) = delete;
 };
 
-// Memory checkers put an allocator of their own in place of this file's.
-bool ArraysAreOurs()
+// False if a sanitizer replaces this file's allocator with its own.
+bool CountsArrays()
 {
     arrayRequests = 0;
     const CFloatArray probe(1);
@@ -161,8 +161,8 @@ TEST(FloatMatrix, ResizeCopiesTheCommonRectangle)
 
 TEST(FloatMatrix, TwoToTheThirtyElementsThrowWithoutAllocating)
 {
-    if (!ArraysAreOurs())
-        GTEST_SKIP() << "the free store is not this test's";
+    if (!CountsArrays())
+        GTEST_SKIP() << "a sanitizer replaces the allocator";
     CFloatMatrix matrix;
     matrix.Resize(2, 3);
     Number(matrix);
@@ -183,8 +183,8 @@ TEST(FloatMatrix, TwoToTheThirtyElementsThrowWithoutAllocating)
 
 TEST(FloatMatrix, OneElementLessIsAllocated)
 {
-    if (!ArraysAreOurs())
-        GTEST_SKIP() << "the free store is not this test's";
+    if (!CountsArrays())
+        GTEST_SKIP() << "a sanitizer replaces the allocator";
     CFloatMatrix matrix;
     const NoMemory none;
     EXPECT_THROW(matrix.Resize(1, (1u << 30) - 1), std::bad_alloc);
@@ -206,8 +206,8 @@ TEST(FloatMatrix, TheElementCountWrapsAt32Bits)
 
 TEST(FloatMatrix, KeepsEverythingWhenMemoryRunsOut)
 {
-    if (!ArraysAreOurs())
-        GTEST_SKIP() << "the free store is not this test's";
+    if (!CountsArrays())
+        GTEST_SKIP() << "a sanitizer replaces the allocator";
     CFloatMatrix matrix;
     matrix.Resize(2, 3);
     Number(matrix);
@@ -299,8 +299,8 @@ TEST(FloatMatrix, CopyFromReallocatesForAnotherCountAndSharesNothing)
 
 TEST(FloatMatrix, CopyFromItselfDoesNothing)
 {
-    if (!ArraysAreOurs())
-        GTEST_SKIP() << "the free store is not this test's";
+    if (!CountsArrays())
+        GTEST_SKIP() << "a sanitizer replaces the allocator";
     CFloatMatrix matrix;
     matrix.Resize(2, 2);
     Number(matrix);
@@ -332,8 +332,8 @@ TEST(FloatArray, SwapExchangesStorage)
 
 TEST(FloatMatrix, FreesItsOwnStorage)
 {
-    if (!ArraysAreOurs())
-        GTEST_SKIP() << "arrays come from elsewhere";
+    if (!CountsArrays())
+        GTEST_SKIP() << "a sanitizer replaces the allocator";
     const long before = liveArrays;
     {
         CFloatMatrix matrix;
@@ -350,8 +350,8 @@ TEST(FloatMatrix, FreesItsOwnStorage)
 
 TEST(DoubleMatrix, FreesItsOwnStorage)
 {
-    if (!ArraysAreOurs())
-        GTEST_SKIP() << "arrays come from elsewhere";
+    if (!CountsArrays())
+        GTEST_SKIP() << "a sanitizer replaces the allocator";
     const long before = liveArrays;
     {
         CDoubleMatrix matrix;
@@ -403,7 +403,7 @@ TEST(FloatMatrix, BorrowsNoMoreThanItCouldOwn)
     EXPECT_EQ(matrix.Cols, 3u);
     EXPECT_EQ(matrix.Count, 6u);
     EXPECT_EQ(matrix.Data, storage);
-    matrix.Borrow((1u << 30) - 1, 1, storage); // nothing is touched
+    matrix.Borrow((1u << 30) - 1, 1, storage); // accesses no element
     EXPECT_EQ(matrix.Count, (1u << 30) - 1);
 }
 
@@ -474,8 +474,8 @@ TEST(DoubleMatrix, ResizeCopiesTheCommonRectangle)
 
 TEST(DoubleMatrix, TwoToTheTwentyNinthElementsThrowWithoutAllocating)
 {
-    if (!ArraysAreOurs())
-        GTEST_SKIP() << "the free store is not this test's";
+    if (!CountsArrays())
+        GTEST_SKIP() << "a sanitizer replaces the allocator";
     CDoubleMatrix matrix;
     arrayRequests = 0;
     EXPECT_THROW(matrix.Resize(1u << 14, 1u << 15), std::bad_alloc);
@@ -490,8 +490,8 @@ TEST(DoubleMatrix, TwoToTheTwentyNinthElementsThrowWithoutAllocating)
 
 TEST(DoubleMatrix, CopyFromKeepsStorageOfTheSameCount)
 {
-    if (!ArraysAreOurs())
-        GTEST_SKIP() << "the free store is not this test's";
+    if (!CountsArrays())
+        GTEST_SKIP() << "a sanitizer replaces the allocator";
     CDoubleMatrix source;
     source.Resize(2, 3);
     Number(source);

@@ -22,7 +22,7 @@ std::vector<float> Noise(size_t count, float low, float high)
     return x;
 }
 
-TEST(PlaneRange, OfPiecesEqualsThatOfTheWhole)
+TEST(PlaneRange, OfPiecesEqualsTheRangeOfTheWhole)
 {
     for (size_t count : {1u, 15u, 16u, 33u, 1000u}) {
         SCOPED_TRACE(count);
@@ -61,7 +61,7 @@ TEST(PlaneRange, IsTheSameInEveryVariant)
 }
 
 // The extremes of a plane after a threshold, without reading it again.
-TEST(PlaneRange, ClearedBelowIsThatOfTheClearedPlane)
+TEST(PlaneRange, ClearBelowGivesTheRangeOfTheClearedPlane)
 {
     const std::vector<float> x = Noise(333, 0.5f, 5.0f);
     for (const float level : {0.0f, 0.4f, 0.6f, 4.9f}) {
@@ -79,7 +79,7 @@ TEST(PlaneRange, ClearedBelowIsThatOfTheClearedPlane)
     }
 }
 
-TEST(Normalisation, AppliedPieceByPieceIsNormalisePlane)
+TEST(Normalisation, AppliedPieceByPieceEqualsNormalisePlane)
 {
     std::vector<float> pieces = Noise(333, 0.5f, 300.0f);
     std::vector<float> whole = pieces;
@@ -122,7 +122,7 @@ TEST(NormalisePlane, OfMixedSignTakesItsExtremesByMagnitude)
     EXPECT_EQ(x[2], 1.0f * scale);
 }
 
-// The scale is 0 then, which clears the plane.
+// An infinite range makes the scale 0, which clears the plane.
 TEST(NormalisePlane, OfInfinityIsZero)
 {
     const float infinity = std::numeric_limits<float>::infinity();
@@ -133,7 +133,7 @@ TEST(NormalisePlane, OfInfinityIsZero)
 
 TEST(NormalisePlane, RoundsTheShiftBeforeTheScale)
 {
-    // 0.1f + 0.3f in float, then times a scale that is not a power of two.
+    // 0.3f - 0.1f in float, then multiplied by a scale that is not a power of two.
     float x[] = {0.1f, 0.3f, 0.8f};
     const float shift = -0.1f;
     const float middle = 0.3f + shift;

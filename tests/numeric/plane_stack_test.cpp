@@ -153,7 +153,7 @@ TEST(PlaneStack, WrappersBorrowTheirPlane)
         EXPECT_EQ(planeOnly.ElementCount, 12);
         EXPECT_FALSE(planeOnly.TablesBuilt);
     }
-    EXPECT_EQ(memory.Asked, 0);
+    EXPECT_EQ(memory.Requests, 0);
     EXPECT_EQ(memory.Live, 0);
 }
 
@@ -172,8 +172,8 @@ TEST(PlaneStack, ACopyIsAHandleOnTheSamePlanes)
     stack.Release();
 }
 
-// Nothing in a stack says whether it owns: Release on a handle frees what every other stack
-// still points at. So only the stack that Create made is released.
+// A stack does not record whether it owns its planes: Release on a copy frees planes that the
+// others still point to. So only the stack on which Create was called is released.
 TEST(PlaneStack, ReleaseOnACopyFreesThePlanesOfAll)
 {
     AllocationFaults memory({});
@@ -195,7 +195,7 @@ TEST(PlaneStack, ReleaseOnACopyFreesThePlanesOfAll)
     EXPECT_EQ(stack.PlaneTables.size(), 2u);
     EXPECT_EQ(stack.PairTables.size(), 3u);
     EXPECT_TRUE(stack.TablesBuilt);
-    // And is simply dropped: its destructor frees nothing again.
+    // It is simply dropped: its destructor frees nothing.
 }
 
 TEST(PlaneStack, PlanePointersAreACopyOfTheList)

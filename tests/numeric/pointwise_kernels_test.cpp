@@ -17,7 +17,7 @@ protected:
     }
 };
 
-TEST_F(PointwiseKernels, ThresholdKeepsWhatEqualsTheLevel)
+TEST_F(PointwiseKernels, ThresholdKeepsValuesEqualToTheLevel)
 {
     const float level = 0.1f;
     CFloatMatrix map;
@@ -50,7 +50,7 @@ TEST_F(PointwiseKernels, ThresholdAtZeroKeepsNonNegativeValues)
     EXPECT_EQ(std::vector<float>(map.Data, map.Data + map.Count), before);
 }
 
-TEST_F(PointwiseKernels, ThresholdMatchesSlowLoopInEveryFormAndStaysInsideThePlane)
+TEST_F(PointwiseKernels, ThresholdMatchesASlowLoopInEveryVariantAndStaysInsideThePlane)
 {
     const VariantScope scope;
     for (IsaVariant variant : AvailableVariants())

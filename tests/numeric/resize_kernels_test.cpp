@@ -60,7 +60,7 @@ CPlaneStack StackOf(GuardedPlane& plane)
 
 class ResizeKernels : public KernelTest {};
 
-// Every step of the definition is rounded where it says, so the check is by bits.
+// The definition says where each step is rounded, so the check compares bits.
 TEST_F(ResizeKernels, MatchTheDefinitionToTheBitInEveryVariant)
 {
     const VariantScope scope;
@@ -117,7 +117,7 @@ TEST_F(ResizeKernels, SameSizeReproducesThePlanes)
     }
 }
 
-// Positions 0.5, 2.5, 4.5, 6.5, 8.5: two neighbours each, and nothing else counts.
+// Positions 0.5, 2.5, 4.5, 6.5, 8.5: each has two neighbours, and no other pixel counts.
 TEST_F(ResizeKernels, HalvingTakesTheMeanOfTwoNeighbours)
 {
     GuardedPlane src = GuardedPlane::FromFunction(
@@ -128,7 +128,7 @@ TEST_F(ResizeKernels, HalvingTakesTheMeanOfTwoNeighbours)
         EXPECT_EQ(dst.At(x, 0), (src.At(2 * x, 0) + src.At(2 * x + 1, 0)) / 2.0f);
 }
 
-// A reduction by 20 hits two pixels of each 20: the others are not averaged in.
+// A reduction by 20 reads two of every 20 pixels: the others are not averaged in.
 TEST_F(ResizeKernels, StrongReductionSeesOnlyTheFourNeighbours)
 {
     GuardedPlane src(40, 40, 1.0f);
@@ -160,7 +160,7 @@ TEST_F(ResizeKernels, SourceUnderTwoPixelsIsRejectedWithOneLinePerPlane)
                           StackOf(4, 5, {dst.Data(), dst.Data(), dst.Data()}));
         EXPECT_EQ(TakeErrors(), std::string(kNullLine) + kNullLine + kNullLine);
         EXPECT_EQ(dst.Pixels(), GuardedPlane(4, 5, 3.0f).Pixels());
-        EXPECT_EQ(tally.Asked, 0);
+        EXPECT_EQ(tally.Requests, 0);
     }
 }
 
@@ -196,7 +196,7 @@ TEST_F(ResizeKernels, EachPlaneReportsFailedAllocation)
                           StackOf(4, 4, {dst.Data(), dst.Data()}));
         EXPECT_EQ(TakeErrors(), std::string(kNullLine) + kNullLine);
         EXPECT_EQ(dst.Pixels(), GuardedPlane(4, 4, 3.0f).Pixels());
-        EXPECT_EQ(faults.Asked, denied + 1);
+        EXPECT_EQ(faults.Requests, denied + 1);
         EXPECT_EQ(faults.Live, 0);
     }
 }

@@ -81,7 +81,7 @@ TEST(ScratchScope, UsesFreedMemoryAgain)
     FreeAligned(first);
 }
 
-TEST(ScratchScope, AllocatesTheRestOnTheHeap)
+TEST(ScratchScope, AllocatesOnTheHeapWhatDoesNotFit)
 {
     Block block(1024);
     const CScratchScope scope(block.Data(), block.Size());
@@ -99,7 +99,7 @@ TEST(ScratchScope, AllocatesTheRestOnTheHeap)
     EXPECT_EQ(AllocateAligned(0, 64), nullptr);
 }
 
-TEST(ScratchScope, AcceptsNoBlock)
+TEST(ScratchScope, WorksWithoutABlockOrWithATinyOne)
 {
     for (size_t bytes : {size_t{0}, size_t{10}}) {
         char tiny[16];
@@ -175,14 +175,14 @@ TEST(BorrowedMatrix, DoesNotFreeTheStorage)
     std::vector<float> storage(12, 3.0f);
     {
         CFloatMatrix matrix;
-        matrix.Resize(2, 2); // its own, freed later
+        matrix.Resize(2, 2); // its own storage
         matrix.Borrow(3, 4, storage.data());
         EXPECT_EQ(matrix.Rows, 3u);
         EXPECT_EQ(matrix.Cols, 4u);
         EXPECT_EQ(matrix.Count, 12u);
         EXPECT_EQ(matrix.Data, storage.data());
         matrix.Data[5] = 4.0f;
-    } // a delete here would end the test program
+    } // a delete here would abort the test
     EXPECT_EQ(storage[5], 4.0f);
 
     std::vector<double> doubles(6, 1.0);

@@ -12,8 +12,8 @@ namespace {
 
 // Heap allocations of arrays while watched: which one fails, and how many are live.
 bool watchingArrays = false;
-int arraysAsked = 0;
-int arraysLive = 0;
+int arrayRequests = 0;
+int liveArrays = 0;
 int deniedArray = -1;
 
 } // namespace
@@ -21,20 +21,20 @@ int deniedArray = -1;
 // Only the array forms are replaced: the three planes of BlurInterleavedPixels are arrays.
 void* operator new[](std::size_t size)
 {
-    if (watchingArrays && arraysAsked++ == deniedArray)
+    if (watchingArrays && arrayRequests++ == deniedArray)
         throw std::bad_alloc();
     void* pointer = std::malloc(size ? size : 1);
     if (!pointer)
         throw std::bad_alloc();
     if (watchingArrays)
-        ++arraysLive;
+        ++liveArrays;
     return pointer;
 }
 
 void operator delete[](void* pointer) noexcept
 {
     if (watchingArrays && pointer)
-        --arraysLive;
+        --liveArrays;
     std::free(pointer);
 }
 
@@ -60,7 +60,7 @@ std::vector<float> TapsOf(int32_t maskSize, float sigma)
     return taps;
 }
 
-// The definition: the taps in float as they are, everything after them in double.
+// The definition: float taps, and double for everything after them.
 GuardedPlane SlowSmooth(const GuardedPlane& src, int32_t maskSize, float sigma)
 {
     const std::vector<float> taps = TapsOf(maskSize, sigma);
@@ -114,8 +114,8 @@ protected:
     void SetUp() override
     {
         deniedArray = -1;
-        arraysAsked = 0;
-        arraysLive = 0;
+        arrayRequests = 0;
+        liveArrays = 0;
     }
 };
 
@@ -140,7 +140,7 @@ TEST_F(SmoothingKernels, TapsAreTheRoundedBellDividedByItsFloatSum)
     }
 }
 
-// At sigma 100 the bell is almost flat over the mask, and still ends with it.
+// At sigma 100 the bell is almost flat over the mask, and still ends at its edge.
 TEST_F(SmoothingKernels, MaskIsTruncatedWhateverSigmaIs)
 {
     GuardedPlane src(31, 1, 0.0f);
@@ -198,7 +198,7 @@ TEST_F(SmoothingKernels, RoundInOneOrderInEveryVariantAndForEveryMask)
         }
 }
 
-// All results for a flat picture depend on it: borders, corners and vector tails included.
+// All results for a flat picture depend on this, including borders, corners and vector tails.
 TEST_F(SmoothingKernels, ConstantPlaneStaysConstantToTheBit)
 {
     const VariantScope scope;
@@ -311,7 +311,7 @@ TEST_F(SmoothingKernels, OnlyTheKernelReportsNullPlanes)
     GaussianSmooth(plane.Data(), nullptr, 9, 9, 7, 1.0f);
     EXPECT_EQ(TakeErrors(), "Gaussian blur: ippStsNullPtrErr: Null pointer error.\n");
     EXPECT_EQ(tally.Live, 0);
-    EXPECT_EQ(tally.Asked, 2);
+    EXPECT_EQ(tally.Requests, 2);
 }
 
 TEST_F(SmoothingKernels, KernelRejectsWhatItsSizeFunctionRejects)
@@ -407,8 +407,8 @@ TEST_F(SmoothingKernels, InterleavedPixelsThrowWhenAnAllocationFailsAndLeakNothi
         GuardedPlane out(4, 4, 3.0f);
         float* const planes[3] = {out.Data(), out.Data(), out.Data()};
         bool thrown = false;
-        arraysAsked = 0;
-        arraysLive = 0;
+        arrayRequests = 0;
+        liveArrays = 0;
         deniedArray = denied;
         watchingArrays = true;
         try {
@@ -418,8 +418,8 @@ TEST_F(SmoothingKernels, InterleavedPixelsThrowWhenAnAllocationFailsAndLeakNothi
         }
         watchingArrays = false;
         EXPECT_TRUE(thrown);
-        EXPECT_EQ(arraysAsked, denied + 1);
-        EXPECT_EQ(arraysLive, 0);
+        EXPECT_EQ(arrayRequests, denied + 1);
+        EXPECT_EQ(liveArrays, 0);
         EXPECT_EQ(out.Pixels(), GuardedPlane(4, 4, 3.0f).Pixels());
     }
 }
@@ -437,7 +437,7 @@ TEST_F(SmoothingKernels, InterleavedPixelsReportOncePerPlane)
     watchingArrays = true;
     BlurInterleavedPixels(pixels.data(), 0, 4, 2.0f, planes);
     watchingArrays = false;
-    EXPECT_EQ(arraysLive, 0);
+    EXPECT_EQ(liveArrays, 0);
     const std::string lines = std::string(kSizeLine) + kDeniedLines;
     EXPECT_EQ(TakeErrors(), lines + lines + lines);
     EXPECT_EQ(out.Pixels(), GuardedPlane(4, 4, 3.0f).Pixels());

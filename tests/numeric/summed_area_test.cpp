@@ -187,7 +187,7 @@ TEST(SummedAreaTable, AddsInTheStatedOrderToTheLastBit)
 {
     for (const PlaneSize& size : AwkwardSizes()) {
         SCOPED_TRACE(testing::Message() << size.Cols << " x " << size.Rows);
-        // Thirds, so that even short sums are rounded, over a wide range of sizes.
+        // Thirds over a wide range of magnitudes, so that even short sums are rounded.
         GuardedPlane map = GuardedPlane::Fractions(size.Cols, size.Rows, 3);
         for (int32_t i = 0; i < size.Cols * size.Rows; ++i)
             map.Data()[i] = std::ldexp(map.Data()[i] / 3.0f, 11 * (i % 5));
@@ -220,7 +220,7 @@ TEST(SummedAreaTable, GrowsByAnyNumberOfRows)
     }
 }
 
-// The first column takes no corner; with one it would turn a negative zero.
+// Nothing is subtracted in the first column: subtracting a corner would turn -0 into +0.
 TEST(SummedAreaTable, KeepsNegativeZeros)
 {
     const GuardedPlane map(17, 19, -0.0f);
@@ -260,8 +260,8 @@ TEST(RegionSum, TakesItsCornersInOrder)
     table.Data[1] = 1.0;         // B
     table.Data[2] = large;       // C
     table.Data[3] = large + 2.0; // A
-    // A - B is a tie and goes to the even neighbour, 2^53; minus C gives 0, plus D gives 3. A - C
-    // first would keep what B removes.
+    // A - B is a tie and rounds to its even neighbour, 2^53; minus C gives 0, plus D gives 3. A - C
+    // first would round nothing and give 4.
     EXPECT_EQ(RegionSum(table, 1, 1, 1, 1), 3.0);
 }
 
@@ -277,14 +277,14 @@ TEST(RegionSum, SubtractsOnlyTheSideThatExists)
     EXPECT_EQ(RegionSum(table, 1, 0, 1, 1), 990.0);
     EXPECT_EQ(RegionSum(table, 1, 1, 1, 1), 891.0);
     EXPECT_EQ(RegionSum(table, 0, 0, 1, 1), 1000.0);
-    // Below 0 counts as outside, as 0 does.
+    // A first row or column below 0 counts as 0.
     EXPECT_EQ(RegionSum(table, -3, -1, 1, 1), 1000.0);
     EXPECT_EQ(RegionSum(table, -3, 1, 1, 1), 900.0);
 }
 
 TEST(RegionSum, OfOnePixelIsThePixelUpToTheTablesRounding)
 {
-    // Every other pixel is tiny, so that the sums do not fit and are rounded.
+    // Every other pixel is tiny, so that the sums are rounded.
     GuardedPlane map = GuardedPlane::Fractions(65, 33, 6);
     for (int32_t i = 1; i < 65 * 33; i += 2)
         map.Data()[i] = std::ldexp(map.Data()[i], -30);
@@ -305,7 +305,7 @@ TEST(RegionSum, CrossedLimitsGiveTheSignedSum)
     const GuardedPlane map = GuardedPlane::WholeNumbers(9, 7, 7);
     GuardedTable guarded(9, 7);
     const CDoubleMatrix& table = Build(map, guarded);
-    // Rows 4 .. 2 stand for less of row 3.
+    // Rows 4 to 2 mean minus row 3.
     EXPECT_EQ(RegionSum(table, 4, 2, 2, 6), -SlowSum(map, 3, 2, 3, 6));
     EXPECT_EQ(RegionSum(table, 4, 2, 3, 6), 0.0);
 }

@@ -13,7 +13,7 @@
 namespace vistaTrim {
 namespace {
 
-// Round every vector width, none, and more than one picture row.
+// Zero, counts around every vector width, and more than one picture row.
 std::vector<int32_t> AwkwardCounts()
 {
     std::vector<int32_t> counts;
@@ -53,17 +53,17 @@ void ExpectElementWise(const std::function<void(int32_t, const float*, const flo
             GuardedPlane a =
                 nonNegative ? GuardedPlane::Fractions(n + 16, 1, 1) : SignedNumbers(n + 16, 1);
             GuardedPlane b = SignedNumbers(n + 16, 2);
-            // Of another size, for sums that round.
+            // Of another magnitude, so that sums round.
             for (int32_t i = 0; i < n + 16; ++i)
                 b.Data()[i] *= 0.01f;
             GuardedPlane expected(n, 1);
             for (int32_t i = 0; i < n; ++i)
                 expected.Data()[i] = one(a.Data()[i], b.Data()[i]);
 
-            GuardedPlane apart(n, 1, 3.0f);
-            run(n, a.Data(), b.Data(), apart.Data());
-            EXPECT_EQ(apart.Bits(), expected.Bits());
-            EXPECT_TRUE(apart.GuardsIntact());
+            GuardedPlane separate(n, 1, 3.0f);
+            run(n, a.Data(), b.Data(), separate.Data());
+            EXPECT_EQ(separate.Bits(), expected.Bits());
+            EXPECT_TRUE(separate.GuardsIntact());
 
             GuardedPlane inPlace =
                 GuardedPlane::FromFunction(n, 1, [&](int32_t x, int32_t) { return a.Data()[x]; });
@@ -247,7 +247,7 @@ TEST(NormalisePlane, DoesNotStretchARangeBelowItsFloor)
     EXPECT_EQ(x[2], 5e-07f * 100000.0f);
 }
 
-TEST(NormalisePlane, TakesARangeOfTheFloorAsItIs)
+TEST(NormalisePlane, DividesByARangeEqualToTheFloor)
 {
     float x[] = {0.0f, 1e-05f};
     NormalisePlane(x, 2);
@@ -257,7 +257,7 @@ TEST(NormalisePlane, TakesARangeOfTheFloorAsItIs)
     EXPECT_EQ(above[1], 2e-05f * static_cast<float>(1.0 / static_cast<double>(2e-05f)));
 }
 
-// Below the floor the range has no effect, above it the floor has none.
+// Below the floor the range has no effect; above the floor, the floor has none.
 TEST(NormalisePlane, RangesJustUnderAndJustOverTheFloorDiffer)
 {
     for (const float under : {std::nextafter(1e-05f, 0.0f), 0.99e-05f}) {
@@ -300,7 +300,7 @@ TEST(NormalisePlane, ScalesByTheRoundedReciprocal)
         }
 }
 
-TEST(NormalisePlane, TwiceIsOnceUpToRounding)
+TEST(NormalisePlane, ASecondRunChangesNothingButRounding)
 {
     GuardedPlane x = GuardedPlane::Fractions(64, 48, 8);
     NormalisePlane(x.Data(), 64 * 48);
@@ -350,7 +350,7 @@ TEST(NormalisePlane, NegativeZerosAreZero)
     EXPECT_EQ(x[2], 0.0f);
 }
 
-TEST(PlaneArithmetic, AddPlanesCountsTheSource)
+TEST(PlaneArithmetic, AddPlanesTakesItsLengthFromTheSource)
 {
     float target[] = {1.0f, 2.0f, 3.0f, 4.0f};
     float source[] = {10.0f, 20.0f, 30.0f, 40.0f};
@@ -365,7 +365,7 @@ TEST(PlaneArithmetic, AddPlanesCountsTheSource)
     EXPECT_EQ(std::vector<float>(source, source + 4), (std::vector<float>{10, 20, 30, 40}));
 }
 
-TEST(PlaneArithmetic, MultiplyPlanesCountsTheTarget)
+TEST(PlaneArithmetic, MultiplyPlanesTakesItsLengthFromTheTarget)
 {
     float target[] = {1.0f, 2.0f, 3.0f, 4.0f};
     float other[] = {10.0f, 20.0f, 30.0f, 40.0f};

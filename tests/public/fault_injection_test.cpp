@@ -284,7 +284,7 @@ TEST_F(FaultInjection, AlignedMemoryDegradesAKernelOrCrashesAtAPlane)
     {
         AllocationFaults none({});
         DestroyVistaTrimObj(CreateVistaTrimObj(image, &parameters));
-        asked = none.Asked;
+        asked = none.Requests;
         EXPECT_EQ(none.Live, 0);
     }
     ASSERT_GT(asked, 30);
