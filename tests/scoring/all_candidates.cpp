@@ -12,7 +12,7 @@ using namespace vistaTrim;
 
 namespace scoringTests {
 
-void ExpectAllCandidatesAsSlow(const testPictures::Picture& picture)
+void ExpectAllCandidatesMatchTheOracle(const testPictures::Picture& picture)
 {
     VistaTrimParameters defaults;
     defaults.SetDefaults();

@@ -1,4 +1,4 @@
-// Every candidate of a picture against the slow oracle.
+// Compares every candidate of a picture with the slow oracle.
 #ifndef VISTATRIM_TESTS_SCORING_ALL_CANDIDATES_H
 #define VISTATRIM_TESTS_SCORING_ALL_CANDIDATES_H
 
@@ -6,10 +6,10 @@
 
 namespace scoringTests {
 
-// All candidates of the default tables, scored by one walk: bit for bit, except the score that goes
-// through a BLAS dot product. That one may be off by what summing 304 floats in another order can
-// change.
-void ExpectAllCandidatesAsSlow(const vistaTrim::testPictures::Picture& picture);
+// Scores all candidates of the default tables in one walk and compares them bit for bit, except the
+// composition score, which goes through a BLAS dot product. That may differ by what adding 304
+// floats in another order can change.
+void ExpectAllCandidatesMatchTheOracle(const vistaTrim::testPictures::Picture& picture);
 
 } // namespace scoringTests
 

@@ -1,5 +1,5 @@
-// What is known of the published model must hold of every set of coefficients that is compiled
-// in: hosts have been tuned against these anchors.
+// What is known of the published model must hold for every set of coefficients that is compiled in:
+// hosts have been tuned against these anchors.
 #include "scoring/composition_coefficients.h"
 
 #include <algorithm>
@@ -97,7 +97,7 @@ TEST(CompositionCoefficients, CoarseSaliencyWeightsAreThePublishedOnes)
             << "slot " << 80 + i;
 }
 
-TEST(CompositionCoefficients, RangesOfScalesAndWeightsAreAttained)
+TEST(CompositionCoefficients, ScalesAndWeightsSpanThePublishedRanges)
 {
     for (const Block& block : kBlocks) {
         SCOPED_TRACE(block.Name);
@@ -126,7 +126,7 @@ TEST(CompositionCoefficients, BlocksOfOneTableHaveTheSameMean)
     }
 }
 
-// The same of each cell: a coarse cell is tiled by the four or nine finer ones inside it.
+// The same holds for each cell: four or nine finer cells tile a coarse one.
 TEST(CompositionCoefficients, FinerCellsAverageToTheCoarserOneThatHoldsThem)
 {
     const struct {

@@ -44,7 +44,7 @@ Crop RandomCrop(std::mt19937& random, int32_t rows, int32_t cols)
     return crop;
 }
 
-// Groups of every size, with crops at all borders of the map, in rows of their own.
+// Groups of every size, with crops of different rows at all borders of the map.
 TEST(CompositionLanes, EveryCropOfAGroupGetsItsPlainScoreInEveryIsaVariant)
 {
     const auto analyzer = NoiseAnalyzer(200, 300, 8);
@@ -65,7 +65,7 @@ TEST(CompositionLanes, EveryCropOfAGroupGetsItsPlainScoreInEveryIsaVariant)
             }
             for (const IsaVariant variant : variants.Variants) {
                 SelectIsaVariant(variant);
-                // What lies behind the scores must stay as it was.
+                // The element after the scores must not change.
                 std::vector<float> scores(crops.size() + 1, -7.0f);
                 ScoreTogether(analyzer->ContrastTable, analyzer->SaliencyTable, rows.data(),
                               cols.data(), count, scores.data());

@@ -57,7 +57,7 @@ TEST(CompositionModel, TwoRowsUnderTwelveCellsRepeat)
     }
 }
 
-// Six cells on top of one another read the first row of pixels, six the second.
+// The upper six cells of a column read the first row of pixels, the lower six the second.
 TEST(CompositionModel, TwoRowsFillEveryCellAsTheSlowFormDoes)
 {
     const auto analyzer = NoiseAnalyzer(50, 80, 41);
@@ -77,7 +77,7 @@ TEST(CompositionModel, TwoRowsFillEveryCellAsTheSlowFormDoes)
     }
 }
 
-TEST(CompositionModel, LimitsMatchTheSlowFormForEveryExtentAndPlace)
+TEST(CompositionModel, LimitsMatchTheSlowFormForEveryExtentAndPosition)
 {
     const EachVariant variants;
     for (int32_t first : {0, 1, 2, 3, 5, 17, 63, 64, 100, 255, 256, 257, 400, 511, 512, 600})
@@ -99,8 +99,8 @@ TEST(CompositionModel, LimitsMatchTheSlowFormForEveryExtentAndPlace)
             }
 }
 
-// The fast form serves extents that tile. All long ones do, which makes it fast; thin ones are
-// marked as not tiling, and the plain form scores them.
+// The fast form needs extents that the cells tile, as they do all long ones. Short extents are
+// marked as not tiled, and the plain form scores them.
 TEST(CompositionModel, ExtentsFromTwelvePixelsTileAndShorterOnesDoNot)
 {
     for (int32_t first = 0; first < 640; ++first)
@@ -119,7 +119,7 @@ TEST(CompositionModel, OnePixelFillsAllSlotsOfATableWithItsValue)
         const std::vector<float> descriptor = Descriptor(*analyzer, rect);
         const int32_t at = rect.FirstRow * 11 + rect.FirstCol;
         for (int32_t slot = 0; slot < kDescriptorSize; ++slot) {
-            // The tables hold running sums, so the pixel comes back up to their rounding.
+            // The tables hold running sums, so the pixel is recovered only up to their rounding.
             const float value =
                 slot < 80 ? analyzer->ContrastMap.Data[at] : analyzer->SaliencyMap.Data[at];
             EXPECT_NEAR(descriptor[static_cast<size_t>(slot)], value, 1e-6f);
@@ -131,8 +131,8 @@ TEST(CompositionModel, OnePixelFillsAllSlotsOfATableWithItsValue)
 TEST(CompositionModel, AConstantMapFillsEveryGridWithItsValue)
 {
     const auto analyzer = ZeroAnalyzer(64, 96);
-    FillMap(analyzer->Made, MapContrast, 0.25f);
-    FillMap(analyzer->Made, MapSaliency, 0.5f);
+    FillMap(analyzer->Writable, MapContrast, 0.25f);
+    FillMap(analyzer->Writable, MapSaliency, 0.5f);
     std::mt19937 random(3);
     for (int trial = 0; trial < 500; ++trial) {
         const std::vector<float> descriptor = Descriptor(*analyzer, RandomRect(random, 64, 96));
@@ -149,8 +149,8 @@ TEST(CompositionModel, SlotsGoRowByRowWhateverTheAspectRatio)
         const int32_t height = rect.LastRow + 1;
         const int32_t width = rect.LastCol + 1;
         const WorkingRect lit{0, width / 4, height / 4 - 1, width / 2 - 1};
-        FillMap(analyzer->Made, MapContrast, lit, 1.0f);
-        FillMap(analyzer->Made, MapSaliency, lit, 0.5f);
+        FillMap(analyzer->Writable, MapContrast, lit, 1.0f);
+        FillMap(analyzer->Writable, MapSaliency, lit, 0.5f);
         const std::vector<float> descriptor = Descriptor(*analyzer, rect);
         for (size_t slot = 0; slot < 16; ++slot) {
             EXPECT_EQ(descriptor[slot], slot == 1 ? 1.0f : 0.0f);
@@ -169,7 +169,7 @@ TEST(CompositionModel, SlotsGoRowByRowWhateverTheAspectRatio)
     }
 }
 
-TEST(CompositionModel, RandomRectanglesMatchTheSlowFormInEveryProcessorForm)
+TEST(CompositionModel, RandomRectanglesMatchTheSlowFormInEveryIsaVariant)
 {
     struct Size {
         int32_t Rows, Cols, Trials;
@@ -233,9 +233,9 @@ TEST(CompositionModel, ScoreMatchesTheSlowFormAndLeavesTheStandardisedDescriptor
 
         for (size_t slot = 0; slot < slow.Standardised.size(); ++slot)
             ASSERT_TRUE(SameBits(analyzer->DescriptorBuffer[slot], slow.Standardised[slot]));
-        // The dot product sums 304 floats in the order of the BLAS in use: at most 303 roundings of
-        // half a unit each, of at most the sum of the magnitudes; a sixth of it in the score, and
-        // the score's own rounding.
+        // BLAS adds the 304 products in its own order: at most 303 roundings, each of half a unit
+        // in the last place of at most the sum of the magnitudes. A sixth of that reaches the
+        // score, plus the score's own rounding.
         const double bound = 304 * std::ldexp(slow.DotMagnitude, -24) / 6 + std::ldexp(1.0, -23);
         EXPECT_NEAR(score, slow.Score, bound);
     }

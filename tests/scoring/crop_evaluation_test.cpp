@@ -18,8 +18,9 @@ CInt32CropRect Evaluated(CCropAnalyzer& analyzer, int left, int right, int top, 
     return crop;
 }
 
-// The record against the slow oracle's: bit for bit, except the score that went through BLAS.
-void ExpectAsSlow(const CInt32CropRect& crop, const slowOracle::ScoringInput& in)
+// Compares the record with the slow oracle's bit for bit, except the composition score, which goes
+// through BLAS.
+void ExpectMatchesTheOracle(const CInt32CropRect& crop, const slowOracle::ScoringInput& in)
 {
     slowOracle::Crop slow;
     slow.Left = crop.Left;
@@ -78,19 +79,19 @@ TEST(CropEvaluation, NoCropCoversMapsOfZeros)
     EXPECT_TRUE(crop.Score.Scored);
 }
 
-// Ones in columns 0..maskCols-1 of the mask and 0..colorCols-1 of the colour contrast, of 200
-// columns in all; the crop holds the first 100.
+// A picture of 200 columns whose first 100 are the crop. The mask is 1 in maskAll columns, of which
+// the crop holds maskInside; so is the colour contrast, in colorAll and colorInside columns.
 bool HalfCovers(int maskInside, int maskAll, int colorInside, int colorAll)
 {
     const auto analyzer = ZeroAnalyzer(1, 200);
-    FillMap(analyzer->Made, MapContrastMask,
+    FillMap(analyzer->Writable, MapContrastMask,
             WorkingRect{0, 100 - maskInside, 0, 100 - maskInside + maskAll - 1}, 1.0f);
-    FillMap(analyzer->Made, MapColorContrast,
+    FillMap(analyzer->Writable, MapColorContrast,
             WorkingRect{0, 100 - colorInside, 0, 100 - colorInside + colorAll - 1}, 1.0f);
-    analyzer->Made.Totals[MapContrastMask] = static_cast<float>(maskAll);
-    analyzer->Made.Totals[MapColorContrast] = static_cast<float>(colorAll);
-    FillMap(analyzer->Made, MapEdge, 1.0f);
-    analyzer->Made.Totals[MapEdge] = 1.0f; // the highest coverage possible
+    analyzer->Writable.Totals[MapContrastMask] = static_cast<float>(maskAll);
+    analyzer->Writable.Totals[MapColorContrast] = static_cast<float>(colorAll);
+    FillMap(analyzer->Writable, MapEdge, 1.0f);
+    analyzer->Writable.Totals[MapEdge] = 1.0f; // the highest coverage possible
     return Evaluated(*analyzer, 0, 99, 0, 0).CoversContent;
 }
 
@@ -104,17 +105,17 @@ TEST(CropEvaluation, ContentIsCoveredOnlyByBothContrastsTogether)
 
 TEST(CropEvaluation, AShareOfExactlyTheThresholdCovers)
 {
-    // The threshold is a float a little above 0.4: two fifths exactly fall short of it, and a
-    // share that is that float exactly reaches it.
+    // The threshold is the float 0.4f, a little above two fifths: a share of exactly two fifths
+    // falls short of it, and a share of exactly 0.4f reaches it.
     EXPECT_FALSE(HalfCovers(40, 100, 40, 100));
     EXPECT_TRUE(HalfCovers(41, 100, 41, 100));
 
     const auto analyzer = ZeroAnalyzer(1, 2);
     for (const float value : {0.4f, std::nextafter(0.4f, 0.0f)}) {
-        FillMap(analyzer->Made, MapContrastMask, WorkingRect{0, 0, 0, 0}, value);
-        FillMap(analyzer->Made, MapColorContrast, WorkingRect{0, 0, 0, 0}, 0.4f);
-        analyzer->Made.Totals[MapContrastMask] = 1.0f;
-        analyzer->Made.Totals[MapColorContrast] = 1.0f;
+        FillMap(analyzer->Writable, MapContrastMask, WorkingRect{0, 0, 0, 0}, value);
+        FillMap(analyzer->Writable, MapColorContrast, WorkingRect{0, 0, 0, 0}, 0.4f);
+        analyzer->Writable.Totals[MapContrastMask] = 1.0f;
+        analyzer->Writable.Totals[MapColorContrast] = 1.0f;
         EXPECT_EQ(Evaluated(*analyzer, 0, 0, 0, 0).CoversContent, value == 0.4f);
     }
 }
@@ -155,9 +156,9 @@ TEST(CropEvaluation, FirstSidesAreClampedFromBelowAndLastSidesFromAbove)
     EXPECT_EQ(rect.FirstRow, 70);
     EXPECT_EQ(rect.FirstCol, 90);
 
-    analyzer->Made.ScaleFactor = 0.3f;
+    analyzer->Writable.ScaleFactor = 0.3f;
     rect = analyzer->ToWorkingRect(CInt32CropRect(10, 19, 7, 23));
-    EXPECT_EQ(rect.FirstCol, 3); // 10 x 0.3f rounds to 3 as a float, where the product is below
+    EXPECT_EQ(rect.FirstCol, 3); // 10 x 0.3f
     EXPECT_EQ(rect.LastCol, 5);
     EXPECT_EQ(rect.FirstRow, 2);
     EXPECT_EQ(rect.LastRow, 6);
@@ -168,7 +169,7 @@ TEST(CropEvaluation, WorkingRectanglesMatchTheSlowForm)
     const auto analyzer = NoiseAnalyzer(60, 80, 4);
     std::mt19937 random(31);
     for (int trial = 0; trial < 100000; ++trial) {
-        analyzer->Made.ScaleFactor = 640.0f / static_cast<float>(1 + random() % 9000);
+        analyzer->Writable.ScaleFactor = 640.0f / static_cast<float>(1 + random() % 9000);
         const auto coordinate = [&random] { return static_cast<int>(random() % 10000) - 500; };
         const CInt32CropRect crop(coordinate(), coordinate(), coordinate(), coordinate());
         slowOracle::ScoringInput in;
@@ -203,32 +204,32 @@ TEST(CropEvaluation, TheCentralPartIsAThirdOfTheCrop)
 TEST(CropEvaluation, ABandOutsideThePictureGivesBorderScoreZero)
 {
     const auto analyzer = ZeroAnalyzer(40, 60);
-    analyzer->Made.BorderBand = 12; // bands six pixels deep
+    analyzer->Writable.BorderBand = 12; // bands six pixels deep
     EXPECT_EQ(Evaluated(*analyzer, 10, 39, 10, 29).Score.BorderScore, 1.0);
-    // Up to the last place where all four bands fit.
+    // A crop at a border must be six pixels deep for the opposite band to fit.
     EXPECT_EQ(Evaluated(*analyzer, 10, 39, 0, 5).Score.BorderScore, 1.0);
     EXPECT_EQ(Evaluated(*analyzer, 10, 39, 0, 4).Score.BorderScore, 0.0); // bottom band
     EXPECT_EQ(Evaluated(*analyzer, 10, 39, 34, 39).Score.BorderScore, 1.0);
     EXPECT_EQ(Evaluated(*analyzer, 10, 39, 35, 39).Score.BorderScore, 0.0); // top band
     EXPECT_EQ(Evaluated(*analyzer, 0, 4, 10, 29).Score.BorderScore, 0.0);   // right band
     EXPECT_EQ(Evaluated(*analyzer, 55, 59, 10, 29).Score.BorderScore, 0.0); // left band
-    // A small crop away from the borders: bands may reach past its other side.
+    // Away from the borders a band may reach past the other side of a small crop.
     EXPECT_EQ(Evaluated(*analyzer, 20, 22, 20, 22).Score.BorderScore, 1.0);
 }
 
 TEST(CropEvaluation, BandsAreNeverThinnerThanAPixel)
 {
     const auto analyzer = ZeroAnalyzer(40, 60);
-    FillMap(analyzer->Made, MapSideTop, WorkingRect{10, 0, 10, 59}, 1.0f);
-    for (float& gain : analyzer->Made.SideGain)
+    FillMap(analyzer->Writable, MapSideTop, WorkingRect{10, 0, 10, 59}, 1.0f);
+    for (float& gain : analyzer->Writable.SideGain)
         gain = 1.0f;
     const WorkingRect rect{10, 20, 19, 39};
     for (const int32_t band : {0, 1, 2, 3}) {
-        analyzer->Made.BorderBand = band;
-        // Row 10 of the top side alone: 20 over the width of 20, and 20 over 20 + 10.
+        analyzer->Writable.BorderBand = band;
+        // Only row 10 of the top side counts: 20 over the width of 20, plus 20 over 20 + 10.
         EXPECT_EQ(analyzer->BorderCost(rect), 1.0f + static_cast<float>(20.0 / 30.0));
     }
-    analyzer->Made.BorderBand = 4; // two rows, one of them 0
+    analyzer->Writable.BorderBand = 4; // two rows, one of them 0
     EXPECT_EQ(analyzer->BorderCost(rect), 0.5f + static_cast<float>(10.0 / 30.0));
 }
 
@@ -236,10 +237,10 @@ TEST(CropEvaluation, EachSideReadsItsOwnMapAndGain)
 {
     for (int side = 0; side < 4; ++side) {
         const auto analyzer = ZeroAnalyzer(40, 60);
-        analyzer->Made.BorderBand = 2;
-        FillMap(analyzer->Made, static_cast<PictureMap>(MapSideTop + side), 1.0f);
+        analyzer->Writable.BorderBand = 2;
+        FillMap(analyzer->Writable, static_cast<PictureMap>(MapSideTop + side), 1.0f);
         for (int other = 0; other < 4; ++other)
-            analyzer->Made.SideGain[other] = other == side ? 3.0f : 1000.0f;
+            analyzer->Writable.SideGain[other] = other == side ? 3.0f : 1000.0f;
         const WorkingRect rect{10, 20, 19, 39}; // 10 rows, 20 columns
         const double sum = side < 2 ? 60.0 : 30.0;
         EXPECT_EQ(analyzer->BorderCost(rect), 3.0f + static_cast<float>(sum / 30.0));
@@ -251,7 +252,7 @@ TEST(CropEvaluation, OnePixelHasDefinedMeasures)
     const auto analyzer = NoiseAnalyzer(20, 30, 6);
     const slowOracle::ScoringInput in = OracleInput(*analyzer);
     for (const int at : {0, 7, 19})
-        ExpectAsSlow(Evaluated(*analyzer, at, at, at, at), in);
+        ExpectMatchesTheOracle(Evaluated(*analyzer, at, at, at, at), in);
 }
 
 TEST(CropEvaluation, RandomRectanglesMatchTheSlowForm)
@@ -266,7 +267,7 @@ TEST(CropEvaluation, RandomRectanglesMatchTheSlowForm)
         const slowOracle::ScoringInput in = OracleInput(*analyzer);
         for (int trial = 0; trial < 800; ++trial) {
             const WorkingRect rect = RandomRect(random, size.Rows, size.Cols);
-            ExpectAsSlow(
+            ExpectMatchesTheOracle(
                 Evaluated(*analyzer, rect.FirstCol, rect.LastCol, rect.FirstRow, rect.LastRow), in);
         }
     }
@@ -275,7 +276,7 @@ TEST(CropEvaluation, RandomRectanglesMatchTheSlowForm)
 TEST(CropEvaluation, ScaledCoordinatesMatchTheSlowForm)
 {
     const auto analyzer = NoiseAnalyzer(427, 640, 42);
-    analyzer->Made.ScaleFactor = 640.0f / 4272.0f;
+    analyzer->Writable.ScaleFactor = 640.0f / 4272.0f;
     const slowOracle::ScoringInput in = OracleInput(*analyzer);
     std::mt19937 random(43);
     for (int trial = 0; trial < 1000; ++trial) {
@@ -284,7 +285,7 @@ TEST(CropEvaluation, ScaledCoordinatesMatchTheSlowForm)
             Evaluated(*analyzer, rect.FirstCol, rect.LastCol, rect.FirstRow, rect.LastRow);
         if (analyzer->ToWorkingRect(crop).FirstRow < 427 &&
             analyzer->ToWorkingRect(crop).FirstCol < 640)
-            ExpectAsSlow(crop, in);
+            ExpectMatchesTheOracle(crop, in);
     }
 }
 
@@ -309,7 +310,7 @@ TEST(CropEvaluation, RectanglesWithoutPixelsGetMeasuresOfZeroAndAreScored)
     }
 }
 
-TEST(CropEvaluation, TheGuardIgnoresRectanglesOnTheMap)
+TEST(CropEvaluation, EveryRectangleOnTheMapPassesTheGuard)
 {
     const auto analyzer = NoiseAnalyzer(5, 7, 8);
     const slowOracle::ScoringInput in = OracleInput(*analyzer);
@@ -317,7 +318,7 @@ TEST(CropEvaluation, TheGuardIgnoresRectanglesOnTheMap)
         for (int right = left; right < 7; ++right)
             for (int top = 0; top < 5; ++top)
                 for (int bottom = top; bottom < 5; ++bottom)
-                    ExpectAsSlow(Evaluated(*analyzer, left, right, top, bottom), in);
+                    ExpectMatchesTheOracle(Evaluated(*analyzer, left, right, top, bottom), in);
 }
 
 // Three rows of two cells each, of crops whose order and rows are mixed.
@@ -389,8 +390,8 @@ TEST(CropEvaluation, LongLatticeRowsWithGapsGiveEachRecordItsOwnMeasures)
     }
 }
 
-// No lattice holds such a cell: in its second column only the left side differs, in its third
-// only the right one.
+// No lattice holds such a cell: within its second column only the left side differs, within its
+// third only the right one.
 TEST(CropEvaluation, RecordsOfAnUnevenColumnAreMeasuredWithinTheirOwnSides)
 {
     const auto analyzer = NoiseAnalyzer(60, 200, 15);
@@ -406,9 +407,8 @@ TEST(CropEvaluation, RecordsOfAnUnevenColumnAreMeasuredWithinTheirOwnSides)
     }
 }
 
-// Several times as many as are measured together at once: a batch that is not cleared measures
-// records twice or gives one the values of another, and from the third batch on with values of
-// the first.
+// Several times as many records as are measured at once. A batch that is not cleared measures
+// records twice or gives one the values of another.
 TEST(CropEvaluation, AWalkOverManyRecordsGivesEachItsOwnMeasures)
 {
     const auto analyzer = NoiseAnalyzer(60, 400, 14);
@@ -427,7 +427,7 @@ TEST(CropEvaluation, AWalkOverManyRecordsGivesEachItsOwnMeasures)
         for (const CropCell& cell : row)
             for (const CInt32CropRect& crop : cell) {
                 ASSERT_TRUE(crop.Score.Scored) << count;
-                // Every one around the ends of batches of any power of two, and a sample elsewhere.
+                // Every record around the ends of power-of-two batches, and a sample elsewhere.
                 const size_t fromEnd = (count + 8) % 1024;
                 if (fromEnd < 16 || count % 7 == 0) {
                     CInt32CropRect alone(crop.Left, crop.Right, crop.Top, crop.Bottom);

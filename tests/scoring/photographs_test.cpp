@@ -1,5 +1,5 @@
-// All candidates of real photographs: those of the folder that VISTATRIM_TEST_PHOTOGRAPHS names,
-// or the wallpapers of the Debian package lomiri-wallpapers-16.04.
+// All candidates of real photographs: those in the folder that VISTATRIM_TEST_PHOTOGRAPHS names, or
+// the wallpapers of the Debian package lomiri-wallpapers-16.04.
 #include <algorithm>
 #include <cstdlib>
 #include <filesystem>
@@ -24,7 +24,7 @@ std::vector<std::string> Photographs()
         if (entry.path().extension() == ".jpg")
             files.push_back(entry.path().string());
     std::sort(files.begin(), files.end());
-    // As many as finish in a few seconds.
+    // No more than finish in a few seconds.
     files.resize(std::min<size_t>(files.size(), 12));
     return files;
 }
@@ -44,7 +44,7 @@ Picture ReadPhotograph(const std::string& file)
     Picture picture(vips_image_get_width(flat), vips_image_get_height(flat));
     g_object_unref(flat);
     if (bytes == nullptr || size != picture.Bytes.size())
-        throw std::runtime_error("not eight bits of three colours: " + file);
+        throw std::runtime_error("not three channels of eight bits: " + file);
     std::copy_n(static_cast<const uint8_t*>(bytes), size, picture.Bytes.begin());
     g_free(bytes);
     return picture;
@@ -54,12 +54,12 @@ TEST(Photographs, AllCandidatesMatchTheSlowForm)
 {
     const std::vector<std::string> files = Photographs();
     if (files.empty())
-        GTEST_SKIP() << "no photographs here";
+        GTEST_SKIP() << "no photographs found";
     if (VIPS_INIT("photographs_test") != 0)
         FAIL() << vips_error_buffer();
     for (const std::string& file : files) {
         SCOPED_TRACE(file);
-        ExpectAllCandidatesAsSlow(ReadPhotograph(file));
+        ExpectAllCandidatesMatchTheOracle(ReadPhotograph(file));
     }
     vips_shutdown();
 }

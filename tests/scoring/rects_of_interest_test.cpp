@@ -66,7 +66,7 @@ TEST(RectsOfInterest, HalfAnIncludeScoresItsShareAndALittleNearness)
     const double near = static_cast<float>(std::exp(-(twiceDistance / 20)));
     const float sum = static_cast<float>(0.5 + near * static_cast<double>(0.01f));
     EXPECT_EQ(Soft({rect}), sum * 0.1f);
-    EXPECT_GT(Soft({rect}), 0.05f); // the nearness is there at all
+    EXPECT_GT(Soft({rect}), 0.05f); // more than the share alone
 }
 
 TEST(RectsOfInterest, AWholeIncludeScoresExactlyOneHoweverFarTheCentres)
@@ -92,7 +92,7 @@ TEST(RectsOfInterest, AnExcludeTouchedByOnePixelLosesThatShareAndHasNoDistance)
     EXPECT_EQ(touched, static_cast<float>(0.99) * 0.1f);
 }
 
-TEST(RectsOfInterest, OneOfTwoWishesMetIsHalfAndTheShares)
+TEST(RectsOfInterest, OneOfTwoWishesMetScoresHalfAndTheShares)
 {
     // The include is whole; a tenth of the exclude lies inside.
     const std::vector<CRectOfInterest> rects = {Roi(RoiSoftInclude, 150, 159, 150, 159),
@@ -108,7 +108,7 @@ TEST(RectsOfInterest, OneOfTwoWishesMetIsHalfAndTheShares)
 
 TEST(RectsOfInterest, MoreWishesMetScoreHigherThanMoreShare)
 {
-    // One of two whole beats both at nine tenths.
+    // One include held whole and one missed beat two held to nine tenths.
     const float oneWhole =
         Soft({Roi(RoiSoftInclude, 150, 159, 150, 159), Roi(RoiSoftInclude, 0, 9, 0, 9)});
     const float bothAlmost =
@@ -157,7 +157,7 @@ TEST(RectsOfInterest, NoAreaRejectsWhenHardAndIsNotANumberWhenSoft)
     EXPECT_FALSE(Passes({Roi(RoiHardExclude, 150, 149, 150, 159)}));
     EXPECT_TRUE(std::isnan(Soft({Roi(RoiSoftInclude, 150, 149, 150, 159)})));
     EXPECT_TRUE(std::isnan(Soft({Roi(RoiSoftExclude, 150, 149, 150, 159)})));
-    // No width and no height: even the size that the distance is measured in is 0.
+    // No width and no height: even the unit of the distance is 0.
     EXPECT_TRUE(std::isnan(Soft({Roi(RoiSoftInclude, 150, 149, 150, 149)})));
 }
 
@@ -186,7 +186,7 @@ TEST(RectsOfInterest, RandomListsMatchTheSlowForms)
         for (int i = below(5); i > 0; --i) {
             const int left = below(80) - 10;
             const int top = below(80) - 10;
-            // Now and then no width, no height, or crossed sides.
+            // Sometimes without width or height, or with crossed sides.
             CRectOfInterest rect =
                 Roi(below(6) - 1, left, left + below(40) - 2, top, top + below(40) - 2);
             rect.Enabled = below(8) != 0;

@@ -16,10 +16,10 @@ using namespace vistaTrim;
 using testPictures::Picture;
 
 namespace {
-long exponentials = 0; // one for each record that is measured, for its border score
+long exponentials = 0; // one for each measured record, for its border score
 } // namespace
 
-// Stands in for the mathematics library's exp.
+// Replaces the C library's exp.
 extern "C" {
 double __real_exp(double x);
 double __wrap_exp(double x);
@@ -42,7 +42,7 @@ struct ReleaseObject {
 };
 using List = std::unique_ptr<ICropRects, ReleaseObject>;
 
-// A picture and its driver, in the order in which they must be destroyed.
+// A picture and its driver, which must be destroyed first.
 class Session {
 public:
     explicit Session(const Picture& picture,
@@ -147,7 +147,7 @@ TEST(ScoredRequests, TwoRequestsGiveTwoListsWithEqualContents)
     EXPECT_TRUE(second->Data()[second->Count() - 1].Score.Scored);
 }
 
-// Each measured candidate takes one dot product with the model's weights.
+// Each measured candidate takes one exponential, for its border score.
 TEST(ScoredRequests, ASecondRequestMeasuresNothingAgain)
 {
     Session session(SmallPicture());
@@ -189,7 +189,7 @@ TEST(ScoredRequests, ScoresInTheGridPersist)
                 crop.Score.CentrePeakScore = -5.0;
                 crop.CoversContent = false;
             }
-    generator.CropGrid[1][0][7].Score.Scored = false; // one that is new among old ones
+    generator.CropGrid[1][0][7].Score.Scored = false; // a new one among scored ones
     const CropGridRows nonsense = generator.CropGrid;
 
     generator.GenerateAll();
@@ -276,7 +276,7 @@ TEST(ScoredRequests, TheBestAreThoseOfASelectionFromTheEnabledCandidates)
         analyzer->SelectTopCrops(4, CropCells(1, &generator.CropGrid[aspect][scale]), 0, weights));
 }
 
-// As driver.h documents: the best fifth is kept, and the turn ends at the first empty cluster.
+// As driver.h documents: the best fifth is kept, and serving ends at the first empty cluster.
 TEST(ScoredRequests, ThousandsOfCropsAreNeverReturned)
 {
     Session session(testPictures::Blobs(640, 480, 1));
@@ -304,10 +304,10 @@ TEST(ScoredRequests, DisabledRatiosAreScoredButNotServed)
 TEST(ScoredRequests, WithEveryScaleDisabledTheListsAreEmpty)
 {
     Session session(SmallPicture());
-    VistaTrimParameters usual;
-    usual.SetDefaultCropRectScaleRatios();
-    for (uint32_t s = 0; s < usual.NumCropRectScaleRatios; ++s)
-        session->SetCropRectScaleRatioEnabled(usual.CropRectScaleRatios[s].Value, false);
+    VistaTrimParameters defaults;
+    defaults.SetDefaultCropRectScaleRatios();
+    for (uint32_t s = 0; s < defaults.NumCropRectScaleRatios; ++s)
+        session->SetCropRectScaleRatioEnabled(defaults.CropRectScaleRatios[s].Value, false);
     const List best = session.Best(5);
     EXPECT_EQ(best->Count(), 0u);
     EXPECT_EQ(best->Data(), nullptr);
@@ -389,10 +389,10 @@ TEST(RectsOfInterestOfADriver, WithoutAnyTheTableIsNotNullAndTheCountIsZero)
     EXPECT_EQ(count, 0u);
     ASSERT_NE(table, nullptr);
     EXPECT_TRUE(table->Enabled);
-    delete table; // the driver forgets it
+    delete table; // the caller owns it
 }
 
-TEST(RectsOfInterestOfADriver, AddingOneLeavesTheParametersAndReachesTheNextRequest)
+TEST(RectsOfInterestOfADriver, AddingOneKeepsTheParametersAndReachesTheNextRequest)
 {
     VistaTrimParameters parameters;
     parameters.SetDefaults();
@@ -451,7 +451,7 @@ TEST(RectsOfInterestOfADriver, HardKindsFilterTheBestButNotTheWholeList)
     EXPECT_EQ(session.All()->Count(), all);
     EXPECT_EQ(session.All()->Data()[0].Score.RoiScore, 1.0);
 
-    session->AddRectOfInterest(Roi(RoiHardExclude, 610, 612, 20, 21)); // they contradict
+    session->AddRectOfInterest(Roi(RoiHardExclude, 610, 612, 20, 21)); // contradicts the first
     EXPECT_EQ(session.Best(10)->Count(), 0u);
 }
 
@@ -507,7 +507,8 @@ void ExpectRequestsRun(int32_t cols, int32_t rows)
     session.Best(3, SuggestionParameters(std::max(1, cols / 2), std::max(1, rows / 2), false));
 }
 
-// Their crops can contain no pixel; they must neither stop the run nor read outside the maps.
+// Crops of thin pictures can be empty. They must neither end the run nor make it read outside the
+// maps.
 TEST(ThinPictures, RequestsRunAtEverySizeFromOnePixelUp)
 {
     for (const int32_t thin : {1, 2, 3, 4, 5, 6, 7, 9, 11, 12, 13, 14, 23})
@@ -561,7 +562,7 @@ TEST(ThinPictures, OfOneRowOrColumnHaveFiniteMapsAndScores)
     }
 }
 
-// The analysis of these was rejected or reads a sheared piece of the picture.
+// The analysis rejects these pictures or reads a sheared piece of them.
 TEST(ThinPictures, RequestsRunOnPicturesThatTheHostDidNotResample)
 {
     testing::internal::CaptureStderr();
@@ -573,7 +574,7 @@ TEST(ThinPictures, RequestsRunOnPicturesThatTheHostDidNotResample)
     ExpectRequestsRun(900, 701);
 }
 
-TEST(ThinPictures, SomeOfTheirCandidatesContainNoPixel)
+TEST(ThinPictures, HaveCandidatesWithoutPixels)
 {
     Session session(testPictures::Noise(640, 1, 9));
     const List all = session.All();

@@ -35,63 +35,63 @@ std::vector<double> ListOf(const CDoubleMatrix& table)
 
 std::shared_ptr<CPictureAnalysis> SizedAnalysis(int32_t rows, int32_t cols)
 {
-    auto made = std::make_shared<CPictureAnalysis>();
-    made->WorkRows = rows;
-    made->WorkCols = cols;
-    made->SourceRows = rows;
-    made->SourceCols = cols;
-    made->ScaleFactor = 1.0f;
-    made->BorderBand =
+    auto analysis = std::make_shared<CPictureAnalysis>();
+    analysis->WorkRows = rows;
+    analysis->WorkCols = cols;
+    analysis->SourceRows = rows;
+    analysis->SourceCols = cols;
+    analysis->ScaleFactor = 1.0f;
+    analysis->BorderBand =
         std::max(1, static_cast<int32_t>(static_cast<float>(std::min(rows, cols)) * 0.15f));
-    for (CFloatMatrix& map : made->Maps)
+    for (CFloatMatrix& map : analysis->Maps)
         map.Resize(static_cast<uint32_t>(rows), static_cast<uint32_t>(cols));
-    for (CDoubleMatrix& table : made->Tables)
+    for (CDoubleMatrix& table : analysis->Tables)
         table.Resize(static_cast<uint32_t>(rows), static_cast<uint32_t>(cols));
-    return made;
+    return analysis;
 }
 
-void TakeTotals(CPictureAnalysis& made)
+void TakeTotals(CPictureAnalysis& analysis)
 {
     for (int32_t k = 0; k < PictureMapCount; ++k)
-        made.Totals[k] = TotalOf(made.Tables[k]);
+        analysis.Totals[k] = TotalOf(analysis.Tables[k]);
 }
 
 } // namespace
 
-std::unique_ptr<MadeAnalyzer> NoiseAnalyzer(int32_t rows, int32_t cols, uint32_t seed)
+std::unique_ptr<WritableAnalyzer> NoiseAnalyzer(int32_t rows, int32_t cols, uint32_t seed)
 {
-    const std::shared_ptr<CPictureAnalysis> made = SizedAnalysis(rows, cols);
+    const std::shared_ptr<CPictureAnalysis> analysis = SizedAnalysis(rows, cols);
     std::mt19937 random(seed);
     for (int32_t k = 0; k < PictureMapCount; ++k)
-        FillNoise(made->Maps[k], made->Tables[k], random);
-    TakeTotals(*made);
+        FillNoise(analysis->Maps[k], analysis->Tables[k], random);
+    TakeTotals(*analysis);
     for (int side = 0; side < 4; ++side)
-        made->SideGain[side] = 0.25f + 0.5f * static_cast<float>(side);
-    return std::make_unique<MadeAnalyzer>(made);
+        analysis->SideGain[side] = 0.25f + 0.5f * static_cast<float>(side);
+    return std::make_unique<WritableAnalyzer>(analysis);
 }
 
-std::unique_ptr<MadeAnalyzer> ZeroAnalyzer(int32_t rows, int32_t cols)
+std::unique_ptr<WritableAnalyzer> ZeroAnalyzer(int32_t rows, int32_t cols)
 {
-    const std::shared_ptr<CPictureAnalysis> made = SizedAnalysis(rows, cols);
+    const std::shared_ptr<CPictureAnalysis> analysis = SizedAnalysis(rows, cols);
     for (int32_t k = 0; k < PictureMapCount; ++k)
-        FillMap(*made, static_cast<PictureMap>(k), 0.0f);
-    TakeTotals(*made);
-    for (float& gain : made->SideGain)
+        FillMap(*analysis, static_cast<PictureMap>(k), 0.0f);
+    TakeTotals(*analysis);
+    for (float& gain : analysis->SideGain)
         gain = static_cast<float>(1.0 / static_cast<double>(0.01f));
-    return std::make_unique<MadeAnalyzer>(made);
+    return std::make_unique<WritableAnalyzer>(analysis);
 }
 
-void FillMap(CPictureAnalysis& made, PictureMap map, float value)
+void FillMap(CPictureAnalysis& analysis, PictureMap map, float value)
 {
-    FillMap(made, map, WorkingRect{0, 0, made.WorkRows - 1, made.WorkCols - 1}, value);
+    FillMap(analysis, map, WorkingRect{0, 0, analysis.WorkRows - 1, analysis.WorkCols - 1}, value);
 }
 
-void FillMap(CPictureAnalysis& made, PictureMap map, const WorkingRect& where, float value)
+void FillMap(CPictureAnalysis& analysis, PictureMap map, const WorkingRect& where, float value)
 {
     for (int32_t row = where.FirstRow; row <= where.LastRow; ++row)
         for (int32_t col = where.FirstCol; col <= where.LastCol; ++col)
-            made.Maps[map].Data[row * made.WorkCols + col] = value;
-    BuildSummedAreaTable(made.Maps[map], made.Tables[map]);
+            analysis.Maps[map].Data[row * analysis.WorkCols + col] = value;
+    BuildSummedAreaTable(analysis.Maps[map], analysis.Tables[map]);
 }
 
 slowOracle::ScoringInput OracleInput(const CCropAnalyzer& analyzer)
@@ -166,10 +166,10 @@ WorkingRect RandomRect(std::mt19937& random, int32_t rows, int32_t cols)
         };
         // One in four at most 14 long, one in eight the whole side, the rest of any length.
         int32_t extent = 1 + below(size);
-        const int32_t sort = below(8);
-        if (sort < 2)
+        const int32_t kind = below(8);
+        if (kind < 2)
             extent = 1 + below(std::min(size, 14));
-        if (sort == 2)
+        if (kind == 2)
             extent = size;
         first = below(size - extent + 1);
         last = first + extent - 1;

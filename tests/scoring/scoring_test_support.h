@@ -15,25 +15,25 @@
 namespace scoringTests {
 
 // An analyzer on an analysis that a test may write.
-class MadeAnalyzer : public vistaTrim::CCropAnalyzer {
+class WritableAnalyzer : public vistaTrim::CCropAnalyzer {
 public:
-    explicit MadeAnalyzer(const std::shared_ptr<vistaTrim::CPictureAnalysis>& made)
-        : vistaTrim::CCropAnalyzer(made), Made(*made)
+    explicit WritableAnalyzer(const std::shared_ptr<vistaTrim::CPictureAnalysis>& analysis)
+        : vistaTrim::CCropAnalyzer(analysis), Writable(*analysis)
     {
     }
 
-    vistaTrim::CPictureAnalysis& Made;
+    vistaTrim::CPictureAnalysis& Writable;
 };
 
-// Of rows x cols working pixels; the maps are noise and ScaleFactor is 1.
-std::unique_ptr<MadeAnalyzer> NoiseAnalyzer(int32_t rows, int32_t cols, uint32_t seed);
+// An analyzer of rows x cols working pixels, with maps of noise and a ScaleFactor of 1.
+std::unique_ptr<WritableAnalyzer> NoiseAnalyzer(int32_t rows, int32_t cols, uint32_t seed);
 
 // The same with every map 0 and every total at its floor.
-std::unique_ptr<MadeAnalyzer> ZeroAnalyzer(int32_t rows, int32_t cols);
+std::unique_ptr<WritableAnalyzer> ZeroAnalyzer(int32_t rows, int32_t cols);
 
 // Sets a map to value everywhere or inside a rectangle, and builds its table.
-void FillMap(vistaTrim::CPictureAnalysis& made, vistaTrim::PictureMap map, float value);
-void FillMap(vistaTrim::CPictureAnalysis& made, vistaTrim::PictureMap map,
+void FillMap(vistaTrim::CPictureAnalysis& analysis, vistaTrim::PictureMap map, float value);
+void FillMap(vistaTrim::CPictureAnalysis& analysis, vistaTrim::PictureMap map,
              const vistaTrim::WorkingRect& where, float value);
 
 slowOracle::ScoringInput OracleInput(const vistaTrim::CCropAnalyzer& analyzer);
@@ -41,15 +41,15 @@ slowOracle::Crop OracleCrop(const vistaTrim::CInt32CropRect& crop);
 slowOracle::Roi OracleRoi(const vistaTrim::CRectOfInterest& rect);
 slowOracle::WorkRect OracleRect(const vistaTrim::WorkingRect& rect);
 
-// Inside rows x cols, of any size, thin ones and whole sides included.
+// A rectangle of any size inside rows x cols, including thin ones and whole sides.
 vistaTrim::WorkingRect RandomRect(std::mt19937& random, int32_t rows, int32_t cols);
 
-// NaN equals NaN, and the two zeros differ: these compare bits.
+// These compare bits: NaN equals NaN, and the two zeros differ.
 bool SameBits(float a, float b);
 bool SameBits(double a, double b);
 bool SameRecord(const vistaTrim::CInt32CropRect& a, const vistaTrim::CInt32CropRect& b);
 
-// Every ISA variant that this machine runs; restores the active one at the end.
+// Every ISA variant that this machine supports; restores the active one at the end.
 class EachVariant {
 public:
     EachVariant() : Before(vistaTrim::ActiveIsaVariant())

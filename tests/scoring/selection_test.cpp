@@ -36,7 +36,7 @@ protected:
         return WeightDistribution(0.5, 0.25, 0.25);
     }
 
-    std::unique_ptr<MadeAnalyzer> Analyzer;
+    std::unique_ptr<WritableAnalyzer> Analyzer;
 };
 
 CInt32CropRect Candidate(int left, int right, int top, int bottom, double value)
@@ -57,7 +57,7 @@ CropGridRows GridOf(const CropCell& cell)
 }
 
 // count crops that do not touch, each better than the one before it.
-CropCell ApartCell(int count)
+CropCell SeparateCrops(int count)
 {
     CropCell cell;
     for (int i = 0; i < count; ++i)
@@ -90,7 +90,7 @@ TEST_F(Selecting, FewerThanRequestedAreReturnedInKeyOrderNearDuplicatesIncluded)
     EXPECT_EQ(Lefts(Select(4, GridOf(cell))), (std::vector<int>{1, 2, 0}));
 }
 
-TEST_F(Selecting, OneClusterIsServedByItsBorders)
+TEST_F(Selecting, OneClusterIsServedInOrderOfBorderScore)
 {
     CropCell cell;
     const double borders[] = {0.2, 0.5, 0.1, 0.4, 0.3};
@@ -99,11 +99,11 @@ TEST_F(Selecting, OneClusterIsServedByItsBorders)
         cell.back().Score.BorderScore = borders[i];
     }
     EXPECT_EQ(Lefts(Select(5, GridOf(cell))), (std::vector<int>{1, 3, 4, 0, 2}));
-    // One of them: not the leader, the one with the cleanest borders.
+    // A request for one serves the crop with the cleanest borders, not the leader.
     EXPECT_EQ(Lefts(Select(1, GridOf(cell))), (std::vector<int>{1}));
 }
 
-TEST_F(Selecting, EqualBordersAreServedInKeyOrder)
+TEST_F(Selecting, EqualBorderScoresAreServedInKeyOrder)
 {
     CropCell cell;
     for (int i = 0; i < 5; ++i) {
@@ -115,7 +115,7 @@ TEST_F(Selecting, EqualBordersAreServedInKeyOrder)
 
 TEST_F(Selecting, ServingEndsAtTheFirstEmptyCluster)
 {
-    // Clusters of five, one and one; six wanted, seven there.
+    // Clusters of five, one and one: six crops requested, seven available.
     CropCell cell;
     for (int i = 0; i < 5; ++i)
         cell.push_back(Candidate(i, i + 99, 0, 99, 0.9 - 0.01 * i));
@@ -127,16 +127,16 @@ TEST_F(Selecting, ServingEndsAtTheFirstEmptyCluster)
 
 TEST_F(Selecting, RequestForZeroServesNothing)
 {
-    EXPECT_TRUE(Select(0, GridOf(ApartCell(8))).empty());
-    EXPECT_TRUE(Select(-1, GridOf(ApartCell(8))).empty());
-    EXPECT_TRUE(Select(INT32_MIN, GridOf(ApartCell(8))).empty());
+    EXPECT_TRUE(Select(0, GridOf(SeparateCrops(8))).empty());
+    EXPECT_TRUE(Select(-1, GridOf(SeparateCrops(8))).empty());
+    EXPECT_TRUE(Select(INT32_MIN, GridOf(SeparateCrops(8))).empty());
 }
 
 TEST_F(Selecting, TheListIsOverwrittenByTheNextSelection)
 {
-    EXPECT_EQ(&Select(3, GridOf(ApartCell(8))), &Analyzer->SelectedCrops);
+    EXPECT_EQ(&Select(3, GridOf(SeparateCrops(8))), &Analyzer->SelectedCrops);
     EXPECT_EQ(Analyzer->SelectedCrops.size(), 3u);
-    Select(2, GridOf(ApartCell(8)));
+    Select(2, GridOf(SeparateCrops(8)));
     EXPECT_EQ(Analyzer->SelectedCrops.size(), 2u);
 }
 
@@ -161,7 +161,7 @@ TEST(CropOverlap, SharedPixelsAreAFloat)
 {
     const CInt32CropRect inner(0, 4096, 0, 4096);
     const CInt32CropRect outer(0, 4097, 0, 4096);
-    const double shared = 16785408; // one less than there are
+    const double shared = 16785408; // one less than their number
     const double all = 4098.0 * 4097.0 + 4097.0 * 4097.0;
     const float expected = static_cast<float>(shared / (all - shared));
     ASSERT_NE(expected, static_cast<float>((shared + 1) / (all - shared - 1)));
@@ -177,8 +177,8 @@ TEST_F(Selecting, OverlapOfExactlyTheLimitDoesNotJoin)
     CropCell cell = {Candidate(0, 99, 0, 99, 0.9), Candidate(0, 82, 0, 99, 0.8),
                      Candidate(0, 99, 0, 83, 0.7)};
     ASSERT_GT(CropOverlap(cell[0], cell[2]), 0.83f);
-    // The third joins the first. The second leads a cluster of its own, and is served for it
-    // though its borders are the worst; in the first one's cluster it would be served last.
+    // The third joins the first. The second leads its own cluster, so it is served although its
+    // borders are the worst; in the first one's cluster it would be served last.
     cell[1].Score.BorderScore = 0.01;
     const auto& served = Select(2, GridOf(cell), 1);
     ASSERT_EQ(served.size(), 2u);
@@ -188,7 +188,7 @@ TEST_F(Selecting, OverlapOfExactlyTheLimitDoesNotJoin)
 
 TEST_F(Selecting, MembersAreComparedWithTheLeaderOnly)
 {
-    // Each overlaps its neighbour enough, the ends do not overlap each other enough.
+    // Neighbours overlap enough, but the two at the ends do not.
     const CropCell cell = {Candidate(0, 99, 0, 99, 0.9), Candidate(8, 107, 0, 99, 0.8),
                            Candidate(16, 115, 0, 99, 0.7)};
     ASSERT_GT(CropOverlap(cell[1], cell[2]), 0.83f);
@@ -203,7 +203,7 @@ TEST(PercentileRanks, AreSharesOfTheCountByAscendingValue)
     EXPECT_EQ(PercentileRanks(entries, false), (std::vector<float>{0.5f, 1.0f, 0.25f, 0.75f}));
 }
 
-TEST(PercentileRanks, TiesAreDecidedByIndexInWhateverOrderTheyCome)
+TEST(PercentileRanks, TiesAreDecidedByIndexWhateverTheInputOrder)
 {
     std::vector<RankEntry> entries = {{0.5f, 0}, {0.1f, 1}, {0.5f, 2}, {0.5f, 3}};
     const std::vector<float> ranks = {0.5f, 0.25f, 0.75f, 1.0f};
@@ -212,7 +212,7 @@ TEST(PercentileRanks, TiesAreDecidedByIndexInWhateverOrderTheyCome)
     EXPECT_EQ(PercentileRanks(entries, true), ranks);
 }
 
-TEST(PercentileRanks, BothZerosAreOneValueAndNaNsComeFirst)
+TEST(PercentileRanks, ZerosOfEitherSignTieAndNaNsComeFirst)
 {
     const float nan = std::nanf("");
     const float infinity = std::numeric_limits<float>::infinity();
@@ -223,7 +223,7 @@ TEST(PercentileRanks, BothZerosAreOneValueAndNaNsComeFirst)
               (std::vector<float>{0.625f, 0.75f, 0.125f, 0.25f, 0.375f, 1.0f, 0.5f, 0.875f}));
 }
 
-TEST(PercentileRanks, RandomListsMatchTheSlowFormForBothSorts)
+TEST(PercentileRanks, RandomListsMatchTheSlowFormAtEverySize)
 {
     std::mt19937 random(5);
     for (const size_t count : {0u, 1u, 2u, 100u, 511u, 512u, 513u, 2000u})
@@ -246,12 +246,11 @@ TEST(PercentileRanks, RandomListsMatchTheSlowFormForBothSorts)
             }
 }
 
-TEST_F(Selecting, ThePoolIsCutFromAThousandOn)
+TEST_F(Selecting, ThePoolIsCutFromAThousandCandidatesUp)
 {
-    // With n at the pool's size, a pool without overlaps is served in full; with one more it is
-    // returned as it is. One less serves one less.
+    // A request for every candidate gets the whole pool, since none of them overlap.
     const auto poolOf = [this](int count) {
-        const CropGridRows grid = GridOf(ApartCell(count));
+        const CropGridRows grid = GridOf(SeparateCrops(count));
         return Select(count, grid).size();
     };
     EXPECT_EQ(poolOf(199), 199u);
@@ -260,10 +259,10 @@ TEST_F(Selecting, ThePoolIsCutFromAThousandOn)
     EXPECT_EQ(poolOf(1005), 201u);
 }
 
-TEST_F(Selecting, OneModeKeepsOneWeightAsItIs)
+TEST_F(Selecting, AModeOfOneMeasureUsesItsWeightUnscaled)
 {
     // The first is best by composition, the second by coverage, the third by borders.
-    CropCell cell = ApartCell(3);
+    CropCell cell = SeparateCrops(3);
     const double low = 0.125, high = 0.5;
     for (size_t i = 0; i < 3; ++i) {
         cell[i].Score.CompositionScore = i == 0 ? high : low + 0.001 * static_cast<double>(i);
@@ -280,9 +279,9 @@ TEST_F(Selecting, OneModeKeepsOneWeightAsItIs)
         EXPECT_GT(Select(4, GridOf(cell), mode, weights)[0].Score.MergedScore, 100.0);
 }
 
-TEST_F(Selecting, WithNoWeightTheTiersDecideAlone)
+TEST_F(Selecting, WithoutWeightsTheTiersAloneDecide)
 {
-    CropCell cell = ApartCell(4);
+    CropCell cell = SeparateCrops(4);
     cell[2].CoversContent = true;
     cell[0].Score.RoiScore = 0.1;
     cell[1].Score.RoiScore = 0.1;
@@ -290,17 +289,17 @@ TEST_F(Selecting, WithNoWeightTheTiersDecideAlone)
     // Wishes before content before index.
     EXPECT_EQ(Lefts(best), (std::vector<int>{40, 60, 0, 20}));
     for (const CInt32CropRect& crop : best)
-        EXPECT_EQ(crop.Score.MergedScore, 0.0); // the tiers are not part of it
+        EXPECT_EQ(crop.Score.MergedScore, 0.0); // excludes the tiers
 }
 
 TEST_F(Selecting, NegativeWeightsReverseTheFirstThreeAndDisableTheLastTwo)
 {
-    const CropGridRows grid = GridOf(ApartCell(4));
+    const CropGridRows grid = GridOf(SeparateCrops(4));
     EXPECT_EQ(Lefts(Select(5, grid, 0, WeightDistribution(-1, 0, 0))),
               (std::vector<int>{0, 20, 40, 60}));
     EXPECT_EQ(Lefts(Select(5, grid, 0, WeightDistribution(0.5, 0, 0, -9, -9))),
               (std::vector<int>{60, 40, 20, 0}));
-    CropCell cell = ApartCell(4);
+    CropCell cell = SeparateCrops(4);
     for (size_t i = 0; i < 4; ++i)
         cell[i].Score.PeakScore = cell[i].Score.CentrePeakScore = -static_cast<double>(i);
     EXPECT_EQ(Lefts(Select(5, GridOf(cell), 0, WeightDistribution(0.5, 0, 0, 1, 0))),
@@ -312,14 +311,14 @@ TEST_F(Selecting, NegativeWeightsReverseTheFirstThreeAndDisableTheLastTwo)
 TEST_F(Selecting, SmallDifferencesOfRankSurviveBesideTheFirstTier)
 {
     // Keys of 1000000 and a fraction: a float would hold sixteenths there.
-    const auto& best = Select(51, GridOf(ApartCell(50)), 0, WeightDistribution(0.001, 0, 0));
+    const auto& best = Select(51, GridOf(SeparateCrops(50)), 0, WeightDistribution(0.001, 0, 0));
     for (size_t i = 0; i < best.size(); ++i)
         EXPECT_EQ(best[i].Left, 20 * (49 - static_cast<int>(i)));
 }
 
 TEST_F(Selecting, HardRectanglesFilterBeforeTheRanking)
 {
-    const CropCell cell = ApartCell(10);
+    const CropCell cell = SeparateCrops(10);
     CRectOfInterest include(65, 66, 3, 4, false);
     include.Kind = RoiHardInclude;
     Analyzer->RectsOfInterest.push_back(include);
@@ -336,7 +335,7 @@ TEST_F(Selecting, HardRectanglesFilterBeforeTheRanking)
 // One region to contain and one to avoid, disjoint and overlapping.
 TEST_F(Selecting, OverlappingHardIncludeAndExcludeEmptyTheList)
 {
-    const CropGridRows grid = GridOf(ApartCell(8)); // each ten pixels square, ten apart
+    const CropGridRows grid = GridOf(SeparateCrops(8)); // each ten pixels square, ten apart
     CRectOfInterest hold(42, 47, 2, 7, false);
     hold.Kind = RoiHardInclude;
     CRectOfInterest avoid(48, 48, 2, 7, false);
@@ -354,8 +353,8 @@ TEST_F(Selecting, OverlappingHardIncludeAndExcludeEmptyTheList)
     EXPECT_EQ(Lefts(Select(5, grid)), (std::vector<int>{40}));
 }
 
-// 0.1 and the float nearest to it are 1.5e-9 apart, which the tier makes 1.5e-3: more than these
-// ranks differ by, if the key used the double unrounded.
+// 0.1 and the float nearest to it differ by 1.5e-9. In a key of unrounded doubles the tier would
+// turn that into 1.5e-3, more than the difference between these ranks.
 TEST_F(Selecting, RoiScoresEnterTheKeyAsFloats)
 {
     CropCell cell = {Candidate(0, 9, 0, 9, 0.2), Candidate(100, 109, 0, 9, 0.8)};
@@ -370,14 +369,14 @@ TEST_F(Selecting, RoiScoresEnterTheKeyAsFloats)
 
 TEST_F(Selecting, TheGridsRecordsAreUnchanged)
 {
-    const CropGridRows grid = GridOf(ApartCell(20));
+    const CropGridRows grid = GridOf(SeparateCrops(20));
     const CropGridRows before = grid;
     Select(5, grid);
     for (size_t i = 0; i < 20; ++i)
         EXPECT_TRUE(SameRecord(grid[0][0][i], before[0][0][i]));
 }
 
-TEST_F(Selecting, OnlyTheGivenCellsTakePart)
+TEST_F(Selecting, OnlyTheGivenCellsAreRanked)
 {
     CropGridRows grid(2, CropRow(2));
     int left = 0;
@@ -400,7 +399,7 @@ TEST_F(Selecting, NaNsKeepTheOrderStable)
     const double nan = std::nan("");
     for (const int count : {1, 2, 40, 1500}) {
         std::mt19937 random(static_cast<uint32_t>(count));
-        CropCell cell = ApartCell(count);
+        CropCell cell = SeparateCrops(count);
         for (CInt32CropRect& crop : cell) {
             for (double* field :
                  {&crop.Score.CompositionScore, &crop.Score.CoverageScore, &crop.Score.BorderScore,
@@ -424,14 +423,14 @@ TEST_F(Selecting, NaNsKeepTheOrderStable)
     }
 }
 
-// The crops of a photograph's lattice, of a few sizes, so that clusters form.
+// Random crops of a few sizes, so that clusters form.
 CropGridRows RandomGrid(std::mt19937& random, int count, int kindsOfValue)
 {
     CropGridRows grid(1 + random() % 3);
     for (CropRow& row : grid)
-        row.resize(random() % 4); // now and then a row without cells
+        row.resize(random() % 4); // sometimes a row without cells
     grid[0].resize(std::max<size_t>(grid[0].size(), 1));
-    // With kinds 0 every value of a measure occurs once.
+    // With a kindsOfValue of 0 every value of a measure occurs once.
     std::vector<double> distinct[5];
     for (std::vector<double>& values : distinct) {
         for (int i = 0; i < count; ++i)
@@ -480,7 +479,7 @@ slowOracle::CropGrid OracleGrid(const CropGridRows& grid)
     return copy;
 }
 
-bool SameAsSlow(const CInt32CropRect& a, const slowOracle::Crop& b)
+bool MatchesTheOracle(const CInt32CropRect& a, const slowOracle::Crop& b)
 {
     return a.Left == b.Left && a.Right == b.Right && a.Top == b.Top && a.Bottom == b.Bottom &&
            a.CoversContent == b.CoversContent &&
@@ -492,7 +491,7 @@ bool SameAsSlow(const CInt32CropRect& a, const slowOracle::Crop& b)
            SameBits(a.Score.RoiScore, b.RoiScore) && SameBits(a.Score.MergedScore, b.MergedScore);
 }
 
-// Both decide ties by index, so the lists agree with ties and without.
+// Both decide ties by index, so the lists agree even with ties.
 class SelectionAgainstSlow : public testing::TestWithParam<int> {};
 
 TEST_P(SelectionAgainstSlow, ListsAgreeRecordByRecord)
@@ -509,7 +508,7 @@ TEST_P(SelectionAgainstSlow, ListsAgreeRecordByRecord)
         WeightDistribution(0, 0, 0),
         WeightDistribution(3, 1, 2, 0, 4)};
     const int pool = static_cast<int>(slowOracle::PoolSizeOf(static_cast<size_t>(count)));
-    // The slow form counts instead of sorting: few rounds of the large sets.
+    // The slow form counts instead of sorting, so large sets get fewer rounds.
     const int rounds = count > 2000 ? 2 : count > 500 ? 5 : 40;
     int tied = 0;
     int clear = 0;
@@ -529,7 +528,7 @@ TEST_P(SelectionAgainstSlow, ListsAgreeRecordByRecord)
         const slowOracle::Weights slowWeights{weights.Weight1, weights.Weight2, weights.Weight3,
                                               weights.Weight4, weights.Weight5};
         const int32_t mode = round == 0 ? 0 : static_cast<int32_t>(random() % 5);
-        // Half of them for the largest sets, on which the slow form takes its time.
+        // Fewer requests of the largest sets, which take the slow form long.
         const std::vector<int32_t> wanted =
             count > 2000 && round > 0
                 ? std::vector<int32_t>{-1, 10, pool}
@@ -542,7 +541,7 @@ TEST_P(SelectionAgainstSlow, ListsAgreeRecordByRecord)
             const auto& fast = analyzer->SelectTopCrops(n, CellsOf(grid), mode, weights);
             ASSERT_EQ(fast.size(), slow.Result.size()) << "n " << n << " mode " << mode;
             for (size_t i = 0; i < fast.size(); ++i)
-                ASSERT_TRUE(SameAsSlow(fast[i], slow.Result[i])) << "n " << n << " at " << i;
+                ASSERT_TRUE(MatchesTheOracle(fast[i], slow.Result[i])) << "n " << n << " at " << i;
         }
     }
     if (count > 1) {

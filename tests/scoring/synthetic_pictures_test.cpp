@@ -9,39 +9,39 @@ namespace {
 
 TEST(SyntheticPictures, AllCandidatesOfBlobsMatchTheSlowForm)
 {
-    ExpectAllCandidatesAsSlow(Blobs(640, 480, 1));
+    ExpectAllCandidatesMatchTheOracle(Blobs(640, 480, 1));
 }
 
 TEST(SyntheticPictures, AllCandidatesOfAPortraitMatchTheSlowForm)
 {
-    ExpectAllCandidatesAsSlow(Blobs(427, 640, 2));
+    ExpectAllCandidatesMatchTheOracle(Blobs(427, 640, 2));
 }
 
 TEST(SyntheticPictures, AllCandidatesOfASquareMatchTheSlowForm)
 {
-    ExpectAllCandidatesAsSlow(Blobs(640, 640, 3));
+    ExpectAllCandidatesMatchTheOracle(Blobs(640, 640, 3));
 }
 
 TEST(SyntheticPictures, AllCandidatesOfNoiseMatchTheSlowForm)
 {
-    ExpectAllCandidatesAsSlow(Noise(640, 361, 4));
+    ExpectAllCandidatesMatchTheOracle(Noise(640, 361, 4));
 }
 
-TEST(SyntheticPictures, AllCandidatesOfFlatOnesMatchTheSlowForm)
+TEST(SyntheticPictures, AllCandidatesOfPlainPicturesMatchTheSlowForm)
 {
-    ExpectAllCandidatesAsSlow(Flat(640, 200, 90, 120, 30));
-    ExpectAllCandidatesAsSlow(Gradient(200, 640));
-    ExpectAllCandidatesAsSlow(HalfAndHalf(640, 311));
-    ExpectAllCandidatesAsSlow(Checkerboard(640, 273, 16));
-    ExpectAllCandidatesAsSlow(OneBrightPixel(333, 640));
+    ExpectAllCandidatesMatchTheOracle(Flat(640, 200, 90, 120, 30));
+    ExpectAllCandidatesMatchTheOracle(Gradient(200, 640));
+    ExpectAllCandidatesMatchTheOracle(HalfAndHalf(640, 311));
+    ExpectAllCandidatesMatchTheOracle(Checkerboard(640, 273, 16));
+    ExpectAllCandidatesMatchTheOracle(OneBrightPixel(333, 640));
 }
 
 // Crops thinner than the grids, and a panorama.
-TEST(SyntheticPictures, AllCandidatesOfThinOnesMatchTheSlowForm)
+TEST(SyntheticPictures, AllCandidatesOfThinPicturesMatchTheSlowForm)
 {
-    ExpectAllCandidatesAsSlow(Blobs(640, 40, 5));
-    ExpectAllCandidatesAsSlow(Blobs(17, 640, 6));
-    ExpectAllCandidatesAsSlow(Blobs(640, 90, 7));
+    ExpectAllCandidatesMatchTheOracle(Blobs(640, 40, 5));
+    ExpectAllCandidatesMatchTheOracle(Blobs(17, 640, 6));
+    ExpectAllCandidatesMatchTheOracle(Blobs(640, 90, 7));
 }
 
 } // namespace
