@@ -1,15 +1,15 @@
 // Compares the whole analysis with its slow form, written independently from the same definitions.
 //
-// Where the maps differ. The smoothed planes may differ in their last bits, since the order of the
-// additions in a smoothing is free. The float tables of the strip statistics round at every step,
-// far above that: on a picture of 640 x 480 an entry is up to 2e10, with steps of 2,000, and the
-// sums of a strip are differences of such entries. So two sets of planes that agree to seven digits
-// give variances that agree to four or five, or fewer where a strip has only some hundred pixels,
-// and a distance map changes by as much. The tolerances of the whole analysis allow for that. They
-// are wide, but the tests GivenTheSamePlanes remove this one freedom: there the tables and the
-// statistics have the same bits, and every map agrees to 4e-5.
+// The maps may differ. The smoothed planes may differ in their last bits, since smoothing may add
+// in any order. The float tables of the strip statistics round far more coarsely at every step: in
+// a 640 x 480 picture an entry reaches 2e10, with steps of 2,000, and the sums of a strip are
+// differences of such entries. So planes that agree to seven digits give variances that agree to
+// four or five, or fewer where a strip has only a few hundred pixels, and a distance map changes by
+// as much. The tolerances for the whole analysis allow for that. They are wide, but the tests named
+// GivenTheSamePlanes remove this one freedom: there the tables and the statistics have the same
+// bits, and every map agrees to 4e-5.
 //
-// A value on a threshold can fall on either side of it. Such a flip is counted and must be
+// A value at a threshold can fall on either side of it. Such a flip is counted and must be
 // explained: the value that was kept is within the map's tolerance of the level.
 
 #include <algorithm>
@@ -39,8 +39,8 @@ extern "C" char* openblas_get_corename() __attribute__((weak));
 namespace vistaTrim {
 namespace {
 
-// The kernels that some limits were first measured on; the others stay within wider ones.
-bool HasKernelsOfTheRecord()
+// True with the BLAS kernels on which some limits were first measured. Others need wider limits.
+bool HasReferenceKernels()
 {
     return openblas_get_corename != nullptr && openblas_get_corename() == std::string("SkylakeX");
 }
@@ -123,9 +123,9 @@ Difference CompareEdges(const CFloatMatrix& map, const slowOracle::EdgeStages& s
     for (int r = 0; r < rows; ++r)
         for (int c = 0; c < cols; ++c) {
             const size_t i = size_t(r) * size_t(cols) + size_t(c);
-            const double apart = std::abs(double(map.Data[i]) - stages.EdgeMap[i]);
-            if (apart <= tolerance) {
-                difference.Largest = std::max(difference.Largest, apart);
+            const double distance = std::abs(double(map.Data[i]) - stages.EdgeMap[i]);
+            if (distance <= tolerance) {
+                difference.Largest = std::max(difference.Largest, distance);
                 continue;
             }
             ++difference.Flips;
@@ -135,7 +135,7 @@ Difference CompareEdges(const CFloatMatrix& map, const slowOracle::EdgeStages& s
     return difference;
 }
 
-// The worst over all pictures of a test, for the line that it prints.
+// The worst values over all pictures of a test, printed at its end.
 struct Record {
     double Largest[kMapCount] = {};
     int Flips[kMapCount] = {};
@@ -151,7 +151,7 @@ struct Record {
     }
 };
 
-double Apart(float a, float b)
+double RelativeDifference(float a, float b)
 {
     return std::abs(double(a) / double(b) - 1);
 }
@@ -221,12 +221,13 @@ int ExpectSameAnalysis(const slowOracle::Picture& slowPicture, Record& record)
         EXPECT_TRUE(std::equal(table.begin(), table.end(), tables[k]->Data));
     }
     const double totals =
-        std::max({Apart(fast->ContrastMaskTotal, slow.ContrastMaskTotal),
-                  Apart(fast->ColorContrastTotal, slow.ColorContrastTotal),
-                  Apart(fast->EdgeTotal, slow.EdgeTotal), Apart(fast->PeakTotal, slow.PeakTotal)});
+        std::max({RelativeDifference(fast->ContrastMaskTotal, slow.ContrastMaskTotal),
+                  RelativeDifference(fast->ColorContrastTotal, slow.ColorContrastTotal),
+                  RelativeDifference(fast->EdgeTotal, slow.EdgeTotal),
+                  RelativeDifference(fast->PeakTotal, slow.PeakTotal)});
     double gains = 0;
     for (int side = 0; side < 4; ++side)
-        gains = std::max(gains, Apart(fast->SideGain[side], slow.SideGain[side]));
+        gains = std::max(gains, RelativeDifference(fast->SideGain[side], slow.SideGain[side]));
     EXPECT_LE(totals, tolerances.Totals);
     EXPECT_LE(gains, tolerances.Gains);
     record.Total = std::max(record.Total, totals);
@@ -243,11 +244,11 @@ TEST(AnalysisOracle, AgreesOnSyntheticImages)
         flips += ExpectSameAnalysis(slowOracle::MakePicture(name, 640, 480), record);
     }
     for (const char* name : {"vertical_gradient", "blobs:1", "photograph:1"}) {
-        SCOPED_TRACE(testing::Message() << name << " upright");
+        SCOPED_TRACE(testing::Message() << name << " in portrait");
         flips += ExpectSameAnalysis(slowOracle::MakePicture(name, 480, 640), record);
     }
     std::printf("flips %d\n", flips);
-    // 692 when measured: whole rows of a vertical gradient and of a diagonal lie on a level.
+    // 692 when measured: whole rows of a vertical gradient and of a diagonal lie at a threshold.
     EXPECT_LE(flips, 1500);
 }
 
@@ -379,10 +380,10 @@ TEST(AnalysisOracle, StatisticsMatchBitForBitGivenTheSamePlanes)
     // Over OpenBLAS' kernels for Prescott, Nehalem, Sandy Bridge, Haswell, Zen and Skylake-X:
     // contrasts 8.1e-7, sides 1.3e-5.
     EXPECT_LE(contrasts, 4e-6);
-    EXPECT_LE(sides, HasKernelsOfTheRecord() ? 1e-5 : 4e-5);
+    EXPECT_LE(sides, HasReferenceKernels() ? 1e-5 : 4e-5);
 }
 
-// The seven maps from smoothed planes that both sides share, by the slow stages.
+// The seven maps, computed by the slow stages from smoothed planes that both sides share.
 struct SlowMaps {
     slowOracle::FloatPlane Contrast, Saliency, Colour;
     std::vector<slowOracle::FloatPlane> Sides;
@@ -421,7 +422,7 @@ SlowMaps SlowMapsFrom(const slowOracle::PlaneStack& blurred, const slowOracle::P
     return maps;
 }
 
-struct MapsApart {
+struct MapDifferences {
     double Usual = 0; // largest difference in any of the seven maps that spans 0 to 1
     double Flat = 0;  // in those that are flat up to rounding
 
@@ -433,7 +434,7 @@ struct MapsApart {
     }
 };
 
-MapsApart SaliencyApart(const slowOracle::Picture& picture)
+MapDifferences SaliencyDifferences(const slowOracle::Picture& picture)
 {
     const int cols = picture.Cols;
     const int rows = picture.Rows;
@@ -467,13 +468,14 @@ MapsApart SaliencyApart(const slowOracle::Picture& picture)
     }
     slowOracle::BuildTables(slowBlurred);
     const SlowMaps slow = SlowMapsFrom(slowBlurred, slowPixels);
-    MapsApart apart;
-    apart.Add(PlaneOf(maps, 0), slow.Contrast);
-    apart.Add(PlaneOf(maps, 1), slow.Saliency);
-    apart.Usual = std::max(apart.Usual, LargestDifference(PlaneOf(maps, 2), slow.Colour));
+    MapDifferences differences;
+    differences.Add(PlaneOf(maps, 0), slow.Contrast);
+    differences.Add(PlaneOf(maps, 1), slow.Saliency);
+    differences.Usual =
+        std::max(differences.Usual, LargestDifference(PlaneOf(maps, 2), slow.Colour));
     for (size_t side = 0; side < 4; ++side)
-        apart.Add(PlaneOf(maps, 3 + side), slow.Sides[side]);
-    return apart;
+        differences.Add(PlaneOf(maps, 3 + side), slow.Sides[side]);
+    return differences;
 }
 
 // What remains is the inverse of the covariance, in single precision on both sides: 2.2e-5 over the
@@ -490,16 +492,17 @@ TEST(AnalysisOracle, AllSizesAgreeGivenTheSamePlanes)
          {std::pair(640, 480), std::pair(640, 64), std::pair(640, 26), std::pair(640, 7),
           std::pair(640, 2), std::pair(640, 1), std::pair(1, 640), std::pair(9, 640)})
         for (const std::string name : {"blobs:2", "photograph:3", "noise:4", "vertical_gradient"}) {
-            // Both rows of this one are equally far from the strips at the sides, by sums of terms
-            // a thousand times as large. The difference that the kernel leaves, about 1e-5, may or
-            // may not be stretched to 1.
-            if (name == "vertical_gradient" && rows == 2 && !HasKernelsOfTheRecord())
+            // Both rows of this picture are equally far from the side strips. Their distances are
+            // sums of terms a thousand times as large, so the kernel leaves a difference of about
+            // 1e-5, which normalisation may or may not stretch to 1.
+            if (name == "vertical_gradient" && rows == 2 && !HasReferenceKernels())
                 continue;
             SCOPED_TRACE(testing::Message() << name << " " << cols << " x " << rows);
-            const MapsApart apart = SaliencyApart(slowOracle::MakePicture(name, cols, rows));
-            EXPECT_LE(apart.Usual, kSamePlanes);
-            EXPECT_LE(apart.Flat, kSamePlanesFlat);
-            worst = std::max(worst, apart.Usual);
+            const MapDifferences differences =
+                SaliencyDifferences(slowOracle::MakePicture(name, cols, rows));
+            EXPECT_LE(differences.Usual, kSamePlanes);
+            EXPECT_LE(differences.Flat, kSamePlanesFlat);
+            worst = std::max(worst, differences.Usual);
         }
     std::printf("largest difference %.1e\n", worst);
 }
@@ -512,9 +515,9 @@ slowOracle::Picture NearWhite(slowOracle::Picture picture)
     return picture;
 }
 
-// Where the float tables lose most: a strip of few pixels is the small difference of large sums.
-// Variances are off by whole units here, and sometimes negative, so only shared planes can show
-// whether both forms compute the same.
+// The float tables lose most precision here: the sum of a strip of few pixels is a small difference
+// of large sums. Variances are off by whole units, and sometimes negative, so only shared planes
+// can show whether both forms compute the same maps.
 TEST(AnalysisOracle, ThinPicturesNearWhiteAgreeGivenTheSamePlanes)
 {
     double worst = 0;
@@ -526,12 +529,12 @@ TEST(AnalysisOracle, ThinPicturesNearWhiteAgreeGivenTheSamePlanes)
         for (const char* name : {"blobs:1", "photograph:3", "noise:4", "vertical_gradient",
                                  "horizontal_gradient", "flat:255", "one_bright_pixel"}) {
             SCOPED_TRACE(testing::Message() << name << " " << cols << " x " << rows);
-            const MapsApart apart =
-                SaliencyApart(NearWhite(slowOracle::MakePicture(name, cols, rows)));
-            EXPECT_LE(apart.Usual, kSamePlanes);
-            EXPECT_LE(apart.Flat, kSamePlanesFlat);
-            worst = std::max(worst, apart.Usual);
-            flat = std::max(flat, apart.Flat);
+            const MapDifferences differences =
+                SaliencyDifferences(NearWhite(slowOracle::MakePicture(name, cols, rows)));
+            EXPECT_LE(differences.Usual, kSamePlanes);
+            EXPECT_LE(differences.Flat, kSamePlanesFlat);
+            worst = std::max(worst, differences.Usual);
+            flat = std::max(flat, differences.Flat);
         }
     std::printf("largest difference %.1e, in flat maps %.1e\n", worst, flat);
 }
@@ -545,10 +548,10 @@ TEST(AnalysisOracle, PhotographsAgreeGivenTheSamePlanes)
     double worst = 0;
     for (size_t i = 0; i < paths.size(); i += 3) {
         SCOPED_TRACE(paths[i]);
-        const MapsApart apart = SaliencyApart(ReadPhotograph(paths[i]));
-        EXPECT_LE(apart.Usual, kSamePlanes);
-        EXPECT_LE(apart.Flat, kSamePlanesFlat);
-        worst = std::max(worst, apart.Usual);
+        const MapDifferences differences = SaliencyDifferences(ReadPhotograph(paths[i]));
+        EXPECT_LE(differences.Usual, kSamePlanes);
+        EXPECT_LE(differences.Flat, kSamePlanesFlat);
+        worst = std::max(worst, differences.Usual);
     }
     std::printf("largest difference %.1e\n", worst);
 #else

@@ -1,5 +1,5 @@
-// The sweep over the picture against the stepwise form, which calls one described operation after
-// the other.
+// Compares the single sweep over the picture with the stepwise form, which calls one operation
+// after another.
 #include "analysis/border_contrast.h"
 
 #include <algorithm>
@@ -53,16 +53,16 @@ void ExpectSameMaps(const Maps& found, const Maps& expected)
             << "map " << map;
 }
 
-// Applies the pending normalisation and compares the promised largest elements.
+// Applies the pending normalisation and checks the reported largest elements.
 void Finish(Maps& maps, const BorderContrastScales& scales)
 {
-    const CNormalisation of[6] = {scales.Contrast, scales.ColorContrast, scales.Sides[0],
-                                  scales.Sides[1], scales.Sides[2],      scales.Sides[3]};
+    const CNormalisation pending[6] = {scales.Contrast, scales.ColorContrast, scales.Sides[0],
+                                       scales.Sides[1], scales.Sides[2],      scales.Sides[3]};
     const int32_t count = maps.Planes.ElementCount;
     for (size_t map = 0; map < 6; ++map) {
-        of[map].Apply(maps.Planes.Planes[map], count);
+        pending[map].Apply(maps.Planes.Planes[map], count);
         const float largest = LargestElement(maps.Planes.Planes[map], count);
-        EXPECT_EQ(std::memcmp(&largest, &of[map].Largest, sizeof largest), 0) << "map " << map;
+        EXPECT_EQ(std::memcmp(&largest, &pending[map].Largest, sizeof largest), 0) << "map " << map;
     }
 }
 
@@ -73,8 +73,8 @@ std::vector<Picture> OrdinaryPictures()
         testPictures::Noise(320, 240, 3), testPictures::HalfAndHalf(640, 100),
         testPictures::Gradient(33, 17), testPictures::Checkerboard(130, 97, 5),
         testPictures::Flat(64, 48, 30, 60, 9), testPictures::OneBrightPixel(51, 47),
-        // Bright and flat: the float sums of some side strips give variances below -10, for which
-        // the side's model falls back to a diagonal one.
+        // Bright and flat: the float sums of some side strips give variances below -10, so the
+        // side's model falls back to a diagonal one.
         testPictures::Flat(382, 640, 253, 253, 253), testPictures::Flat(640, 427, 250, 250, 250),
         testPictures::Flat(382, 640, 253, 252, 251)};
     for (const PlaneSize& size : AwkwardSizes())
@@ -109,9 +109,9 @@ TEST(BorderContrast, SweepMatchesTheStepwiseFormBitForBitInEveryVariant)
     }
 }
 
-// Far beyond the range of bytes the float tables lose so many digits that a variance of an anchored
-// group comes out below -10: it has no root, and the joint covariance is indefinite. The groups of
-// flat pictures of bytes stay above -6.
+// With values far beyond the byte range, the float tables lose so many digits that a variance of an
+// anchored group comes out below -10. It has no root, and the joint covariance is indefinite. Flat
+// pictures of bytes cannot show this: their groups stay above -6.
 TEST(BorderContrast, OfAnIndefiniteModelMatchesTheStepwiseForm)
 {
     COwnedStack ownBlurred;
@@ -152,7 +152,7 @@ TEST(BorderContrast, MatchesTheStepwiseFormWithEitherLinearAlgebra)
     Maps expected(again);
     ComputeBorderContrastsStepwise(again, expected.Scratch.Planes[0], expected.Buffers);
     ExpectSameMaps(found, expected);
-    // Not flat: the pictures above would hide a map of zeros.
+    // Each map spans 0 to 1, so the comparison was not of maps of zeros.
     for (size_t map : {0U, 2U, 3U, 4U, 5U}) {
         const float* const plane = found.Planes.Planes[map];
         EXPECT_EQ(*std::max_element(plane, plane + found.Planes.ElementCount), 1.0f);

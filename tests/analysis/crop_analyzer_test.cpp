@@ -76,7 +76,7 @@ TEST(CropAnalyzer, GivesEveryMapAndTableTheWorkingSize)
                  {640, 6, 1},    {640, 2, 1},    {640, 1, 1},    {1, 640, 1}};
     for (const auto& [cols, rows, band] : cases) {
         SCOPED_TRACE(testing::Message() << cols << " x " << rows);
-        testing::internal::CaptureStderr(); // resizes of one pixel's width complain
+        testing::internal::CaptureStderr(); // resizing to a width of one pixel prints an error
         const auto analyzer = Analyse(Blobs(cols, rows, 2));
         testing::internal::GetCapturedStderr();
 
@@ -152,8 +152,8 @@ TEST(CropAnalyzer, OneBy1281IsRejectedWithAMessage)
     }
 }
 
-// Nothing resamples: of a larger picture the first 640 x 480 pixels of the buffer are taken,
-// with rows of 640, so every map is that of the sheared beginning.
+// Nothing is resampled: of a larger picture, the first 640 x 480 pixels in the buffer are read as
+// rows of 640, so every map is that of the sheared beginning.
 TEST(CropAnalyzer, LargerPictureIsReadWithTheWrongRowLength)
 {
     const Picture large = Blobs(800, 600, 5);
@@ -235,7 +235,7 @@ TEST(CropAnalyzer, ClearsTheWeakValuesOfEachMapAtItsFraction)
                             [](float v) { return v > 0.0f && v < 0.01f; }));
 }
 
-// Against the maps as the saliency stages leave them, value by value.
+// Compares every value with the maps that the saliency stages produce.
 TEST(CropAnalyzer, KeepsEveryValueOnOrAboveItsLevel)
 {
     const Picture picture = Blobs(640, 360, 16);
@@ -287,7 +287,7 @@ TEST(CropAnalyzer, PeaksAreTheCubeOfTheStrongestColourContrast)
 
 TEST(CropAnalyzer, EdgesAreWeightedByColumnsInSteps)
 {
-    // 640 columns, five fifths of 128, each with the same bright block in its middle.
+    // Five fifths of 128 columns, each with the same bright block in its middle.
     Picture picture = Flat(640, 480, 60, 60, 60);
     for (int32_t fifth = 0; fifth < 5; ++fifth)
         for (int32_t r = 190; r < 290; ++r)
@@ -306,7 +306,7 @@ TEST(CropAnalyzer, EdgesAreWeightedByColumnsInSteps)
         EXPECT_NEAR(peaks[k], weights[k], 1e-6) << k;
 }
 
-// The cleaning repeated with the kernels themselves.
+// Repeats the cleaning with the kernels themselves.
 TEST(CropAnalyzer, CleansItsEdgesInOrder)
 {
     for (const auto& [cols, rows] : {std::pair(640, 360), std::pair(200, 640), std::pair(3, 640)}) {
@@ -400,7 +400,7 @@ TEST(CropAnalyzer, FlatPictureOfAnyColourLeavesAllMapsNearZero)
 TEST(CropAnalyzer, TotalsAreTheSumsOfTheMaps)
 {
     const auto analyzer = Analyse(Blobs(640, 360, 10));
-    // A running double sum in another order: some 1e5 additions of 1e-16 each.
+    // Double additions in another order: some 1e5 roundings of 1e-16 each.
     EXPECT_NEAR(analyzer->ContrastMaskTotal / Total(analyzer->ContrastMask), 1, 1e-7);
     EXPECT_NEAR(analyzer->ColorContrastTotal / Total(analyzer->ColorContrastMap), 1, 1e-7);
     EXPECT_NEAR(analyzer->EdgeTotal / Total(analyzer->EdgeMap), 1, 1e-7);
@@ -441,7 +441,7 @@ TEST(CropAnalyzer, MirroredPictureSwapsLeftAndRight)
     const auto plain = Analyse(picture);
     const auto mirrored = Analyse(MirroredLeftRight(picture));
     // Statistics read far from the corner where the float tables begin lose more digits: over sizes
-    // and seeds mirrored contrasts differed by up to 2.3e-4 and side maps by 1.7e-3. A value on its
+    // and seeds mirrored contrasts differed by up to 2.3e-4 and side maps by 1.7e-3. A value at its
     // threshold may fall on either side of it.
     const auto expectMirrored = [](const CFloatMatrix& a, const CFloatMatrix& b, double tolerance) {
         int flips = 0;

@@ -17,7 +17,7 @@ namespace {
 
 constexpr float kInfinity = std::numeric_limits<float>::infinity();
 
-// A stack over guarded planes, and a model in stacks of its own.
+// A stack over guarded planes, and a model in separate stacks.
 struct Scene {
     Scene(int32_t planes, int32_t cols, int32_t rows, uint32_t seed) : Out(cols, rows, -1.0f)
     {
@@ -226,7 +226,7 @@ TEST(MahalanobisMap, MatchesTheDefinition)
         const long double exact = SlowDistance(scene, i);
         worst = std::max(worst, std::fabs(static_cast<long double>(scene.Out.Data()[i]) - exact));
     }
-    // 1.3e-6 with the least exact of the library's kernels, for distances up to 8.
+    // 1.3e-6 with the least accurate BLAS kernels, for distances up to 8.
     EXPECT_LT(static_cast<double>(worst), 3e-6);
 }
 
@@ -268,7 +268,7 @@ TEST(MahalanobisMap, AnIndefiniteCovarianceMakesDistancesInfinite)
         EXPECT_EQ(distance, kInfinity);
 }
 
-// The square is not clamped: a common scale below 0 leaves no distance at all.
+// The square is not clamped: with a common scale below 0 its root is NaN.
 TEST(MahalanobisMap, ANegativeSquareGivesNaN)
 {
     Scene scene(3, 9, 5, 6);
@@ -293,7 +293,7 @@ TEST(MahalanobisMap, TakesOtherNumbersOfPlanes)
 {
     for (int32_t planes : {2, 4}) {
         Scene scene(planes, 33, 17, 8);
-        // Apart from one another the planes' squares simply add.
+        // The squares of uncorrelated planes simply add.
         std::vector<float> covariance(static_cast<size_t>(planes * planes), 0.0f);
         for (int32_t k = 0; k < planes; ++k)
             covariance[static_cast<size_t>(k * planes + k)] = 90.0f;
@@ -312,8 +312,8 @@ TEST(MahalanobisMap, TakesOtherNumbersOfPlanes)
     }
 }
 
-// Only single operations on each element, so all bits are known.
-TEST(ScalarDistanceMap, OffsetsDropsTheSignAndScales)
+// Every step on an element is a single rounded operation, so all bits are known.
+TEST(ScalarDistanceMap, SubtractsTheMeanDropsTheSignAndScales)
 {
     const VariantScope scope;
     for (IsaVariant variant : AvailableVariants())
@@ -364,7 +364,7 @@ TEST(ScalarDistanceMap, AgreesWithTheGeneralFormUpToRounding)
     float worst = 0.0f;
     for (size_t i = 0; i < scalar.size(); ++i)
         worst = std::max(worst, std::fabs(scene.Out.Data()[i] - scalar[i]) / scalar[i]);
-    // 1.2e-7, one unit of the last place; each form rounds three times.
+    // 1.2e-7, one unit in the last place; each form rounds three times.
     EXPECT_LT(worst, 3e-7f);
 }
 
@@ -422,7 +422,7 @@ TEST(InvertRegularised, TimesTheRegularisedMatrixIsOne)
 
 TEST(InvertRegularised, FallsBackToTheFirstDiagonalElementForAll)
 {
-    // The regulariser is in the element already and is added once more: 30 + 10 + 10.
+    // The element already contains the regulariser, which is added once more: 30 + 10 + 10.
     const std::vector<float> a = {30, 1, 2, 1, -40, 3, 2, 3, 60};
     std::vector<float> result(9, 5.0f);
     InvertRegularised(a.data(), 3, 10.0f, result.data());
@@ -465,7 +465,7 @@ TEST(DotThreePlanes, RoundsOnceInEveryVariant)
         }
 }
 
-// 2^24 takes no single one in float, but two at once.
+// In float, adding 1 to 2^24 changes nothing, but adding 2 does.
 TEST(DotPlanes, RoundsAtEachPlaneWhereDotThreePlanesDoesNot)
 {
     const float a[] = {4096.0f, 1.0f, 1.0f};

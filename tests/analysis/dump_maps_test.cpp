@@ -30,7 +30,7 @@ protected:
         fs::remove_all(Folder);
     }
 
-    // The exit code; what went to the error stream is in Errors.
+    // Returns the exit code and leaves the error output in Errors.
     int Run(const std::string& arguments)
     {
         const std::string log = (Folder / "log").string();

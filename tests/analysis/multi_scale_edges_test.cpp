@@ -78,26 +78,26 @@ TEST(MultiScaleEdges, WithoutAScaleAreZero)
 TEST(MultiScaleEdges, SkipAScaleThatLeavesNoPixel)
 {
     const std::vector<float> none25(25 * 200, 0.0f);
-    Stack side25(1, 25, 200);
-    side25.FillNoise(2);
-    EXPECT_EQ(Edges(side25, {0.04f}), none25);
-    Stack upright25(1, 200, 25);
-    upright25.FillNoise(2);
-    EXPECT_EQ(Edges(upright25, {0.04f}), none25);
+    Stack tall25(1, 25, 200);
+    tall25.FillNoise(2);
+    EXPECT_EQ(Edges(tall25, {0.04f}), none25);
+    Stack wide25(1, 200, 25);
+    wide25.FillNoise(2);
+    EXPECT_EQ(Edges(wide25, {0.04f}), none25);
 
-    Stack side4(1, 4, 100);
-    side4.FillNoise(3);
-    EXPECT_EQ(Edges(side4, {0.2f}), std::vector<float>(400, 0.0f));
+    Stack tall4(1, 4, 100);
+    tall4.FillNoise(3);
+    EXPECT_EQ(Edges(tall4, {0.2f}), std::vector<float>(400, 0.0f));
     // A skipped scale does not affect the others.
-    EXPECT_EQ(Edges(side25, {0.04f, 0.2f}), Edges(side25, {0.2f}));
+    EXPECT_EQ(Edges(tall25, {0.04f, 0.2f}), Edges(tall25, {0.2f}));
 }
 
-// If it were used as a scale of no pixels, it would add the map of the previous scale again.
+// A scale of no pixels that is not skipped would add the map of the previous scale again.
 TEST(MultiScaleEdges, SkippedScaleAddsNothingAndPrintsNothing)
 {
-    for (const bool upright : {false, true}) {
-        SCOPED_TRACE(upright ? "no row" : "no column");
-        Stack source(1, upright ? 200 : 25, upright ? 25 : 200);
+    for (const bool wide : {false, true}) {
+        SCOPED_TRACE(wide ? "no row" : "no column");
+        Stack source(1, wide ? 200 : 25, wide ? 25 : 200);
         source.FillNoise(2);
         testing::internal::CaptureStderr();
         const std::vector<float> both = Edges(source, {0.2f, 0.04f});
@@ -106,17 +106,17 @@ TEST(MultiScaleEdges, SkippedScaleAddsNothingAndPrintsNothing)
     }
 }
 
-// A scale of one pixel's width is not skipped: its raw gradients show in the first elements.
+// A scale one pixel wide is not skipped: its raw gradients show in the first elements.
 TEST(MultiScaleEdges, KeepAScaleThatLeavesOnePixel)
 {
-    Stack side26(1, 26, 200); // 1 x 7 at 0.04f; 200 x 0.04f is 7.99..
-    side26.FillNoise(4);
-    const std::vector<float> edges = Edges(side26, {0.04f});
+    Stack tall26(1, 26, 200); // 1 x 7 at 0.04f; 200 x 0.04f is 7.99..
+    tall26.FillNoise(4);
+    const std::vector<float> edges = Edges(tall26, {0.04f});
     EXPECT_EQ(*std::max_element(edges.begin(), edges.begin() + 7), 1.0f);
 
-    Stack side5(1, 5, 100); // 1 x 20 at 0.2f
-    side5.FillNoise(5);
-    const std::vector<float> edges5 = Edges(side5, {0.2f});
+    Stack tall5(1, 5, 100); // 1 x 20 at 0.2f
+    tall5.FillNoise(5);
+    const std::vector<float> edges5 = Edges(tall5, {0.2f});
     EXPECT_EQ(*std::max_element(edges5.begin(), edges5.begin() + 20), 1.0f);
     EXPECT_EQ(*std::max_element(edges5.begin() + 20, edges5.end()), 0.0f);
 }
@@ -129,27 +129,27 @@ TEST(MultiScaleEdges, SmallSizesOf640By480Are25By19And128By96)
         SCOPED_TRACE(scale);
         const std::vector<float> edges = Edges(source, {scale});
         const std::vector<float> expected = OneScaleBeforeSecondNormalisation(source, w, h);
-        // Beyond the part that the second normalisation sees, the sizes show to the bit.
+        // Elements that the second normalisation does not touch match bit for bit.
         EXPECT_TRUE(std::equal(edges.begin() + w * h, edges.end(), expected.begin() + w * h));
     }
 }
 
-TEST(MultiScaleEdges, SecondNormalisationSeesOnlyTheFirstElements)
+TEST(MultiScaleEdges, SecondNormalisationCoversOnlyTheFirstElements)
 {
     Stack source(3, 100, 60);
     source.FillNoise(7);
     constexpr int32_t kCount = 20 * 12;
     std::vector<float> expected = OneScaleBeforeSecondNormalisation(source, 20, 12);
-    const float lastSeen = expected[kCount - 1];
+    const float lastCovered = expected[kCount - 1];
     NormalisePlane(expected.data(), kCount);
-    ASSERT_NE(expected[kCount - 1], lastSeen);
+    ASSERT_NE(expected[kCount - 1], lastCovered);
 
     const std::vector<float> edges = Edges(source, {0.2f});
 
     EXPECT_EQ(edges, expected);
     EXPECT_EQ(*std::min_element(edges.begin(), edges.begin() + kCount), 0.0f);
     EXPECT_NEAR(*std::max_element(edges.begin(), edges.begin() + kCount), 1.0f, 1e-6);
-    // Smoothing has taken the peaks of the rest.
+    // Smoothing has lowered the peaks of the rest.
     EXPECT_LT(*std::max_element(edges.begin() + kCount, edges.end()), 1.0f);
 }
 
@@ -169,9 +169,9 @@ TEST(MultiScaleEdges, OfTwoScalesAreTheirSum)
     EXPECT_LE(*std::max_element(both.begin(), both.end()), 2.0f);
 }
 
-// 40 x 0.04f leaves one pixel of width, which the resize back rejects: the scale adds its raw
-// gradients and, after them, whatever the buffer held. At the first scale that is zeros.
-TEST(MultiScaleEdges, RefusedFirstScaleAddsGradientsAndZeros)
+// 40 x 0.04f leaves a width of one pixel, which the resize back rejects. The scale adds its raw
+// gradients and, after them, whatever the buffer held: zeros at the first scale.
+TEST(MultiScaleEdges, RejectedFirstScaleAddsGradientsAndZeros)
 {
     Stack source(2, 40, 200);
     source.FillNoise(9);
@@ -224,7 +224,7 @@ TEST(MultiScaleEdges, GiveTheSameBitsEveryTime)
     }
 }
 
-TEST(MultiScaleEdges, NormaliseTheOutputOnlyWhenAsked)
+TEST(MultiScaleEdges, NormaliseTheOutputOnRequestOnly)
 {
     Stack source(3, 100, 80);
     source.FillNoise(12);
@@ -234,7 +234,7 @@ TEST(MultiScaleEdges, NormaliseTheOutputOnlyWhenAsked)
     EXPECT_EQ(Edges(source, {0.04f, 0.2f}, true), expected);
 }
 
-TEST(MultiScaleEdges, DampRowsAtTheSmallSizeWhenAsked)
+TEST(MultiScaleEdges, DampRowsAtTheSmallSizeOnRequest)
 {
     // At 1 x 7 the resize back is rejected, so the damped rows show unchanged: each row is a single
     // element x, x / (x + 0.01) if it is above 0.05.
@@ -254,7 +254,7 @@ TEST(MultiScaleEdges, DampRowsAtTheSmallSizeWhenAsked)
     EXPECT_NE(damped, plain);
 }
 
-TEST(MultiScaleEdges, LeaveTheirSourceAlone)
+TEST(MultiScaleEdges, LeaveTheirSourceUnchanged)
 {
     Stack source(3, 64, 48);
     source.FillNoise(14);
@@ -301,7 +301,7 @@ TEST(NormaliseRow, SumIsAFloatRoundedAtEachAddition)
 
 TEST(NormaliseRow, DivisorIsNotRoundedToFloat)
 {
-    // 1 + 2^-24 would round to 1 in float; divided in double it moves the quotient by a bit.
+    // 1 + 2^-24 would round to 1 in float; as a double it changes the last bit of the quotient.
     float row[1] = {1.0f};
     NormaliseRowBySum(row, 1, 0x1p-24f, 0.05f);
     EXPECT_EQ(row[0], 1.0f - 0x1p-24f);

@@ -94,7 +94,7 @@ TEST(SaliencyDriver, WritesEveryMapInFullAtAnySize)
     for (const auto& [cols, rows] : {std::pair(1, 1), std::pair(640, 1), std::pair(1, 640),
                                      std::pair(3, 2), std::pair(26, 33), std::pair(97, 51)}) {
         SCOPED_TRACE(testing::Message() << cols << " x " << rows);
-        testing::internal::CaptureStderr(); // resizes of one pixel's width complain
+        testing::internal::CaptureStderr(); // resizing to a width of one pixel prints an error
         const Maps maps(Noise(cols, rows, 1));
         testing::internal::GetCapturedStderr();
         for (const std::vector<float>& plane : maps.Planes) {
@@ -114,14 +114,14 @@ TEST(SaliencyDriver, NormalisesAllExceptTheColourContrast)
     EXPECT_GE(Smallest(maps.ColorContrast()), 0.0f);
     EXPECT_LE(Largest(maps.ColorContrast()), 1.0f);
 
-    // Top dark, bottom light: each anchor finds the other's half, and their minimum is low.
+    // Top dark, bottom light: each anchor contrasts with the other half, so the minimum is low.
     Picture split = Flat(120, 120, 20, 20, 20);
     for (int32_t r = 60; r < 120; ++r)
         for (int32_t c = 0; c < 120; ++c)
             split.Set(r, c, 220, 220, 220);
-    const Maps unsure(split);
-    EXPECT_LT(Largest(unsure.ColorContrast()), 0.9f);
-    EXPECT_NEAR(Largest(unsure.Contrast()), 1.0f, 1e-6);
+    const Maps ofSplit(split);
+    EXPECT_LT(Largest(ofSplit.ColorContrast()), 0.9f);
+    EXPECT_NEAR(Largest(ofSplit.Contrast()), 1.0f, 1e-6);
 }
 
 // The stages repeated in the stated order, each map from its own formula: min(T, B) of the joint
@@ -186,8 +186,8 @@ TEST(SaliencyDriver, FusesTheStagesInOrder)
 
 TEST(SaliencyDriver, SideStripsAreAFifthOfTheShorterSide)
 {
-    // Light strip of 25 of 120 rows. A top strip of 24 rows sees only light (but for the
-    // smoothing), one of 30 would be a mix.
+    // A light strip of 28 of 120 rows. A top strip of 24 rows holds only light pixels, even after
+    // smoothing; one of 30 rows would hold dark ones too.
     Picture picture = Flat(160, 120, 60, 60, 60);
     for (int32_t r = 0; r < 28; ++r)
         for (int32_t c = 0; c < 160; ++c)
@@ -195,7 +195,7 @@ TEST(SaliencyDriver, SideStripsAreAFifthOfTheShorterSide)
     const Maps maps(picture);
     EXPECT_EQ(maps.Side(0)[80], 0.0f);            // its own strip
     EXPECT_EQ(maps.Side(0)[60 * 160 + 80], 1.0f); // the rest
-    EXPECT_EQ(maps.Side(1)[60 * 160 + 80], 0.0f); // the bottom's kind
+    EXPECT_EQ(maps.Side(1)[60 * 160 + 80], 0.0f); // the bottom strip's colour
     EXPECT_EQ(maps.Side(1)[80], 1.0f);
 }
 
@@ -226,8 +226,8 @@ constexpr double kMirrorContrast = 6e-4;
 constexpr double kMirrorSide = 5e-3;
 
 // Left and right play the same role in the contrasts. The edges are left out: their second
-// normalisation takes the first elements in memory order, and the last of its rows is cut at
-// its left end in a picture and at its right end in the mirrored one.
+// normalisation covers the first elements in memory order, so its last, partial row begins at the
+// left in the picture and at the right in the mirrored one.
 TEST(SaliencyDriver, MirroredPictureMirrorsContrastAndSwapsLeftAndRight)
 {
     const Picture picture = Blobs(160, 120, 5);

@@ -126,7 +126,7 @@ TEST(BorderStrips, AreClippedToTheImage)
     ExpectStrip(strips.Right, 0, 0, 4, 2);
 }
 
-TEST(BorderStrips, OfAHundredCountBottomCornersTwice)
+TEST(BorderStrips, CountBottomCornersTwice)
 {
     const BorderStrips strips = MakeBorderStrips(100, 100, 0.25f);
     EXPECT_EQ(strips.Left.Area + strips.Right.Area + strips.Bottom.Area, 7500);
@@ -196,13 +196,13 @@ TEST(StripStatistics, OfAViewAreTheDiagonalOfTheStack)
 
 TEST(StripStatistics, TotalIsAFloatThatRoundsAtEveryStrip)
 {
-    // One row: its sums along the row. 2^24, then a 1, then a 1 that a float sum loses.
+    // One row of 2^24, 1 and 1: a float sum loses each 1.
     TabledStack planes(1, 3, 1);
     planes.At(0, 0, 0) = 16777216.0f;
     planes.At(0, 0, 1) = 1.0f;
     planes.At(0, 0, 2) = 1.0f;
     BuildTables(planes.Stack);
-    // By hand: the float table itself would have lost the ones.
+    // Set by hand, because the float table itself has lost the ones.
     planes.Stack.PlaneTables[0][4 + 2] = 16777216.0f;
     planes.Stack.PlaneTables[0][4 + 3] = 16777218.0f;
     const CStripRect big = {0, 0, 0, 0, 1};
@@ -223,7 +223,7 @@ TEST(StripStatistics, CornersAreCombinedInDouble)
     TabledStack planes(1, 2, 2);
     planes.FillWhole(1, 9);
     BuildTables(planes.Stack);
-    // Last-last + first-first would round to an even float: 2^24 + 1.
+    // In float, the sum of the opposite corners, 2^24 + 1, would round to an even number.
     float* const table = planes.Stack.PlaneTables[0];
     table[2 * 3 + 2] = 16777216.0f;
     table[1 * 3 + 1] = 1.0f;
@@ -244,7 +244,7 @@ TEST(StripStatistics, NegativeVarianceIsNotClamped)
     EXPECT_EQ(Statistics(planes.Stack, {all}).CovarianceOf(0, 0), -0.5f);
 }
 
-// The scalar distance has a closed form, so the whole contrast of one plane has too.
+// The scalar distance has a closed form, and so does the whole contrast of one plane.
 TEST(AnchoredContrast, OfOnePlaneIsAnchorDistancePlusRestDistance)
 {
     constexpr int32_t kCols = 23;
@@ -355,20 +355,20 @@ TEST(AnchoredContrast, OfAnUpsideDownStackSwapsTopAndBottom)
     ComputeTopContrast(planes.Stack, top.Stack, 0.25f);
     ComputeBottomContrast(turned.Stack, bottom.Stack, 0.25f);
 
-    // Sums of these sizes are exact both ways; what differs is at most the last bit or two.
+    // Sums of this size are exact both ways; only the last bit or two can differ.
     for (int32_t r = 0; r < kRows; ++r)
         for (int32_t c = 0; c < kCols; ++c)
             ASSERT_NEAR(top.At(0, r, c), bottom.At(0, kRows - 1 - r, c), 5e-7);
 }
 
-// Each quadrant strip has a value of its own, so a map is zero at its own strip alone.
+// One strip is dark: only the map of its side finds the centre different.
 TEST(SideContrasts, AreInTheOrderTopBottomLeftRight)
 {
     constexpr int32_t kSide = 50;
     for (int side = 0; side < 4; ++side) {
         SCOPED_TRACE(side);
         TabledStack planes(3, kSide, kSide);
-        // One strip of 10 is dark, the rest light: measured from that strip the rest is far.
+        // The strip is 10 pixels wide.
         for (int p = 0; p < 3; ++p)
             for (int32_t r = 0; r < kSide; ++r)
                 for (int32_t c = 0; c < kSide; ++c) {

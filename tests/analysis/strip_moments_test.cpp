@@ -1,4 +1,4 @@
-// Statistics of strips without tables: the same bits as those read from tables.
+// Strip statistics computed without tables must have the same bits as those read from tables.
 #include "analysis/strip_moments.h"
 
 #include <cstring>
@@ -45,7 +45,7 @@ void ExpectStatisticsOfTheTables(const CPlaneStack& stack, const CStripMoments& 
     EXPECT_EQ(std::memcmp(covariances, covariance.Planes[0], sizeof covariances), 0);
 }
 
-// Bright planes, whose tables lose digits: an order of additions of its own would show.
+// The tables of bright planes lose digits, so adding in another order would show.
 TEST(StripMoments, MatchTheTablesInEveryVariant)
 {
     const VariantScope scope;

@@ -1,4 +1,4 @@
-// Pictures to analyse: packed three-byte pixels, and operations on them.
+// Test pictures of packed three-byte pixels, and operations on them.
 #ifndef VISTATRIM_TESTS_ANALYSIS_TEST_PICTURES_H
 #define VISTATRIM_TESTS_ANALYSIS_TEST_PICTURES_H
 
@@ -71,7 +71,7 @@ inline Picture Gradient(int32_t cols, int32_t rows)
     return picture;
 }
 
-// Soft bright and dark blobs at fixed places of a gradient, with a little grain.
+// Soft bright and dark blobs at fixed positions on a gradient, with a little grain.
 inline Picture Blobs(int32_t cols, int32_t rows, uint32_t seed)
 {
     Picture picture = Gradient(cols, rows);
@@ -165,12 +165,12 @@ inline ImageHolder MakeImage(const Picture& picture)
                                       picture.Bytes.data()));
 }
 
-// The analyzer reads 640 pixels along the longer side whatever the picture has: a smaller one
-// would be read past its end.
+// The analyzer reads 640 pixels along the longer side whatever the picture's size, so it rejects a
+// smaller picture.
 inline std::unique_ptr<CCropAnalyzer> Analyse(const Picture& picture)
 {
     if (std::max(picture.Cols, picture.Rows) < 640)
-        throw std::logic_error("the longer side must have 640 pixels at least");
+        throw std::logic_error("the longer side must have at least 640 pixels");
     const ImageHolder image = MakeImage(picture);
     return std::make_unique<CCropAnalyzer>(image.get());
 }

@@ -1,5 +1,5 @@
-// Who may include whom, as docs/include_rules.tsv states it. The direction keeps each room readable
-// without those above it.
+// Checks that includes follow docs/include_rules.tsv. The direction lets each room be read without
+// those above it.
 #include <algorithm>
 #include <filesystem>
 #include <fstream>
@@ -74,7 +74,7 @@ const Room* RoomOf(const std::string& path)
     return innermost;
 }
 
-// "<vips/>" covers every header of its folder, "<cblas.h>" itself.
+// "<vips/>" covers every header in its folder, "<cblas.h>" only itself.
 bool Covers(const std::string& library, const std::string& header)
 {
     const std::string name = library.substr(1, library.size() - 2);
@@ -106,7 +106,7 @@ std::string Resolved(const std::string& includer, const std::string& header)
     return "";
 }
 
-// May the file include the header, written in quotes?
+// True if the file may include the quoted header.
 bool MayInclude(const std::string& includer, const std::string& header)
 {
     const std::string path = Resolved(includer, header);
@@ -167,7 +167,7 @@ std::vector<std::string> SourcesUnder(const std::string& folder)
     return sources;
 }
 
-// Every folder beside the table's own that may hold sources; builds and tests do not count.
+// Every top-level folder that may hold sources, except builds and tests.
 std::vector<std::string> TopFolders()
 {
     std::vector<std::string> folders;
@@ -206,7 +206,7 @@ TEST(IncludeDirection, EveryRoomOfTheTableHoldsSources)
 }
 
 // No two rooms may include each other, directly or through others.
-TEST(IncludeDirection, OfTheTableHasNoCircle)
+TEST(IncludeDirection, TableHasNoCycle)
 {
     std::set<std::string> settled;
     for (size_t round = 0; round <= Rooms().size(); ++round)
@@ -221,7 +221,7 @@ TEST(IncludeDirection, OfTheTableHasNoCircle)
     EXPECT_EQ(settled.size(), Rooms().size());
 }
 
-TEST(IncludeDirection, DownIsToldFromUp)
+TEST(IncludeDirection, AllowsDownwardIncludesAndRejectsUpwardOnes)
 {
     EXPECT_TRUE(MayInclude("src/public/x.cpp", "scoring/crop_analyzer.h"));
     EXPECT_TRUE(MayInclude("src/scoring/x.cpp", "analysis/picture_analysis.h"));
@@ -259,7 +259,7 @@ TEST(IncludeDirection, LibrariesStayInTheRoomsThatNameThem)
     EXPECT_FALSE(may("photo/suggest", "cblas.h"));
 }
 
-TEST(IncludeDirection, IncludesAreReadFromLines)
+TEST(IncludeDirection, IncludeLinesAreParsed)
 {
     EXPECT_EQ(IncludeOf("#include \"a/b.h\"").Header, "a/b.h");
     EXPECT_TRUE(IncludeOf("  #  include \"a/b.h\" // why").IsQuoted);
@@ -271,7 +271,7 @@ TEST(IncludeDirection, IncludesAreReadFromLines)
 }
 
 // The page shows the table, row for row.
-TEST(IncludeDirection, IsShownUnchangedInTheArchitecture)
+TEST(IncludeDirection, ArchitecturePageShowsTheTableUnchanged)
 {
     const std::vector<std::string> page = LinesOf(kRoot / "docs/architecture.md");
     const std::string heading = "| room | holds | may include |";
@@ -293,7 +293,7 @@ TEST(IncludeDirection, IsShownUnchangedInTheArchitecture)
     EXPECT_TRUE(line == page.end() || line->empty() || (*line)[0] != '|') << *line;
 }
 
-// The engine's headers and the photograph library's.
+// The headers of the engine and of the photograph library.
 TEST(PublicHeaders, AreEachCompiledAlone)
 {
     const std::string alone = VISTATRIM_HEADERS_ALONE;
@@ -304,7 +304,7 @@ TEST(PublicHeaders, AreEachCompiledAlone)
         }
 }
 
-TEST(PublicHeaders, OfTheEngineArePartOfTheUmbrella)
+TEST(PublicHeaders, OfTheEngineAreInTheUmbrellaHeaderOnce)
 {
     const fs::path directory = kRoot / "include" / "vistaTrim";
     std::vector<std::string> umbrella;

@@ -30,7 +30,7 @@ double Between(std::mt19937& random, double low, double high)
     return std::uniform_real_distribution<double>(low, high)(random);
 }
 
-// 1 .. 5000, small sides as likely as large ones.
+// 1 to 5000 on a logarithmic scale: small sides are as likely as large ones.
 uint32_t SomeSide(std::mt19937& random)
 {
     const double side = std::floor(std::exp(Between(random, 0.0, std::log(5001.0))));
@@ -172,7 +172,7 @@ void ExpectSameState(Pair& pair)
                              pair.Model.GetEnabledCropRects(a)));
 }
 
-// Fills both; true if both throw or neither does.
+// Fills both grids. Both must throw the same message or give the same grid.
 void ExpectSameGenerateAll(Pair& pair)
 {
     std::string found;

@@ -10,19 +10,20 @@
 
 namespace vistaTrim {
 
-inline std::vector<DoubleInfo> UsualAspects()
+inline std::vector<DoubleInfo> DefaultAspects()
 {
-    VistaTrimParameters usual;
-    usual.SetDefaultAspectRatios();
-    return std::vector<DoubleInfo>(usual.AspectRatios, usual.AspectRatios + usual.NumAspectRatios);
+    VistaTrimParameters defaults;
+    defaults.SetDefaultAspectRatios();
+    return std::vector<DoubleInfo>(defaults.AspectRatios,
+                                   defaults.AspectRatios + defaults.NumAspectRatios);
 }
 
-inline std::vector<DoubleInfo> UsualScales()
+inline std::vector<DoubleInfo> DefaultScales()
 {
-    VistaTrimParameters usual;
-    usual.SetDefaultCropRectScaleRatios();
-    return std::vector<DoubleInfo>(usual.CropRectScaleRatios,
-                                   usual.CropRectScaleRatios + usual.NumCropRectScaleRatios);
+    VistaTrimParameters defaults;
+    defaults.SetDefaultCropRectScaleRatios();
+    return std::vector<DoubleInfo>(defaults.CropRectScaleRatios,
+                                   defaults.CropRectScaleRatios + defaults.NumCropRectScaleRatios);
 }
 
 // A generator with one cell, which GenerateAspectRow(0) fills.
@@ -34,10 +35,10 @@ inline RandomCropGenerator OneCellGenerator(uint32_t width, uint32_t height, dou
     return generator;
 }
 
-inline RandomCropGenerator UsualGenerator(uint32_t width, uint32_t height)
+inline RandomCropGenerator DefaultGenerator(uint32_t width, uint32_t height)
 {
     RandomCropGenerator generator;
-    generator.Initialize(width, height, UsualAspects(), UsualScales(), 25);
+    generator.Initialize(width, height, DefaultAspects(), DefaultScales(), 25);
     return generator;
 }
 

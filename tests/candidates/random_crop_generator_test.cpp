@@ -69,7 +69,7 @@ std::vector<int32_t> Columns(const CropCell& cell)
 }
 
 // The message thrown by filling the whole grid; empty if it throws none.
-std::string TextOfGenerateAll(RandomCropGenerator& generator)
+std::string MessageOfGenerateAll(RandomCropGenerator& generator)
 {
     try {
         generator.GenerateAll();
@@ -79,7 +79,7 @@ std::string TextOfGenerateAll(RandomCropGenerator& generator)
     return std::string();
 }
 
-// The message of the std::length_error, or a word for any other outcome.
+// The message of a std::length_error, or a word for any other outcome.
 std::string OutcomeOfGenerateAll(RandomCropGenerator& generator)
 {
     try {
@@ -92,33 +92,33 @@ std::string OutcomeOfGenerateAll(RandomCropGenerator& generator)
     return "none";
 }
 
-TEST(RandomCropGenerator, UsualTablesGiveTheKnownTotals)
+TEST(RandomCropGenerator, DefaultTablesGiveTheKnownTotals)
 {
-    EXPECT_EQ(CountAll(UsualGenerator(640, 480).GenerateAll()), 14501U);
+    EXPECT_EQ(CountAll(DefaultGenerator(640, 480).GenerateAll()), 14501U);
     // Portrait does not mirror landscape: the table lacks the inverses of 64/27 and 16/9.
-    EXPECT_EQ(CountAll(UsualGenerator(480, 640).GenerateAll()), 11501U);
-    EXPECT_EQ(CountAll(UsualGenerator(640, 640).GenerateAll()), 12975U);
+    EXPECT_EQ(CountAll(DefaultGenerator(480, 640).GenerateAll()), 11501U);
+    EXPECT_EQ(CountAll(DefaultGenerator(640, 640).GenerateAll()), 12975U);
 }
 
 TEST(RandomCropGenerator, FullWidthCropMovesDownOnly)
 {
-    const CropCell cell = UsualGenerator(640, 480).GenerateAll()[kRow16By9][kScale10];
+    const CropCell cell = DefaultGenerator(640, 480).GenerateAll()[kRow16By9][kScale10];
     ASSERT_EQ(cell.size(), 25U);
     for (int j = 0; j < 25; ++j)
         ExpectSides(cell[static_cast<size_t>(j)], 0, 639, 5 * j, 5 * j + 359);
 }
 
-// No free room on either axis: the ratio of the two rooms must not divide by 0.
+// Neither axis has free room: their ratio must not divide by 0.
 TEST(RandomCropGenerator, WholePictureIsOneCandidate)
 {
-    const CropCell cell = UsualGenerator(640, 480).GenerateAll()[kRow4By3][kScale10];
+    const CropCell cell = DefaultGenerator(640, 480).GenerateAll()[kRow4By3][kScale10];
     ASSERT_EQ(cell.size(), 1U);
     ExpectSides(cell[0], 0, 639, 0, 479);
 }
 
 TEST(RandomCropGenerator, PositionsRunDownEachColumnFromTheLeft)
 {
-    const CropCell cell = UsualGenerator(640, 480).GenerateAll()[kRow4By3][kScale05];
+    const CropCell cell = DefaultGenerator(640, 480).GenerateAll()[kRow4By3][kScale05];
     ASSERT_EQ(cell.size(), 475U); // 25 columns of 19, both steps 13.33...
     ExpectSides(cell[0], 0, 319, 0, 239);
     ExpectSides(cell[1], 0, 319, 13, 252);
@@ -131,7 +131,7 @@ TEST(RandomCropGenerator, PositionsRunDownEachColumnFromTheLeft)
 
 TEST(RandomCropGenerator, AxisWithLessRoomGetsItsShareOfThePositions)
 {
-    const CropCell cell = UsualGenerator(640, 480).GenerateAll()[kRow64By27][kScale04];
+    const CropCell cell = DefaultGenerator(640, 480).GenerateAll()[kRow64By27][kScale04];
     ASSERT_EQ(cell.size(), 600U); // 25 columns of 24
     ExpectSides(cell[0], 0, 255, 0, 107);
     EXPECT_EQ(Columns(cell).size(), 25U);
@@ -139,7 +139,7 @@ TEST(RandomCropGenerator, AxisWithLessRoomGetsItsShareOfThePositions)
 
 TEST(RandomCropGenerator, FullHeightCropMovesSidewaysOnly)
 {
-    const CropCell cell = UsualGenerator(640, 480).GenerateAll()[kRow2By3][kScale10];
+    const CropCell cell = DefaultGenerator(640, 480).GenerateAll()[kRow2By3][kScale10];
     ASSERT_EQ(cell.size(), 25U);
     ExpectSides(cell[0], 0, 319, 0, 479);
     ExpectSides(cell[24], 320, 639, 0, 479);
@@ -174,9 +174,9 @@ TEST(RandomCropGenerator, RoundedStepCanLoseTheLastColumn)
     EXPECT_EQ(cell.size(), 27U); // one row: no room downwards
 }
 
-// 22 * (15 / 22) rounds to just below 15, so 15 columns are wanted where (22 * 15) / 22 would
-// want 16: the quotient of the rooms is rounded first.
-TEST(RandomCropGenerator, QuotientOfTheRoomsIsRoundedFirst)
+// 22 * (15 / 22) rounds to just below 15, which gives 15 columns; (22 * 15) / 22 would give 16. The
+// ratio of the free room on both axes is rounded first.
+TEST(RandomCropGenerator, RatioOfFreeRoomIsRoundedFirst)
 {
     const CropCell cell = OneCell(25, 32, 1.0, 0.4, 23); // 10 x 10
     EXPECT_EQ(Columns(cell).size(), 15U);
@@ -245,7 +245,7 @@ TEST(RandomCropGenerator, CellWithoutCandidatesIsTriedAgain)
 
 TEST(RandomCropGenerator, ScoresStayInACellThatIsRequestedAgain)
 {
-    RandomCropGenerator generator = UsualGenerator(640, 480);
+    RandomCropGenerator generator = DefaultGenerator(640, 480);
     generator.GenerateAll();
     generator.CropGrid[kRow4By3][kScale05][7].Score.Scored = true;
 
@@ -258,7 +258,7 @@ TEST(RandomCropGenerator, ScoresStayInACellThatIsRequestedAgain)
 
 TEST(RandomCropGenerator, ResultsAreCopies)
 {
-    RandomCropGenerator generator = UsualGenerator(640, 480);
+    RandomCropGenerator generator = DefaultGenerator(640, 480);
     CropGridRows grid = generator.GenerateAll();
     grid[0][0][0].Left = 77;
     EXPECT_EQ(generator.CropGrid[0][0][0].Left, 0);
@@ -266,7 +266,7 @@ TEST(RandomCropGenerator, ResultsAreCopies)
 
 TEST(RandomCropGenerator, RatioRequestFillsItsRowOnly)
 {
-    RandomCropGenerator generator = UsualGenerator(640, 480);
+    RandomCropGenerator generator = DefaultGenerator(640, 480);
     uint32_t aspectIndex = 99;
     EXPECT_EQ(generator.GenerateForAspectRatio(3.0 / 2.0, aspectIndex).size(), 7U);
     EXPECT_EQ(aspectIndex, kRow3By2);
@@ -277,7 +277,7 @@ TEST(RandomCropGenerator, RatioRequestFillsItsRowOnly)
 
 TEST(RandomCropGenerator, RatioWithinTheToleranceCountsAsTheTablesRow)
 {
-    RandomCropGenerator generator = UsualGenerator(640, 480);
+    RandomCropGenerator generator = DefaultGenerator(640, 480);
     uint32_t aspectIndex = 99;
     generator.GenerateForAspectRatio(1.5 + 0.0009 / 640.0, aspectIndex);
     EXPECT_EQ(aspectIndex, kRow3By2);
@@ -326,7 +326,7 @@ TEST(RandomCropGenerator, FirstRowWithinTheToleranceWinsOverANearerOne)
 
 TEST(RandomCropGenerator, CropSizeOffTheTableAddsAScaleAndFillsOneCell)
 {
-    RandomCropGenerator generator = UsualGenerator(640, 480);
+    RandomCropGenerator generator = DefaultGenerator(640, 480);
     uint32_t aspectIndex = 99;
     uint32_t scaleIndex = 99;
     const CropCell cell = generator.GenerateForCropSize(300, 200, aspectIndex, scaleIndex);
@@ -343,7 +343,7 @@ TEST(RandomCropGenerator, CropSizeOffTheTableAddsAScaleAndFillsOneCell)
 
 TEST(RandomCropGenerator, CropSizeOnTheTableAddsNothing)
 {
-    RandomCropGenerator generator = UsualGenerator(640, 480);
+    RandomCropGenerator generator = DefaultGenerator(640, 480);
     uint32_t aspectIndex = 99;
     uint32_t scaleIndex = 99;
     EXPECT_EQ(generator.GenerateForCropSize(320, 240, aspectIndex, scaleIndex).size(), 475U);
@@ -355,7 +355,7 @@ TEST(RandomCropGenerator, CropSizeOnTheTableAddsNothing)
 
 TEST(RandomCropGenerator, FractionalCropSizeComesBackInWholePixels)
 {
-    RandomCropGenerator generator = UsualGenerator(640, 480);
+    RandomCropGenerator generator = DefaultGenerator(640, 480);
     uint32_t aspectIndex = 0;
     uint32_t scaleIndex = 0;
     const CropCell cell = generator.GenerateForCropSize(300.4, 200.4, aspectIndex, scaleIndex);
@@ -364,7 +364,7 @@ TEST(RandomCropGenerator, FractionalCropSizeComesBackInWholePixels)
 
 TEST(RandomCropGenerator, NewScaleReachesEveryRowOfALaterRequest)
 {
-    RandomCropGenerator generator = UsualGenerator(640, 480);
+    RandomCropGenerator generator = DefaultGenerator(640, 480);
     uint32_t aspectIndex = 0;
     uint32_t scaleIndex = 0;
     generator.GenerateForCropSize(300, 200, aspectIndex, scaleIndex);
@@ -377,9 +377,9 @@ TEST(RandomCropGenerator, NewScaleReachesEveryRowOfALaterRequest)
     }
 }
 
-TEST(RandomCropGenerator, FlagOfAnUnknownRatioAppendsARowAndTouchesNoCell)
+TEST(RandomCropGenerator, EnablingAnUnknownRatioAppendsARowAndTouchesNoCell)
 {
-    RandomCropGenerator generator = UsualGenerator(640, 480);
+    RandomCropGenerator generator = DefaultGenerator(640, 480);
     generator.SetAspectRatioEnabled(1.0, false);
     generator.SetCropRectScaleRatioEnabled(0.25, true);
     generator.SetCropRectScaleRatioEnabled(0.5, false);
@@ -396,7 +396,7 @@ TEST(RandomCropGenerator, FlagOfAnUnknownRatioAppendsARowAndTouchesNoCell)
 
 TEST(RandomCropGenerator, DisabledRowsAreEnumeratedButNotReturned)
 {
-    RandomCropGenerator generator = UsualGenerator(640, 480);
+    RandomCropGenerator generator = DefaultGenerator(640, 480);
     generator.SetAspectRatioEnabled(3.0 / 2.0, false);
     generator.SetCropRectScaleRatioEnabled(0.4, false);
     EXPECT_EQ(CountAll(generator.GenerateAll()), 14501U);
@@ -413,10 +413,10 @@ TEST(RandomCropGenerator, DisabledRowsAreEnumeratedButNotReturned)
 
 TEST(RandomCropGenerator, ScaleAboveOneThrowsEachTimeAndLeavesAnEmptyCell)
 {
-    RandomCropGenerator generator = UsualGenerator(640, 480);
+    RandomCropGenerator generator = DefaultGenerator(640, 480);
     generator.SetCropRectScaleRatioEnabled(1.5, false); // disabled rows are enumerated too
     for (int attempt = 0; attempt < 2; ++attempt) {
-        EXPECT_EQ(TextOfGenerateAll(generator), "RandomCropGenerator: error\n");
+        EXPECT_EQ(MessageOfGenerateAll(generator), "RandomCropGenerator: error\n");
         ASSERT_EQ(generator.CropGrid.size(), 1U);
         ASSERT_EQ(generator.CropGrid[0].size(), 8U);
         EXPECT_FALSE(generator.CropGrid[0][6].empty());
@@ -437,12 +437,12 @@ TEST(RandomCropGenerator, CropSideBeyondThirtyTwoBitsDoesNotFit)
     for (const double height : {rows, rows + 3, 2 * rows, -rows, rows * rows, 1e300, infinity}) {
         SCOPED_TRACE(height);
         RandomCropGenerator generator = OneCellGenerator(640, 480, 1.0, height / 480, 25);
-        EXPECT_EQ(TextOfGenerateAll(generator), "RandomCropGenerator: error\n");
+        EXPECT_EQ(MessageOfGenerateAll(generator), "RandomCropGenerator: error\n");
         EXPECT_TRUE(generator.CropGrid.at(0).at(0).empty());
     }
 }
 
-TEST(RandomCropGenerator, MessageIsCaughtByTheThreePointerHandlers)
+TEST(RandomCropGenerator, MessageIsCaughtByHandlersOfThreePointerTypes)
 {
     RandomCropGenerator generator = OneCellGenerator(640, 480, 1.0, 2.0, 25);
     std::string caught;
@@ -470,7 +470,7 @@ TEST(RandomCropGenerator, MessageIsCaughtByTheThreePointerHandlers)
 
 TEST(RandomCropGenerator, RatioThatNeverMatchesGetsARowEachTime)
 {
-    RandomCropGenerator generator = UsualGenerator(640, 480);
+    RandomCropGenerator generator = DefaultGenerator(640, 480);
     uint32_t aspectIndex = 0;
     generator.GenerateForAspectRatio(std::numeric_limits<double>::infinity(), aspectIndex);
     EXPECT_EQ(aspectIndex, 6U);
@@ -486,7 +486,7 @@ TEST(RandomCropGenerator, DensityOfZeroWrapsAndTerminates)
     EXPECT_EQ(OneCell(5000, 4999, 1.0, 0.4, 0).size(), 2U * 3000U);
 
     RandomCropGenerator generator;
-    generator.Initialize(640, 480, UsualAspects(), UsualScales(), 0);
+    generator.Initialize(640, 480, DefaultAspects(), DefaultScales(), 0);
     const size_t count = CountAll(generator.GenerateAll());
     EXPECT_GT(count, 0U);
     EXPECT_EQ(CandidatesOf(generator.GetEnabledCropRects(NoIndex)).size(), count);
@@ -494,14 +494,14 @@ TEST(RandomCropGenerator, DensityOfZeroWrapsAndTerminates)
 
 TEST(RandomCropGenerator, DenseCellKeepsNoUnusedMemory)
 {
-    // 1,000 x 750 places are reserved, but only 65 x 49 positions are a pixel apart.
+    // 1,000 x 750 positions are reserved, but only 65 x 49 are at least a pixel apart.
     RandomCropGenerator generator = OneCellGenerator(128, 96, 4.0 / 3.0, 0.5, 1000);
     const CropCell& cell = generator.GenerateAll()[0][0];
     EXPECT_EQ(cell.size(), 65U * 49U);
     EXPECT_LE(cell.capacity(), 2 * cell.size());
 }
 
-TEST(RandomCropGenerator, DensityBeyondTheLongestListIsALengthError)
+TEST(RandomCropGenerator, DensityBeyondTheLongestListThrowsALengthError)
 {
     RandomCropGenerator generator =
         OneCellGenerator(640, 480, 4.0 / 3.0, 0.5, std::numeric_limits<uint32_t>::max());
@@ -513,11 +513,12 @@ TEST(RandomCropGenerator, DensityBeyondTheLongestListIsALengthError)
     EXPECT_EQ(OutcomeOfGenerateAll(generator), "vector<T> too long");
 }
 
-TEST(RandomCropGenerator, DensityBeyondMemoryIsABadAlloc)
+TEST(RandomCropGenerator, DensityBeyondMemoryThrowsABadAlloc)
 {
     if (kSanitizedAllocator)
         GTEST_SKIP() << "the sanitizer aborts instead of throwing";
-    // 3e8 * 2.25e8 records of 88 bytes: below the longest list, above any address space.
+    // 3e8 * 2.25e8 records of 88 bytes: fewer than the longest list holds, but more than any
+    // address space.
     RandomCropGenerator generator = OneCellGenerator(640, 480, 4.0 / 3.0, 0.5, 300000000U);
     EXPECT_EQ(OutcomeOfGenerateAll(generator), "bad_alloc");
     EXPECT_TRUE(generator.CropGrid[0][0].empty());

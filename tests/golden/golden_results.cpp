@@ -16,7 +16,7 @@ namespace goldenResults {
 
 namespace {
 
-// One candidate in this many is recorded; a prime, so that they spread over the lattice.
+// One candidate in this many is recorded. It is prime, so that they spread over the lattice.
 constexpr uint32_t kStride = 151;
 
 // On a plain picture crops differ only by BLAS rounding, and a ranking would depend on that: for
@@ -60,9 +60,9 @@ void WriteCrops(const char* title, const std::vector<NamedCrop>& crops, std::ost
     }
 }
 
-void Expect(bool right)
+void Expect(bool valid)
 {
-    if (!right)
+    if (!valid)
         throw std::runtime_error("not a golden results file");
 }
 

@@ -10,7 +10,7 @@
 namespace goldenResults {
 namespace {
 
-// Our own linear algebra recorded the results and gives every bit of them again. With BLAS the
+// The results were recorded with our own linear algebra, which reproduces every bit. With BLAS the
 // maps and the composition score depend on its kernels, each of which sums in its own order.
 // Across OpenBLAS's kernels for Prescott, Nehalem, Sandy Bridge, Haswell, Zen and Skylake-X the
 // measures of these images differed by 2.2e-6 in composition and by 6e-8, a unit in the last
@@ -22,9 +22,9 @@ constexpr double kMeasureLimit = 2.4e-7;
 // Nine digits are written, enough to round-trip a float; MergedScore is a double.
 constexpr double kWritten = 1e-8;
 
-// Two candidates whose composition differs by less than that may swap places. Each place moves
-// the merged score by the weight of composition over the candidate count. The gradient moved one
-// place with some kernels of OpenBLAS, so with BLAS its limit is four places. No other ranks
+// Two candidates whose composition scores differ by less than that may swap places. Each place
+// moves the merged score by the weight of composition divided by the candidate count. The gradient
+// moved one place with some OpenBLAS kernels, so with BLAS its limit is four places. No other ranks
 // differed.
 double MergedLimit(const std::string& picture, uint32_t candidateCount)
 {

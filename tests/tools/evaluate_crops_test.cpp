@@ -15,7 +15,7 @@ namespace {
 
 namespace fs = std::filesystem;
 
-// The areas of boxes here are whole numbers below 2^24; a quotient of two is exact to a few bits.
+// Areas of boxes here are integers below 2^24; a quotient of two is exact except for its last bits.
 constexpr double kRounding = 1e-12;
 
 class EvaluateCrops : public testing::Test {
@@ -58,7 +58,7 @@ protected:
         return path;
     }
 
-    // The exit code; the error stream is in Errors, the figures in Figures.
+    // Returns the exit code and leaves the error output in Errors and the figures in Figures.
     int Run(const std::string& program, const std::string& more = "")
     {
         const std::string line =
@@ -84,8 +84,8 @@ protected:
     nlohmann::json Figures;
 };
 
-// Crops of the stand-in: free, one that covers half of the chosen box and then the box itself; at
-// a ratio, three quarters of the box.
+// The stand-in's crops. Without a ratio: one that covers half of the chosen box, then the box
+// itself. With a ratio: one that covers three quarters of the box.
 const char* const kKnownCrops = R"(echo "$@" >> "$(dirname "$0")/calls"
 last=; ratio=
 for word in "$@"; do
@@ -115,7 +115,7 @@ TEST_F(EvaluateCrops, MeasuresWhatTheProgramPrints)
     const double shared = 400 * (200 - 80);
     EXPECT_NEAR(Value("IoU at the chosen ratio", "largest centred crop"),
                 shared / (640 * 320 + 400 * 200 - shared), kRounding);
-    // libvips' crop of 640 x 320 may be at any height: the common part is 0 to 200 rows high.
+    // libvips may place its 640 x 320 crop at any height, so they share 0 to 200 rows.
     EXPECT_LE(Value("IoU at the chosen ratio", "libvips attention crop"),
               400 * 200 / (640.0 * 320) + kRounding);
 }
@@ -127,20 +127,21 @@ TEST_F(EvaluateCrops, RequestsTheChosenRatioWithFourDecimals)
 
     std::ifstream calls(Folder / "calls");
     std::string free;
-    std::string asked;
+    std::string atRatio;
     std::getline(calls, free);
-    std::getline(calls, asked);
+    std::getline(calls, atRatio);
     const std::string photo = (Folder / "photos" / "flat.ppm").string();
     EXPECT_EQ(free, "suggest --json --quiet --top 5 --jobs 1 --faces off -- " + photo);
-    EXPECT_EQ(asked,
+    EXPECT_EQ(atRatio,
               "suggest --json --quiet --top 1 --jobs 1 --aspect 1.3333 --faces off -- " + photo);
 }
 
 TEST_F(EvaluateCrops, CountsFacesCutOrLost)
 {
     WriteChosen("0\t0\t400\t200");
-    // The stand-in's crop of 300 x 200 holds the first list's face to the last pixel, cuts that
-    // of the second, and loses that of the third, which the centred square holds.
+    // The stand-in's 300 x 200 crop holds the first face to the last pixel, cuts the second and
+    // misses the third. The fourth reaches outside the picture: the crop holds all of it that is
+    // inside, the centred square nothing.
     struct Case {
         const char* Face;
         double Ours, Centred;
@@ -160,7 +161,7 @@ TEST_F(EvaluateCrops, CountsFacesCutOrLost)
 TEST_F(EvaluateCrops, SaysWhereNoCropCanHoldTheFaces)
 {
     WriteChosen("0\t0\t400\t200");
-    // 500 pixels apart: too far for a square, 4:5 and 9:16, not for 16:9.
+    // 500 pixels apart: too far for 1:1, 4:5 and 9:16, but not for 16:9.
     const std::string list =
         Write("faces.tsv", "flat.ppm\t20\t200\t40\t40\nflat.ppm\t520\t200\t40\t40\n");
     ASSERT_EQ(Run(WriteProgram(kKnownCrops), "--faces-list " + list), 0) << Errors;
@@ -169,7 +170,8 @@ TEST_F(EvaluateCrops, SaysWhereNoCropCanHoldTheFaces)
     EXPECT_EQ(Value("faces cut or lost, all four ratios", "no crop holds them all"), 0.75);
 }
 
-// On a picture of one colour vistatrim gives the largest crop: at its own ratio, the whole.
+// For a picture of one colour vistatrim suggests the largest crop: the whole picture at its own
+// ratio.
 TEST_F(EvaluateCrops, RunsVistatrimItself)
 {
     WriteChosen("0\t0\t640\t480");
