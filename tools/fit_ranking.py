@@ -460,7 +460,7 @@ def reference_vectors(model, scaling, path):
         sums = ((torch.matmul(down, planes.double()) * across).sum(-1) / side ** 2 / sizes).sum(1)[0]
     with open(path, "w", encoding="ascii") as out:
         out.write("# Made by tools/fit_ranking.py --vectors: inputs in 64ths, planes, then crops of a"
-                  "\n# 640 x 480 picture as left top right bottom and what their parts add.\n")
+                  "\n# 640 x 480 picture as left top right bottom and the sum of their parts.\n")
         for plane in grid:
             out.write(" ".join(str(int(v * 64)) for v in plane.reshape(-1)) + "\n")
         for plane in planes[0].numpy():

@@ -1,5 +1,5 @@
-// Nothing here starts libvips before the first photograph does, as in a program that does not use
-// it otherwise.
+// Nothing here starts libvips before the first photograph does, as in a program that uses it for
+// nothing else.
 #include "vistaTrimPhoto/analysis.h"
 
 #include <algorithm>
@@ -104,7 +104,7 @@ TEST(Analysis, AnswersEachRequestLikeAFreshAnalysis)
         }
 }
 
-TEST(Analysis, AnswersSeveralThreadsAsOne)
+TEST(Analysis, AnswersSeveralThreadsLikeOne)
 {
     const Analysis shared = AnalysisOfABlock();
     const std::vector<Request> requests = DifferentRequests();
@@ -129,8 +129,8 @@ TEST(Analysis, AnswersSeveralThreadsAsOne)
         ExpectSame(answers[i], expected[i % requests.size()]);
 }
 
-// The engine asked directly, with each weight alone: the same crops in the same order, and every
-// measure under its own name.
+// Calling the engine directly, with one weight at a time, gives the same crops in the same order
+// and each measure under its own name.
 TEST(Analysis, KeepsTheOrderOfWeightsAndScores)
 {
     const PixelImage image = BlockOnARamp({640, 400});
@@ -225,7 +225,7 @@ TEST(Analysis, GivesWhatIsRequested)
     EXPECT_LT(wished.Explained->Passing, wished.Explained->Candidates);
 }
 
-// Every candidate that passes is handed out, so the ranks can be counted again.
+// Every passing candidate is returned, so the ranks can be recounted.
 TEST(Analysis, RanksAreSharesOfTheCandidatesThatPass)
 {
     Request request;
@@ -257,7 +257,7 @@ TEST(Analysis, RanksAreSharesOfTheCandidatesThatPass)
 }
 
 // Detectors make mistakes; users know what they want.
-TEST(Analysis, WhatWasFoundNeverGoesBeforeWhatIsNamed)
+TEST(Analysis, FoundRegionsNeverOutrankNamedOnes)
 {
     const PixelImage image = BlockOnARamp({800, 500});
     const PixelRect named{600, 350, 60, 60};
@@ -341,7 +341,7 @@ TEST(Analysis, SaysWhatDoesNotFitAndWhichWish)
     EXPECT_FALSE(ErrorOf(analysis, large).ConcernedWish());
     EXPECT_EQ(ErrorOf(analysis, large).Text("--"), ErrorOf(analysis, large).what());
 
-    // A region to avoid that lies outside is avoided already, wherever it is.
+    // A region to avoid outside the photograph is avoided already, wherever it is.
     Request avoided;
     avoided.Wishes = {
         {WishKind::MustAvoid,
@@ -437,7 +437,7 @@ PixelImage Uniform(PixelSize size)
     return image;
 }
 
-TEST(Analysis, OfAPictureOfOneColourTheLargestCropsAreInTheVeryMiddle)
+TEST(Analysis, LargestCropOfAUniformPictureIsCentred)
 {
     for (const PixelSize size : {PixelSize{640, 480}, {480, 640}, {1280, 960}}) {
         const PixelImage image = Uniform(size);
@@ -496,7 +496,7 @@ TEST(Analysis, TwoFacesWhoseHeadsDoNotFitTogetherAreBothUncut)
 {
     for (int32_t x = 10; x <= 270; x += 20) {
         const PixelRect left{x, 150, 110, 110};
-        const PixelRect right{x + 230, 180, 110, 110}; // 340 in all; 4:5 has 384
+        const PixelRect right{x + 230, 180, 110, 110}; // 340 in all; a 4:5 crop has 384
         const Suggestions suggestions = SuggestAround({left, right}, {4, 5});
         ASSERT_FALSE(suggestions.Crops.empty());
         EXPECT_TRUE(Holds(suggestions.Crops[0].Rect, left)) << x;
@@ -508,7 +508,7 @@ constexpr RankBy kRankings[] = {RankBy::People, RankBy::Composition, RankBy::Cov
                                 RankBy::Border, RankBy::Peak,        RankBy::CentrePeak,
                                 RankBy::Engine};
 
-// Of the crops that move to hold a face, some would break a wish that those of the lattice meet.
+// Some of the crops moved to hold a face would break a wish that the lattice crops meet.
 TEST(Analysis, NoCropBreaksAHardWishToHoldAFace)
 {
     const PixelImage image = BlockOnARamp({640, 480});
@@ -608,23 +608,23 @@ TEST(GreyOf, StretchesToTheMapsOwnMaximum)
     EXPECT_TRUE(GreyOf({"x", {0, 0}, {}}).Bytes.empty());
 }
 
-TEST(Analysis, TakesTheSmallestAndLargestValuesOfARequest)
+TEST(Analysis, AcceptsTheSmallestAndLargestValuesOfARequest)
 {
     const Analysis analysis = AnalysisOfABlock();
-    const auto taken = [&analysis](const auto& change) {
+    const auto accepted = [&analysis](const auto& change) {
         Request request;
         change(request);
         EXPECT_NO_THROW(analysis.Suggest(request));
     };
-    taken([](Request& r) { r.Scales = {0.01}; });
-    taken([](Request& r) { r.Scales = {1.0}; });
-    taken([](Request& r) { r.Top = 1; });
-    taken([](Request& r) { r.Density = 1; });
-    taken([](Request& r) { r.Aspects = {{1, 1}}; });
-    taken([](Request& r) { r.Size = PixelSize{1, 1}; });
-    taken([](Request& r) { r.Size = PixelSize{800, 500}; });
-    taken([](Request& r) { r.Wishes = {{WishKind::Keep, {799, 499, 1, 1}}}; });
-    taken([](Request& r) { r.Weights = {0, 0, 0, 0, 0}; });
+    accepted([](Request& r) { r.Scales = {0.01}; });
+    accepted([](Request& r) { r.Scales = {1.0}; });
+    accepted([](Request& r) { r.Top = 1; });
+    accepted([](Request& r) { r.Density = 1; });
+    accepted([](Request& r) { r.Aspects = {{1, 1}}; });
+    accepted([](Request& r) { r.Size = PixelSize{1, 1}; });
+    accepted([](Request& r) { r.Size = PixelSize{800, 500}; });
+    accepted([](Request& r) { r.Wishes = {{WishKind::Keep, {799, 499, 1, 1}}}; });
+    accepted([](Request& r) { r.Weights = {0, 0, 0, 0, 0}; });
 }
 
 } // namespace

@@ -55,7 +55,7 @@ TEST(ContactSheet, RowsHaveRoomForCaptionAndCells)
     EXPECT_EQ(SheetRow(Layout(3), "a", {}).Size, (PixelSize{195, 24}));
 }
 
-TEST(ContactSheet, PicturesStandInTheMiddleOfTheirCells)
+TEST(ContactSheet, PicturesAreCentredInTheirCells)
 {
     const PixelImage row =
         SheetRow(Layout(3), "", {Plain({60, 40}, {200, 0, 0}), Plain({20, 40}, {0, 150, 0})});
@@ -75,7 +75,7 @@ TEST(ContactSheet, PicturesStandInTheMiddleOfTheirCells)
     EXPECT_EQ(Inked(row, {0, 0, 195, 69}), 60 * 40 + 20 * 40);
 }
 
-TEST(ContactSheet, CaptionsAreAboveTheirColumnsAndLongOnesEnd)
+TEST(ContactSheet, CaptionsAreAboveTheirColumnsAndLongOnesAreCut)
 {
     const PixelImage head = SheetHead(Layout(3), {"one", "", "three"});
     EXPECT_GT(Inked(head, {0, 0, 65, 24}), 10);
@@ -88,13 +88,13 @@ TEST(ContactSheet, CaptionsAreAboveTheirColumnsAndLongOnesEnd)
     EXPECT_EQ(two.Size, (PixelSize{130, 24}));
     EXPECT_GT(Inked(two, {55, 0, 10, 24}), 0);
     EXPECT_EQ(Inked(two, {65, 0, 65, 24}), 0);
-    // Over the pictures it may take the whole row.
+    // Above pictures, a caption may take the whole row.
     EXPECT_GT(Inked(SheetRow(Layout(3), std::string(200, 'w'), {}), {185, 0, 10, 24}), 0);
 }
 
-TEST(ContactSheet, CaptionsAreTextAndNoMarkup)
+TEST(ContactSheet, CaptionsArePlainTextNotMarkup)
 {
-    const auto wide = [](const std::string& text) {
+    const auto inkedWidth = [](const std::string& text) {
         const PixelImage row = SheetRow(Layout(6), text, {});
         int last = 0;
         for (int x = 0; x < row.Size.Width; ++x)
@@ -102,14 +102,14 @@ TEST(ContactSheet, CaptionsAreTextAndNoMarkup)
                 last = x;
         return last;
     };
-    EXPECT_GT(wide("<b>a</b>"), wide("a") + 20);
-    EXPECT_GT(wide("&amp;"), wide("&") + 10);
-    EXPECT_GT(wide("a\nbbbb"), wide("a") + 10); // on one line
-    EXPECT_GT(wide("a\xff\xfe"), 0);            // not UTF-8
+    EXPECT_GT(inkedWidth("<b>a</b>"), inkedWidth("a") + 20);
+    EXPECT_GT(inkedWidth("&amp;"), inkedWidth("&") + 10);
+    EXPECT_GT(inkedWidth("a\nbbbb"), inkedWidth("a") + 10); // on one line
+    EXPECT_GT(inkedWidth("a\xff\xfe"), 0);                  // not UTF-8
     EXPECT_EQ(SheetRow(Layout(1), " \t\n", {}).Size, (PixelSize{65, 24}));
 }
 
-TEST(ContactSheet, OfSeveralRowsHasAGapAround)
+TEST(ContactSheet, HasAGapAroundItsRows)
 {
     const TempFolder folder;
     const SheetLayout layout = Layout(2);

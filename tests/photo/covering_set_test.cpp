@@ -119,8 +119,8 @@ TEST(CoveringSet, OverlapIsIntersectionOverUnionOfPixels)
     EXPECT_EQ(OverlapOf(a, CInt32CropRect(10, 19, 0, 9)), 0.0);
 }
 
-// Of 250 copies of one crop and another crop behind them, what people would choose are the first
-// 250 of the list alone.
+// Only the first 250 of the list count as what people would choose. Another crop behind 250 copies
+// of one is not among them.
 TEST(CoveringSet, ChoicesAreTheMostProbable250)
 {
     const CInt32CropRect one(0, 9, 0, 9);

@@ -1,4 +1,4 @@
-// JPEG crops are coded as their photograph is.
+// JPEG crops are encoded like their photograph.
 #include "picture/jpeg_coding.h"
 
 #include <algorithm>
@@ -28,7 +28,7 @@ VImage Texture(int width, int height)
                                                    ->set("mean", 0.0)
                                                    ->set("sigma", 3.0 + size / 8.0)
                                                    ->set("seed", ++seed)));
-        // Grey differs more than colour does.
+        // Brightness varies more than colour.
         const VImage grey = bands[0] * 2.0;
         for (VImage& band : bands)
             band = grey + band;
@@ -97,7 +97,7 @@ TEST(JpegCoding, IsReadBackExactly)
     EXPECT_FALSE(grey->Chroma);
 }
 
-TEST(JpegCoding, OfChromaHalvedOneWayIsHalf)
+TEST(JpegCoding, ChromaHalvedInOneDirectionCountsAsHalf)
 {
     std::vector<uint8_t> bytes = AsJpeg(Quarters(64, 48), 80, VIPS_FOREIGN_SUBSAMPLE_ON);
     const std::vector<uint8_t> luma = {3, 1, 0x22, 0}; // three planes; the first is 2 x 2
@@ -113,8 +113,8 @@ TEST(JpegCoding, OfChromaHalvedOneWayIsHalf)
 }
 
 // Other encoders have their own tables. With one step for all frequencies, three photographs of 2
-// megapixels took as many bytes as at these qualities of the standard tables.
-TEST(JpegCoding, OfOtherTablesTakesAsManyBytes)
+// megapixels took as many bytes as with the standard tables at these qualities.
+TEST(JpegCoding, OtherTablesMapToTheQualityOfEqualSize)
 {
     const auto flat = [](int step) {
         QuantisationTable table;
@@ -130,11 +130,11 @@ TEST(JpegCoding, OfOtherTablesTakesAsManyBytes)
     expectBetween(16, 56, 76);
     expectBetween(32, 30, 42);
     EXPECT_EQ(flat(1), 100);
-    EXPECT_EQ(flat(0), 100); // no table may hold it
+    EXPECT_EQ(flat(0), 100); // not allowed in a table
     EXPECT_LE(flat(65535), 5);
 }
 
-TEST(JpegCoding, OfWhatIsNoJpegOrCutShortIsNone)
+TEST(JpegCoding, OtherOrTruncatedDataHasNone)
 {
     const std::vector<uint8_t> whole = AsJpeg(Quarters(64, 48), 80, VIPS_FOREIGN_SUBSAMPLE_ON);
     const size_t scan = [&whole] {
@@ -149,16 +149,16 @@ TEST(JpegCoding, OfWhatIsNoJpegOrCutShortIsNone)
         EXPECT_FALSE(CodingOf(part)) << size;
     }
     EXPECT_FALSE(CodingOf({'P', '6', ' ', '1'}));
-    // A segment that claims fewer bytes than its own length takes.
+    // A segment that claims to be shorter than its own length field.
     EXPECT_FALSE(CodingOf({0xFF, 0xD8, 0xFF, 0xDB, 0x00, 0x01, 0xFF, 0xDA}));
-    // A table that is shorter than its segment says, and then a scan without a frame.
+    // A table shorter than its segment claims, followed by a scan without a frame.
     EXPECT_FALSE(CodingOf({0xFF, 0xD8, 0xFF, 0xDB, 0x00, 0x05, 0x00, 0x01, 0x02, 0xFF, 0xDA}));
 }
 
-TEST(CropCoding, TakesAsManyBytesAPixelAsThePhotograph)
+TEST(CropCoding, TakesAsManyBytesPerPixelAsThePhotograph)
 {
     const VImage texture = Texture(1200, 800);
-    const PixelRect rect{203, 101, 801, 601}; // off the photograph's blocks
+    const PixelRect rect{203, 101, 801, 601}; // not aligned to the photograph's blocks
     const VImage cut = texture.extract_area(rect.X, rect.Y, rect.Width, rect.Height);
     for (const int quality : {50, 75, 85, 92, 100})
         for (const auto chroma : {VIPS_FOREIGN_SUBSAMPLE_ON, VIPS_FOREIGN_SUBSAMPLE_OFF}) {
@@ -179,8 +179,8 @@ TEST(CropCoding, TakesAsManyBytesAPixelAsThePhotograph)
             // has fewer pixels, 0.98 to 1.16.
             EXPECT_NEAR(after / before, 1.0, 0.07);
             EXPECT_NEAR(scaled / before, 1.08, 0.13);
-            // What the second coding loses is less than what the first one lost. Measured: by 1.9
-            // decibels or more; both together lose 1.7 more than the first.
+            // The second encoding loses less than the first did. Measured: by 1.9 dB or more; both
+            // together lose 1.7 dB more than the first.
             EXPECT_GT(SignalToNoise(Decoded(written[0]), storedCut), storedLoss + 1.0);
             EXPECT_GT(SignalToNoise(Decoded(written[0]), cut), storedLoss - 2.2);
             EXPECT_EQ(CodingOf(written[0])->Quality, quality);
@@ -189,7 +189,7 @@ TEST(CropCoding, TakesAsManyBytesAPixelAsThePhotograph)
         }
 }
 
-TEST(CropCoding, IsWhatTheRequestSays)
+TEST(CropCoding, FollowsTheRequest)
 {
     const std::vector<uint8_t> stored = AsJpeg(Texture(300, 200), 60, VIPS_FOREIGN_SUBSAMPLE_ON);
     const Photograph photograph = Photograph::FromBytes(stored.data(), stored.size());
@@ -207,8 +207,8 @@ TEST(CropCoding, IsWhatTheRequestSays)
     EXPECT_EQ(CodingOf(written[2])->Chroma, ChromaSampling::Full);
 }
 
-// Measured: 516 kB, where the standard settings of libvips take 616 kB.
-TEST(CropCoding, OfPngSuitsPhotographs)
+// Measured: 516 kB, where the default settings of libvips take 616 kB.
+TEST(CropCoding, PngSettingsSuitPhotographs)
 {
     const VImage texture = Texture(600, 400);
     size_t size = 0;
@@ -225,8 +225,8 @@ TEST(CropCoding, OfPngSuitsPhotographs)
     EXPECT_EQ((Decoded(written[0]) - texture).abs().max(), 0.0);
 }
 
-// A format that loses nothing says nothing about how good its JPEG crops must be.
-TEST(CropCoding, OfOtherPhotographsIsTheUsualOne)
+// A lossless photograph does not say what quality its JPEG crops need.
+TEST(CropCoding, UsesTheDefaultsForOtherFormats)
 {
     const TempFolder folder;
     Quarters(300, 200).write_to_file(folder.Path("a.png").c_str());
@@ -236,7 +236,7 @@ TEST(CropCoding, OfOtherPhotographsIsTheUsualOne)
     EXPECT_EQ(CodingOf(written[0])->Chroma, ChromaSampling::Full);
 }
 
-TEST(CropCoding, OfAGreyPhotographIsGrey)
+TEST(CropCoding, IsGreyForAGreyPhotograph)
 {
     const std::vector<uint8_t> stored =
         AsJpeg(Texture(300, 200).extract_band(1), 60, VIPS_FOREIGN_SUBSAMPLE_AUTO);

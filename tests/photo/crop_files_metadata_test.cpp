@@ -50,7 +50,7 @@ constexpr const char* kRegions =
     "MPReg:PersonDisplayName=\"Grace\"/></rdf:Bag></MPRI:Regions></MP:RegionInfo>"
     "</rdf:Description></rdf:RDF></x:xmpmeta>";
 
-// Lying on its side, with every kind of metadata and a small picture of the whole.
+// Stored on its side, with every kind of metadata and a thumbnail.
 void WritePhotograph(const std::string& path)
 {
     StoredWithOrientation(
@@ -124,7 +124,7 @@ TEST(CropFiles, KeepMetadataFromJpegAndTiffInEveryFormat)
     }
 }
 
-TEST(CropFiles, OfTiffHavePixelsAndMetadataAfterSeveralGenerations)
+TEST(CropFiles, KeepPixelsAndMetadataOverSeveralTiffGenerations)
 {
     const TempFolder folder;
     WritePhotograph(folder.Path("0.tif"));
@@ -142,7 +142,7 @@ TEST(CropFiles, OfTiffHavePixelsAndMetadataAfterSeveralGenerations)
     EXPECT_EQ((before - after).abs().max(), 0.0);
 }
 
-TEST(CropFiles, WithoutMetadataHaveNone)
+TEST(CropFiles, HaveNoMetadataWhenStripped)
 {
     const TempFolder folder;
     WritePhotograph(folder.Path("a.tif"));
@@ -157,8 +157,9 @@ TEST(CropFiles, WithoutMetadataHaveNone)
     EXPECT_EQ(IptcText(image), "");
 }
 
-// Whatever bytes are changed, nothing is read out of bounds and no photograph is lost for its EXIF.
-TEST(TiffExif, OfDamagedFilesIsHarmless)
+// Whatever bytes change, nothing is read out of bounds, and no photograph fails because of its
+// EXIF.
+TEST(TiffExif, DamagedFilesAreHarmless)
 {
     const TempFolder folder;
     WritePhotograph(folder.Path("a.tif"));
@@ -169,7 +170,7 @@ TEST(TiffExif, OfDamagedFilesIsHarmless)
     const auto random = [&state] { return state = state * 1664525U + 1013904223U, state >> 8; };
     for (int round = 0; round < 300; ++round) {
         std::vector<uint8_t> damaged = sound;
-        for (int change = 0; change < 40; ++change) // the fields stand at both ends
+        for (int change = 0; change < 40; ++change) // the fields are at both ends
             damaged[random() % 2 != 0 ? random() % 64 : damaged.size() - 1 - random() % 2000] =
                 static_cast<uint8_t>(random());
         const ExifBlock exif = ExifOfTiff(TiffReaderOf(damaged));
@@ -179,7 +180,7 @@ TEST(TiffExif, OfDamagedFilesIsHarmless)
     }
 }
 
-TEST(Iptc, ChangesItsFormWithTheFile)
+TEST(Iptc, TakesTheFormThatEachFormatNeeds)
 {
     const std::string mark("Photoshop 3.0\0", 14);
     const std::string iptc("8BIM\x04\x04\0\0\0\0\0\x03"

@@ -88,7 +88,7 @@ TEST(PartSums, MatchSlowSumsOverCells)
         expected += SlowPart(planes, 8, x1, y0, std::min(1.0, x1 + o), y1) / (o * h);
         expected += SlowPart(planes, 9, x0, std::max(0.0, y0 - o), x1, y0) / (o * w);
         expected += SlowPart(planes, 10, x0, y1, x1, std::min(1.0, y1 + o)) / (o * w);
-        // Differences of running sums up to 256 carry 1e-14 each, divided by shares of 0.02.
+        // Differences of running sums up to 256 are off by 1e-14 each, divided by shares of 0.02.
         EXPECT_NEAR(parts.Sum(crop, kPicture), expected, 1e-11);
     }
 }
@@ -136,8 +136,8 @@ TEST(CropFeatures, AMirroredCropWithTheSameMeasuresHasTheSameFeatures)
     }
 }
 
-// Each feature of a crop that touches the left border and no other, by its definition.
-TEST(CropFeatures, AreTheMeasuresTheirRanksAndThePlaceOfTheCrop)
+// Each feature of a crop that touches only the left border, by its definition.
+TEST(CropFeatures, AreTheMeasuresTheirRanksAndTheGeometryOfTheCrop)
 {
     const PixelSize picture{640, 320};
     // Columns 0 to 319 and rows 64 to 223: half of the width, half of the height.
@@ -186,8 +186,8 @@ TEST(CropFeatures, AreTheMeasuresTheirRanksAndThePlaceOfTheCrop)
                                0,
                                0,
                                0,
-                               0.0, // the smaller margin across: at the left
-                               0.2, // down: above, the other one is 0.3
+                               0.0, // the smaller horizontal margin: the left one
+                               0.2, // the smaller vertical margin: above; below is 0.3
                                shape * picturesShape,
                                area * picturesShape,
                                y * area,
@@ -210,7 +210,7 @@ TEST(CropFeatures, AreTheMeasuresTheirRanksAndThePlaceOfTheCrop)
 
 TEST(CropFeatures, KnowWhichBordersOfThePictureTheCropTouches)
 {
-    constexpr size_t kBorders = 2 * kNumModelMeasures + 15; // behind size and shape
+    constexpr size_t kBorders = 2 * kNumModelMeasures + 15; // after size and shape
     const MeasureRanks ranks({});
     const auto borders = [&ranks](int left, int right, int top, int bottom) {
         const auto all = CropFeatures(CInt32CropRect(left, right, top, bottom), {640, 320}, ranks);
@@ -228,7 +228,7 @@ TEST(CropFeatures, KnowWhichBordersOfThePictureTheCropTouches)
     EXPECT_EQ(borders(0, 639, 0, 319), (Doubles{2, 1, 1, 1, 1, 4}));
 }
 
-TEST(CropFeatures, OfAWideCropTellItsShape)
+TEST(CropFeatures, ReflectTheShapeOfWideAndTallCrops)
 {
     const MeasureRanks ranks({});
     constexpr size_t kShape = 2 * kNumModelMeasures + 12;
@@ -239,10 +239,10 @@ TEST(CropFeatures, OfAWideCropTellItsShape)
     const auto tall = CropFeatures(CInt32CropRect(160, 479, 0, 319), {640, 320}, ranks);
     EXPECT_NEAR(tall[kShape], -std::log(2.0), 1e-12);
     EXPECT_NEAR(tall[kShape + 1], std::log(2.0), 1e-12);
-    EXPECT_NEAR(tall[kShape + 11], -std::log(2.0) * std::log(2.0), 1e-12); // by the picture's
+    EXPECT_NEAR(tall[kShape + 11], -std::log(2.0) * std::log(2.0), 1e-12); // times the picture's
 }
 
-TEST(ReferenceCrops, AreAllRectanglesOfHalfASideAndMoreOnTheGrid)
+TEST(ReferenceCrops, AreAllGridRectanglesOfAtLeastHalfASide)
 {
     const std::vector<CInt32CropRect> crops = ReferenceCrops({80, 40});
     size_t next = 0;
@@ -259,7 +259,7 @@ TEST(ReferenceCrops, AreAllRectanglesOfHalfASideAndMoreOnTheGrid)
     EXPECT_EQ(next, crops.size());
 }
 
-TEST(Utilities, AddThePartsAndTheWeighedFeatures)
+TEST(Utilities, AddThePartsAndTheWeightedFeatures)
 {
     const std::vector<float> planes = NoisePlanes();
     const PartSums parts(planes);

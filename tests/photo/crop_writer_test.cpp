@@ -129,7 +129,7 @@ TEST(CropWriter, FailsInSeveralThreadsAsInOne)
               PhotoError::Kind::NotWritable);
 }
 
-TEST(CropWriter, RefusesSidesThatTheFormatDoesNotHold)
+TEST(CropWriter, RefusesSidesTooLongForTheFormat)
 {
     const TempFolder folder;
     Scene(90, 60, 0.4, 0.5).write_to_file(folder.Path("a.png").c_str());
@@ -142,7 +142,7 @@ TEST(CropWriter, RefusesSidesThatTheFormatDoesNotHold)
         EXPECT_EQ(KindOf([&] { CheckCropFiles(photograph, {crop}); }),
                   PhotoError::Kind::NotWritable);
         EXPECT_EQ(KindOf([&] { EncodeCrops(photograph, {crop}); }), PhotoError::Kind::NotWritable);
-        EXPECT_EQ(ReadCrops(photograph, {crop})[0].Size, *crop.Size); // no file
+        EXPECT_EQ(ReadCrops(photograph, {crop})[0].Size, *crop.Size); // pixels have no limit
     }
 }
 
@@ -168,7 +168,7 @@ TEST(CropWriter, CutsThePixelsOfTheRectangle)
     }
 }
 
-TEST(CropWriter, ReadsUprightSrgbOfEveryKind)
+TEST(CropWriter, ReadsEveryKindAsUprightSrgb)
 {
     const TempFolder folder;
     const VImage quarters = Quarters(600, 400);
@@ -200,7 +200,7 @@ TEST(CropWriter, ReadsUprightSrgbOfEveryKind)
 }
 
 // In encoded crops and plain pixels, colour and grey, at 8 and 16 bits.
-TEST(CropWriter, ShowsTheBackgroundThroughTransparentPlaces)
+TEST(CropWriter, ShowsTheBackgroundThroughTransparentPixels)
 {
     const TempFolder folder;
     const VImage clear = VImage::black(60, 40).cast(VIPS_FORMAT_UCHAR);

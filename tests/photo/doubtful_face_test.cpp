@@ -37,13 +37,13 @@ TEST(HueOfSkin, HoldsForLightAndDarkSkinAndForNothingGreenBlueOrGrey)
         EXPECT_FALSE(HasHueOfSkin(Beside(other), kOnColour)) << int{other.Red};
 }
 
-TEST(HueOfSkin, TakesHalfOfTheMiddle)
+TEST(HueOfSkin, NeedsHalfOfTheMiddle)
 {
     const PixelImage image = Beside({141, 88, 73});
     // The middle is 30 wide: of columns 34..63, 16 have the colour; of 36..65, 14.
     EXPECT_TRUE(HasHueOfSkin(image, {29, 30, 40, 40}));
     EXPECT_FALSE(HasHueOfSkin(image, {31, 30, 40, 40}));
-    EXPECT_FALSE(HasHueOfSkin(image, {-90, 30, 40, 40})) << "outside of the picture";
+    EXPECT_FALSE(HasHueOfSkin(image, {-90, 30, 40, 40})) << "outside the picture";
 }
 
 TEST(DoubtfulFace, LiesInsideThePictureAndIsNotLarge)
@@ -63,7 +63,7 @@ TEST(DoubtfulFace, InAGreyPictureItsScoreDecides)
     EXPECT_FALSE(MayBeAFace(image, true, kOnColour, -0.21));
 }
 
-TEST(IsGrey, SaysSoOfBlackAndWhiteOnly)
+TEST(IsGrey, HoldsForBlackAndWhiteOnly)
 {
     PixelImage image = Beside({90, 90, 90});
     EXPECT_FALSE(IsGrey(image));

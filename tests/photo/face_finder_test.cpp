@@ -66,7 +66,7 @@ protected:
     }
 };
 
-// Half of what the two cover together, as detectors are commonly judged.
+// More than half of the union of the two, as detectors are commonly judged.
 void ExpectOverlap(const PixelRect& a, const PixelRect& b)
 {
     const int width = std::min(a.X + a.Width, b.X + b.Width) - std::max(a.X, b.X);
@@ -131,10 +131,10 @@ TEST_F(FaceFinderOnPortrait, ThreadsFindTheSame)
     }
 }
 
-// The surest first. How sure is a curve of the detector's score, fitted to faces looked at one by
-// one; these are its values for the portrait. The score moves with the last levels of the pixels,
-// by 5e-5 from one way of scaling them to another.
-TEST_F(FaceFinderOnPortrait, TellsHowSureItIsOfEach)
+// The most confident first. Confidence is a curve over the detector's score, fitted to faces that
+// were checked one by one; these are its values for the portrait. The score depends on the last
+// levels of the pixels: two ways of scaling them differ by 5e-5.
+TEST_F(FaceFinderOnPortrait, ReportsItsConfidenceInEach)
 {
     const std::vector<FoundRegion> faces =
         FindFaces(Photograph::FromFile(kPortrait).ReadWorkingPicture().Pixels, FaceSearch::All);

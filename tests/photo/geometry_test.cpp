@@ -44,8 +44,8 @@ TEST(ToWorkingOutward, OfTheWholePhotographIsTheWholeWorkingPicture)
     }
 }
 
-// Checked against the definition: a working pixel belongs to the result exactly if its area in the
-// photograph shares more than an edge with the rectangle.
+// Checked against the definition: a working pixel belongs to the result if and only if its area in
+// the photograph shares more than an edge with the rectangle.
 TEST(ToWorkingOutward, CoversExactlyTheTouchedWorkingPixels)
 {
     std::mt19937 random(7);

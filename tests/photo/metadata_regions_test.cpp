@@ -109,7 +109,7 @@ std::vector<PixelRect> RectsOf(const std::vector<FoundRegion>& regions)
 
 constexpr PixelSize kPhoto{400, 200};
 
-TEST(MetadataRegions, WorkingGroupAreasAreCentredOnTheirPlace)
+TEST(MetadataRegions, WorkingGroupAreasAreStatedByTheirCentre)
 {
     const auto regions = RegionsOfXmp(
         WorkingGroup({{0.25, 0.5, 0.1, 0.2}, {0.75, 0.5, 0.2, 0.2, "Pet", "Rex"}}, 4000, 2000),
@@ -124,8 +124,8 @@ TEST(MetadataRegions, WorkingGroupAreasAreCentredOnTheirPlace)
     EXPECT_EQ(regions[1].Kind, RegionKind::Animal);
 }
 
-// A region of the stored picture's top left corner, 10 % of its width and 20 % of its height, is
-// found where the turned or mirrored picture shows it.
+// A region in the top left corner of the stored picture, 10 % of its width and 20 % of its height,
+// is found where the rotated or mirrored picture shows it.
 TEST(MetadataRegions, FollowTheOrientation)
 {
     const std::string stored = PeopleTags("0, 0, 0.1, 0.2");
@@ -141,7 +141,7 @@ TEST(MetadataRegions, FollowTheOrientation)
     }
 }
 
-TEST(MetadataRegions, SizesSayWhetherAProgramHasTurnedTheAreas)
+TEST(MetadataRegions, StatedSizeTellsWhetherAreasAreAlreadyRotated)
 {
     const PixelSize displayed{200, 400};
     const std::vector<Area> area = {{0.05, 0.1, 0.1, 0.2}};
@@ -203,7 +203,7 @@ TEST(MetadataRegions, ARegionThatSaysHowToCropIsNoWish)
     EXPECT_FALSE(cropping[0].Wish.has_value());
 }
 
-TEST(MetadataRegions, AFaceThatTwoStandardsNameComesOnce)
+TEST(MetadataRegions, AFaceNamedByTwoStandardsIsReturnedOnce)
 {
     const std::string both =
         Together(WorkingGroup({{0.25, 0.5, 0.1, 0.2}}, 400, 200), PeopleTags("0.2, 0.4, 0.1, 0.2"));
@@ -224,8 +224,8 @@ TEST(MetadataRegions, NonsenseGivesNone)
                 IsEmpty());
 }
 
-// Whatever bytes are changed: no crash, no region outside the photograph, and a crop whose packet
-// is either readable or gone.
+// Whatever bytes change, nothing crashes, no region lies outside the photograph, and a crop's
+// packet is either readable or dropped.
 TEST(MetadataRegions, DamagedPacketsAreHarmless)
 {
     const std::string sound =
@@ -294,7 +294,7 @@ TEST(CropRegions, ScaleWithTheCrop)
     EXPECT_THAT(RectsOf(RegionsOfXmp(*crop, {50, 50}, 1)), ElementsAre(PixelRect{20, 20, 10, 10}));
 }
 
-// The crop is stored upright, so what it says of regions is too.
+// The crop is stored upright, and so are the regions in its metadata.
 TEST(CropRegions, AreUprightWhateverTheOrientationWas)
 {
     const std::string stored = PeopleTags("0, 0, 0.1, 0.2");
@@ -312,7 +312,7 @@ TEST(CropRegions, AreUprightWhateverTheOrientationWas)
     }
 }
 
-TEST(CropRegions, OfIptcBecomeRectangles)
+TEST(CropRegions, IptcShapesBecomeRectangles)
 {
     const std::string circle =
         IptcField("rbX", "0.5") + IptcField("rbY", "0.5") + IptcField("rbRx", "0.1");
@@ -335,7 +335,7 @@ TEST(CropRegions, OfIptcBecomeRectangles)
 }
 
 // Each standard has its own list, counted from 1.
-TEST(CropRegions, OfTwoStandardsStayInTheirOwnLists)
+TEST(CropRegions, EachStandardKeepsItsOwnList)
 {
     const std::string both =
         Together(WorkingGroup({{0.25, 0.5, 0.1, 0.2}, {0.35, 0.5, 0.05, 0.1}}, 400, 200),
@@ -351,7 +351,7 @@ TEST(CropRegions, OfTwoStandardsStayInTheirOwnLists)
     EXPECT_THAT(*crop, HasSubstr("Grace"));
 }
 
-TEST(CropRegions, WithoutAnyTheListIsDropped)
+TEST(CropRegions, AnEmptyListIsDropped)
 {
     const auto crop =
         XmpForCrop(PeopleTags("0, 0, 0.1, 0.2"), kPhoto, 1, {200, 0, 200, 200}, {200, 200});

@@ -1,4 +1,4 @@
-// Candidates beside those of the lattice.
+// Candidates added to those of the lattice.
 #include "ranking/moved_crops.h"
 
 #include <gmock/gmock.h>
@@ -59,7 +59,7 @@ TEST(MovedToHold, HoldsAllRegionsAtOnceOrElseThoseNotToBeCut)
     EXPECT_THAT(SidesOf(MovedToHold({{0, 49, 0, 19}}, regions)), ElementsAre(Sides(35, 84, 0, 19)));
 }
 
-TEST(MovedToHold, GivesEachPlaceOnceAndNoneThatIsThere)
+TEST(MovedToHold, AddsEachPlaceOnceAndSkipsExistingOnes)
 {
     const std::vector<WishedRegion> regions = {Moving({45, 54, 0, 9}, 0)};
     const CropList crops = {{0, 49, 0, 9}, {1, 50, 0, 9}, {90, 139, 0, 9}, {45, 94, 0, 9}};

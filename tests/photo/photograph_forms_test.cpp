@@ -92,7 +92,7 @@ PhotoError::Kind KindOf(const PixelView& view)
     return PhotoError::Kind::Internal;
 }
 
-TEST(PhotographForms, PixelsAreReadAsAFileOfThemIs)
+TEST(PhotographForms, PixelsAreReadLikeAFileOfThem)
 {
     const TempFolder folder;
     const ReadOptions options{{20, 90, 160}};
@@ -135,7 +135,7 @@ TEST(PhotographForms, BackgroundShowsThroughAlpha)
     }
 }
 
-TEST(PhotographForms, ViewsThatDescribeNoPixelsAreRefused)
+TEST(PhotographForms, InvalidViewsAreRefused)
 {
     const std::vector<uint8_t> bytes(300);
     const PixelView good{bytes.data(), 10, 10, 3, 30};
@@ -151,7 +151,7 @@ TEST(PhotographForms, ViewsThatDescribeNoPixelsAreRefused)
     EXPECT_EQ(KindOf({bytes.data(), 10000000, 1, 3, 30000000}), invalid);
 }
 
-TEST(PhotographForms, BytesAreReadAsTheFileIs)
+TEST(PhotographForms, BytesAreReadLikeTheFile)
 {
     const TempFolder folder;
     for (const char* name : {"a.jpg", "a.png", "a.webp", "a.tif", "a.gif", "o.jpg"}) {
@@ -187,7 +187,7 @@ TEST(PhotographForms, APreviewIsNeverLargerThanThePhotograph)
     EXPECT_THROW(photograph.ReadPreview(0), PhotoError);
 }
 
-// What a caller can act on, by kind and not by message.
+// Callers act on the kind, not on the message.
 TEST(PhotographForms, ErrorsHaveKinds)
 {
     using Kind = PhotoError::Kind;

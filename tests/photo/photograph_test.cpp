@@ -28,8 +28,8 @@ WorkingPicture Read(const std::string& path, const Colour& background = kWhite)
     return Photograph::FromFile(path, {background}).ReadWorkingPicture();
 }
 
-// `tolerance` levels of 255: lossless formats keep plain colours to the last level except for
-// rounding through a profile and back; JPEG is allowed its measured loss.
+// `tolerance` is in levels of 255. Lossless formats keep plain colours exactly, except for rounding
+// through a profile and back; JPEG is allowed its measured loss.
 void ExpectQuarters(const WorkingPicture& picture, double tolerance)
 {
     ASSERT_EQ(picture.Pixels.Bytes.size(), static_cast<size_t>(picture.Pixels.Size.Width) *
@@ -66,7 +66,7 @@ TEST(Photograph, IsReadFromEveryFormat)
 }
 
 // Debian's libvips can read these two; another build may not, and then reports it.
-TEST(Photograph, IsReadFromHeifWhereLibvipsDoes)
+TEST(Photograph, IsReadFromHeifWhereLibvipsSupportsIt)
 {
     const TempFolder folder;
     for (const auto compression :
@@ -101,7 +101,7 @@ TEST(Photograph, BecomesUprightFromAllEightOrientations)
     }
 }
 
-TEST(Photograph, OfSixteenBitsIsReadAsEight)
+TEST(Photograph, SixteenBitsAreReadAsEight)
 {
     const TempFolder folder;
     for (const char* name : {"a.png", "a.tif"}) {
@@ -113,7 +113,7 @@ TEST(Photograph, OfSixteenBitsIsReadAsEight)
     }
 }
 
-TEST(Photograph, OfGreyHasThreeEqualBands)
+TEST(Photograph, GreyHasThreeEqualBands)
 {
     const TempFolder folder;
     Quarters(900, 600)
@@ -127,8 +127,8 @@ TEST(Photograph, OfGreyHasThreeEqualBands)
     }
 }
 
-// A file of light from 0 to 1 used to be read as black.
-TEST(Photograph, OfFloatingPointLightIsReadFromZeroToOne)
+// Light stored as 0 to 1 used to be read as black.
+TEST(Photograph, FloatingPointLightIsReadFromZeroToOne)
 {
     const TempFolder folder;
     const VImage band = Scene(90, 60, 0.4, 0.5).extract_band(1);
@@ -144,14 +144,14 @@ TEST(Photograph, OfFloatingPointLightIsReadFromZeroToOne)
                                     pixels.Size.Width, pixels.Size.Height, 3, VIPS_FORMAT_UCHAR);
         return (read - scene).abs().max();
     };
-    // By way of light and back, a step may round differently.
+    // The round trip through linear light may be off by one step.
     EXPECT_LE(error(light), 1);
     const VImage grey = light.extract_band(1).copy(
         VImage::option()->set("interpretation", VIPS_INTERPRETATION_B_W));
     EXPECT_LE(error(grey), 1);
     const VImage turned = StoredWithOrientation(grey, 6);
     EXPECT_LE(error(turned), 1);
-    // As before: greys in steps of 0 to 255.
+    // Greys stored as 0 to 255 are still read as such.
     const VImage steps =
         scene.extract_band(0)
             .cast(VIPS_FORMAT_FLOAT)
@@ -181,10 +181,10 @@ TEST(Photograph, OfFloatingPointLightIsReadFromZeroToOne)
     }
 }
 
-TEST(Photograph, OfGreyAndAlphaShowsTheBackground)
+TEST(Photograph, GreyWithAlphaShowsTheBackground)
 {
     const TempFolder folder;
-    // Left half opaque 80, right half clear.
+    // The left half is opaque grey 80, the right half transparent.
     const VImage grey = (VImage::black(800, 400) + 80).cast(VIPS_FORMAT_UCHAR);
     const VImage alpha = (VImage::xyz(800, 400).extract_band(0) < 400).cast(VIPS_FORMAT_UCHAR);
     grey.bandjoin(alpha)
@@ -195,7 +195,7 @@ TEST(Photograph, OfGreyAndAlphaShowsTheBackground)
     EXPECT_EQ(means[1], (std::vector<double>{10, 20, 30}));
 }
 
-TEST(Photograph, OfAPaletteIsReadInItsColours)
+TEST(Photograph, PaletteIsReadInItsColours)
 {
     const TempFolder folder;
     Quarters(900, 600).pngsave(folder.Path("a.png").c_str(),
@@ -203,7 +203,7 @@ TEST(Photograph, OfAPaletteIsReadInItsColours)
     ExpectQuarters(Read(folder.Path("a.png")), 3.0);
 }
 
-TEST(Photograph, OfAWideGamutIsConvertedToSrgb)
+TEST(Photograph, WideGamutIsConvertedToSrgb)
 {
     const TempFolder folder;
     const VImage wide =
@@ -234,7 +234,7 @@ TEST(Photograph, WithAnUnusableProfileCountsAsSrgb)
 
 // Print colours have a smaller gamut than a screen's, so the colours do not round-trip; they must
 // be what the profile gives.
-TEST(Photograph, OfCmykIsConvertedToSrgb)
+TEST(Photograph, CmykIsConvertedToSrgb)
 {
     const TempFolder folder;
     const VImage ink =
@@ -254,7 +254,7 @@ TEST(Photograph, OfCmykIsConvertedToSrgb)
         }
 }
 
-TEST(Photograph, OfSeveralPagesIsItsFirst)
+TEST(Photograph, OnlyTheFirstPageIsRead)
 {
     const TempFolder folder;
     const VImage first = Quarters(300, 200);
@@ -269,7 +269,7 @@ TEST(Photograph, OfSeveralPagesIsItsFirst)
     }
 }
 
-TEST(Photograph, OfAwkwardSizeHasAWorkingPicture)
+TEST(Photograph, AwkwardSizesHaveAWorkingPicture)
 {
     const TempFolder folder;
     const std::pair<PixelSize, PixelSize> sizes[] = {
@@ -300,7 +300,7 @@ TEST(Photograph, NameMayContainLibvipsOptionSyntax)
     }
 }
 
-TEST(Photograph, ThatIsBrokenGivesAReason)
+TEST(Photograph, BrokenFileGivesAReason)
 {
     const TempFolder folder;
     Quarters(900, 600).write_to_file(folder.Path("a.jpg").c_str());

@@ -59,7 +59,7 @@ std::string FaultOf(const std::string& table)
     return "";
 }
 
-TEST(Presets, ARowThatIsNotUnderstoodIsNamed)
+TEST(Presets, AnInvalidRowIsNamed)
 {
     EXPECT_THAT(FaultOf("# one\nname\n"), StartsWith("t:2: a row has a name"));
     EXPECT_THAT(FaultOf("a\t1:1\t-\tb\tc\n"), StartsWith("t:1: a row has a name"));
@@ -71,8 +71,8 @@ TEST(Presets, ARowThatIsNotUnderstoodIsNamed)
     EXPECT_THAT(FaultOf("a\t1:1\t9x8\n"), HasSubstr("the size 9x8 is not of the ratio 1:1"));
 }
 
-// Name, ratio, ratio as text and size of every preset that comes with the program.
-TEST(Presets, OfTheProgramHaveTheirRatiosAndSizes)
+// Name, ratio, ratio as text and size of every built-in preset.
+TEST(Presets, BuiltInTableIsComplete)
 {
     struct Expected {
         const char* Name;
@@ -118,7 +118,7 @@ TEST(Presets, OfTheProgramHaveTheirRatiosAndSizes)
     EXPECT_FALSE(presets.Find(""));
 }
 
-TEST(Presets, ANameIsNoPathAndNoRatio)
+TEST(Presets, ANameIsNeitherAPathNorARatio)
 {
     for (const char* name : {"-poster", "../a", "", "a/b", "2x3", "1.5"})
         EXPECT_THAT(FaultOf(std::string(name) + "\t2:3\n"), HasSubstr("is not a name")) << name;
@@ -127,7 +127,7 @@ TEST(Presets, ANameIsNoPathAndNoRatio)
     EXPECT_THAT(FaultOf("poster\t2:3\t200x301\n"), HasSubstr("is not of the ratio 2:3"));
 }
 
-TEST(Presets, AFileThatIsNotThereIsNamed)
+TEST(Presets, AMissingFileIsNamed)
 {
     Presets presets;
     try {
@@ -139,7 +139,7 @@ TEST(Presets, AFileThatIsNotThereIsNamed)
     }
 }
 
-TEST(Shape, OfATextKeepsTheRatioAsItWasNamed)
+TEST(Shape, KeepsTheRatioAsWritten)
 {
     const std::optional<Shape> shape = ShapeOfRatio("21/9");
     ASSERT_TRUE(shape);
@@ -167,7 +167,7 @@ TEST(Shape, AFillLeavesOutScalesThatAreTooSmallForIt)
         return made.Scales;
     };
     using Scales = std::vector<double>;
-    const PixelSize photo{1800, 1200}; // whose largest square is 1200 wide, and 3:1 all of it
+    const PixelSize photo{1800, 1200}; // its largest square is 1200 wide, its largest 3:1 crop 1800
     EXPECT_EQ(scalesFor({900, 300}, {0.4, 0.5, 0.75}, photo), (Scales{0.5, 0.75}));
     EXPECT_EQ(scalesFor({600, 600}, {0.4, 0.5, 0.75}, photo), (Scales{0.5, 0.75}));
     EXPECT_EQ(scalesFor({600, 600}, {0.4, 0.5, 0.75}, {1200, 1800}), (Scales{0.5, 0.75}));

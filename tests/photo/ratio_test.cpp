@@ -35,7 +35,7 @@ TEST(Ratio, RejectsOtherText)
         EXPECT_FALSE(ParseRatio(text)) << text;
 }
 
-TEST(Ratio, OfTheLibrarysDefaultsIsRecovered)
+TEST(Ratio, IsRecoveredFromTheLibrarysDefaults)
 {
     EXPECT_EQ(RatioOfValue(64.0 / 27.0), (Ratio{64, 27}));
     EXPECT_EQ(RatioOfValue(16.0 / 9.0), (Ratio{16, 9}));
@@ -56,12 +56,12 @@ TEST(Ratio, HasTheNameThatPeopleUse)
     EXPECT_EQ((Ratio{1003, 400}).CommonName(), "2.51:1");
 }
 
-TEST(Ratio, OfAnIrrationalValueIsTheNearestThousandth)
+TEST(Ratio, IrrationalValueBecomesTheNearestThousandth)
 {
     EXPECT_NEAR(RatioOfValue(1.6180339887).Value(), 1.6180339887, 0.0005);
 }
 
-TEST(Ratio, OfTermsUpTo32IsNamedByThem)
+TEST(Ratio, TermsUpTo32AreShownAsTheyAre)
 {
     EXPECT_EQ((Ratio{32, 31}).CommonName(), "32:31");
     EXPECT_EQ((Ratio{31, 32}).CommonName(), "31:32");

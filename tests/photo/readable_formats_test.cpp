@@ -58,7 +58,7 @@ std::string DirectoryText(const std::vector<Entry>& entries)
     return text + LittleEndian(0, 4);
 }
 
-// A picture of 8 x 8 grey pixels, as TIFF, with more fields.
+// A TIFF of 8 x 8 grey pixels with the fields `more`, followed by `behind`.
 std::string TinyTiff(const std::vector<Entry>& more, const std::string& behind = "")
 {
     std::vector<Entry> entries = {{256, 3, 1, 8}, {257, 3, 1, 8}, {258, 3, 1, 8},
@@ -85,11 +85,11 @@ TEST(ReadableFormats, AreThoseOfPhotographs)
         EXPECT_THAT(all, Not(Contains(other)));
 }
 
-int blockedAsked = 0;
+int blockedCalls = 0;
 
-gboolean CountBlockedAsked(VipsSource*)
+gboolean CountBlockedCall(VipsSource*)
 {
-    ++blockedAsked;
+    ++blockedCalls;
     return FALSE;
 }
 
@@ -98,31 +98,31 @@ void* WatchIfBlocked(void* type, void*, void*)
     VipsForeignLoadClass* loader = VIPS_FOREIGN_LOAD_CLASS(type);
     if ((VIPS_OPERATION_CLASS(type)->flags & VIPS_OPERATION_BLOCKED) != 0 &&
         loader->is_a_source != nullptr)
-        loader->is_a_source = CountBlockedAsked;
+        loader->is_a_source = CountBlockedCall;
     return nullptr;
 }
 
-// Some blocked loaders inflate a compressed file to look inside, to any size its header promises.
-// In a process of its own, because the watch is never taken off.
-TEST(ReadableFormatsDeathTest, BlockedLoadersNeverSeeAFileNobodyReads)
+// Some blocked loaders decompress a file to look inside, to whatever size its header claims.
+// In a process of its own, because the hook is never removed.
+TEST(ReadableFormatsDeathTest, BlockedLoadersNeverSeeAnUnsupportedFile)
 {
     const TempFolder folder;
     WriteText(folder.Path("a.zip"), std::string("PK\3\4") + std::string(100, '\xf0'));
     WriteText(folder.Path("a.gz"), std::string("\x1f\x8b\x08") + std::string(100, '\xf0'));
     const auto look = [&folder] {
-        ReadableFormats(); // loads the modules, whose loaders come blocked too
+        ReadableFormats(); // loads the modules, whose loaders are blocked too
         vips_foreign_map("VipsForeignLoad", WatchIfBlocked, nullptr, nullptr);
         for (const char* name : {"a.zip", "a.gz"})
             if (KindOfFile(folder.Path(name)) != FileKind::Other ||
                 ReasonOf(folder.Path(name)).empty())
                 std::exit(1);
-        const int byUs = blockedAsked;
+        const int byUs = blockedCalls;
         const auto source = vips::VSource::new_from_file(folder.Path("a.gz").c_str());
         vips_foreign_find_load_source(source.get_source());
-        std::fprintf(stderr, "asked %d times, libvips %s", byUs, blockedAsked > 0 ? "yes" : "no");
+        std::fprintf(stderr, "calls: %d, by libvips: %s", byUs, blockedCalls > 0 ? "yes" : "no");
         std::exit(0);
     };
-    EXPECT_EXIT(look(), testing::ExitedWithCode(0), "asked 0 times, libvips yes");
+    EXPECT_EXIT(look(), testing::ExitedWithCode(0), "calls: 0, by libvips: yes");
 }
 
 TEST(ReadableFormats, CanBeReadWhateverTheName)
@@ -135,7 +135,7 @@ TEST(ReadableFormats, CanBeReadWhateverTheName)
         try {
             Quarters(300, 200).write_to_file(folder.Path("a." + ending).c_str());
         } catch (const vips::VError&) {
-            continue; // libvips only reads it
+            continue; // libvips cannot write this format
         }
         ++written;
         EXPECT_EQ(ReasonOf(folder.Path("a." + ending)), "");
@@ -148,7 +148,7 @@ TEST(ReadableFormats, CanBeReadWhateverTheName)
     EXPECT_GE(written, 5);
 }
 
-TEST(KindOfFile, IsThatOfTheEndingOrOfTheContent)
+TEST(KindOfFile, FollowsTheEndingOrTheContent)
 {
     const TempFolder folder;
     Quarters(30, 20).write_to_file(folder.Path("a.jpg").c_str());
@@ -160,7 +160,7 @@ TEST(KindOfFile, IsThatOfTheEndingOrOfTheContent)
     EXPECT_EQ(kindOf("A.JPEG", "broken"), FileKind::Photograph); // reading it reports the error
     EXPECT_EQ(kindOf("a.jfif", jpeg), FileKind::Photograph);
     EXPECT_EQ(kindOf("a.NEF", "broken"), FileKind::Raw);
-    // As where it is named: what it holds counts.
+    // Its content decides, as for a file that is named explicitly.
     EXPECT_EQ(kindOf("plain.nef", TinyTiff({})), FileKind::Photograph);
     EXPECT_EQ(kindOf("sensor.nef", TinyTiff({{50706, 1, 4, 1}})), FileKind::Raw);
     EXPECT_EQ(kindOf("a.jpg~", jpeg), FileKind::Other); // a copy that an editor made
@@ -174,8 +174,8 @@ TEST(KindOfFile, IsThatOfTheEndingOrOfTheContent)
     EXPECT_EQ(KindOfFile(folder.Path("missing")), FileKind::Other);
 }
 
-// A raw photograph's first picture is a preview of a few hundred pixels. libvips reads that.
-TEST(Photograph, ThatIsRawIsRefused)
+// The first picture in a raw file is a preview of a few hundred pixels; libvips would read that.
+TEST(Photograph, RawFileIsRefused)
 {
     const TempFolder folder;
     const auto reason = [&folder](const std::string& content) {
@@ -197,7 +197,7 @@ TEST(Photograph, ThatIsRawIsRefused)
     EXPECT_EQ(ReasonOf(folder.Path("a.cr3")), raw);
 }
 
-TEST(Photograph, OfAFormatThatIsNotReadSaysWhich)
+TEST(Photograph, UnsupportedFormatIsNamed)
 {
     const TempFolder folder;
     const auto reason = [&folder](const std::string& content) {
@@ -213,8 +213,8 @@ TEST(Photograph, OfAFormatThatIsNotReadSaysWhich)
     EXPECT_EQ(reason("1 2 3\n"), "not a picture, or of a format that cannot be read");
 }
 
-// Whatever is wrong with a file, people read our messages and never libvips's.
-TEST(Photograph, ThatIsBrokenSaysSoInPlainWords)
+// Whatever is wrong with a file, users see our messages, never those of libvips.
+TEST(Photograph, BrokenFileIsReportedInPlainWords)
 {
     const TempFolder folder;
     const std::vector<std::string> sentences = {
@@ -245,7 +245,7 @@ TEST(Photograph, ThatIsBrokenSaysSoInPlainWords)
     EXPECT_EQ(ReasonOf(folder.Path("cut")), "the file is cut short");
 }
 
-TEST(PlainError, KeepsTheReasonOfTheSystemAndNothingElse)
+TEST(PlainError, KeepsTheSystemsReasonAndNothingElse)
 {
     using Kind = PhotoError::Kind;
     const PhotoError full = PlainError(

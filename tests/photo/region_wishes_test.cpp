@@ -79,7 +79,7 @@ TEST(SameRegion, MoreThanHalfInCommonIsTheSameRegion)
     EXPECT_THAT(regions, SizeIs(2));
 }
 
-TEST(SameRegion, HalfOfTheSmallerCovers)
+TEST(SameRegion, HalfOfTheSmallerRegionIsEnoughToCover)
 {
     const std::vector<FoundRegion> known = {Region({0, 0, 100, 100}, RegionKind::Face)};
     EXPECT_TRUE(IsCovered(Region({79, 0, 40, 40}, RegionKind::Face), known));

@@ -77,7 +77,7 @@ TEST_F(RegionsFileTest, ShortNamesAndDefaults)
     EXPECT_FALSE(file.RegionsOf("a.jpg")[1].Wish.has_value());
 }
 
-TEST_F(RegionsFileTest, ANameWithoutFolderFitsAnyFolder)
+TEST_F(RegionsFileTest, ANameWithoutFolderMatchesAnyFolder)
 {
     const RegionsFile file = Read("{\"file\":\"a.jpg\",\"regions\":[{\"x\":1,\"y\":1,\"w\":1,"
                                   "\"h\":1}]}\n"

@@ -23,7 +23,7 @@ public:
     void SetUp() override
     {
         StartPictureRuntime("tests");
-        LoadVipsModules(); // to make HEIF files; the program loads them by itself
+        LoadVipsModules(); // needed to write HEIF; the program loads them itself
     }
 };
 

@@ -32,8 +32,8 @@ constexpr std::array<std::array<double, 3>, 4> kQuarterColours = {
 // Mean colours of the middles of the four quarters, in the same order.
 std::vector<std::vector<double>> QuarterMeans(const vips::VImage& image);
 
-// A quiet grey background with soft grain and one bright disc, whose centre is at the given shares
-// of width and height: something that a crop should contain.
+// A quiet grey background with soft grain and one bright disc, centred at the given fractions of
+// width and height: something that a crop should contain.
 vips::VImage Scene(int width, int height, double atX, double atY);
 
 // The picture stored so that a reader that applies `orientation`, 1..8, gets `upright`.
@@ -41,7 +41,7 @@ vips::VImage StoredWithOrientation(const vips::VImage& upright, int orientation)
 
 void WriteText(const std::string& path, const std::string& text);
 std::string ReadText(const std::string& path);
-// The first `share` of a file's bytes.
+// Copies the first `share` of a file's bytes, 0 to 1.
 void CutShort(const std::string& from, const std::string& to, double share);
 
 } // namespace vistaTrim::photo

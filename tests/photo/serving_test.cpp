@@ -1,4 +1,4 @@
-// In what order crops are served, and what is said of each, asked of an analysis.
+// The order in which an analysis serves crops, and what it reports for each.
 #include "ranking/serving.h"
 
 #include <algorithm>
@@ -49,7 +49,7 @@ double OverlapOf(const PixelRect& a, const PixelRect& b)
                      static_cast<double>(b.Width) * b.Height - shared);
 }
 
-// A model whose network says nothing, so that a crop's utility is its features' alone.
+// A model whose network outputs zeros, so that only the features give a crop its utility.
 std::shared_ptr<ChoiceModel> FeatureModel()
 {
     auto model = std::make_shared<ChoiceModel>();
@@ -70,7 +70,8 @@ std::shared_ptr<ChoiceModel> FeatureModel()
 }
 
 constexpr size_t kFirstGeometry = 2 * kNumModelMeasures;
-constexpr size_t kHeightOfCentre = kFirstGeometry + 2; // from the middle, down
+constexpr size_t kHeightOfCentre =
+    kFirstGeometry + 2; // vertical offset from the middle, positive down
 constexpr size_t kArea = kFirstGeometry + 9;
 
 Request Squares(int32_t top)
@@ -82,7 +83,7 @@ Request Squares(int32_t top)
     return request;
 }
 
-TEST(Serving, RanksByTheMeasureWithCropsAlikeAtTheEnd)
+TEST(Serving, RanksByTheMeasureWithNearDuplicatesLast)
 {
     struct Case {
         RankBy Ranking;
@@ -95,12 +96,12 @@ TEST(Serving, RanksByTheMeasureWithCropsAlikeAtTheEnd)
                           {RankBy::CentrePeak, &Scores::CentrePeak}};
     for (const Case& one : cases) {
         Request request = Squares(1000);
-        request.Density = 25; // steps of fewer pixels than two fifths of a crop
+        request.Density = 25; // steps of less than two fifths of a crop
         request.Ranking = one.Ranking;
         const std::vector<Crop> crops = BlockAnalysis().Suggest(request).Crops;
         ASSERT_GT(crops.size(), 20U);
-        // First those that overlap none before them by more than 0.8, then the others; in each of
-        // the two the measure falls.
+        // First come the crops that overlap no earlier crop by more than 0.8, then the others;
+        // within each part the measure falls.
         size_t unlike = 1;
         const auto isAlike = [&crops](size_t i, size_t among) {
             return std::any_of(
@@ -144,24 +145,24 @@ TEST(Serving, RanksByTheModelOfTheRequest)
     for (const double weight : {400.0, -400.0}) {
         model->FeatureWeights[kArea] = weight;
         const int32_t width = BlockAnalysis().Suggest(sizes).Crops.at(0).Rect.Width;
-        // Among many small ones one of middle size overlaps most.
+        // Among many small crops, one of medium size overlaps most.
         EXPECT_EQ(width == 400, weight > 0) << width;
     }
-    // Whatever is not a number counts as the worst, and nothing breaks.
+    // A utility of NaN counts as the worst.
     model->FeatureWeights[kArea] = std::nan("");
     EXPECT_EQ(BlockAnalysis().Suggest(request).Crops.size(), 3U);
 }
 
-// With a sharp model one crop has all of the probability, so that the overlap with it is known.
-TEST(Serving, ExpectsTheOverlapThatTheModelSays)
+// A sharp model gives one crop all of the probability, so the overlap with it is known.
+TEST(Serving, ExpectedOverlapFollowsTheModel)
 {
     auto model = FeatureModel();
     model->FeatureWeights[kHeightOfCentre] = 400;
-    model->FeatureWeights[kFirstGeometry] = -400; // the middle, across
+    model->FeatureWeights[kFirstGeometry] = -400; // horizontal distance from the middle
     Request request = Squares(400);
     request.Model = model;
     const std::vector<Crop> crops = BlockAnalysis().Suggest(request).Crops;
-    // The two nearest to the middle share the place; their overlap is that of each with both.
+    // The two crops nearest the middle tie; the expected overlap of each averages over both.
     const double own = crops[0].ExpectedOverlap;
     EXPECT_GT(own, 0.4);
     for (const Crop& crop : crops) {
@@ -178,7 +179,7 @@ TEST(Serving, ExpectsTheOverlapThatTheModelSays)
     EXPECT_EQ(BlockAnalysis().Suggest(request).Crops[0].ExpectedOverlap, 0.0);
 }
 
-// Utilities times 8 and a sharpness of 8 are the same.
+// A sharpness of 8 does the same as multiplying the utilities by 8.
 TEST(Serving, SharpnessScalesTheUtilities)
 {
     auto model = FeatureModel();
@@ -208,7 +209,7 @@ TEST(Serving, GivesTheBestOfEachRatioInTurn)
     ASSERT_EQ(crops.size(), 9U);
     for (size_t i = 0; i < crops.size(); ++i) {
         EXPECT_EQ(crops[i].Aspect, request.Aspects[i % 3]) << i;
-        // As one of the ratio alone.
+        // The same crop as when its ratio is requested alone.
         Request alone = request;
         alone.Aspects = {crops[i].Aspect};
         alone.Top = 3;
@@ -222,12 +223,12 @@ TEST(Serving, GivesTheBestOfEachRatioInTurn)
     for (const Crop& crop : BlockAnalysis().Suggest(request).Crops)
         order.push_back(crop.Aspect);
     EXPECT_EQ(order, (std::vector<Ratio>{{8, 5}, {1, 1}, {1, 1}, {1, 1}, {1, 1}}));
-    // And if all run out, there are fewer.
+    // If all run out, fewer crops are served.
     request.Top = 500;
     EXPECT_EQ(BlockAnalysis().Suggest(request).Crops.size(), 9U);
 }
 
-TEST(Serving, InARoundCropsThatMeetMoreWishesGoFirst)
+TEST(Serving, WithinARoundCropsThatMeetMoreWishesComeFirst)
 {
     Request request;
     request.Aspects = {{1, 3}, {2, 1}};
@@ -241,13 +242,13 @@ TEST(Serving, InARoundCropsThatMeetMoreWishesGoFirst)
     EXPECT_EQ(crops[1].Aspect, (Ratio{1, 3}));
 }
 
-TEST(Serving, OfAPlainPictureGivesTheLargestAndMostCentralFirst)
+TEST(Serving, PlainPictureGetsTheLargestAndMostCentralFirst)
 {
     const PixelImage plain{{640, 400}, 3, std::vector<uint8_t>(640 * 400 * 3, 90)};
     Request request;
     request.Aspects = {{1, 1}};
     request.Scales = {1.0, 0.5};
-    request.Density = 9; // an odd number, so that one of them is in the middle
+    request.Density = 9; // odd, so that one crop is in the middle
     request.Top = 4;
     const std::vector<Crop> crops = AnalysisOf(plain).Suggest(request).Crops;
     ASSERT_EQ(crops.size(), 4U);
@@ -255,14 +256,14 @@ TEST(Serving, OfAPlainPictureGivesTheLargestAndMostCentralFirst)
     EXPECT_EQ(crops[0].Scores.Merged, 1.0);
     for (size_t i = 1; i < crops.size(); ++i)
         EXPECT_GE(crops[i - 1].Rect.Width, crops[i].Rect.Width);
-    // By a measure, a plain picture is ranked by that all the same.
+    // A plain picture can be ranked by a measure too.
     request.Ranking = RankBy::Coverage;
     EXPECT_EQ(AnalysisOf(plain).Suggest(request).Crops.size(), 4U);
     request.Ranking = RankBy::Engine;
     EXPECT_EQ(AnalysisOf(plain).Suggest(request).Crops.size(), 4U);
 }
 
-TEST(Serving, ByTheEngineHasAnExpectedOverlapToo)
+TEST(Serving, EngineRankingHasAnExpectedOverlapToo)
 {
     Request request;
     request.Ranking = RankBy::Engine;
@@ -276,7 +277,8 @@ TEST(Serving, ByTheEngineHasAnExpectedOverlapToo)
         different.insert(crop.ExpectedOverlap);
     }
     EXPECT_GT(different.size(), 10U);
-    // What people would choose is the same whoever ranks: the crop that both name has one figure.
+    // What people would choose does not depend on the ranking: a crop that both return has the same
+    // expected overlap in both.
     Request all;
     all.Top = 2000;
     const std::vector<Crop> people = BlockAnalysis().Suggest(all).Crops;
@@ -290,11 +292,11 @@ TEST(Serving, ByTheEngineHasAnExpectedOverlapToo)
     EXPECT_GT(shared, 3);
 }
 
-TEST(Serving, EachFoundRegionCostsByWhatIsMissed)
+TEST(Serving, FoundRegionsCostWhatIsMissed)
 {
-    // The regions pull by their cost alone, against a model that wants the other side.
+    // Only its cost makes the region pull, against a model that prefers the other side.
     auto model = FeatureModel();
-    model->FeatureWeights[kHeightOfCentre] = -10; // up; half a picture is worth about 3
+    model->FeatureWeights[kHeightOfCentre] = -10; // prefers up; half a picture is worth about 3
     PixelImage image{{640, 400}, 3, {}};
     for (int32_t i = 0; i < 640 * 400 * 3; ++i)
         image.Bytes.push_back(static_cast<uint8_t>(i % 251));

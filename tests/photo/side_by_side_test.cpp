@@ -20,7 +20,7 @@ class SideBySideTest : public testing::Test {
 protected:
     SideBySideTest()
     {
-        StartPictureRuntime(); // whose threads the threads leave
+        StartPictureRuntime(); // the threads unregister from it as they end
     }
 };
 
@@ -58,23 +58,23 @@ TEST_F(SideBySideTest, WorksOnSeveralPiecesAtATime)
     EXPECT_TRUE(met);
 }
 
-TEST_F(SideBySideTest, ThrowsTheFirstFailureOnAndBeginsNothingAfterIt)
+TEST_F(SideBySideTest, RethrowsTheFirstFailureAndStartsNothingAfterIt)
 {
     for (const int threads : {1, 3}) {
         std::mutex guard;
-        std::vector<size_t> begun;
+        std::vector<size_t> started;
         EXPECT_THROW(SideBySide(1000, threads,
                                 [&](size_t index) {
                                     {
                                         const std::lock_guard<std::mutex> lock(guard);
-                                        begun.push_back(index);
+                                        started.push_back(index);
                                     }
                                     if (index == 1)
                                         throw std::runtime_error("one");
                                     std::this_thread::sleep_for(std::chrono::milliseconds(5));
                                 }),
                      std::runtime_error);
-        EXPECT_LT(begun.size(), 500U);
+        EXPECT_LT(started.size(), 500U);
     }
 }
 

@@ -1,4 +1,4 @@
-// Places in the stored picture and in the displayed one, and what regions are called.
+// Positions in the stored and in the displayed picture, and the names of regions.
 #include "regions/stored_place.h"
 
 #include <cmath>
@@ -34,18 +34,18 @@ TEST(StoredPlace, IsShownWhereTheOrientationPutsIt)
         SCOPED_TRACE(orientation);
         ExpectRect(ToDisplayed(stored, orientation), shown[orientation - 1]);
     }
-    // Higher than wide, so that top and bottom tell.
-    const RelativeRect high{0.125, 0.0625, 0.25, 0.5};
-    const RelativeRect highShown[] = {{0.125, 0.0625, 0.25, 0.5}, {0.625, 0.0625, 0.25, 0.5},
+    // The first is centred vertically; this one tells top from bottom.
+    const RelativeRect tall{0.125, 0.0625, 0.25, 0.5};
+    const RelativeRect tallShown[] = {{0.125, 0.0625, 0.25, 0.5}, {0.625, 0.0625, 0.25, 0.5},
                                       {0.625, 0.4375, 0.25, 0.5}, {0.125, 0.4375, 0.25, 0.5},
                                       {0.0625, 0.125, 0.5, 0.25}, {0.4375, 0.125, 0.5, 0.25},
                                       {0.4375, 0.625, 0.5, 0.25}, {0.0625, 0.625, 0.5, 0.25}};
     for (int orientation = 1; orientation <= 8; ++orientation) {
         SCOPED_TRACE(orientation);
-        ExpectRect(ToDisplayed(high, orientation), highShown[orientation - 1]);
+        ExpectRect(ToDisplayed(tall, orientation), tallShown[orientation - 1]);
     }
     for (const int other : {0, 9, -1})
-        ExpectRect(ToDisplayed(high, other), high);
+        ExpectRect(ToDisplayed(tall, other), tall);
 }
 
 TEST(StoredPlace, SizesSwapWhereThePictureLiesOnItsSide)
@@ -75,18 +75,18 @@ TEST(StoredPlace, BecomesWholePixelsOutward)
     }
 }
 
-// A working pixel belongs to the photograph's pixels that share more than an edge with it.
+// A working pixel maps to every photograph pixel that shares more than an edge with it.
 TEST(WorkingPlace, GoesBackToEveryPixelThatItTouches)
 {
     EXPECT_EQ(ToPhotographOutward({10, 20, 30, 40}, {640, 480}, {1280, 960}),
               (PixelRect{20, 40, 60, 80}));
-    // 640 / 1000: working pixels 1 to 2 are 1.56 to 4.69 of the photograph.
+    // 640 / 1000: working pixels 1 to 2 cover 1.56 to 4.69 of the photograph.
     EXPECT_EQ(ToPhotographOutward({1, 1, 2, 2}, {640, 640}, {1000, 1000}), (PixelRect{1, 1, 4, 4}));
     EXPECT_EQ(ToPhotographOutward({0, 0, 640, 427}, {640, 427}, {901, 601}),
               (PixelRect{0, 0, 901, 601}));
 }
 
-TEST(WorkingPlace, WishesEndAtThePhotograph)
+TEST(WorkingPlace, WishesAreClippedToThePhotograph)
 {
     const std::vector<Wish> inside = WishesInside({{WishKind::Keep, {90, -5, 20, 10}},
                                                    {WishKind::MustAvoid, {200, 0, 5, 5}},
@@ -102,7 +102,7 @@ TEST(WorkingPlace, WishesEndAtThePhotograph)
     EXPECT_EQ(EngineKind(WishKind::MustAvoid), RoiHardExclude);
 }
 
-TEST(FoundRegion, HasNamesThatFilesUse)
+TEST(FoundRegion, HasTheNamesUsedInFiles)
 {
     const std::pair<RegionKind, std::string> kinds[] = {{RegionKind::Face, "face"},
                                                         {RegionKind::Animal, "animal"},

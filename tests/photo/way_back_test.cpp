@@ -116,7 +116,7 @@ TEST(WayBack, UsesTheExactRatioWhenWithinTolerance)
 {
     Dice dice;
     for (int round = 0; round < 4000; ++round) {
-        // 64:27 comes every 64 pixels of width, so 2 % either way hold it from 1600 on.
+        // Exact 64:27 sizes are 64 pixels of width apart, so from 1600 on one is within 2 %.
         const PixelSize photo{dice.Between(4500, 9000), dice.Between(4500, 9000)};
         const Ratio& ratio = kRatios[dice.Between(0, 7)];
         const CInt32Rect crop =
@@ -176,8 +176,8 @@ TEST(WayBack, LeavesACropOnTheBorderThatItTouches)
     EXPECT_GT(touching, 1000);
 }
 
-// The guarantee for wishes: whatever the engine finds met on the working picture, with the regions
-// rounded outward, is met in the photograph's own pixels.
+// The guarantee for wishes: a wish that a crop meets on the working picture, with its region
+// rounded outward, is also met in the photograph's own pixels.
 TEST(WayBack, KeepsEveryWishThatTheWorkingCropMeets)
 {
     Dice dice;

@@ -1,4 +1,4 @@
-// What a crop loses by the regions that it misses, counted pixel by pixel.
+// What the regions that a crop misses cost it, counted pixel by pixel.
 #include "ranking/wished_regions.h"
 
 #include <random>
@@ -8,7 +8,7 @@
 namespace vistaTrim::photo {
 namespace {
 
-// Pixels of the region that the crop misses, over all of its pixels.
+// The share of the region's pixels that the crop misses.
 double SlowMissedShare(const CInt32CropRect& crop, const WishedRegion& region)
 {
     int missed = 0;
@@ -32,7 +32,7 @@ CInt32Rect RandomRect(std::mt19937& random)
     return {left, left + below(12), top, top + below(12)};
 }
 
-TEST(WishedRegions, CostWhatTheMissedPixelsOfEachCost)
+TEST(WishedRegions, CostByTheShareOfMissedPixels)
 {
     std::mt19937 random(4);
     int met = 0;
@@ -64,7 +64,7 @@ TEST(WishedRegions, CostWhatTheMissedPixelsOfEachCost)
         ASSERT_EQ(RegionsMet(crop, regions), first);
         ASSERT_EQ(MeetsHardRegions(crop, regions), meetsHard);
     }
-    EXPECT_GT(met, 500); // the dice threw both
+    EXPECT_GT(met, 500); // both outcomes occurred
     EXPECT_LT(met, 5500);
 }
 
