@@ -1,4 +1,4 @@
-// Temporary files of runs that were killed, and of runs that are still going.
+// Temporary files of runs that were killed, and of runs that are still in progress.
 #include <chrono>
 #include <csignal>
 #include <filesystem>
@@ -49,7 +49,7 @@ protected:
                              Folder.Path("in/large.jpg"), "-o", Folder.Path(out)});
     }
 
-    // Until a picture is being written: the lock alone is not enough.
+    // Waits until a picture is being written: the lock alone is not enough.
     void WaitForTemporary(const std::string& out) const
     {
         for (int i = 0; i < 20000; ++i) {
@@ -88,12 +88,12 @@ TEST_F(AbandonedFiles, OfAKilledRunAreDeletedByTheNextOne)
     EXPECT_EQ(FilesIn("out", false), (std::set<std::string>{"small-1.jpg"}));
 }
 
-TEST_F(AbandonedFiles, OfASecondInterruptionAreDeletedByARunThatHasNothingToWrite)
+TEST_F(AbandonedFiles, OfATwiceInterruptedRunAreDeletedByARunWithNothingToWrite)
 {
     ASSERT_EQ(CropSmall("out").Status, 0);
     const pid_t process = BeginLarge("out");
     WaitForTemporary("out");
-    // Two before the program sees the first count as one.
+    // Two signals count as one if the second comes before the program has seen the first.
     siginfo_t ended = {};
     while (ended.si_pid == 0 &&
            waitid(P_PID, static_cast<id_t>(process), &ended, WEXITED | WNOHANG | WNOWAIT) == 0) {
@@ -107,7 +107,7 @@ TEST_F(AbandonedFiles, OfASecondInterruptionAreDeletedByARunThatHasNothingToWrit
     EXPECT_TRUE(FilesIn("out", true).empty());
 }
 
-TEST_F(AbandonedFiles, OfARunThatIsStillGoingAreLeftAlone)
+TEST_F(AbandonedFiles, OfARunInProgressAreLeftAlone)
 {
     const pid_t process = BeginLarge("out");
     WaitForTemporary("out");

@@ -54,7 +54,7 @@ TEST(Batch, WorksOnSeveralAtATime)
         const int now = ++inside;
         for (int before = most; before < now && !most.compare_exchange_weak(before, now);) {
         }
-        // Until the others are there too, however busy the machine is.
+        // Waits until the others are there too, however busy the machine is.
         for (int tries = 0; tries < 500 && most < 3; ++tries)
             std::this_thread::sleep_for(std::chrono::milliseconds(2));
         --inside;
@@ -68,13 +68,13 @@ TEST(Batch, WorksOnSeveralAtATime)
 
 TEST(Batch, StoppedRunEmitsEverythingStarted)
 {
-    std::atomic<size_t> begun{0};
+    std::atomic<size_t> started{0};
     std::vector<size_t> emitted;
     std::atomic<bool> stop{false};
     BatchSteps steps;
     steps.Leave = [] {};
     steps.Work = [&](size_t index) {
-        ++begun;
+        ++started;
         std::this_thread::sleep_for(std::chrono::milliseconds(index == 0 ? 30 : 2));
         if (index == 5)
             stop = true;
@@ -83,7 +83,7 @@ TEST(Batch, StoppedRunEmitsEverythingStarted)
     steps.Emit = [&](size_t index, PhotoResult&) { emitted.push_back(index); };
     steps.Stop = [&] { return stop.load(); };
     const size_t done = RunBatch(1000, 4, steps);
-    EXPECT_EQ(done, begun);
+    EXPECT_EQ(done, started);
     EXPECT_LT(done, 1000U);
     ASSERT_EQ(emitted.size(), done);
     for (size_t i = 0; i < done; ++i)
@@ -119,7 +119,7 @@ TEST(Progress, ShowsDoneTotalAndTimeLeft)
     EXPECT_EQ(ProgressLine(10, 10, 65.0), "[##############################] 10/10");
 }
 
-// What is drawn is the line for the time that has really passed.
+// The line drawn is the one for the time that has actually passed.
 TEST(Progress, DrawsTheTimeLeftAtTheSpeedSoFar)
 {
     using Clock = std::chrono::steady_clock;

@@ -55,22 +55,22 @@ TEST(ChosenCrops, ReadWhatSuggestWrites)
     EXPECT_EQ(chosen.Photos[0].Labels[1].Rank, 2);
 }
 
-// Else the files of --from would not have the names that crop gives them.
-TEST(ChosenCrops, HaveTheRatioAsItWasAskedFor)
+// Otherwise the files of --from would not get the names that crop gives them.
+TEST(ChosenCrops, HaveTheRatioAsRequested)
 {
-    for (const auto& [aspect, asked, read] :
+    for (const auto& [aspect, requested, read] :
          {std::array<const char*, 3>{"7:3", "21x9", "21x9"},
           std::array<const char*, 3>{"64:27", "21x9", "21x9"}, // its usual name
           std::array<const char*, 3>{"64:27", "64x27", "64x27"},
           std::array<const char*, 3>{"3:2", "1.5", "1.5"}}) {
-        SCOPED_TRACE(std::string(aspect) + " " + asked);
+        SCOPED_TRACE(std::string(aspect) + " " + requested);
         PhotoResult result;
         result.File = "a.jpg";
         result.Found.Size = {4000, 3000};
         result.Found.Crops.resize(1);
         result.Found.Crops[0].Aspect = *ParseRatio(aspect);
         result.Found.Crops[0].Rect = {0, 0, 1600, 900};
-        result.Labels = {{"", asked, 1, {}}};
+        result.Labels = {{"", requested, 1, {}}};
         EXPECT_EQ(ReadChosenCrops(JsonLine(result), "c.json").Photos[0].Labels[0].Ratio, read);
     }
 }
@@ -126,8 +126,8 @@ TEST(ChosenCrops, ThatAreWrongAreNamedWithFileAndLine)
     EXPECT_EQ(FaultOf("{\"file\":\"a\",\"crops\":{}}"), "c.json:1: crops must be an array");
 }
 
-// Two hundredths of the ratio, and a pixel of the shorter side.
-TEST(ChosenCrops, MayMissTheRatioOfTheirFillByATouch)
+// By two hundredths of the ratio and a pixel of the shorter side.
+TEST(ChosenCrops, MayMissTheRatioOfTheirFillSlightly)
 {
     const auto fault = [](const char* crop, const char* fill) {
         return FaultOf(std::string("{\"file\":\"a\",\"crops\":[{\"x\":0,\"y\":0,") + crop +

@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
-# Every option that --help tells stands in the manual page, in docs/command_line.md and in the
-# completion, and the completion offers no other. The manual page has no fault of its markup.
+# Every option that --help lists is in the manual page, in docs/command_line.md and in the
+# completion, and the completion offers no other. The markup of the manual page is valid.
 #
 # usage: command_line_docs_test.sh VISTATRIM SOURCE_FOLDER
 set -euo pipefail
@@ -26,7 +26,7 @@ offered() { # what the completion offers after the given words
     [ ${#COMPREPLY[@]} -eq 0 ] || printf '%s\n' "${COMPREPLY[@]}"
 }
 offers() { # whether WORD is among what it offers after the others; usage: offers WORD WORDS...
-    # Not grep -q: it leaves at the first match, and the writer it leaves alone fails.
+    # Not grep -q: it exits at the first match, and then the writer fails.
     offered "${@:2}" | grep -x -- "$1" >/dev/null
 }
 

@@ -1,5 +1,5 @@
-"""Completions of zsh and fish, asked in a real shell: they offer the commands, every option that
---help lists and no other, and the words that options take.
+"""Completions for zsh and fish, tested in a real shell: they offer the commands, every option that
+--help lists and no other, and the values that options take.
 
 usage: completion_test.py VISTATRIM SOURCE_FOLDER
 """
@@ -13,7 +13,7 @@ import time
 
 from help_options import COMMANDS, options_of
 
-# Notes what completions hand to the shell.
+# Records what the completions offer.
 ZSH_START = """
 PROMPT='ready> '
 fpath=({folder} $fpath)
@@ -74,11 +74,11 @@ class Fish:
         self.folder = folder
 
     def offered(self, line):
-        told = subprocess.run(
+        offers = subprocess.run(
             ["fish", "--no-config", "-c", f"source {self.completion}; complete -C '{line}'"],
             stdout=subprocess.PIPE, check=True, universal_newlines=True, cwd=self.folder,
             env={**os.environ, "HOME": self.folder}).stdout
-        return {row.split("\t")[0] for row in told.split("\n") if row}
+        return {row.split("\t")[0] for row in offers.split("\n") if row}
 
 
 def check(shell, name, program, source):
@@ -87,8 +87,8 @@ def check(shell, name, program, source):
     def expect(line, wanted, exactly=True):
         offered = shell.offered(line)
         if exactly and offered != wanted:
-            faults.append(f"{name}: '{line}' lacks {sorted(wanted - offered)} and offers "
-                          f"{sorted(offered - wanted)} besides")
+            faults.append(f"{name}: '{line}' lacks {sorted(wanted - offered)} and also offers "
+                          f"{sorted(offered - wanted)}")
         elif not wanted <= offered:
             faults.append(f"{name}: '{line}' lacks {sorted(wanted - offered)}")
 
@@ -111,18 +111,18 @@ def main():
     program, source = sys.argv[1:]
     source = os.path.abspath(source)
     faults = []
-    asked = []
+    tested = []
     for name, shell, file in (("zsh", Zsh, "_vistatrim"), ("fish", Fish, "vistatrim.fish")):
         if shutil.which(name) is None:
             continue
-        asked.append(name)
+        tested.append(name)
         with tempfile.TemporaryDirectory() as folder:
             with open(os.path.join(folder, "regions.json"), "w", encoding="utf-8"):
                 pass
             completion = os.path.join(source, "cli/completion", file)
             faults += check(shell(completion, folder), name, os.path.abspath(program), source)
-    print("\n".join(faults) or "completions of " + " and ".join(asked) + " know every option")
-    if not asked:
+    print("\n".join(faults) or "completions for " + " and ".join(tested) + " know every option")
+    if not tested:
         return 77
     return 1 if faults else 0
 

@@ -27,10 +27,10 @@ void ExpectColour(const VImage& sheet, int x, int y, const std::vector<double>& 
     const std::vector<double> found = sheet.getpoint(x, y);
     ASSERT_EQ(found.size(), 3U);
     for (size_t band = 0; band < 3; ++band)
-        EXPECT_NEAR(found[band], colour[band], 8.0) << x << ", " << y; // of JPEG
+        EXPECT_NEAR(found[band], colour[band], 8.0) << x << ", " << y; // JPEG is lossy
 }
 
-// How much of the line of text is ink.
+// How much ink there is in a line of text.
 double InkOf(const VImage& sheet, int top)
 {
     return 255.0 - sheet.extract_area(12, top, 372, 30).avg();
@@ -45,7 +45,7 @@ TEST(ContactSheet, HasARowOfPicturesForEachPhotograph)
     const Outcome outcome =
         RunProgram({"contact-sheet", folder.Path("r [x] & <y>.png"), folder.Path("broken.jpg"),
                     folder.Path("blue.png"), "--top", "2", "-o", folder.Path("sheet.jpg")});
-    EXPECT_EQ(outcome.Status, 1); // of the broken one
+    EXPECT_EQ(outcome.Status, 1); // for the broken one
     const VImage sheet = VImage::new_from_file(folder.Path("sheet.jpg").c_str());
     // A gap of 12 around; a head of 30; rows of 30 + 240 + 12; the broken one's row is only its
     // message.
@@ -83,7 +83,7 @@ TEST(ContactSheet, TakesShapesAndCells)
 }
 
 // In the photograph and its crops; the sheet itself stays white.
-TEST(ContactSheet, ShowsTheBackgroundThroughTransparentPlaces)
+TEST(ContactSheet, ShowsTheBackgroundThroughTransparentPixels)
 {
     const TempFolder folder;
     Plain(600, 600, {200, 30, 30, 0}).write_to_file(folder.Path("a.png").c_str());
@@ -109,7 +109,7 @@ TEST(ContactSheet, RejectsWhatItCannotWrite)
     WriteText(folder.Path("s.jpg"), "precious");
     EXPECT_EQ(RunProgram({"contact-sheet", a, "-o", folder.Path("s.jpg")}).Status, 1);
     EXPECT_EQ(ReadText(folder.Path("s.jpg")), "precious");
-    // More rows than a JPEG can have, found out before the first of them is made.
+    // More rows than a JPEG can have, detected before the first of them is made.
     std::vector<std::string> many(233, a);
     many.insert(many.begin(), {"contact-sheet", "-o", folder.Path("many.jpg")});
     const Outcome tall = RunProgram(many);

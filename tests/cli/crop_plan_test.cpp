@@ -1,4 +1,4 @@
-// Which files come of crops, and which of them would get the same name.
+// Which files the crops become, and which of them would get the same name.
 #include "commands/crop_plan.h"
 
 #include <filesystem>
@@ -49,7 +49,7 @@ Words Paths(const std::vector<PlannedFile>& files)
     return paths;
 }
 
-TEST(SizesOfCrop, AreItsOwnUnlessAskedOtherwise)
+TEST(SizesOfCrop, AreItsOwnUnlessRequestedOtherwise)
 {
     using Sizes = std::vector<PixelSize>;
     const CropLabel plain;
@@ -68,7 +68,7 @@ TEST(SizesOfCrop, AreItsOwnUnlessAskedOtherwise)
     EXPECT_EQ(SizesOfCrop({1600, 900}, plain, how),
               (Sizes{{400, 225}, {1600, 900}, {5000, 2813}, {6000, 3375}}));
     how.Widths = {1};
-    EXPECT_EQ(SizesOfCrop({1600, 9}, plain, how), (Sizes{{1, 1}})); // never no height
+    EXPECT_EQ(SizesOfCrop({1600, 9}, plain, how), (Sizes{{1, 1}})); // the height is never 0
 }
 
 TEST(CropPlan, HasAFileForEachCropAndSize)
@@ -162,7 +162,7 @@ TEST(CropPlan, KnowsTheLabelsBeforeThePhotographIsRead)
     EXPECT_EQ(labels[2].Fill, (PixelSize{40, 30}));
 }
 
-TEST(CropPlan, ExpectedNamesLeaveOpenWhatIsNotKnown)
+TEST(CropPlan, ExpectedNamesHaveQuestionMarksForWhatIsUnknown)
 {
     Options options;
     const ListedPhoto photo = PhotoAt("in/a.jpg", "sub");
@@ -211,7 +211,7 @@ TEST(NameClashes, AreFoundWithinAndBetweenPhotographs)
     options.Request.Top = 2;
     const std::vector<ListedPhoto> photos = {PhotoAt("x/a.jpg"), PhotoAt("y/a.png"),
                                              PhotoAt("y/b.jpg"), PhotoAt("z/a.jpg", "z")};
-    // Names clash whatever the ending: the content of a file decides on it.
+    // Names clash whatever the ending, because the content of the file decides the crop's ending.
     const Words between = Clashes(options, photos);
     ASSERT_EQ(between.size(), 1U);
     EXPECT_EQ(between[0], "y/a.png: its files would have the same names as those of x/a.jpg");
@@ -222,7 +222,7 @@ TEST(NameClashes, AreFoundWithinAndBetweenPhotographs)
     ASSERT_EQ(within.size(), 1U);
     EXPECT_EQ(within[0].find("x/a.jpg: two of its crops would have the same name a;"), 0U)
         << within[0];
-    // What has an error writes nothing.
+    // A photograph with an error writes nothing.
     ListedPhoto failed = PhotoAt("y/a.jpg");
     failed.Error = "empty";
     options.CropFiles.Name.clear();
@@ -230,7 +230,7 @@ TEST(NameClashes, AreFoundWithinAndBetweenPhotographs)
     EXPECT_TRUE(Clashes(options, {photos[0], failed}).empty());
 }
 
-TEST(NameClashes, WithAPhotographOfTheRunCountWhereFilesAreReplaced)
+TEST(NameClashes, WithInputPhotographsCountOnlyWithForce)
 {
     const TempFolder folder;
     Options options;
@@ -246,13 +246,13 @@ TEST(NameClashes, WithAPhotographOfTheRunCountWhereFilesAreReplaced)
     options.Force = true;
     EXPECT_TRUE(clashing("a.jpg", "a-1.jpg"));
     EXPECT_TRUE(clashing("b.tiff", "b-1.tif")); // by the ending that the crop gets
-    EXPECT_TRUE(clashing("c", "c-1.png"));      // none known: PNG
+    EXPECT_TRUE(clashing("c", "c-1.png"));      // no known ending: PNG
     EXPECT_FALSE(clashing("a.jpg", "b.tiff"));
     options.CropFiles.Format = ImageFormat::Webp;
     EXPECT_FALSE(clashing("a.jpg", "a-1.jpg"));
 }
 
-TEST(CanonicalPath, IsTheSameWhateverTheWay)
+TEST(CanonicalPath, IsTheSameForEveryWayToAFile)
 {
     const TempFolder folder;
     WriteText(folder.Path("a"), "");

@@ -171,7 +171,7 @@ TEST(Crop, IsWrittenInEveryFormat)
             EXPECT_NEAR(means[1][3], 0.0, 2.0);
         }
         const VImage inked = Open(folder.Path("out/ink" + ending));
-        // What was written can be read again, with whichever module that needs.
+        // The program can read what it wrote, with whichever module that needs.
         EXPECT_EQ(RunProgram({"suggest", folder.Path("out/ink" + ending)}).Status, 0);
         const bool keepsInk = std::string(format) == "jpg" || std::string(format) == "tif";
         EXPECT_EQ(inked.interpretation() == VIPS_INTERPRETATION_CMYK, keepsInk);
@@ -240,7 +240,8 @@ TEST(Crop, NeverReplacesAFileWithoutForce)
     EXPECT_EQ(refused.Status, 1);
     EXPECT_NE(refused.Err.find("a-2.jpg exists already"), std::string::npos) << refused.Err;
     EXPECT_EQ(ReadText(folder.Path("a-2.jpg")), "precious");
-    EXPECT_EQ(folder.Files(), (std::vector<std::string>{"a-2.jpg", "a.jpg"})); // nothing half done
+    EXPECT_EQ(folder.Files(),
+              (std::vector<std::string>{"a-2.jpg", "a.jpg"})); // nothing half written
     std::vector<std::string> forced = arguments;
     forced.push_back("--force");
     EXPECT_EQ(RunProgram(forced).Status, 0);
@@ -273,7 +274,7 @@ TEST(Crop, RejectsNamesThatClash)
                                         "-o", folder.Path("out"), "--top", "1", "--force"});
     EXPECT_EQ(outcome.Status, 1);
     EXPECT_NE(outcome.Err.find("y/a.jpg: its files would have the same names"), std::string::npos);
-    // A walked folder keeps its own shape and has no clash.
+    // A folder read recursively keeps its structure, so nothing clashes.
     const Outcome walked =
         RunProgram({"crop", "-r", folder.Path(""), "-o", folder.Path("tree"), "--top", "1"});
     EXPECT_TRUE(std::filesystem::exists(folder.Path("tree/x/a-1.jpg"))) << walked.Err;
@@ -378,7 +379,7 @@ TEST(Crop, ResumedWritesOnlyWhatIsMissing)
     EXPECT_EQ(again.Out, "");
 }
 
-// The first crop is the last that an interrupted run writes, but a person can delete any.
+// An interrupted run writes the first crop last, but a person can delete any of them.
 TEST(Crop, ResumedRestoresALaterCrop)
 {
     const TempFolder folder;

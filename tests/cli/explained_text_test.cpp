@@ -1,4 +1,4 @@
-// What is told with --explain, in JSON and for people, to the last character.
+// The output of --explain, in JSON and for people, to the last character.
 #include <gtest/gtest.h>
 #include <nlohmann/json.hpp>
 
@@ -11,7 +11,7 @@ using namespace photo;
 
 using nlohmann::json;
 
-// Every figure differs from all others, so that none can stand in the place of another.
+// Every figure differs from all others, so that a mix-up shows.
 PhotoResult Explained()
 {
     PhotoResult result;
@@ -109,7 +109,7 @@ TEST(ExplainedText, ForPeopleHasEachFigureInItsPlace)
                   kNote + "\n");
 }
 
-TEST(ExplainedText, ForPeopleIsShortWhereNothingIsToBeExplained)
+TEST(ExplainedText, ForPeopleIsShortWithoutAnExplanation)
 {
     PhotoResult result = Explained();
     result.Found.Explained.reset();
@@ -121,7 +121,7 @@ TEST(ExplainedText, ForPeopleIsShortWhereNothingIsToBeExplained)
     EXPECT_EQ(PeopleText(result), "a.jpg: 4000 x 3000\n  no crop: too small\n");
     result = Explained();
     result.Found.Crops.clear();
-    EXPECT_EQ(PeopleText(result).find("no crop"), std::string::npos); // the note tells why
+    EXPECT_EQ(PeopleText(result).find("no crop"), std::string::npos); // the note says why
     result.Error = "broken";
     EXPECT_EQ(PeopleText(result), ""); // on standard error alone
 }

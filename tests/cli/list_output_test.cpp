@@ -61,7 +61,7 @@ TEST_P(ListFiles, GrowResultByResult)
     EXPECT_EQ(all.size(), 2U); // nothing was there before
 }
 
-TEST_P(ListFiles, AreReplacedOnlyIfTheyMay)
+TEST_P(ListFiles, AreReplacedOnlyIfAllowed)
 {
     WriteText(Path, "precious and longer than what comes");
     EXPECT_THROW(ListOutput(Into(Path, Format)), ProgramError);
@@ -88,7 +88,7 @@ protected:
     }
 };
 
-TEST_P(ResumedLists, KeepWhatIsWholeAndGoOnBehindIt)
+TEST_P(ResumedLists, KeepWhatIsCompleteAndContinueAfterIt)
 {
     PhotoResult failed;
     failed.File = "b";
@@ -109,10 +109,10 @@ TEST_P(ResumedLists, KeepWhatIsWholeAndGoOnBehindIt)
     EXPECT_EQ(ReadText(Path), Header + a + Of(Format, ResultOf("b")));
 }
 
-TEST_P(ResumedLists, OfNothingBeginAnew)
+TEST_P(ResumedLists, OfNothingStartAfresh)
 {
     {
-        ListOutput output(Resuming()); // the file is not there
+        ListOutput output(Resuming()); // the file does not exist
         output.Write(ResultOf("a"));
     }
     EXPECT_EQ(ReadText(Path), Header + Of(Format, ResultOf("a")));
@@ -124,7 +124,7 @@ TEST_P(ResumedLists, OfNothingBeginAnew)
     EXPECT_EQ(ReadText(Path), Header + Of(Format, ResultOf("a")));
 }
 
-TEST_P(ResumedLists, OfAnotherFileAreRefusedByName)
+TEST_P(ResumedLists, OfAForeignFileAreRefusedByName)
 {
     WriteText(Path, "dear diary\n");
     try {

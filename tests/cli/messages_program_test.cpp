@@ -1,4 +1,4 @@
-// What the program reports, and that it reports it before it starts working.
+// What the program reports, and that it does so before it starts work.
 #include <filesystem>
 
 #include <gtest/gtest.h>
@@ -24,7 +24,7 @@ protected:
         Before = Folder.Files();
     }
 
-    // Of a run that fails and writes nothing.
+    // The message of a run that fails and writes nothing.
     std::string FaultOf(const std::vector<std::string>& arguments, int status = 1) const
     {
         const Outcome outcome = RunProgram(arguments);
@@ -44,7 +44,7 @@ bool Holds(const std::string& text, const std::string& part)
     return text.find(part) != std::string::npos;
 }
 
-TEST_F(Messages, StrangeNamesAreQuotedInAllThatPeopleReadAndExactInJson)
+TEST_F(Messages, StrangeNamesAreQuotedForPeopleAndExactInJson)
 {
     const std::string name = Folder.Path("new\nline \x1b[31m.jpg");
     const std::string shown = "$'" + Folder.Path("new\\nline \\033[31m.jpg") + "'";
@@ -96,7 +96,7 @@ TEST_F(Messages, ANameThatBeginsWithADashHintsAtTheTwoDashes)
     fs::current_path(before);
 }
 
-TEST_F(Messages, TheWorkingFolderWillDoAsOutputFolder)
+TEST_F(Messages, TheWorkingFolderCanBeTheOutputFolder)
 {
     const fs::path before = fs::current_path();
     fs::current_path(Folder.Path("folder"));
@@ -170,7 +170,7 @@ TEST_F(Messages, AnOutputThatCannotBeWrittenIsNamedBeforeTheWork)
                   "a file or folder\n");
 }
 
-TEST_F(Messages, AReportWithTheNameOfAPictureIsASlip)
+TEST_F(Messages, AReportNamedLikeAPictureIsRefused)
 {
     for (const char* name : {"x.jpg", "x.PNG", "x.webp"}) {
         const std::string page = Folder.Path(name);
@@ -202,7 +202,7 @@ TEST_F(Messages, ADashIsStandardOutputForListsToo)
               "vistatrim: -o - is standard output, which cannot be replaced or resumed\n");
 }
 
-TEST_F(Messages, AFolderWhereAFileIsExpectedIsSaidToBeOne)
+TEST_F(Messages, AFolderInPlaceOfAFileIsReported)
 {
     const std::string folder = Folder.Path("folder");
     for (const char* option : {"--ranking", "--presets", "--regions", "--files-from"})
@@ -224,7 +224,7 @@ TEST_F(Messages, AnOptionsFileThatCannotBeReadIsNamedWithTheOption)
     EXPECT_EQ(FaultOf({"crop", "--from", missing, "-o", Folder.Path("out")}, 2),
               "vistatrim: --from" + fault);
 
-    const std::string file = Folder.Path("file"); // of some other kind
+    const std::string file = Folder.Path("file"); // not of the expected kind
     for (const char* option : {"--ranking", "--presets", "--regions"})
         EXPECT_EQ(FaultOf({"suggest", Photo, option, file}, 2)
                       .find(std::string("vistatrim: ") + option + ": "),

@@ -1,5 +1,5 @@
 """Every option that takes a value has its default in --help, in the manual page and in the guide,
-and the three agree. What is required says so in all three.
+and the three agree. A required option is marked as such in all three.
 
 usage: option_defaults_test.py VISTATRIM SOURCE_FOLDER
 """
@@ -26,7 +26,7 @@ def manual_defaults(text):
                     if found and name not in defaults:
                         defaults[name] = found.group(1)
             elif line and not line.startswith(".TQ"):
-                break  # the names stand before the text
+                break  # the names come before the text
     return defaults
 
 
@@ -53,16 +53,17 @@ def main():
                 continue
             seen.add(option.name)
             for place, defaults in (("vistatrim.1", manual), ("command_line.md", guide)):
-                told = defaults.get(option.name, "").replace("`", "")
+                stated = defaults.get(option.name, "").replace("`", "")
                 if option.required:
-                    agrees = told.endswith(NEEDED)
+                    agrees = stated.endswith(NEEDED)
                 elif option.default is None:
                     faults.append(where + ": --help has no default")
                     continue
                 else:
-                    agrees = told in (option.default, option.default + " for " + command + "; " + NEEDED)
+                    agrees = stated in (option.default,
+                                        option.default + " for " + command + "; " + NEEDED)
                 if not agrees:
-                    faults.append(f"{where}: {place} says '{told}', --help '{option.default}'")
+                    faults.append(f"{where}: {place} says '{stated}', --help '{option.default}'")
     for place, defaults in (("vistatrim.1", manual), ("command_line.md", guide)):
         faults += [f"{place} has a default of {name}, which takes no value"
                    for name in sorted(set(defaults) - seen)]

@@ -147,7 +147,7 @@ TEST(OptionEffects, DensityAndScaleAndAspectSetTheCandidates)
         options.emplace_back("--explain");
         return Suggested(folder.Path("a.jpg"), options)["explain"]["candidates"].get<int>();
     };
-    // A crop as high as the photograph has room along one axis only.
+    // A crop as high as the photograph can move along one axis only.
     EXPECT_EQ(candidates({"--aspect", "1:1", "--scale", "1", "--density", "9"}), 9);
     EXPECT_EQ(candidates({"--aspect", "1:1", "--scale", "1", "--density", "30"}), 30);
     EXPECT_EQ(candidates({"--aspect", "1:1", "--scale", "1"}), 8);
@@ -219,7 +219,7 @@ TEST(OptionEffects, EachListFormatHoldsTheSameNumbers)
     }
 }
 
-// Of a photograph that is larger than the page's picture of it.
+// For a photograph that is larger than its picture in the page.
 TEST(OptionEffects, ReportShowsThePhotographAndItsFramesInPlace)
 {
     const TempFolder folder;

@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
-# Every option that --help lists is in option_effects.tsv, with a test of its effect, and that test
-# is there and gives the option to the program. Whether the test is a good one, no script can tell.
+# Every option that --help lists is in option_effects.tsv with a test of its effect; that test
+# exists and passes the option to the program. No script can tell whether the test is a good one.
 #
 # usage: option_effects_test.sh VISTATRIM TESTS_FOLDER
 set -euo pipefail
@@ -33,7 +33,7 @@ done
 while IFS=$'\t' read -r option test words; do
     case $option in '#'* | '') continue ;; esac
     grep -qx -- "$option" <<<"$options" || complain "option_effects.tsv: there is no option $option"
-    # The words by which the test gives the option, if not by its name.
+    # How the test passes the option, if not by its name.
     found=$(body "$test")
     [ -n "$found" ] || complain "$option: there is no test $test"
     grep -qF -- "${words:-\"$option\"}" <<<"$found" || complain "$option: $test does not use it"

@@ -1,5 +1,5 @@
-// Options that change the figures of a run: what ranks, where faces are looked for, how many
-// workers there are, what the report holds.
+// Options that change the figures of a run: the ranking, the face search, the number of workers and
+// what the report contains.
 #include <algorithm>
 #include <chrono>
 #include <filesystem>
@@ -30,8 +30,8 @@ json Crops(const std::string& path, Words options)
     return outcome.Status == 0 ? json::parse(outcome.Out)["crops"] : json::array();
 }
 
-// A file of weights whose network says nothing and whose one feature is where the centre of a
-// crop lies, from the middle of the picture down.
+// A ranking file whose network outputs zeros and whose only feature is how far the centre of a crop
+// lies below the middle of the picture.
 std::string RankingByHeight(double weight)
 {
     constexpr size_t kInputs = 14;
@@ -86,14 +86,13 @@ TEST(OptionFigures, WeightsRankByTheirMeasure)
     for (const auto& [weights, measure] : cases) {
         SCOPED_TRACE(weights);
         const json best = Crops(folder.Path("a.jpg"), {"--weights", weights, "--explain"}).at(0);
-        // Next to nothing is better by the one measure that counts: of crops that cover the
-        // content, which the engine puts first. It tells equal ones apart, the explanation does
-        // not.
+        // The engine puts crops that cover the content first; among these, hardly any is better by
+        // the one measure that counts. The engine breaks ties, the explanation does not.
         const double rank = best.at("explain").at("ranks").at(measure);
         EXPECT_GT(rank, 0.99);
         EXPECT_NEAR(best.at("scores").at("merged").get<double>(), rank, 0.01);
     }
-    // Weights mean the engine; its own are the default of its ranking.
+    // Weights select the engine's ranking, which by default uses its own.
     EXPECT_EQ(Crops(folder.Path("a.jpg"), {"--rank-by", "engine"}),
               Crops(folder.Path("a.jpg"), {"--weights", "0.1,0.7,0,0.2,0"}));
     EXPECT_EQ(Crops(folder.Path("a.jpg"), {"--rank-by", "people"}),
@@ -102,7 +101,7 @@ TEST(OptionFigures, WeightsRankByTheirMeasure)
               Crops(folder.Path("a.jpg"), {}));
 }
 
-TEST(OptionFigures, MapsAreInTheReportUnlessRefused)
+TEST(OptionFigures, MapsAreInTheReportUnlessTurnedOff)
 {
     const TempFolder folder;
     Scene(900, 600, 0.3, 0.6).write_to_file(folder.Path("a.jpg").c_str());
@@ -132,8 +131,8 @@ TEST(OptionFigures, MapsAreInTheReportUnlessRefused)
         2);
 }
 
-// The portrait at two sizes: a large face is found by both searches, a small one by all alone.
-TEST(OptionFigures, FacesAreLookedForAtTheAskedSize)
+// The portrait at two sizes: both searches find a large face, only `all` finds a small one.
+TEST(OptionFigures, FacesAreFoundAtTheRequestedSize)
 {
     const std::string portrait = "/usr/lib/python3/dist-packages/skimage/data/astronaut.png";
     if (!std::filesystem::exists(portrait))
@@ -164,8 +163,8 @@ TEST(OptionFigures, FacesAreLookedForAtTheAskedSize)
     EXPECT_EQ(faces(folder.Path("small.png"), {"--faces", "large"}), 0);
 }
 
-// Threads of the process at their most. Each worker has one; a run with one has no others that
-// last.
+// The most threads that the process has at a time. Each worker has one; a run with one worker has
+// no other lasting threads.
 size_t MostThreads(const Words& arguments)
 {
     const pid_t process = BeginProgram(arguments);
@@ -179,7 +178,7 @@ size_t MostThreads(const Words& arguments)
             ++now;
         most = std::max(most, now);
         std::this_thread::sleep_for(std::chrono::milliseconds(1));
-        // A process that ended has no more memory, until somebody waits for it.
+        // A process that has ended shows no memory until it is waited for.
         running = !ReadText("/proc/" + std::to_string(process) + "/statm").empty() &&
                   ReadText("/proc/" + std::to_string(process) + "/statm").substr(0, 2) != "0 ";
     }

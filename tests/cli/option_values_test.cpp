@@ -1,4 +1,4 @@
-// What each option leaves in the values of a run, for every command that has it.
+// What each option sets in the values of a run, for every command that has it.
 #include <algorithm>
 #include <string>
 #include <vector>
@@ -42,7 +42,7 @@ bool IsFault(const Words& words)
 struct CommandWords {
     const char* Name;
     Command Chosen;
-    Words Least; // that the command needs
+    Words Least; // the fewest words that the command needs
 };
 
 const std::vector<CommandWords> kCommands = {
@@ -59,7 +59,7 @@ Words With(const CommandWords& command, const Words& more)
     return words;
 }
 
-TEST(OptionValues, OfInputAndRunAreThoseOfEveryCommand)
+TEST(OptionValues, OfInputAndRunAreTheSameForEveryCommand)
 {
     for (const CommandWords& command : kCommands) {
         SCOPED_TRACE(command.Name);
@@ -84,7 +84,7 @@ TEST(OptionValues, OfInputAndRunAreThoseOfEveryCommand)
         EXPECT_EQ(Read(With(command, {"--files-from", "l", "--files-from", "m"})).FilesFrom,
                   (Words{"l", "m"}));
         EXPECT_TRUE(IsFault(With(command, {"--files-from", ""})));
-        EXPECT_TRUE(IsFault(With(command, {"-", "-"}))); // read only once
+        EXPECT_TRUE(IsFault(With(command, {"-", "-"}))); // it can be read only once
         EXPECT_TRUE(IsFault(With(command, {"-", "--files-from", "-"})));
         EXPECT_EQ(Read(With(command, {"--background", "#102030"})).Reading.Background,
                   (Colour{16, 32, 48}));
@@ -99,7 +99,7 @@ TEST(OptionValues, OfInputAndRunAreThoseOfEveryCommand)
     }
 }
 
-TEST(OptionValues, OfRequestRegionsAndShapesAreThoseOfEveryCommandButMaps)
+TEST(OptionValues, OfRequestRegionsAndShapesAreTheSameForEveryCommandExceptMaps)
 {
     for (const CommandWords& command : kCommands) {
         SCOPED_TRACE(command.Name);
@@ -168,7 +168,7 @@ TEST(OptionValues, ScalesAreAboveZeroAndAtMostOne)
     EXPECT_TRUE(IsFault(With(kCommands[0], {"--scale", "0.5", "--largest"})));
 }
 
-TEST(OptionValues, ShapesComeOnceAndInTheirOrder)
+TEST(OptionValues, ShapesAreListedOnceAndInTheirOrder)
 {
     const auto names = [](const Words& more) {
         Words list;
@@ -181,13 +181,13 @@ TEST(OptionValues, ShapesComeOnceAndInTheirOrder)
     EXPECT_EQ(names({"--preset", "wide", "--preset", "avatar", "--preset", "wide"}),
               (Words{"wide", "avatar"}));
     EXPECT_EQ(names({"--fill", "30x20", "--fill", "20x20"}), (Words{"30x20", "20x20"}));
-    // The name of a preset as a ratio asks for its ratio alone.
+    // The name of a preset given as a ratio means its ratio alone.
     const Options aspect = Read(With(kCommands[1], {"--aspect", "avatar"}));
     EXPECT_FALSE(aspect.Shapes.at(0).Fill);
     EXPECT_FALSE(aspect.EachShape);
     EXPECT_EQ(aspect.Request.Top, 5);
     EXPECT_EQ(aspect.Request.Aspects, (std::vector<Ratio>{{1, 1}}));
-    // Each shape gives one crop, unless more are asked for.
+    // Each shape gives one crop, unless more are requested.
     for (const Words& each : {Words{"--preset", "avatar"}, Words{"--fill", "30x20"},
                               Words{"--aspect", "1:1", "--each-ratio"}}) {
         EXPECT_TRUE(Read(With(kCommands[1], each)).EachShape);
@@ -240,7 +240,7 @@ TEST(OptionValues, OfCropAreRead)
         EXPECT_TRUE(IsFault(With(crop, words))) << testing::PrintToString(words);
 }
 
-TEST(OptionValues, OfStandardOutputAllowOnePicture)
+TEST(OptionValues, ForStandardOutputAllowOnePicture)
 {
     const auto isFault = [](Words more) {
         more.insert(more.begin(), {"crop", "a.jpg", "-o", "-"});
@@ -277,8 +277,8 @@ TEST(OptionValues, OfTheOtherCommandsAreRead)
     EXPECT_TRUE(Read({"suggest", "a", "--json", "--resume", "-o", "x"}).Resume);
 }
 
-// The last of two would win without a word.
-TEST(OptionValues, OfOneValueAreTakenOnce)
+// The last of two would win silently.
+TEST(OptionValues, OfOneValueMayBeGivenOnce)
 {
     const std::pair<const char*, const char*> single[] = {
         {"--rank-by", "peak"},   {"--weights", "1,0,0"}, {"--faces", "off"},  {"--size", "5x5"},

@@ -50,7 +50,7 @@ TEST(Options, OfSuggestAreRead)
     EXPECT_EQ(values.Request.Wishes[1].Kind, WishKind::MustAvoid);
     EXPECT_EQ(values.Request.Weights.Border, 3.0);
     EXPECT_EQ(values.Request.Weights.Peak, 0.0);
-    EXPECT_EQ(values.Request.Ranking, RankBy::Engine) << "who gives weights wants them used";
+    EXPECT_EQ(values.Request.Ranking, RankBy::Engine) << "weights select the engine's ranking";
     EXPECT_EQ(values.Workers, 2);
 }
 
@@ -66,8 +66,8 @@ TEST(Options, HaveTheirDefaults)
     EXPECT_EQ(line.Values.Request.Weights.CentrePeak, kDefaultWeights.CentrePeak);
 }
 
-// The texts of help say what the code does.
-TEST(Options, GivenTheirDefaultsAreAsIfNotGiven)
+// The defaults that --help states are those of the code.
+TEST(Options, GivenTheirDefaultsChangeNothing)
 {
     const Options plain = Parse({"crop", "a.jpg", "-o", "out"}).Values;
     const Options given = Parse({"crop",         "a.jpg",
@@ -102,7 +102,7 @@ TEST(Options, GivenTheirDefaultsAreAsIfNotGiven)
         plain.SheetCell);
 }
 
-TEST(Options, NameWhatRanks)
+TEST(Options, SelectTheRanking)
 {
     const std::vector<std::pair<const char*, RankBy>> rankings = {
         {"people", RankBy::People},     {"composition", RankBy::Composition},

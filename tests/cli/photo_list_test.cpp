@@ -58,12 +58,12 @@ TEST_F(PhotoNames, AFolderGivesItsPhotographsByNameWhateverTheCaseOfTheEnding)
     for (const char* other : {"in/.hidden.jpg", "in/a.txt", "in/a.jpg.bak", "in/jpg"})
         Put(other);
     EXPECT_EQ(Paths(Listed({Folder.Path("in")})), expected);
-    // What is skipped is counted, but for hidden files.
+    // Skipped files are counted, except hidden ones.
     std::istringstream none;
     EXPECT_EQ(ListPhotos({Folder.Path("in")}, {}, none).Skipped, 3U);
 }
 
-TEST_F(PhotoNames, RecursiveGoesBelowAndSaysWhereAPhotographLies)
+TEST_F(PhotoNames, RecursiveDescendsAndRecordsTheSubfolder)
 {
     Put("in/b.jpg");
     Put("in/a/c.jpg");
@@ -137,7 +137,7 @@ TEST_F(PhotoNames, AListIsReadAfterItsByteOrderMark)
                                                           "b.jpg"}));
 }
 
-TEST_F(PhotoNames, AListThatNamesNothingOrIsNotThereIsNamed)
+TEST_F(PhotoNames, AnEmptyOrMissingListIsNamed)
 {
     WriteText(Folder.Path("list"), "\n\r\n");
     ListOptions options;

@@ -25,7 +25,7 @@ Crop CropOfRatio(const Ratio& ratio)
     return crop;
 }
 
-TEST(PictureSnippet, OfOneRatioIsAnImageAlone)
+TEST(PictureSnippet, OfOneRatioIsASingleImage)
 {
     PhotoResult result;
     result.Found.Crops = {CropOfRatio({3, 2})};
@@ -47,7 +47,8 @@ TEST(PictureSnippet, OfSeveralRatiosOffersTheWidestFirst)
                     {"/w/square.jpg", 1, {100, 100}},
                     {"/w/other.jpg", 2, {100, 100}},
                     {"/w/wide.jpg", 4, {200, 100}}};
-    // Between 2 and 1 the window changes at the root of 2, between 1 and 1/2 at that of 1/2.
+    // The window switches between 2 and 1 at the square root of 2, and between 1 and 1/2 at the
+    // square root of 1/2.
     EXPECT_EQ(PictureSnippet(result, "/w/p.html", "50vw"),
               "<picture>\n"
               "  <source media=\"(min-aspect-ratio: 1414/1000)\" srcset=\"wide.jpg 200w\" "
@@ -59,7 +60,7 @@ TEST(PictureSnippet, OfSeveralRatiosOffersTheWidestFirst)
               "</picture>\n");
 }
 
-TEST(PictureSnippet, OfNoFileIsNothing)
+TEST(PictureSnippet, IsEmptyWithoutFiles)
 {
     PhotoResult result;
     EXPECT_EQ(PictureSnippet(result, "/w/p.html", "100vw"), "");
@@ -88,7 +89,7 @@ TEST(Manifest, ListsEachCropWithItsFiles)
     whole.Found.Crops = {CropOfRatio({3, 2}), CropOfRatio({1, 1})};
     whole.Labels = {{"", "3x2", 1, {}}, {"", "1x1", 2, {}}};
     whole.Crops = {{"o/1", 1, {30, 20}}, {"o/2", 0, {300, 200}}, {"o/3", 1, {60, 40}}};
-    PhotoResult partly = whole; // some shapes are there, another failed
+    PhotoResult partly = whole; // some shapes have crops, another failed
     partly.File = "b.jpg";
     partly.Error = "no crop of tall";
     PhotoResult failed;
@@ -97,12 +98,12 @@ TEST(Manifest, ListsEachCropWithItsFiles)
     Manifest manifest(folder.Path("m.json"), false);
     for (const PhotoResult& result : {whole, partly, failed})
         manifest.Add(result);
-    EXPECT_TRUE(folder.Files().empty()); // whole at the end
+    EXPECT_TRUE(folder.Files().empty()); // it appears when it is complete
     manifest.Finish();
     const std::string text = ReadText(folder.Path("m.json"));
     const json list = json::parse(text);
     ASSERT_EQ(list.size(), 3U);
-    EXPECT_EQ(std::count(text.begin(), text.end(), '\n'), 5); // one line a photograph
+    EXPECT_EQ(std::count(text.begin(), text.end(), '\n'), 5); // one line per photograph
     EXPECT_EQ(list[0]["file"], "a.jpg");
     EXPECT_EQ(list[0]["crops"][0]["files"],
               json::parse(R"([{"file": "o/2", "width": 300, "height": 200}])"));
@@ -115,7 +116,7 @@ TEST(Manifest, ListsEachCropWithItsFiles)
     EXPECT_EQ(list[2], json::parse(R"({"file": "c.jpg", "error": "broken"})"));
 }
 
-TEST(Manifest, OfNothingIsAnEmptyListAndNeverReplacesUnasked)
+TEST(Manifest, OfNothingIsAnEmptyListAndReplacesOnlyIfAllowed)
 {
     const TempFolder folder;
     Manifest(folder.Path("m.json"), false).Finish();

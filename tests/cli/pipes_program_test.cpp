@@ -106,7 +106,7 @@ TEST_F(Pipes, ListsOfNamesComeInEveryForm)
     EXPECT_EQ(files(a + "\n" + b + "\n", {}), both);
     EXPECT_EQ(files("\xEF\xBB\xBF" + a + "\r\n\r\n" + b + "\r\n", {}), both); // from other systems
     EXPECT_EQ(files(a + std::string(1, '\0') + b + std::string(1, '\0'), {"-0"}), both);
-    EXPECT_EQ(files(b + "\n", {a}), both); // beside names
+    EXPECT_EQ(files(b + "\n", {a}), both); // in addition to names
 }
 
 TEST_F(Pipes, AnEmptyListSaysSo)
@@ -183,7 +183,7 @@ TEST_F(Pipes, FromRefusesWhatDoesNotFitBeforeAnythingIsWritten)
     EXPECT_EQ(from(good + good).Status, 1); // the same names twice
     EXPECT_FALSE(std::filesystem::exists(Folder.Path("out")));
 
-    // Found out only when the photograph is opened.
+    // Detected only when the photograph is opened.
     const Outcome other = from("{\"file\":\"" + a +
                                "\",\"width\":90,\"height\":60,\"crops\":[{\"x\":0,\"y\":0,"
                                "\"width\":9,\"height\":9}]}\n");

@@ -36,7 +36,7 @@ protected:
         return files;
     }
 
-    // The photographs that a run would take.
+    // The photographs that a run would read.
     std::set<std::string> Listed(const std::vector<std::string>& more) const
     {
         std::vector<std::string> arguments = {"suggest",         "--json",  "-r",
@@ -91,12 +91,12 @@ TEST_F(ReadOutput, OfContactSheetIsNotReadAgain)
         return ReadText(Folder.Path("in/sheet.png"));
     };
     const std::string first = sheet();
-    EXPECT_TRUE(sheet() == first) << "a sheet of the sheet"; // no dump of pictures
+    EXPECT_TRUE(sheet() == first) << "the sheet shows itself"; // EXPECT_EQ would print pictures
 }
 
-TEST_F(ReadOutput, OfSuggestAndReportLeavesTheListOfPhotographsAsItWas)
+TEST_F(ReadOutput, OfSuggestAndReportDoesNotChangeTheListOfPhotographs)
 {
-    // Their endings are not those of photographs; the file is known by what it is, not by that.
+    // The output is recognised as the file it is, even if its ending is that of a photograph.
     const std::string output = Folder.Path("in/crops.jpg");
     for (int run = 0; run < 2; ++run) {
         EXPECT_EQ(RunProgram({"suggest", "--json", "-r", Folder.Path("in"), "-o", output, "--force",
@@ -107,7 +107,7 @@ TEST_F(ReadOutput, OfSuggestAndReportLeavesTheListOfPhotographsAsItWas)
         EXPECT_EQ(std::count(lines.begin(), lines.end(), '\n'), 2);
     }
     std::filesystem::remove(output);
-    // A file without an ending is looked into, so this one would count as skipped.
+    // The program looks into files without an ending, so this one would count as skipped.
     for (int run = 0; run < 2; ++run) {
         const Outcome outcome = RunProgram({"report", "-r", Folder.Path("in"), "-o",
                                             Folder.Path("in/page"), "--force", "--faces", "off"});
@@ -116,7 +116,7 @@ TEST_F(ReadOutput, OfSuggestAndReportLeavesTheListOfPhotographsAsItWas)
     }
 }
 
-TEST_F(ReadOutput, IsReadWithAWarningWhereItIsNamed)
+TEST_F(ReadOutput, IsReadWithAWarningIfItIsNamed)
 {
     const std::vector<std::string> both = {"crop",    "-o", Folder.Path("in"), "--top", "1",
                                            "--faces", "off"};

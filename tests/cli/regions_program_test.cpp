@@ -27,7 +27,7 @@ constexpr PixelSize kPhoto{900, 600};
 // Far from the bright disc of the scene, so that no crop contains it by chance.
 constexpr PixelRect kPet{720, 60, 90, 60};
 
-// A pet at kPet of the picture as it is stored, which is kPhoto large.
+// Metadata with a pet at kPet of the stored picture, whose size is kPhoto.
 std::string PetXmp()
 {
     return "<x:xmpmeta xmlns:x=\"adobe:ns:meta/\"><rdf:RDF "
@@ -112,7 +112,7 @@ TEST(Regions, FollowTheOrientationOfThePhotograph)
     EXPECT_EQ(RectOf(result.at("regions")[0]), (PixelRect{480, 720, 60, 90}));
 }
 
-TEST(Regions, OfACropAreTrueForIt)
+TEST(Regions, OfACropAreRelativeToIt)
 {
     const TempFolder folder;
     for (const int orientation : {1, 6}) {
@@ -134,7 +134,7 @@ TEST(Regions, OfACropAreTrueForIt)
         ASSERT_EQ(outcome.Status, 0) << outcome.Err;
         const auto regions = RegionsIn(outcome.Out.substr(0, outcome.Out.find('\n')));
         ASSERT_THAT(regions, SizeIs(1));
-        // Six digits of a share of the crop come back to within a pixel.
+        // Shares of the crop, stored with six digits, are exact to within a pixel.
         EXPECT_NEAR(regions[0].Rect.X, pet.X - rect.X, 1);
         EXPECT_NEAR(regions[0].Rect.Y, pet.Y - rect.Y, 1);
         EXPECT_NEAR(regions[0].Rect.Width, pet.Width, 2);
@@ -249,7 +249,7 @@ TEST(Regions, ANamedFaceSkipsTheSearch)
     const json named = Suggest(portrait, {"--regions", folder.Path("r.jsonl")});
     ASSERT_THAT(named.at("regions"), SizeIs(1));
     EXPECT_EQ(named.at("regions")[0].at("source"), "file");
-    // What is named but is no face leaves the faces to be found.
+    // A named region that is not a face does not skip the search.
     for (const char* kind : {"animal", "subject", "other"}) {
         WriteText(folder.Path("r.jsonl"),
                   "{\"file\":\"astronaut.png\",\"regions\":[{\"x\":20,\"y\":30,\"w\":40,\"h\":40,"
@@ -265,7 +265,7 @@ TEST(Regions, ANamedFaceSkipsTheSearch)
     EXPECT_EQ(Suggest(portrait, {"-j", "1"}), Suggest(portrait, {"-j", "4"}));
 }
 
-TEST(Regions, FacesIsOneOfThree)
+TEST(Regions, FacesTakesOneOfThreeValues)
 {
     const Outcome outcome = RunProgram({"suggest", "a.jpg", "--faces", "many"});
     EXPECT_EQ(outcome.Status, 2);

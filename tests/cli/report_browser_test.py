@@ -33,11 +33,11 @@ if not shutil.which("chromium") or not shutil.which("chromedriver"):
     print("chromium or chromium-driver is not installed")
     sys.exit(SKIPPED)
 
-# A path that would end a script and start an element, if it were ever written as it is.
+# A path that would end a script and start an element if it were ever written unescaped.
 HOSTILE_FOLDER = "odd <"
 HOSTILE_NAME = "script><img src=x onerror=document.title='broken'>\"&amp; $HOME 'it`s.png"
 
-# kB of a page are thousands of bytes.
+# Bytes; a kB of a page is a thousand of them.
 LIMIT_WITH_MAPS = 150_000
 LIMIT_WITHOUT_MAPS = 60_000
 
@@ -60,7 +60,7 @@ def make_square(folder, path, width, height, left, top, side):
 
 
 def make_noise(folder, path, width, height):
-    """What compresses worst."""
+    """The picture that compresses worst."""
     at = lambda name: os.path.join(folder, name)
     for band in "rgb":
         vips("gaussnoise", at(band + ".v"), str(width), str(height), "--mean", "128",
@@ -71,7 +71,7 @@ def make_noise(folder, path, width, height):
 
 
 class Sample:
-    """The photographs, what `suggest` says of them, and reports on them."""
+    """The photographs, what `suggest` prints for them, and reports on them."""
 
     def __init__(self, program, folder):
         self.program = program
@@ -84,7 +84,7 @@ class Sample:
         self.hostile = os.path.join(photos, HOSTILE_FOLDER, HOSTILE_NAME)
         self.broken = os.path.join(photos, "broken.jpg")
         self.noise = os.path.join(photos, "noise.png")
-        # Much larger than the picture in the page, and of sides that do not divide by it.
+        # Much larger than the picture in the page, with sides that are no multiples of its sides.
         make_square(scratch, self.large, 3011, 2003, 700, 800, 560)
         make_square(scratch, self.hostile, 1500, 2400, 700, 800, 450)
         make_noise(scratch, self.noise, 2100, 1500)
@@ -106,7 +106,7 @@ class Sample:
         return path
 
     def many(self, count):
-        """As many photographs, by links to one."""
+        """A folder of `count` photographs, all of them links to one."""
         folder = os.path.join(self.folder, "many")
         os.makedirs(folder, exist_ok=True)
         for number in range(count):
@@ -154,7 +154,7 @@ class Browser:
         if photo:
             self.wait(lambda: self.one("#viewer").is_displayed())
 
-    # A fresh load can be faster than the browser's store.
+    # A page can load before the browser has stored the choice.
     def open_until_chosen(self, page, count, photo=None):
         def is_so():
             self.open(page, photo)
@@ -191,7 +191,7 @@ class Browser:
             time.sleep(0.05)
 
     def pasted(self):
-        """What lies in the clipboard, read by pasting it."""
+        """The text on the clipboard, read by pasting it."""
         self.run("const field = document.createElement('textarea'); field.id = 'paste';"
                  "document.body.append(field); field.focus()")
         ActionChains(self.driver).key_down(Keys.CONTROL).send_keys("v").key_up(
@@ -240,14 +240,14 @@ def overview_comes_first(browser, sample):
     assert tiles[2].find_element(By.CSS_SELECTOR, ".about").text == sample.lines[2]["error"]
     assert browser.one("#search-count").text == "4 photographs"
 
-    # The one that failed keeps its place in the row, as high as the others.
+    # The photograph that failed keeps its place in the row and is as high as the others.
     boxes = [browser.box(tile.find_element(By.CSS_SELECTOR, ".stage")) for tile in tiles]
     assert boxes[1][0] < boxes[2][0] < boxes[3][0], boxes
     for side in (1, 3):
         sides = [box[side] for box in boxes]
         assert max(sides) - min(sides) <= 1, boxes
 
-    # A tile leads to its photograph, and back leads to the tile.
+    # A tile leads to its photograph, and Back leads to the tile.
     tiles[1].find_element(By.TAG_NAME, "a").click()
     browser.wait(lambda: browser.one("#viewer").is_displayed())
     assert not browser.one("#overview").is_displayed()
@@ -256,7 +256,7 @@ def overview_comes_first(browser, sample):
     browser.wait(lambda: browser.one("#overview").is_displayed())
     assert browser.focused().get_attribute("href").endswith("#photo-2")
 
-    # What cannot be read is left out between its neighbours.
+    # Next skips what cannot be read.
     browser.open(sample.page, photo=2)
     browser.one("#to-next").click()
     browser.wait(lambda: browser.one("#viewer-title").text == "noise.png")
@@ -270,7 +270,7 @@ def overview_comes_first(browser, sample):
     assert not browser.one("#to-overview").is_displayed()
 
 
-def thirty_photographs_fit_a_few_screens(browser, sample):
+def thirty_photographs_fit_on_a_few_screens(browser, sample):
     page = sample.report("thirty.html", "-n", "2", "--maps", "no", sample.many(30))
     for width, height, most in ((1400, 1000, 3500), (390, 844, 7000)):
         browser.size(width, height, phone=width < 500)
@@ -278,7 +278,7 @@ def thirty_photographs_fit_a_few_screens(browser, sample):
         assert len(browser.shown("#tiles > li")) == 30
         tall = browser.run("return document.documentElement.scrollHeight")
         assert height < tall < most, tall
-    # The tiles of a row are of one height.
+    # The tiles of a row have the same height.
     rows = {}
     for stage in browser.all("#tiles .stage"):
         rows.setdefault(round(browser.box(stage)[1]), []).append(browser.box(stage)[3])
@@ -314,7 +314,7 @@ def search_finds_names(browser, sample):
     assert browser.one("#search-count").text == "0 of 4 photographs"
     field.send_keys(Keys.ESCAPE)
     assert len(visible()) == 4 and field.get_attribute("value") == ""
-    # Next and previous stay among those that were found.
+    # Next and previous stay among the photographs found.
     field.send_keys("large")
     browser.shown("#tiles a")[0].click()
     browser.wait(lambda: browser.one("#viewer").is_displayed())
@@ -333,7 +333,7 @@ def frames_lie_where_the_crops_are(browser, sample):
             frames = browser.all("#frames .frame")
             assert len(frames) == len(line["crops"]) == 5
             for frame, crop in zip(frames, line["crops"]):
-                # Half a pixel of the screen, since boxes are not rounded to whole ones.
+                # Half a screen pixel, because boxes are not rounded to whole pixels.
                 assert near(browser.box(frame), expected_box(stage, crop, line), 0.5), (
                     browser.box(frame), expected_box(stage, crop, line))
             wish = [int(number) for number in sample.wish.split(",")]
@@ -342,13 +342,13 @@ def frames_lie_where_the_crops_are(browser, sample):
                 box = dict(zip(("x", "y", "width", "height"), wish))
                 assert near(browser.box(region), expected_box(stage, box, line), 0.5)
                 assert region.text == "keep"
-    # The picture in the page is smaller than the photograph, else this would have shown nothing.
+    # The picture in the page is smaller than the photograph; otherwise this would prove nothing.
     browser.size(1400, 1000)
     browser.open(sample.page, photo=1)
     assert browser.run("return document.getElementById('whole').naturalWidth") < 1100
 
 
-def regions_are_drawn_and_told(browser, sample):
+def regions_are_drawn_and_listed(browser, sample):
     line = sample.lines[0]
     # A crop that leaves something out.
     rank, crop = next((rank, crop) for rank, crop in enumerate(line["crops"])
@@ -377,13 +377,13 @@ def regions_are_drawn_and_told(browser, sample):
     assert [region.text for region in regions] == [hostile, "animal", "face", "face", "keep"]
     for region, box in zip(regions, (held, cut, left_out)):
         assert near(browser.box(region), expected_box(stage, box, line), 0.5), region.text
-    told = browser.one("#details-regions")
-    assert told.text == f"Holds: {hostile}, keep · Cuts: animal · Leaves out: face × 2", told.text
+    listed = browser.one("#details-regions").text
+    assert listed == f"Holds: {hostile}, keep · Cuts: animal · Leaves out: face × 2", listed
     browser.one("#show-regions").click()
     assert not browser.shown("#regions .region")
 
 
-def badges_stand_at_corners_of_their_frames(browser, sample):
+def badges_are_at_corners_of_their_frames(browser, sample):
     for width in (1400, 390):
         browser.size(width, 900, phone=width < 500)
         for number in (1, 2, 4):
@@ -407,7 +407,7 @@ def only_the_shown_crop_stands_out(browser, sample):
         "return getComputedStyle(arguments[0], '::after').opacity", frame))
         for frame in browser.all("#frames .frame")]
     settled = lambda expected: browser.wait(lambda: opacity() == expected, f"outlines {expected}")
-    # Off the stage, which would outline all.
+    # Off the stage: pointing at it would outline all.
     ActionChains(browser.driver).move_to_element(browser.one("h1")).perform()
     settled([1, 0, 0, 0, 0])
     assert "9999px" in browser.run("return getComputedStyle(arguments[0]).boxShadow",
@@ -433,7 +433,7 @@ def clicks_choose_what_is_shown(browser, sample):
     browser.all("#frames .badge")[3].click()
     assert shown_crop(browser) == 3
     assert browser.one("#details-title").text.startswith("Crop 4 · ")
-    # Clicks on the photograph go through the crops that lie under the pointer.
+    # Clicks on the photograph cycle through the crops under the pointer.
     stage = browser.one("#stage")
     x, y, width, height = browser.box(stage)
     middle = (x + width / 2, y + height / 2)
@@ -450,7 +450,7 @@ def clicks_choose_what_is_shown(browser, sample):
 
 def keys_reach_everything(browser, sample):
     browser.open(sample.page)
-    # From the start of the page by Tab alone to a photograph.
+    # Tab alone leads from the start of the page to a photograph.
     reached = []
     for _ in range(12):
         browser.press(Keys.TAB)
@@ -463,8 +463,8 @@ def keys_reach_everything(browser, sample):
     browser.press(Keys.ENTER)
     browser.wait(lambda: browser.one("#viewer").is_displayed())
 
-    # Every control of the view by Tab, but the badges, whose crops the cards stand for, and of a
-    # radio group the one that is chosen.
+    # Tab reaches every control of the view except the badges, because the cards choose the same
+    # crops; in a radio group it reaches the selected one.
     wanted = set(browser.run(
         "return [...document.querySelectorAll('#viewer :is(button, select, input, a, summary)')]"
         ".filter(e => e.offsetParent && !e.disabled && e.tabIndex >= 0 &&"
@@ -478,12 +478,12 @@ def keys_reach_everything(browser, sample):
         name = browser.run("const e = document.activeElement; return e.id || e.dataset.rank ||"
                            "e.dataset.view || e.parentElement.dataset.score")
         seen.add(name)
-        # Where the focus is can be seen.
+        # The focus is visible.
         assert browser.run("return getComputedStyle(document.activeElement).outlineStyle") != \
             "none" or name in ("main", None), name
     assert wanted <= seen, wanted - seen
 
-    # Arrow keys within the cards, round the ends; digits anywhere.
+    # Arrow keys move within the cards and wrap around; digits work anywhere.
     browser.run("document.querySelector('#strip [tabindex=\"0\"]').focus()")
     browser.press(Keys.ARROW_RIGHT)
     assert shown_crop(browser) == 1
@@ -512,14 +512,14 @@ def keys_reach_everything(browser, sample):
     browser.press(Keys.ARROW_LEFT)
     browser.wait(lambda: browser.one("#viewer-title").text == "large.png")
 
-    # A score opens by key, and stays open with the next crop.
+    # A score opens by key and stays open for the next crop.
     browser.run("document.querySelector('[data-score=coverage] summary').focus()")
     browser.press(Keys.ENTER)
     assert browser.shown("[data-score=coverage] p")
     browser.press("2")
     assert browser.shown("[data-score=coverage] p") and shown_crop(browser) == 1
 
-    # Single keys can be turned off; Escape leads back all the same.
+    # Single keys can be turned off; Escape still leads back.
     browser.run("document.getElementById('keys-on').click()")
     browser.press("4")
     assert shown_crop(browser) == 1
@@ -549,13 +549,13 @@ def scores_are_explained(browser, sample):
 
 
 def ratios_have_their_common_names(browser, sample):
-    # As they were asked for, and not in the smallest terms.
-    for asked, shown, never in (("21x9", "21:9", "7:3"), ("16/10", "16:10", "8:5")):
-        page = sample.report("ratios.html", "--aspect", asked, "-n", "2", sample.large)
+    # As requested, not in the smallest terms.
+    for requested, shown, never in (("21x9", "21:9", "7:3"), ("16/10", "16:10", "8:5")):
+        page = sample.report("ratios.html", "--aspect", requested, "-n", "2", sample.large)
         browser.open(page)
         browser.wait(lambda: browser.one("#viewer").is_displayed())
         assert browser.one("#details-title").text == "Crop 1 · " + shown
-        # What people read, the plain list among it; the data keep the exact terms.
+        # What people read, including the plain list; the data keep the exact terms.
         texts = browser.run("return [document.body.innerText,"
                             "        document.querySelector('#photo-1 .list').textContent]")
         assert shown in texts[0] and shown in texts[1], texts
@@ -563,7 +563,7 @@ def ratios_have_their_common_names(browser, sample):
 
 
 def assert_shows(browser, canvas, crop):
-    """The canvas shows this crop of large.png, with as much of its bright square as there is."""
+    """The canvas shows this crop of large.png, with the part of the bright square inside it."""
     width, height = browser.run("return [arguments[0].width, arguments[0].height]", canvas)
     assert abs(width / height - crop["width"] / crop["height"]) < 0.02
     # Inside the corners of the bright square, and around it, as far as the crop goes.
@@ -667,7 +667,7 @@ def maps_are_coloured_in_the_page(browser, sample):
             assert near(drawn[at:at + 3], (red, green, blue), 128 / alpha + 1), grey[at]
     inside = 4 * (int(1080 / 2003 * height) * width + int(980 / 3011 * width))
     assert grey[inside] > 200 and drawn[inside + 3] > 200, drawn[inside:inside + 4]
-    # Strength is how opaque the map is.
+    # Strength sets how opaque the map is.
     browser.run("const s = document.getElementById('strength'); s.value = 40;"
                 "s.dispatchEvent(new Event('input'))")
     assert browser.run("return getComputedStyle(document.getElementById('map')).opacity") == "0.4"
@@ -684,7 +684,7 @@ def coordinates_and_commands_are_copied(browser, sample):
     browser.wait(lambda: text in browser.one("#said").text)
     assert browser.pasted() == text
 
-    # The command makes this very crop, whatever the photograph is called.
+    # The command makes exactly this crop, whatever the photograph is called.
     browser.open(sample.page, photo=2)
     crop = sample.lines[1]["crops"][2]
     browser.all("#strip button")[2].click()
@@ -697,10 +697,10 @@ def coordinates_and_commands_are_copied(browser, sample):
     assert json.loads(words[2]) == line, words
     assert words[3:] == ["|", "vistatrim", "crop", "--from", "-", "-o", "crops"], words
 
-    # The shell takes it as it is meant.
-    told = subprocess.run(["sh", "-c", command.split(" | vistatrim ")[0]], stdout=subprocess.PIPE,
-                          check=True).stdout
-    assert json.loads(told) == line, told
+    # The shell reads it as intended.
+    piped = subprocess.run(["sh", "-c", command.split(" | vistatrim ")[0]], stdout=subprocess.PIPE,
+                           check=True).stdout
+    assert json.loads(piped) == line, piped
     output = os.path.join(sample.folder, "cut")
     os.makedirs(output, exist_ok=True)
     tools = os.path.join(sample.folder, "bin")
@@ -710,7 +710,7 @@ def coordinates_and_commands_are_copied(browser, sample):
     done = subprocess.run(["sh", "-c", command], cwd=output, stderr=subprocess.PIPE, check=False,
                           env={**os.environ, "PATH": tools + ":" + os.environ["PATH"]})
     assert done.returncode == 0, (command, done.stderr.decode())
-    # Beside the crop there is the hidden record that --resume compares options with.
+    # Besides the crop there is the hidden record of options, which --resume compares.
     written = [os.path.join(path, name) for path, _, names in os.walk(output) for name in names
                if not name.startswith(".")]
     assert len(written) == 1, written
@@ -746,11 +746,11 @@ def a_choice_is_saved_as_suggest_writes_it(browser, sample):
         assert line == {key: wanted[key] for key in ("file", "width", "height", "crops")}, line
     assert len(saved) == 2
 
-    # The tiles show it, and one crop of each photograph that has none can be chosen at once.
+    # The tiles show the choice; one click chooses a crop of each photograph that has none.
     browser.open_until_chosen(sample.page, "3 crops chosen")
     abouts = [about.text for about in browser.all("#tiles .about")]
     assert abouts[0] == "✓ 2 of 5 crops chosen" and abouts[3] == "5 crops", abouts
-    # A page of other crops of these photographs has a choice of its own.
+    # A page with other crops of the same photographs has its own choice.
     other = sample.report("other.html", "--aspect", "1:1", *sample.photos, status=1)
     browser.open(other)
     assert browser.one("#choice-count").text == "No crop chosen"
@@ -780,7 +780,7 @@ def nothing_is_fetched_and_names_are_text(browser, sample):
     assert browser.one("#viewer-title").text == HOSTILE_NAME
     assert browser.driver.title == HOSTILE_NAME + " – crop report"
     assert not browser.all("img[src=x]")
-    # A script that is not the page's own does not run, even if it came to stand in it.
+    # A script that is not the page's own does not run, even if it gets into the page.
     ran = browser.run("const s = document.createElement('script');"
                       "s.textContent = 'window.intruder = true'; document.head.append(s);"
                       "return window.intruder === true")
@@ -858,7 +858,7 @@ def paper_gets_the_plain_list(browser, sample):
     assert not browser.all("#photo-1 canvas")
 
 
-def pages_are_read_without_a_script(browser, sample):
+def pages_are_readable_without_scripts(browser, sample):
     browser.command("Emulation.setScriptExecutionDisabled", value=True)
     try:
         browser.open(sample.page)
@@ -883,7 +883,7 @@ def pages_are_read_without_a_script(browser, sample):
 
 
 def photographs_stay_small(browser, sample):
-    """Noise is the worst case of what a photograph can take."""
+    """Noise is the worst case for the size of a photograph in the page."""
     def sizes(page):
         with open(page, "rb") as file:
             return [len(part) for part in
@@ -898,12 +898,12 @@ def photographs_stay_small(browser, sample):
     browser.open(os.path.join(sample.folder, "bare.html"), photo=1)
     assert not browser.one("#map-tools").is_displayed()
     assert not browser.all("script.maps")
-    # Not at the price of a picture that is too small to judge.
+    # But the picture is not too small to judge.
     assert browser.run("return document.getElementById('whole').naturalWidth") >= 900
 
 
 def accessibility(browser, sample):
-    """No violation that axe-core finds, on any of the views, in light and dark, wide and narrow."""
+    """axe-core finds no violation in any view, light or dark, wide or narrow."""
     path = os.environ.get("AXE_MIN_JS", "")
     if not os.path.exists(path):
         print("axe-core is not installed: run scripts/install_axe.sh")
@@ -946,17 +946,17 @@ def accessibility(browser, sample):
     check("paper")
 
 
-CASES = [overview_comes_first, thirty_photographs_fit_a_few_screens,
+CASES = [overview_comes_first, thirty_photographs_fit_on_a_few_screens,
          narrow_photographs_make_no_tall_rows, search_finds_names,
-         frames_lie_where_the_crops_are, regions_are_drawn_and_told,
-         badges_stand_at_corners_of_their_frames,
+         frames_lie_where_the_crops_are, regions_are_drawn_and_listed,
+         badges_are_at_corners_of_their_frames,
          only_the_shown_crop_stands_out, clicks_choose_what_is_shown, keys_reach_everything,
          scores_are_explained, ratios_have_their_common_names, crops_are_cut_from_the_picture,
          compare_shows_both, thirds_divide_the_crop, maps_are_coloured_in_the_page,
          coordinates_and_commands_are_copied, a_choice_is_saved_as_suggest_writes_it,
          nothing_is_fetched_and_names_are_text, texts_hold_no_paths,
          phones_need_no_sideways_scrolling, paper_gets_the_plain_list,
-         pages_are_read_without_a_script, photographs_stay_small]
+         pages_are_readable_without_scripts, photographs_stay_small]
 
 
 def main():
@@ -973,7 +973,7 @@ def main():
                 try:
                     case(browser, sample)
                     print("ok  ", case.__name__, flush=True)
-                except Exception:  # a case that breaks fails, and the others still run
+                except Exception:  # a case that throws fails, and the others still run
                     failed += 1
                     print("FAIL", case.__name__, flush=True)
                     import traceback

@@ -65,11 +65,11 @@ TEST(ReportData, HoldsTheLineOfSuggestWithoutExplanations)
     EXPECT_EQ(data.at("line"), json::parse(JsonLine(result)));
 }
 
-TEST(ReportData, HoldsWhatPeopleNeedBesideIt)
+TEST(ReportData, HoldsWhatPeopleNeedBesideTheLine)
 {
     const json data = json::parse(ReportData(TwoCrops("/photos/a.jpg")));
     EXPECT_EQ(data.at("ratios"), (json{"21:9", "21:9"}));
-    EXPECT_EQ(data.at("candidates"), 800); // that the ranks are shares of
+    EXPECT_EQ(data.at("candidates"), 800); // of which the ranks are shares
     EXPECT_EQ(data.at("ranks").at(0).at("coverage"), 0.75);
     EXPECT_EQ(
         data.at("regions"),
@@ -93,7 +93,7 @@ TEST(ReportData, NamesFoundRegionsAndThoseOfTheRequest)
     EXPECT_FALSE(data.at("line").contains("regions"));
 }
 
-TEST(ReportData, ExpectsAnOverlapOfAllCropsOrOfNone)
+TEST(ReportData, HasTheExpectedOverlapOfAllCropsOrOfNone)
 {
     const auto line = [](const char* first, const char* second) {
         return R"({"crops": [{"scores": {}, )" + std::string(first) + R"(}, {"scores": {}, )" +
@@ -142,7 +142,7 @@ TEST(ReportPage, PlacesFramesAndNumbers)
     const std::string section = ReportSection(TwoCrops("a.jpg"), {"data:,", {}}, 0);
     EXPECT_THAT(section, HasSubstr("left:0.0000%;top:10.0000%;width:100.0000%;height:56.2667%\">"
                                    "<span class=\"badge at-left at-top\">1</span>"));
-    // The first number has the corner that both crops share.
+    // The first number takes the corner that both crops share.
     EXPECT_THAT(section, HasSubstr("<span class=\"badge at-right at-top\">2</span>"));
     EXPECT_THAT(section,
                 HasSubstr("<b>1 &middot; 21:9</b><span>4000 &times; 1688 at 0, 300</span>"));

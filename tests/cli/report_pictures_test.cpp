@@ -42,7 +42,7 @@ PixelImage Pixels(const VImage& image)
     return pixels;
 }
 
-// Noise, which no coder can make small.
+// Noise, which no encoder can make small.
 PixelImage Noise(PixelSize size)
 {
     PixelImage image{size, 3, {}};
@@ -72,7 +72,7 @@ TEST(ReportPictures, ShowThePhotographAtUpTo1024Pixels)
     }
 }
 
-TEST(ReportPictures, HoldToTheirNumberOfBytes)
+TEST(ReportPictures, StayWithinTheirNumberOfBytes)
 {
     const PixelImage noise = Noise({1600, 1200});
     const Photograph photograph = Photograph::FromPixels(ViewOf(noise));
@@ -82,7 +82,7 @@ TEST(ReportPictures, HoldToTheirNumberOfBytes)
     const ReportPictures pictures = MakeReportPictures(photograph, {map});
     const size_t photo = BytesOf(pictures.Photo).size();
     EXPECT_LE(photo, 39000U);
-    EXPECT_GT(photo, 20000U); // what there is room for is used
+    EXPECT_GT(photo, 20000U); // the room is used
     ASSERT_EQ(pictures.Maps.size(), 1U);
     EXPECT_LE(BytesOf(pictures.Maps[0].Picture).size(), 6400U);
     EXPECT_GT(BytesOf(pictures.Maps[0].Picture).size(), 3000U);
@@ -92,7 +92,7 @@ TEST(ReportPictures, HoldToTheirNumberOfBytes)
     EXPECT_NEAR(static_cast<double>(shown.width()) / shown.height(), 4.0 / 3, 0.02);
 }
 
-// A simple picture gets the highest quality: what is far below the limit need not be coarse.
+// A simple picture gets the highest quality: far below the limit, it need not be coarse.
 TEST(ReportPictures, AreAsGoodAsTheirBytesAllow)
 {
     const PixelImage scene = Pixels(Scene(640, 400, 0.3, 0.6));
@@ -119,7 +119,7 @@ TEST(ReportPictures, OfMapsAreGreyAndHalfAsLarge)
 {
     const PixelImage pixels = Pixels(Quarters(90, 60));
     const Photograph photograph = Photograph::FromPixels(ViewOf(pixels));
-    // Four quarters of 0, 100, 150 and 255, of odd sides.
+    // Four quarters of 0, 100, 150 and 255, in a map of odd sides.
     Map map{"EdgeMap", {641, 401}, {}};
     for (int y = 0; y < 401; ++y)
         for (int x = 0; x < 641; ++x)
@@ -138,7 +138,7 @@ TEST(ReportPictures, OfMapsAreGreyAndHalfAsLarge)
     for (size_t quarter = 0; quarter < 4; ++quarter)
         for (size_t band = 0; band < 3; ++band)
             EXPECT_NEAR(means[quarter][band], levels[quarter], 4.0); // lossy
-    // A map of one row has no half: it is shown as it is.
+    // A map of one row cannot be halved: it is shown as it is.
     const ReportPictures thin =
         MakeReportPictures(photograph, {Map{"EdgeMap", {40, 1}, std::vector<float>(40, 1.0F)}});
     EXPECT_EQ(Decoded(thin.Maps[0].Picture).width(), 40);

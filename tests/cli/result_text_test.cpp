@@ -40,17 +40,17 @@ PhotoResult FailedResult(const std::string& file)
     return result;
 }
 
-PhotoResult OfRatio(const photo::Ratio& aspect, const std::string& asked, photo::PixelSize crop)
+PhotoResult OfRatio(const photo::Ratio& aspect, const std::string& requested, photo::PixelSize crop)
 {
     PhotoResult result = SampleResult("a.jpg", 1);
     result.Found.Crops[0].Aspect = aspect;
     result.Found.Crops[0].Rect = {0, 0, crop.Width, crop.Height};
-    if (!asked.empty())
-        result.Labels = {{"", asked, 1, {}}};
+    if (!requested.empty())
+        result.Labels = {{"", requested, 1, {}}};
     return result;
 }
 
-TEST(ShownRatio, IsTheOneThatWasAskedForOrItsUsualName)
+TEST(ShownRatio, IsTheRequestedOneOrItsUsualName)
 {
     EXPECT_EQ(ShownRatioOf(OfRatio({7, 3}, "21x9", {2100, 900}), 0), "21:9");
     EXPECT_EQ(ShownRatioOf(OfRatio({8, 5}, "16x10", {1600, 1000}), 0), "16:10");
@@ -60,14 +60,14 @@ TEST(ShownRatio, IsTheOneThatWasAskedForOrItsUsualName)
     EXPECT_NE(PeopleText(OfRatio({7, 3}, "21x9", {2100, 900})).find(" 21:9 "), std::string::npos);
 }
 
-TEST(ShownRatio, OfAFewPixelsIsTheOneThatTheCropHas)
+TEST(ShownRatio, OfATinyCropIsItsActualOne)
 {
     EXPECT_EQ(ShownRatioOf(OfRatio({4, 3}, "4x3", {3, 2}), 0), "3:2");
     EXPECT_EQ(ShownRatioOf(OfRatio({4, 3}, "", {1, 1}), 0), "1:1");
     EXPECT_EQ(ShownRatioOf(OfRatio({64, 27}, "", {7, 3}), 0), "21:9"); // as near as pixels allow
 }
 
-TEST(JsonLine, HasTheRatioAsItWasAskedForWhereThatIsNotItsUsualName)
+TEST(JsonLine, HasTheRequestedRatioWhereThatIsNotItsUsualName)
 {
     const auto crop = [](const PhotoResult& result) {
         return nlohmann::json::parse(JsonLine(result))["crops"][0];

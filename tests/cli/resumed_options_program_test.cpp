@@ -1,4 +1,4 @@
-// --resume with other options than those of the standing output.
+// --resume with options other than those of the existing output.
 #include <filesystem>
 #include <map>
 
@@ -66,7 +66,7 @@ TEST_F(ResumedOptions, OfAListAreRefusedByName)
                   MadeWithOther(list, "--aspect was 16x9 and is not given; --largest was not given "
                                       "and is given; --top was 2 and is 3"));
         EXPECT_EQ(ReadText(list), before);
-        // How the run goes may differ, and how the same is spelled.
+        // Options that do not change the output may differ, and so may the spelling.
         const Outcome same = resume({"--top=2", "--aspect", "16/9", "-j", "1", "-q", "--timings"});
         EXPECT_EQ(same.Status, 0) << same.Err;
         EXPECT_EQ(ReadText(list).substr(0, before.size()), before);
@@ -74,7 +74,7 @@ TEST_F(ResumedOptions, OfAListAreRefusedByName)
     }
 }
 
-TEST_F(ResumedOptions, CountTheContentOfAFileAndADefaultThatIsGiven)
+TEST_F(ResumedOptions, CompareFilesByContentAndIgnoreExplicitDefaults)
 {
     const std::string list = Folder.Path("list.json");
     const std::string regions = Folder.Path("r.json");
@@ -94,7 +94,7 @@ TEST_F(ResumedOptions, CountTheContentOfAFileAndADefaultThatIsGiven)
     EXPECT_NE(changed.Err.find("--regions was content "), std::string::npos) << changed.Err;
 }
 
-TEST_F(ResumedOptions, OfAnOutputWithoutARecordAreTakenOnTrustAndSaidToBe)
+TEST_F(ResumedOptions, OfAnOutputWithoutARecordAreTrustedWithAMessage)
 {
     const std::string list = Folder.Path("list.json");
     ASSERT_EQ(Run("suggest", {"--json", "-o", list, A}).Status, 0);
@@ -132,7 +132,7 @@ TEST_F(ResumedOptions, OfCropsAreRefusedByName)
     EXPECT_TRUE(fs::exists(Folder.Path("out/b-1.jpg")));
 }
 
-TEST_F(ResumedOptions, OfOtherNamesMayShareAFolder)
+TEST_F(ResumedOptions, OfRunsWithOtherFileNamesMayDiffer)
 {
     const Words story = {"--preset", "story"};
     const Words square = {"--preset", "square", "--quality", "50"};
@@ -145,13 +145,13 @@ TEST_F(ResumedOptions, OfOtherNamesMayShareAFolder)
     }
     const Outcome mixed = Crop("b.jpg", {"--preset", "story", "--quality", "50", "--resume"});
     EXPECT_EQ(mixed.Err, MadeWithOther(Out, "--quality was not given and is 50"));
-    // Each run of the record counts, whichever was first.
+    // Every recorded run counts, whichever was first.
     const Outcome later = Crop("b.jpg", {"--preset", "square", "--resume"});
     EXPECT_EQ(later.Status, 1);
     EXPECT_EQ(later.Err, MadeWithOther(Out, "--quality was 50 and is not given"));
 }
 
-TEST_F(ResumedOptions, CountTheFormatByTheNamesThatItGives)
+TEST_F(ResumedOptions, CompareTheFormatByTheFileNamesThatItGives)
 {
     ASSERT_EQ(Crop("a.jpg", {"--quality", "80"}).Status, 0);
     const Outcome same = Crop("a.jpg", {"--quality", "80", "--format", "jpeg", "--resume"});
@@ -159,7 +159,7 @@ TEST_F(ResumedOptions, CountTheFormatByTheNamesThatItGives)
     EXPECT_EQ(same.Err, "vistatrim: nothing left to do: " + Out + " holds all the crops\n");
     const Outcome other = Crop("a.jpg", {"--quality", "90", "--format", "jpg", "--resume"});
     EXPECT_EQ(other.Err, MadeWithOther(Out, "--quality was 80 and is 90"));
-    // Files of another format do not touch these.
+    // Files of another format do not affect these.
     const Outcome webp = Crop("a.jpg", {"--quality", "90", "--format", "webp", "--resume"});
     EXPECT_EQ(webp.Status, 0) << webp.Err;
     EXPECT_TRUE(fs::exists(Folder.Path("out/a-1.webp")));
@@ -185,15 +185,15 @@ TEST_F(ResumedOptions, OfARunThatWroteNothingOrWasReplacedDoNotCount)
     ASSERT_EQ(Crop("a.jpg", {"--quality", "50", "--force"}).Status, 0);
     EXPECT_EQ(Crop("a.jpg", resume).Status, 1);
     EXPECT_EQ(Crop("a.jpg", {"--quality", "50", "--resume"}).Status, 0);
-    // An emptied folder: the record is hidden, and nobody thinks of it.
+    // People who empty a folder overlook the hidden record.
     for (int rank = 1; rank <= 5; ++rank)
         fs::remove(Folder.Path("out/a-" + std::to_string(rank) + ".jpg"));
     EXPECT_EQ(Crop("a.jpg", resume).Status, 0);
     EXPECT_EQ(Crop("b.jpg", resume).Status, 0);
 }
 
-// Whichever file is gone comes back, and the others stay as they are.
-TEST_F(ResumedOptions, EachFileThatIsGoneIsWrittenAgain)
+// Whichever file is missing is written again, and the others stay as they are.
+TEST_F(ResumedOptions, EachMissingFileIsWrittenAgain)
 {
     const Words files = {"out/a-1-100.jpg", "out/a-1-50.jpg", "out/a-2-100.jpg", "out/a-2-50.jpg",
                          "out/a.xmp"};
@@ -205,21 +205,22 @@ TEST_F(ResumedOptions, EachFileThatIsGoneIsWrittenAgain)
     std::map<std::string, std::string> written;
     for (const std::string& file : files)
         written[file] = ReadText(Folder.Path(file));
-    for (const std::string& gone : files) {
-        SCOPED_TRACE(gone);
+    for (const std::string& missing : files) {
+        SCOPED_TRACE(missing);
         for (const std::string& file : files)
             WriteText(Folder.Path(file), "retouched");
-        ASSERT_TRUE(fs::remove(Folder.Path(gone)));
+        ASSERT_TRUE(fs::remove(Folder.Path(missing)));
         const Outcome outcome = Crop("a.jpg", again);
         EXPECT_EQ(outcome.Status, 0) << outcome.Err;
-        EXPECT_EQ(outcome.Out, Folder.Path(gone) + "\n");
+        EXPECT_EQ(outcome.Out, Folder.Path(missing) + "\n");
         for (const std::string& file : files)
-            EXPECT_TRUE(ReadText(Folder.Path(file)) == (file == gone ? written[file] : "retouched"))
+            EXPECT_TRUE(ReadText(Folder.Path(file)) ==
+                        (file == missing ? written[file] : "retouched"))
                 << file;
     }
 }
 
-TEST_F(ResumedOptions, OfCropsThatAFileNamesCountWhatItHolds)
+TEST_F(ResumedOptions, CompareTheListOfChosenCropsByContent)
 {
     const std::string choice = Folder.Path("choice.json");
     const auto write = [&](const std::string& width) {

@@ -18,7 +18,7 @@ namespace {
 
 using photo::PhotoError;
 
-struct Ran {
+struct RunOutcome {
     int Status = -1;
     std::string Err;
     std::vector<PhotoResult> Results;
@@ -32,10 +32,10 @@ std::vector<ListedPhoto> Named(const std::vector<std::string>& names)
     return photos;
 }
 
-Ran RunAll(const std::vector<ListedPhoto>& photos, const Options& options,
-           const std::function<void(const ListedPhoto&, PhotoResult&)>& work)
+RunOutcome RunAll(const std::vector<ListedPhoto>& photos, const Options& options,
+                  const std::function<void(const ListedPhoto&, PhotoResult&)>& work)
 {
-    Ran ran;
+    RunOutcome ran;
     PhotoSteps steps;
     steps.Work = work;
     steps.Emit = [&ran](const PhotoResult& result) { ran.Results.push_back(result); };
@@ -50,10 +50,10 @@ TEST(RunPhotos, GivesEachResultInOrder)
     for (const int workers : {1, 3}) {
         Options options;
         options.Workers = workers;
-        const Ran ran = RunAll(Named({"a", "b", "c"}), options,
-                               [](const ListedPhoto& photo, PhotoResult& result) {
-                                   result.Written = {photo.Path + ".out"};
-                               });
+        const RunOutcome ran = RunAll(Named({"a", "b", "c"}), options,
+                                      [](const ListedPhoto& photo, PhotoResult& result) {
+                                          result.Written = {photo.Path + ".out"};
+                                      });
         EXPECT_EQ(ran.Status, 0);
         EXPECT_EQ(ran.Err, "");
         ASSERT_EQ(ran.Results.size(), 3U);
@@ -73,16 +73,18 @@ TEST(RunPhotos, WhatWorkThrowsIsTheErrorOfThatPhotographAlone)
     Options options;
     options.Workers = 1;
     std::vector<std::string> worked;
-    const Ran ran = RunAll(photos, options, [&worked](const ListedPhoto& photo, PhotoResult&) {
-        worked.push_back(photo.Path);
-        if (photo.Path == "wish")
-            throw PhotoError(PhotoError::Kind::DoesNotFit,
-                             photo::Wish{photo::WishKind::MustKeep, {1, 2, 3, 4}}, "is too large");
-        if (photo.Path == "memory")
-            throw std::bad_alloc();
-        if (photo.Path == "plain" || photo.Path == "-")
-            throw std::runtime_error("of some reason");
-    });
+    const RunOutcome ran =
+        RunAll(photos, options, [&worked](const ListedPhoto& photo, PhotoResult&) {
+            worked.push_back(photo.Path);
+            if (photo.Path == "wish")
+                throw PhotoError(PhotoError::Kind::DoesNotFit,
+                                 photo::Wish{photo::WishKind::MustKeep, {1, 2, 3, 4}},
+                                 "is too large");
+            if (photo.Path == "memory")
+                throw std::bad_alloc();
+            if (photo.Path == "plain" || photo.Path == "-")
+                throw std::runtime_error("of some reason");
+        });
     EXPECT_EQ(ran.Status, 1);
     EXPECT_EQ(ran.Err, "vistatrim: wish: the region of --must-keep 1,2,3,4 is too large\n"
                        "vistatrim: memory: not enough memory\n"
@@ -93,7 +95,7 @@ TEST(RunPhotos, WhatWorkThrowsIsTheErrorOfThatPhotographAlone)
     EXPECT_EQ(ran.Results[1].Error, "not enough memory");
     EXPECT_EQ(ran.Results[3].Error, "");
     EXPECT_EQ(ran.Results[5].Error, "is empty");
-    // What has an error already is not worked on.
+    // A photograph that already has an error is not processed.
     EXPECT_EQ(worked, (std::vector<std::string>{"wish", "memory", "plain", "good", "-"}));
 }
 
@@ -117,12 +119,12 @@ TEST(RunPhotos, EndsWhenTheOutputCannotBeWritten)
     EXPECT_LT(worked, 200U);
 }
 
-TEST(RunPhotos, TimingsAreToldOfWhatWentWell)
+TEST(RunPhotos, TimingsAreShownForSuccessesOnly)
 {
     Options options;
     options.Timings = true;
     options.Workers = 1;
-    const Ran ran =
+    const RunOutcome ran =
         RunAll(Named({"a", "b"}), options, [](const ListedPhoto& photo, PhotoResult& r) {
             r.Found.Times = {1.0, 2.0, 3.0, 4.0};
             r.WriteMilliseconds = 5.0;
@@ -171,7 +173,7 @@ TEST(RunPhotos, OnlyASinglePhotographIsReadByAllWorkers)
 }
 
 // The last test of the program: a noted signal stays noted.
-TEST(RunPhotosInterrupted, TellsHowManyWereDoneAndTheSignal)
+TEST(RunPhotosInterrupted, ReportsHowManyWereDoneAndTheSignal)
 {
     const auto run = [](size_t photos) {
         NoteInterruptions();
@@ -184,11 +186,11 @@ TEST(RunPhotosInterrupted, TellsHowManyWereDoneAndTheSignal)
                       });
     };
     EXPECT_EQ(NotedInterruption(), 0);
-    const Ran whole = run(2); // the last one was under work: nothing is missing
+    const RunOutcome whole = run(2); // the last one was already being processed: nothing is missing
     EXPECT_EQ(NotedInterruption(), SIGTERM);
     EXPECT_EQ(whole.Status, 0);
     EXPECT_EQ(whole.Err, "");
-    const Ran none = run(5);
+    const RunOutcome none = run(5);
     EXPECT_EQ(none.Status, 128 + SIGTERM);
     EXPECT_EQ(none.Err, "vistatrim: interrupted after 0 of 5 photographs\n");
     EXPECT_TRUE(none.Results.empty());

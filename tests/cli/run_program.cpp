@@ -78,7 +78,7 @@ public:
         return SlaveName;
     }
 
-    // Until Finish was called and everything is read.
+    // Returns once Finish has been called and everything is read.
     std::string ReadAll()
     {
         std::string text;

@@ -18,7 +18,7 @@ struct Outcome {
 struct RunOptions {
     std::string Input;          // standard input
     std::string OutTo;          // standard output goes to this file instead
-    bool AsNobody = false;      // as a user without rights, if the tests run as root
+    bool AsNobody = false;      // as an unprivileged user, if the tests run as root
     bool OutIsTerminal = false; // standard output is a pseudo-terminal
     bool ErrIsTerminal = false;
 };

@@ -95,7 +95,7 @@ TEST_F(Shapes, EachRatioOfSuggestListsShapeAndRank)
 
 TEST_F(Shapes, ARatioWithoutACropIsNamedAndTheOthersAreWritten)
 {
-    // A must-keep as wide as the photograph leaves no upright crop.
+    // A must-keep as wide as the photograph leaves no crop of 1:3.
     const Outcome outcome =
         Crop({"--each-ratio", "--aspect", "3:1", "--aspect", "1:3", "--must-keep", "0,500,1800,100",
               "--manifest", Folder.Path("m.json")});
@@ -124,7 +124,7 @@ TEST_F(Shapes, FillIsExactlyTheRequestedSize)
     }
 }
 
-// The disc would show a squeezed picture: the crop has the ratio before it is scaled.
+// The crop has the ratio before it is scaled, so that nothing is squeezed.
 TEST_F(Shapes, FillCutsAtTheRatioAndScalesUpOnlyWhenItMust)
 {
     const Outcome outcome =
@@ -154,7 +154,7 @@ TEST_F(Shapes, PresetsHaveNameRatioAndSize)
 }
 
 // --aspect uses only the ratio of a preset; --preset also scales to its size.
-TEST_F(Shapes, ARatioByTheNameOfAPresetLeavesTheSizeOfTheCrop)
+TEST_F(Shapes, APresetNamedAsARatioDoesNotResizeTheCrop)
 {
     const Words story = {"--aspect", "story", "--aspect", "thumbnail", "--each-ratio"};
     const Outcome outcome = Crop(story);
@@ -259,14 +259,14 @@ TEST_F(Shapes, NamesThatCollideAreRejectedBeforeAnythingIsWritten)
                                Folder.Path("a.jpg")),
               std::string::npos)
         << between.Err;
-    // Formats of one photograph, as phones leave them.
+    // One photograph in two formats, as phones store them.
     Quarters(900, 600).write_to_file(Folder.Path("a.png").c_str());
     const Outcome formats = Crop({}, {"a.jpg", "a.png"});
     EXPECT_EQ(formats.Status, 1);
     EXPECT_NE(formats.Err.find("--name gives other names, such as {stem}-{extension}-{rank}"),
               std::string::npos)
         << formats.Err;
-    // With a photograph of the run.
+    // With an input photograph.
     const Outcome input = RunProgram({"crop", Folder.Path("a.jpg"), Folder.Path("b.jpg"), "-o",
                                       Folder.Path(""), "--name", "{stem}", "-n", "1", "--force"});
     EXPECT_EQ(input.Status, 1);
@@ -320,7 +320,7 @@ TEST_F(Shapes, PictureElementOffersEveryFileAndEscapesNames)
              {"b, \"c\" &d.jpg"});
     ASSERT_EQ(outcome.Status, 0) << outcome.Err;
     const std::string stem = "out/b%2C%20%22c%22%20%26d-";
-    // Of 16:9 and 1:1 the window's ratio is nearer to the first from their geometric mean, 4:3.
+    // From 4:3 on, the geometric mean of 16:9 and 1:1, the window's ratio is nearer to 16:9.
     EXPECT_EQ(ReadText(Folder.Path("p.html")),
               "<picture>\n"
               "  <source media=\"(min-aspect-ratio: 1333/1000)\" srcset=\"" +

@@ -14,7 +14,7 @@ TEST(ShownName, LeavesOrdinaryNamesAlone)
     EXPECT_EQ(Shown(""), "''");
 }
 
-TEST(ShownName, QuotesWhatATerminalOrALineWouldTakeForMore)
+TEST(ShownName, QuotesWhatControlsATerminalOrEndsALine)
 {
     EXPECT_EQ(Shown("new\nline.jpg"), "$'new\\nline.jpg'");
     EXPECT_EQ(Shown("tab\tand\rreturn"), "$'tab\\tand\\rreturn'");
@@ -23,8 +23,8 @@ TEST(ShownName, QuotesWhatATerminalOrALineWouldTakeForMore)
     EXPECT_EQ(Shown("it's\\\n"), "$'it\\'s\\\\\\n'");
     EXPECT_EQ(Shown("\xC2\x9B"
                     "31m"),
-              "$'\\302\\23331m'"); // the escape of terminals that is one character
-    EXPECT_EQ(Shown("\xE2\x80\xAEgpj.exe"), "$'\\342\\200\\256gpj.exe'"); // turns the writing
+              "$'\\302\\23331m'"); // the control sequence introducer as one character
+    EXPECT_EQ(Shown("\xE2\x80\xAEgpj.exe"), "$'\\342\\200\\256gpj.exe'"); // reverses the text
     EXPECT_EQ(Shown("\xE2\x80\xA8"), "$'\\342\\200\\250'");               // ends a line
 }
 
@@ -32,8 +32,8 @@ TEST(ShownName, QuotesWhatIsNotUtf8)
 {
     EXPECT_EQ(Shown("caf\xE9.jpg"), "$'caf\\351.jpg'");              // Latin-1
     EXPECT_EQ(Shown("\xC3"), "$'\\303'");                            // cut short
-    EXPECT_EQ(Shown("\xC0\xAF"), "$'\\300\\257'");                   // longer than need be
-    EXPECT_EQ(Shown("\xED\xA0\x80"), "$'\\355\\240\\200'");          // half of a pair
+    EXPECT_EQ(Shown("\xC0\xAF"), "$'\\300\\257'");                   // overlong
+    EXPECT_EQ(Shown("\xED\xA0\x80"), "$'\\355\\240\\200'");          // half of a surrogate pair
     EXPECT_EQ(Shown("\xF5\x80\x80\x80"), "$'\\365\\200\\200\\200'"); // beyond the last character
 }
 

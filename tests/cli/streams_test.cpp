@@ -40,7 +40,7 @@ bool Holds(const std::string& text, const std::string& part)
     return text.find(part) != std::string::npos;
 }
 
-TEST(Streams, AProgressBarIsShownOnATerminalOfStandardErrorOnly)
+TEST(Streams, AProgressBarIsShownOnlyIfStandardErrorIsATerminal)
 {
     const TempFolder folder;
     MakePhotographs(folder);
@@ -51,7 +51,7 @@ TEST(Streams, AProgressBarIsShownOnATerminalOfStandardErrorOnly)
         SCOPED_TRACE(testing::Message() << kinds.OutIsTerminal << kinds.ErrIsTerminal);
         const Outcome outcome = RunWith(kinds, arguments);
         EXPECT_EQ(outcome.Status, 0);
-        EXPECT_EQ(outcome.Out, expected); // no bar, whatever it is
+        EXPECT_EQ(outcome.Out, expected); // no bar, terminal or not
         if (!kinds.ErrIsTerminal) {
             EXPECT_EQ(outcome.Err, "");
             continue;
@@ -68,7 +68,7 @@ TEST(Streams, AProgressBarIsShownOnATerminalOfStandardErrorOnly)
     }
 }
 
-TEST(Streams, NoBarIsShownToTheQuietOrForOnePhotograph)
+TEST(Streams, NoBarIsShownWithQuietOrForOnePhotograph)
 {
     const TempFolder folder;
     MakePhotographs(folder);
@@ -109,7 +109,7 @@ TEST(Streams, ErrorsAndStatusAreTheSameOnATerminalAndInAFile)
         EXPECT_EQ(one.Status, 1);
         EXPECT_EQ(one.Err, fault);
         EXPECT_TRUE(Holds(one.Out, "not a picture")); // the list reports it too
-        // Between two states of the bar, on a line of its own.
+        // The message is between two states of the bar, on a line of its own.
         const Outcome two =
             RunWith(kinds, {"suggest", folder.Path("a.jpg"), folder.Path("broken.jpg")});
         EXPECT_EQ(two.Status, 1);
@@ -130,7 +130,7 @@ TEST(Streams, ErrorsAndStatusAreTheSameOnATerminalAndInAFile)
     }
 }
 
-// The milliseconds of read, analyse, faces, score, write; none for any other line.
+// The milliseconds of read, analyse, faces, score and write; empty for any other line.
 std::vector<double> TimesOf(const std::string& line, const std::string& photo)
 {
     const std::string start = "vistatrim: " + photo + ": ";

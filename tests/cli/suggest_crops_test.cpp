@@ -1,4 +1,4 @@
-// The crops of each shape, asked of an analysis as the commands do.
+// The crops of each shape, requested from an analysis as the commands do.
 #include "commands/suggest_crops.h"
 
 #include <algorithm>
@@ -50,7 +50,7 @@ Shape Named(const char* name, const char* ratio, std::optional<PixelSize> fill =
     return shape;
 }
 
-TEST(SuggestCrops, OfAllShapesTogetherAreNumberedThrough)
+TEST(SuggestCrops, OfAllShapesTogetherAreNumberedConsecutively)
 {
     Options options = WithShapes({Named("cinema", "21:9"), Named("square", "1:1")}, false);
     options.Request.Top = 4;
@@ -62,7 +62,7 @@ TEST(SuggestCrops, OfAllShapesTogetherAreNumberedThrough)
         EXPECT_EQ(result.Labels[i].Shape, "");
         EXPECT_EQ(result.Labels[i].Rank, static_cast<int32_t>(i) + 1);
         EXPECT_FALSE(result.Labels[i].Fill);
-        // As it was named, not as it is reduced.
+        // As it was written, not reduced.
         EXPECT_EQ(result.Labels[i].Ratio, i % 2 == 0 ? "21x9" : "1x1");
     }
     Options free;
@@ -97,7 +97,7 @@ TEST(SuggestCrops, OfEachShapeAreThoseOfARequestForItAlone)
     }
 }
 
-TEST(SuggestCrops, NameTheShapesThatGotNone)
+TEST(SuggestCrops, NameTheShapesWithoutACrop)
 {
     Options options = WithShapes({Named("a", "1:3"), Named("b", "3:1"), Named("c", "1:4")}, true);
     options.Request.Top = 1;
@@ -109,7 +109,7 @@ TEST(SuggestCrops, NameTheShapesThatGotNone)
 }
 
 // Crops with fewer pixels than the file they fill would be scaled up.
-TEST(SuggestCrops, ToFillASizeHaveItsPixelsWhereThePhotographHas)
+TEST(SuggestCrops, ToFillASizeAreLargeEnoughWhereThePhotographIs)
 {
     for (const PixelSize fill :
          {PixelSize{900, 600}, PixelSize{600, 600}, PixelSize{1190, 400}, PixelSize{400, 790}}) {
@@ -120,12 +120,12 @@ TEST(SuggestCrops, ToFillASizeHaveItsPixelsWhereThePhotographHas)
         SuggestCrops(BlockAnalysis(), options, result);
         ASSERT_FALSE(result.Found.Crops.empty());
         for (size_t i = 0; i < result.Found.Crops.size(); ++i) {
-            // To within the pixel of a working picture that the way back rounds by.
+            // To within the working pixel that the way back to the photograph rounds by.
             EXPECT_GE(result.Found.Crops[i].Rect.Width, fill.Width - 2) << fill.Width;
             EXPECT_EQ(result.Labels[i].Fill, fill);
         }
     }
-    // A small one leaves room for crops that are not the largest.
+    // A small size leaves room for crops that are not the largest.
     Options small = WithShapes({ShapeOfSize({300, 200})}, true);
     small.Request.Top = 2000;
     PhotoResult result;
@@ -133,21 +133,21 @@ TEST(SuggestCrops, ToFillASizeHaveItsPixelsWhereThePhotographHas)
     const auto& crops = result.Found.Crops;
     EXPECT_TRUE(std::any_of(crops.begin(), crops.end(),
                             [](const Crop& crop) { return crop.Rect.Width < 700; }));
-    // Crops of just its size count as large enough: 0.5 of 1200 are 600.
+    // A crop of exactly the size is large enough: 0.5 of 1200 is 600.
     Options exact = WithShapes({ShapeOfSize({600, 400})}, true);
     exact.Request.Top = 2000;
     PhotoResult fitting;
     SuggestCrops(BlockAnalysis(), exact, fitting);
     EXPECT_TRUE(std::any_of(fitting.Found.Crops.begin(), fitting.Found.Crops.end(),
                             [](const Crop& crop) { return crop.Rect.Width < 610; }));
-    // Of one larger than the photograph, the largest crop is the only one tried.
+    // For a size larger than the photograph, only the largest crop is tried.
     Options large = WithShapes({ShapeOfSize({3000, 2000})}, true);
     large.Request.Top = 30;
     PhotoResult whole;
     SuggestCrops(BlockAnalysis(), large, whole);
     ASSERT_EQ(whole.Found.Crops.size(), 1U);
     EXPECT_EQ(whole.Found.Crops[0].Rect, (PixelRect{0, 0, 1200, 800}));
-    // The scales of the request stay the limit: the larger of these two.
+    // The scales of the request remain the limit: here the larger of the two.
     large.Request.Scales = {0.5, 0.6};
     PhotoResult scaled;
     SuggestCrops(BlockAnalysis(), large, scaled);

@@ -168,7 +168,7 @@ TEST(Suggest, GivesTheLargestCentredCropOfAnEmptyPicture)
 }
 
 // The engine's own list stops grouping similar crops when more are requested than it has.
-TEST(Suggest, FreeChoiceOfFewCropsIsAPrefixOfMany)
+TEST(Suggest, FewCropsAreAPrefixOfMany)
 {
     const TempFolder folder;
     Scene(1800, 1200, 0.3, 0.6).write_to_file(folder.Path("a.jpg").c_str());
@@ -365,7 +365,7 @@ TEST(Suggest, TreatsAllEightOrientationsAlike)
             << orientation << " " << result["crops"][0];
         if (orientation == 1)
             first = result;
-        // libvips shrinks before it turns, which moves a few pixels by one level.
+        // libvips shrinks before it rotates, which changes a few pixels by one level.
         const PixelRect a = RectOf(first["crops"][0]);
         const PixelRect b = RectOf(result["crops"][0]);
         EXPECT_LE(std::abs(a.X - b.X) + std::abs(a.Y - b.Y) + std::abs(a.Width - b.Width), 60)
@@ -628,7 +628,7 @@ TEST(Suggest, GivesTheSameForAnyNumberOfWorkers)
     EXPECT_EQ(RunProgram({"suggest", "--csv", "-j", "4", folder.Path("in")}).Out, one);
 }
 
-// The photographs that the Debian package brings, where it is installed.
+// A photograph from a Debian package, where that is installed.
 TEST(Suggest, TakesRealPhotographs)
 {
     const char* const real = "/usr/share/backgrounds/Dragonfly_by_Bolly.jpg";

@@ -1,7 +1,7 @@
 #!/usr/bin/env python3
-"""Holds what `suggest --json` prints against its published schema.
+"""Checks what `suggest --json` prints against its published schema.
 
-Also holds the schema of --regions against what the program takes.
+Also checks the schema of --regions against what the program accepts.
 
 usage: suggest_schema_test.py VISTATRIM SCHEMA REGIONS_SCHEMA
 """
@@ -19,7 +19,7 @@ except ImportError:
 
 
 def write_photo(path, width, height):
-    """A dark picture with a bright place, in the plainest format there is."""
+    """Writes a dark picture with a bright area, in the simplest format there is."""
     pixels = bytearray()
     for y in range(height):
         for x in range(width):
@@ -38,7 +38,7 @@ def validator_of(path):
 
 
 def check_regions_schema(program, output, regions):
-    """The program takes the lines that the schema allows, and no others."""
+    """The program accepts the lines that the schema allows, and no others."""
     place = {"x": 10, "y": 20.5, "width": 30, "h": 40}
     lines = [{"file": "a.ppm", "regions": []},
              {"file": "a.ppm", "regions": [place]},
@@ -55,7 +55,7 @@ def check_regions_schema(program, output, regions):
     with tempfile.TemporaryDirectory() as folder:
         photo, path = os.path.join(folder, "a.ppm"), os.path.join(folder, "regions.jsonl")
         write_photo(photo, 300, 200)
-        taken = 0
+        accepted = 0
         for line in lines:
             with open(path, "w", encoding="utf-8") as file:
                 file.write(json.dumps(line) + "\n")
@@ -65,8 +65,8 @@ def check_regions_schema(program, output, regions):
             assert (done.returncode == 0) == regions.is_valid(line), line
             if done.returncode == 0:
                 output.validate(json.loads(done.stdout))
-                taken += 1
-    assert taken == 4, taken
+                accepted += 1
+    assert accepted == 4, accepted
 
 
 def main():
@@ -92,7 +92,7 @@ def main():
                 lines += 1
         assert lines == 3 * len(runs), lines
 
-        # The schema does refuse what is not so.
+        # The schema does reject wrong lines.
         line = json.loads(subprocess.run([program, "suggest", "--json", good], check=True,
                                          stdout=subprocess.PIPE).stdout)
         for spoil in (lambda: line["crops"][0].pop("x"),
@@ -102,7 +102,7 @@ def main():
             assert not validator.is_valid(line)
             line = json.loads(subprocess.run([program, "suggest", "--json", good], check=True,
                                              stdout=subprocess.PIPE).stdout)
-    print(f"{lines} lines hold to the schema")
+    print(f"{lines} lines match the schema")
 
 
 if __name__ == "__main__":

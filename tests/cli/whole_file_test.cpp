@@ -54,7 +54,7 @@ TEST(WholeFile, ThatNeverAppearsLeavesNothing)
     EXPECT_TRUE(folder.Files().empty());
 }
 
-TEST(WholeFile, ReplacesOnlyIfItMay)
+TEST(WholeFile, ReplacesOnlyIfAllowed)
 {
     const TempFolder folder;
     WriteText(folder.Path("a"), "old");
@@ -68,7 +68,7 @@ TEST(WholeFile, ReplacesOnlyIfItMay)
 }
 
 // Between the check and the end of the work another program can write the file.
-TEST(WholeFile, NeverReplacesAFileThatCameMeanwhile)
+TEST(WholeFile, NeverReplacesAFileThatAppearedMeanwhile)
 {
     const TempFolder folder;
     {
@@ -88,7 +88,7 @@ TEST(WholeFile, SaysWhyItCannotBeWritten)
         EXPECT_EQ(FaultOf(folder.Path("none/a"), replace),
                   "cannot write " + folder.Path("none/a") + ": No such file or directory");
     }
-    // The text is written, but a folder is in its way.
+    // The text is written, but a folder is in the way.
     std::filesystem::create_directories(folder.Path("full/of"));
     EXPECT_EQ(FaultOf(folder.Path("full"), true),
               "cannot write " + folder.Path("full") + ": Is a directory");

@@ -12,8 +12,8 @@ namespace {
 using namespace photo;
 using vips::VImage;
 
-// Cut by its shares from the stored picture and then turned upright, a crop is the same pixels
-// as cut from the upright picture.
+// A crop cut from the stored picture by its shares and then turned upright has the same pixels as
+// one cut from the upright picture.
 TEST(XmpSidecar, SharesAreThoseOfTheStoredPicture)
 {
     const VImage upright = VImage::xyz(60, 40).cast(VIPS_FORMAT_UCHAR); // all pixels differ
