@@ -51,7 +51,7 @@ std::vector<uint8_t> PictureBytes()
     return bytes;
 }
 
-// Everything that one stage hands to the next.
+// Everything that one stage passes to the next.
 struct Stages {
     std::vector<uint8_t> Bytes = PictureBytes();
     COwnedStack Pixels, Blurred, Out, Sides, Planes;
@@ -115,7 +115,7 @@ void SaliencyMaps(benchmark::State& state)
                                   maps[1].Data,
                                   maps[2].Data,
                                   {maps[3].Data, maps[4].Data, maps[5].Data, maps[6].Data}};
-    // The analysis gives the stages the block of its tables for scratch.
+    // In the analysis the stages use the memory of its tables as scratch.
     std::vector<double> block(size_t(kCount) * 10);
     for (auto _ : state) {
         const CScratchScope scratch(block.data(), block.size() * sizeof(double));
@@ -199,7 +199,7 @@ void RowNormalisation(benchmark::State& state)
     CPlaneStack stack;
     stack.WrapPlane(kCols, kRows, s.Out.Planes[0]);
     for (auto _ : state) {
-        // Its own result would shrink from round to round.
+        // Normalising its own result would shrink it in every round.
         std::copy_n(s.Map.Data, kCount, s.Out.Planes[0]);
         NormaliseRowsBySum(stack);
     }

@@ -9,7 +9,7 @@
 
 namespace vistaTrim {
 
-// Values of 0..255 that are no whole numbers, as in a smoothed picture.
+// Fractions in 0..255, as in a smoothed picture.
 inline void FillWithByteRange(float* data, int32_t count)
 {
     std::mt19937 random(12345);
@@ -24,7 +24,7 @@ inline void PictureSizes(benchmark::internal::Benchmark* bench)
     bench->Args({640, 480})->Args({64, 48})->ArgNames({"cols", "rows"});
 }
 
-// The report reads as pixels per second.
+// Makes the report show pixels per second.
 inline void CountPixels(benchmark::State& state)
 {
     state.SetItemsProcessed(state.iterations() * state.range(0) * state.range(1));

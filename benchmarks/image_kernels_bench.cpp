@@ -116,7 +116,7 @@ void BenchEnlargeFromAFifth(benchmark::State& state)
 }
 BENCHMARK(BenchEnlargeFromAFifth)->Apply(PictureSizes);
 
-// In place, over and over: the map goes flat, the work stays the same.
+// In place, repeatedly: the map goes flat, but the work stays the same.
 void BenchMap(benchmark::State& state, void (*operation)(CFloatMatrix&))
 {
     CFloatMatrix map;

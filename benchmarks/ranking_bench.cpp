@@ -1,4 +1,4 @@
-// All of ranking for one photograph at 640 pixels, and its steps one by one.
+// The whole ranking of one photograph at 640 pixels, and each of its steps.
 //
 //     taskset -c 0 build/release/benchmarks/ranking_bench
 //
@@ -112,7 +112,7 @@ IVistaTrim* MakeDriver(const CAnalysedPicture& analysed)
     return analysed.MakeDriver(parameters);
 }
 
-// One photograph, with what ranking is given and the result of each of its steps.
+// One photograph, with the inputs of ranking and the result of each step.
 class RankedPicture {
 public:
     explicit RankedPicture(const PixelImage& picture)
@@ -124,7 +124,7 @@ public:
                                              picture.Bytes.data());
         const CAnalysedPicture analysed(*image);
         DestroyImageObj(image);
-        // The analysis is destroyed with this call; the maps must not be.
+        // Copied, because the analysis is destroyed at the end of this constructor.
         for (const NamedPictureMap& map : analysed.Maps()) {
             MapCopies.emplace_back(map.Data, map.Data + size_t(map.Rows) * size_t(map.Cols));
             Maps.push_back({MapCopies.back().data(), map.Rows, map.Cols});
@@ -193,11 +193,11 @@ std::vector<std::unique_ptr<RankedPicture>>& Pictures()
 {
     static const std::vector<PixelImage> pixels = ReadPictures();
     static std::vector<std::unique_ptr<RankedPicture>> pictures = [] {
-        std::vector<std::unique_ptr<RankedPicture>> made;
-        made.reserve(pixels.size());
+        std::vector<std::unique_ptr<RankedPicture>> ranked;
+        ranked.reserve(pixels.size());
         for (const PixelImage& picture : pixels)
-            made.push_back(std::make_unique<RankedPicture>(picture));
-        return made;
+            ranked.push_back(std::make_unique<RankedPicture>(picture));
+        return ranked;
     }();
     return pictures;
 }
@@ -216,7 +216,7 @@ void Step(benchmark::State& state, void (RankedPicture::*step)())
     state.counters["photographs"] = static_cast<double>(pictures.size());
 }
 
-// A whole number of rounds over the 15 photographs, so that each weighs the same.
+// A whole number of rounds over the 15 photographs, so that each counts equally.
 #define RANKING_STEP(name, step)                                                                   \
     BENCHMARK_CAPTURE(Step, name, &RankedPicture::step)                                            \
         ->Unit(benchmark::kMillisecond)                                                            \

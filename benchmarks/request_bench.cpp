@@ -1,11 +1,11 @@
-// Requests on photographs, and libvips' attention crop on the same pictures in the same run.
+// Times requests on photographs, and libvips' attention crop on the same pictures in the same run.
 //
 //     taskset -c 0 build/benchmarks/request_bench [photograph...]
 //
 // Without arguments: the photographs of the Debian package lomiri-wallpapers-16.04, or a synthetic
 // image where it is not installed. Figures are processor time, so that they hold on a shared
-// machine: per picture the median of interleaved rounds, then the sum over the pictures. Ours
-// returns ten different crops; theirs returns one.
+// machine: per picture the median of interleaved rounds, then the sum over the pictures. The engine
+// returns ten different crops, libvips one.
 
 #include <malloc.h>
 #include <sched.h>
@@ -251,7 +251,7 @@ uint32_t MeasurePicture(const Picture& picture, double (&sums)[kRows])
     return candidates;
 }
 
-// What the allocator holds for one driver of a picture of 640 x 480, in 10^6 bytes.
+// What the allocator holds for a driver of a 640 x 480 picture, in 10^6 bytes.
 double DriverMegabytes()
 {
     IImage* const image = MakeImage(SyntheticImage());
@@ -268,7 +268,7 @@ double DriverMegabytes()
     return (after - before) / 1e6;
 }
 
-// Times a second that one thread does the work, over at least half a second.
+// How often one thread does the work per second, measured over at least half a second.
 double Rate(const std::function<void()>& work)
 {
     const auto start = std::chrono::steady_clock::now();
@@ -318,7 +318,7 @@ void WorkInRegisters()
     for (int64_t i = 0; i < 10'000'000; ++i)
         for (double& value : values)
             value = value * 0.999999999 + 1e-9;
-    volatile double sink = 0.0; // the loop must not be left out
+    volatile double sink = 0.0; // keeps the compiler from removing the loop
     sink = values[0] + values[1] + values[2] + values[3];
     static_cast<void>(sink);
 }
@@ -370,7 +370,7 @@ std::vector<std::string> PhotographFiles(int argc, char** argv)
     return files;
 }
 
-// The rows of the stages, and what is left of the whole.
+// Prints the rows of the stages, and what remains of the whole.
 void PrintShares(const double (&sums)[kRows])
 {
     const auto print = [&](const char* name, double time) {
@@ -401,7 +401,7 @@ int main(int argc, char** argv)
     if (VIPS_INIT(argv[0]) != 0)
         return 1;
     vips_concurrency_set(1);
-    vips_cache_set_max(0); // or its second call would return the first one's result
+    vips_cache_set_max(0); // otherwise a second call would return the cached result
 
     try {
         std::vector<Picture> pictures;

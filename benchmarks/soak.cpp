@@ -27,7 +27,7 @@ using namespace vistaTrim;
 
 namespace {
 
-constexpr int kWarm = 100; // rounds until the allocator and the libraries have warmed up
+constexpr int kWarm = 100; // rounds in which the allocator and the libraries warm up
 
 // The smallest allocation of the C library's allocator.
 constexpr int64_t kPiece = 32;
@@ -109,7 +109,7 @@ size_t WorkOn(const Picture& picture, bool abandon)
     return crops;
 }
 
-void Tell(const char* when, int rounds, const Memory& memory)
+void Print(const char* when, int rounds, const Memory& memory)
 {
     std::printf("%-8s %6d rounds: resident %8.2f MB, in use %10.6f MB\n", when, rounds,
                 static_cast<double>(memory.Resident) / 1e6,
@@ -160,13 +160,13 @@ int main(int count, char** arguments)
         crops += WorkOn(pictures[which], !tidy && round % 2 == 0);
         if (round == kWarm) {
             warm = MemoryNow();
-            Tell("warm", round, warm);
+            Print("warm", round, warm);
         } else if (round % ((rounds + 9) / 10) == 0 && round != rounds) {
-            Tell("", round, MemoryNow());
+            Print("", round, MemoryNow());
         }
     }
     const Memory end = MemoryNow();
-    Tell("end", rounds, end);
+    Print("end", rounds, end);
 
     const int64_t abandoned = tidy ? 0 : (rounds / 2 - kWarm / 2) * kAbandonedPieces * kPiece;
     const int64_t unexplained = end.InUse - warm.InUse - abandoned;

@@ -1,5 +1,5 @@
-// Output files of earlier runs, as --resume reads them: any text is read or rejected, and what the
-// program writes is read back.
+// Reads any text as the output file of an earlier run, as --resume does: it is accepted or
+// rejected, and what the program writes is read back.
 #include <string>
 
 #include "batch/program_error.h"
@@ -20,7 +20,7 @@ EarlierOutput HeldByOurCsv(const std::string& text)
     return HeldByCsv(text, CsvHeader());
 }
 
-// Kept text is text that was there, and reads back as the same.
+// Kept text comes from the input, and reads back unchanged.
 void CheckHeld(EarlierOutput (*read)(const std::string&), const std::string& text)
 {
     EarlierOutput held;
@@ -31,7 +31,7 @@ void CheckHeld(EarlierOutput (*read)(const std::string&), const std::string& tex
     }
     Demand(held.Kept.size() <= text.size() + CsvHeader().size(), "nothing is added");
     const EarlierOutput again = read(held.Kept);
-    Demand(again.Kept == held.Kept && again.Files == held.Files, "kept text is kept");
+    Demand(again.Kept == held.Kept && again.Files == held.Files, "kept text reads back unchanged");
 }
 
 PhotoResult Result(FuzzedDataProvider& data)
@@ -56,11 +56,11 @@ PhotoResult Result(FuzzedDataProvider& data)
 
 void CheckRoundTrip(const PhotoResult& result)
 {
-    const bool well = result.Error.empty();
+    const bool succeeded = result.Error.empty();
     const EarlierOutput json = HeldByJson(JsonLine(result));
-    Demand(json.Files.count(JsonFileKey(result.File)) == (well ? 1U : 0U), "a line of JSON");
+    Demand(json.Files.count(JsonFileKey(result.File)) == (succeeded ? 1U : 0U), "a line of JSON");
     const EarlierOutput csv = HeldByOurCsv(CsvHeader() + CsvLines(result));
-    Demand(csv.Files.count(result.File) == (well ? 1U : 0U), "lines of CSV");
+    Demand(csv.Files.count(result.File) == (succeeded ? 1U : 0U), "lines of CSV");
     PeopleText(result);
 }
 

@@ -1,5 +1,5 @@
-// Command lines of any text: they are read or rejected, and the values read are within their
-// limits.
+// Parses command lines of any text: each is accepted or rejected, and accepted values are within
+// their limits.
 #include <cmath>
 #include <iostream>
 #include <string>
@@ -35,13 +35,13 @@ void CheckTexts(const std::string& text)
             Demand(std::isfinite(number), "a number is finite");
     if (const auto colour = ParseColour(text))
         for (const double channel : *colour)
-            Demand(channel >= 0.0 && channel <= 255.0, "a colour is one of bytes");
+            Demand(channel >= 0.0 && channel <= 255.0, "a colour channel is 0 to 255");
 }
 
 void CheckOptions(const Options& options)
 {
     const Request& request = options.Request;
-    Demand(!options.Photos.empty(), "something to work on");
+    Demand(!options.Photos.empty(), "at least one photograph");
     Demand(request.Top >= 1 && request.Top <= 10000, "number of crops");
     Demand(request.Density >= 1 && request.Density <= 500, "density");
     Demand(options.Workers >= 0 && options.Workers <= 1024, "workers");
@@ -53,9 +53,9 @@ void CheckOptions(const Options& options)
         if (measure.Weight != nullptr)
             Demand(std::isfinite(request.Weights.*measure.Weight), "weight");
     Demand(!request.Size || (request.Aspects.empty() && request.Scales.empty()),
-           "a size or a ratio");
-    Demand(!options.Resume || !options.Output.empty(), "a file to resume");
-    Demand(!(options.Resume && options.Force), "resumed or replaced");
+           "a size excludes ratios and scales");
+    Demand(!options.Resume || !options.Output.empty(), "resuming needs an output file");
+    Demand(!(options.Resume && options.Force), "a file is resumed or replaced, not both");
 }
 
 } // namespace

@@ -32,19 +32,19 @@ public:
         Front += bytes;
         return *this;
     }
-    // A number as a host would give it, in 64ths.
+    // A plausible number from a host, in 64ths.
     CSeed& Number(int32_t sixtyFourths)
     {
         return Whole(4, 0, 7).Whole(sixtyFourths, 1, 255);
     }
     // One of the special numbers, by its index in the list.
-    CSeed& Special(int32_t place)
+    CSeed& Special(int32_t index)
     {
-        return Whole(0, 0, 7).Whole(place, 0, 19);
+        return Whole(0, 0, 7).Whole(index, 0, 19);
     }
-    CSeed& Size(bool upright, int32_t side)
+    CSeed& Size(bool portrait, int32_t side)
     {
-        Whole(upright ? 1 : 0, 0, 1);
+        Whole(portrait ? 1 : 0, 0, 1);
         return side > 32 ? Whole(0, 0, 31).Whole(side, 1, 640) : Whole(1, 0, 31).Whole(side, 1, 32);
     }
     CSeed& Colour(int32_t a, int32_t b, int32_t c)
@@ -93,12 +93,12 @@ void WritePixelSeeds(const std::filesystem::path& directory)
 {
     // Sides where something changes: bands, strips, downscaled copies with 1 or 0 pixels.
     for (const int32_t side : {1, 2, 3, 4, 5, 7, 9, 10, 14, 24, 25, 26, 31, 32, 49, 50, 160, 640})
-        for (const bool upright : {false, true})
+        for (const bool portrait : {false, true})
             for (int32_t which = side > 32 ? side % 5 : 0; which<5; which += side> 32 ? 5 : 1) {
-                const int32_t cols = upright ? side : 640;
-                const int32_t rows = upright ? 640 : side;
+                const int32_t cols = portrait ? side : 640;
+                const int32_t rows = portrait ? 640 : side;
                 CSeed seed;
-                seed.Size(upright, side);
+                seed.Size(portrait, side);
                 for (int32_t crop = 0; crop < 4; ++crop) {
                     const int32_t left = crop * (cols - 1) / 8;
                     const int32_t top = crop * (rows - 1) / 8;
@@ -139,20 +139,20 @@ void WriteSelectionSeeds(const std::filesystem::path& directory)
 }
 
 // Steps of a request sequence; see Session::Step.
-CSeed& AskForAll(CSeed& seed)
+CSeed& RequestAll(CSeed& seed)
 {
     return seed.Whole(8, 0, 9).Whole(0, 0, 5).Whole(0, 0, 1);
 }
-CSeed& AskForRatio(CSeed& seed, int32_t sixtyFourths)
+CSeed& RequestRatio(CSeed& seed, int32_t sixtyFourths)
 {
     return seed.Whole(8, 0, 9).Whole(1, 0, 5).Number(sixtyFourths).Whole(0, 0, 1);
 }
-CSeed& AskForSize(CSeed& seed, int32_t width, int32_t height, int32_t cols, int32_t rows)
+CSeed& RequestSize(CSeed& seed, int32_t width, int32_t height, int32_t cols, int32_t rows)
 {
     seed.Whole(9, 0, 9).Whole(3, 0, 5).Whole(width, 1, cols).Whole(height, 1, rows);
     return seed.Whole(0, 0, 1);
 }
-CSeed& AskForBest(CSeed& seed, int32_t n, int32_t mode)
+CSeed& RequestBest(CSeed& seed, int32_t n, int32_t mode)
 {
     seed.Whole(6, 0, 9).Whole(0, 0, 5).Whole(0, 0, 1).Whole(1, 0, 3).Whole(n, -1, 40);
     seed.Whole(1, 0, 7).Whole(mode, 0, 3);
@@ -213,25 +213,25 @@ void WriteSequenceSeeds(const std::filesystem::path& directory)
     for (const auto& [cols, rows] : sizes)
         for (const int32_t density : {0, 1, 2, 5, 25}) {
             CSeed plain = SequenceStart(cols, rows, density);
-            AskForBest(AskForAll(AskForAll(plain)), 10, 0);
+            RequestBest(RequestAll(RequestAll(plain)), 10, 0);
             EvaluateOne(plain, cols, rows);
             write(plain);
 
             CSeed sizesAndRatios = SequenceStart(cols, rows, density);
-            AskForSize(sizesAndRatios, cols / 2 + 1, rows / 2 + 1, cols, rows);
-            AskForRatio(AskForRatio(sizesAndRatios, 96), 101);
-            AskForBest(AskForAll(sizesAndRatios), 30, 1);
+            RequestSize(sizesAndRatios, cols / 2 + 1, rows / 2 + 1, cols, rows);
+            RequestRatio(RequestRatio(sizesAndRatios, 96), 101);
+            RequestBest(RequestAll(sizesAndRatios), 30, 1);
             write(sizesAndRatios);
 
             CSeed switched = SequenceStart(cols, rows, density);
             SwitchRow(switched, false, 96, false);
-            AskForRatio(SwitchRow(switched, true, 48, false), 96);
-            AskForAll(SwitchRow(AskForAll(switched), true, 80, true));
+            RequestRatio(SwitchRow(switched, true, 48, false), 96);
+            RequestAll(SwitchRow(RequestAll(switched), true, 80, true));
             write(switched);
 
             CSeed wished = SequenceStart(cols, rows, density);
             for (int32_t kind = 0; kind < 4; ++kind)
-                AskForBest(AddRectangle(wished, kind), 5, 3);
+                RequestBest(AddRectangle(wished, kind), 5, 3);
             write(wished);
 
             CSeed strange = SequenceStart(cols, rows, density);

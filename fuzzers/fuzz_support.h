@@ -89,12 +89,12 @@ struct Size {
 };
 inline Size PictureSize(FuzzedDataProvider& data)
 {
-    const bool upright = Whole(data, 0, 1) != 0;
+    const bool portrait = Whole(data, 0, 1) != 0;
     const int32_t side = Whole(data, 0, 31) == 0 ? Whole(data, 1, 640) : Whole(data, 1, 32);
-    return upright ? Size{side, 640} : Size{640, side};
+    return portrait ? Size{side, 640} : Size{640, side};
 }
 
-// Three bytes a pixel: a background, then rectangles of flat colour, repeated patterns, gradients
+// Three bytes per pixel: a background, then rectangles of flat colour, repeated patterns, gradients
 // and noise. Where the input runs out of bytes, the background shows.
 inline std::vector<uint8_t> Pixels(FuzzedDataProvider& data, const Size& size)
 {
@@ -118,13 +118,13 @@ inline std::vector<uint8_t> Pixels(FuzzedDataProvider& data, const Size& size)
             kind == 1 ? data.ConsumeBytes<uint8_t>(static_cast<size_t>(Whole(data, 1, 96)))
                       : std::vector<uint8_t>();
         uint32_t noise = static_cast<uint32_t>(colour[0]) * 65537U + colour[1];
-        size_t place = 0;
+        size_t next = 0;
         for (int32_t y = top; y <= bottom; ++y)
             for (int32_t x = left; x <= right; ++x)
                 for (size_t channel = 0; channel < 3; ++channel) {
                     uint8_t value = colour[channel];
                     if (kind == 1 && !pattern.empty())
-                        value = pattern[place++ % pattern.size()];
+                        value = pattern[next++ % pattern.size()];
                     if (kind == 2)
                         value = static_cast<uint8_t>(value + x - left + 2 * (y - top));
                     if (kind == 3) {

@@ -1,6 +1,6 @@
-// Files of any bytes, read as photographs: they are read as pictures of the right size or rejected
-// with a reason. The decoders are libvips's and not instrumented; the target is how this library
-// handles what they return.
+// Reads files of arbitrary bytes as photographs: each gives a picture of the right size or is
+// rejected with a reason. The decoders belong to libvips and are not instrumented; the target is
+// how this library handles what they return.
 #include <algorithm>
 #include <cstdint>
 #include <cstdio>
@@ -38,7 +38,7 @@ void CheckPhotograph()
     Demand(picture.Pixels.Bytes.size() == size_t{3} *
                                               static_cast<size_t>(picture.Pixels.Size.Width) *
                                               static_cast<size_t>(picture.Pixels.Size.Height),
-           "three bytes a pixel");
+           "three bytes per pixel");
 }
 
 } // namespace

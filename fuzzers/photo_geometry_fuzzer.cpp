@@ -1,5 +1,5 @@
-// Crops of the working picture, on their way back to the photograph: any size of photograph, any
-// crop that the generator returns, any wishes.
+// Maps crops of the working picture back to the photograph, for any size of photograph, any crop
+// that the generator can return and any wishes.
 #include <algorithm>
 #include <optional>
 #include <vector>
@@ -95,14 +95,14 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* bytes, size_t count)
     }
 
     const std::optional<PixelRect> back = ToPhotograph(crop, working, photo, shape, wishes);
-    Demand(back.has_value() || shape.Size.has_value(), "only a size may be refused");
+    Demand(back.has_value() || shape.Size.has_value(), "only a crop with a size may be rejected");
     if (!back)
         return 0;
     Demand(back->Width >= 1 && back->Height >= 1, "a crop holds a pixel");
     Demand(Contains({0, 0, photo.Width, photo.Height}, *back), "a crop lies in the photograph");
     if (shape.Size)
         Demand(back->Width == shape.Size->Width && back->Height == shape.Size->Height,
-               "the size that was asked for");
+               "the requested size");
     // Every wish that the working crop meets is met by the crop of the photograph.
     for (const Wish& wish : wishes) {
         if (crop.Empty())
@@ -110,9 +110,9 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* bytes, size_t count)
         const CInt32Rect region = ToWorkingOutward(wish.Rect, photo, working);
         const bool inside = crop.Left <= region.Left && crop.Right >= region.Right &&
                             crop.Top <= region.Top && crop.Bottom >= region.Bottom;
-        const bool apart = crop.Left > region.Right || crop.Right < region.Left ||
-                           crop.Top > region.Bottom || crop.Bottom < region.Top;
-        if (WantsInside(wish.Kind) ? inside : apart)
+        const bool outside = crop.Left > region.Right || crop.Right < region.Left ||
+                             crop.Top > region.Bottom || crop.Bottom < region.Top;
+        if (WantsInside(wish.Kind) ? inside : outside)
             Demand(IsMet(wish, *back), "a wish that was met stays met");
     }
     return 0;

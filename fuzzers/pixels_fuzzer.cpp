@@ -1,4 +1,4 @@
-// Analyses pictures of any content and any legal size. Every map and table must be finite, every
+// Analyses pictures of any content and any valid size. Every map and table must be finite, every
 // map within 0..1, and the measures of the picture's crops within their ranges.
 #include <cmath>
 #include <memory>
@@ -39,7 +39,7 @@ void CheckMap(const CFloatMatrix& map, const CDoubleMatrix* table)
 void CheckAnalyzer(const CCropAnalyzer& analyzer, const Size& size)
 {
     Demand(analyzer.WorkCols == size.Cols && analyzer.WorkRows == size.Rows, "working size");
-    Demand(analyzer.ScaleFactor == 1.0f, "scale of a picture of legal size");
+    Demand(analyzer.ScaleFactor == 1.0f, "scale of a picture of valid size");
     CheckMap(analyzer.ContrastMap, &analyzer.ContrastTable);
     CheckMap(analyzer.SaliencyMap, &analyzer.SaliencyTable);
     CheckMap(analyzer.ContrastMask, &analyzer.ContrastMaskTable);
@@ -63,7 +63,8 @@ void CheckScore(const Score& score)
     Demand(InRange(score.BorderScore, kShareSlack), "border score");
     Demand(InRange(score.PeakScore, kShareSlack), "peak score");
     Demand(InRange(score.CentrePeakScore, kShareSlack), "centre peak score");
-    Demand(score.RoiScore == 1.0 && score.MergedScore == 0.0, "scores of a request stay");
+    Demand(score.RoiScore == 1.0 && score.MergedScore == 0.0,
+           "scores that only a request sets are unchanged");
 }
 
 } // namespace

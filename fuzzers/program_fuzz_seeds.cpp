@@ -77,7 +77,7 @@ void WriteFileSeeds(const std::filesystem::path& directory)
 
 void WriteGeometrySeeds(const std::filesystem::path& directory)
 {
-    // Read from the end; any bytes do.
+    // The fuzzer reads numbers from the end; any bytes will do.
     for (int seed = 0; seed < 16; ++seed) {
         uint32_t state = static_cast<uint32_t>(seed);
         std::string bytes;

@@ -46,7 +46,7 @@ std::vector<DoubleInfo> Table(FuzzedDataProvider& data, int32_t fewest, bool sca
     std::vector<DoubleInfo> rows;
     const int32_t count = Whole(data, fewest, 5);
     for (int32_t i = 0; i < count; ++i) {
-        // Scales above 1 make most requests throw, so they are made rarer.
+        // Scales above 1 make most requests throw, so they are rare.
         const double value =
             scales && Whole(data, 0, 7) != 0 ? Whole(data, 0, 64) / 64.0 : Number(data);
         rows.emplace_back(value, Whole(data, 0, 3) != 0);
@@ -72,16 +72,16 @@ int32_t Coordinate(FuzzedDataProvider& data)
 CRectOfInterest Rectangle(FuzzedDataProvider& data)
 {
     CRectOfInterest rect(Coordinate(data), 0, Coordinate(data), 0, Whole(data, 0, 1) != 0);
-    const bool anyhow = Whole(data, 0, 7) == 0;
-    rect.Right = anyhow ? Coordinate(data) : rect.Left + Whole(data, 0, 200);
-    rect.Bottom = anyhow ? Coordinate(data) : rect.Top + Whole(data, 0, 200);
+    const bool arbitrary = Whole(data, 0, 7) == 0;
+    rect.Right = arbitrary ? Coordinate(data) : rect.Left + Whole(data, 0, 200);
+    rect.Bottom = arbitrary ? Coordinate(data) : rect.Top + Whole(data, 0, 200);
     rect.Kind = Whole(data, 0, 15) == 0 ? Whole(data, INT32_MIN, INT32_MAX) : Whole(data, 0, 3);
     rect.Enabled = Whole(data, 0, 7) != 0;
     return rect;
 }
 
 // The driver sets no limit; these are small enough for a fuzzer's memory. At 0 the count minus
-// one wraps; at 1 there is a single position each way.
+// one wraps; at 1 a single position is wanted on each axis.
 uint32_t Density(FuzzedDataProvider& data)
 {
     return static_cast<uint32_t>(Whole(data, 0, 15) == 0 ? Whole(data, 0, 32) : Whole(data, 0, 6));
@@ -101,9 +101,9 @@ private:
     SuggestionParameters Request(FuzzedDataProvider& data) const;
     Answer FromDriver(const SuggestionParameters& request);
     Answer FromModel(const SuggestionParameters& request);
-    // Asks both and compares.
-    Answer Ask(const SuggestionParameters& request);
-    void AskForBest(FuzzedDataProvider& data);
+    // Sends the request to both and compares the answers.
+    Answer AnswerOfBoth(const SuggestionParameters& request);
+    void CheckBest(FuzzedDataProvider& data);
     void EvaluateOne(FuzzedDataProvider& data);
     void CheckTables() const;
     void CheckRects() const;
@@ -260,7 +260,7 @@ void Session::CheckRecord(const CInt32CropRect& record) const
         Demand(score.RoiScore >= 0.0 && score.RoiScore <= 1.0, "soft score is in 0..1");
 }
 
-Answer Session::Ask(const SuggestionParameters& request)
+Answer Session::AnswerOfBoth(const SuggestionParameters& request)
 {
     const Answer expected = FromModel(request);
     Answer found = FromDriver(request);
@@ -277,7 +277,7 @@ Answer Session::Ask(const SuggestionParameters& request)
     return found;
 }
 
-void Session::AskForBest(FuzzedDataProvider& data)
+void Session::CheckBest(FuzzedDataProvider& data)
 {
     const SuggestionParameters request = Request(data);
     const int32_t n =
@@ -286,7 +286,7 @@ void Session::AskForBest(FuzzedDataProvider& data)
         Whole(data, 0, 7) == 0 ? Whole(data, INT32_MIN, INT32_MAX) : Whole(data, 0, 3);
     const WeightDistribution weights(Number(data), Number(data), Number(data), Number(data),
                                      Number(data));
-    const Answer all = Ask(request);
+    const Answer all = AnswerOfBoth(request);
     Answer best;
     FromModel(request); // the second request may grow the tables again
     try {
@@ -440,11 +440,11 @@ void Session::Step(FuzzedDataProvider& data)
     case 6:
     case 7:
         if (Model.Aspects.size() < kMostRows && Model.Scales.size() < kMostRows)
-            AskForBest(data);
+            CheckBest(data);
         break;
     default:
         if (Model.Aspects.size() < kMostRows && Model.Scales.size() < kMostRows) {
-            const Answer answer = Ask(Request(data));
+            const Answer answer = AnswerOfBoth(Request(data));
             if (answer.List != nullptr)
                 Kept.push_back(answer);
         }
