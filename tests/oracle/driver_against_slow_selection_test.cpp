@@ -100,8 +100,8 @@ struct Host {
     }
 };
 
-// Expects the driver to select what the slow selection selects. Both see the candidates in the
-// same order, so to the selection one cell with all of them equals the full grid.
+// Expects the driver to select what the slow selection selects. The order of the candidates is the
+// same, so for the selection one cell with all of them is equivalent to the full grid.
 void ExpectSameBest(Host& host, int32_t n, const SuggestionParameters& request, int32_t mode,
                     const vistaTrim::WeightDistribution& weights)
 {

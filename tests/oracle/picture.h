@@ -1,4 +1,4 @@
-// A picture as a host would hand it over: three bytes a pixel, rows without padding.
+// A picture as a host would pass it: three bytes per pixel, rows without padding.
 #ifndef VISTATRIM_TESTS_ORACLE_PICTURE_H
 #define VISTATRIM_TESTS_ORACLE_PICTURE_H
 

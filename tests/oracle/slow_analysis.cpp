@@ -34,7 +34,7 @@ double Clamped(const FloatPlane& p, int cols, int rows, int x, int y)
     return p[Index(std::clamp(x, 0, cols - 1), std::clamp(y, 0, rows - 1), cols)];
 }
 
-void DemandSize(const FloatPlane& p, int cols, int rows)
+void RequireSize(const FloatPlane& p, int cols, int rows)
 {
     if (cols < 1 || rows < 1 || p.size() != CountOf(cols, rows))
         throw std::invalid_argument("slow oracle: a plane does not have the stated size");
@@ -181,7 +181,7 @@ const char* StatusText(int status)
 
 FloatPlane SobelRowDifference(const FloatPlane& src, int cols, int rows)
 {
-    DemandSize(src, cols, rows);
+    RequireSize(src, cols, rows);
     FloatPlane dst(src.size());
     for (int y = 0; y < rows; ++y)
         for (int x = 0; x < cols; ++x) {
@@ -198,7 +198,7 @@ FloatPlane SobelRowDifference(const FloatPlane& src, int cols, int rows)
 
 FloatPlane SobelColumnDifference(const FloatPlane& src, int cols, int rows)
 {
-    DemandSize(src, cols, rows);
+    RequireSize(src, cols, rows);
     FloatPlane dst(src.size());
     for (int y = 0; y < rows; ++y)
         for (int x = 0; x < cols; ++x) {
@@ -243,7 +243,7 @@ FloatPlane GaussianTaps(int maskSize, float sigma)
 
 FloatPlane GaussianSmooth(const FloatPlane& src, int cols, int rows, int maskSize, float sigma)
 {
-    DemandSize(src, cols, rows);
+    RequireSize(src, cols, rows);
     const FloatPlane taps = GaussianTaps(maskSize, sigma);
     const int h = maskSize / 2;
 
@@ -367,7 +367,7 @@ void ScaleColumns(FloatPlane& map, int cols, int rows, int firstCol, int width, 
 
 void ErodeBox(FloatPlane& map, int cols, int rows, int size)
 {
-    DemandSize(map, cols, rows);
+    RequireSize(map, cols, rows);
     const FloatPlane src = map;
     const int h = (size - 1) / 2;
     for (int y = 0; y < rows; ++y)
@@ -382,7 +382,7 @@ void ErodeBox(FloatPlane& map, int cols, int rows, int size)
 
 void DilateBox(FloatPlane& map, int cols, int rows, int size)
 {
-    DemandSize(map, cols, rows);
+    RequireSize(map, cols, rows);
     const FloatPlane src = map;
     const int h = (size - 1) / 2;
     for (int y = 0; y < rows; ++y)
@@ -399,7 +399,7 @@ void DilateBox(FloatPlane& map, int cols, int rows, int size)
 
 DoublePlane BuildSummedAreaTable(const FloatPlane& map, int cols, int rows)
 {
-    DemandSize(map, cols, rows);
+    RequireSize(map, cols, rows);
     DoublePlane t(map.size());
     t[0] = map[0];
     for (int r = 1; r < rows; ++r)
@@ -449,7 +449,7 @@ void SumDownColumns(FloatPlane& table, int cols, int rows)
 
 FloatPlane BuildPlaneTable(const FloatPlane& plane, int cols, int rows)
 {
-    DemandSize(plane, cols, rows);
+    RequireSize(plane, cols, rows);
     FloatPlane table(CountOf(cols + 1, rows + 1), 0.0F);
     for (int r = 0; r < rows; ++r) {
         float s = 0.0F;
@@ -464,8 +464,8 @@ FloatPlane BuildPlaneTable(const FloatPlane& plane, int cols, int rows)
 
 FloatPlane BuildPairTable(const FloatPlane& a, const FloatPlane& b, int cols, int rows)
 {
-    DemandSize(a, cols, rows);
-    DemandSize(b, cols, rows);
+    RequireSize(a, cols, rows);
+    RequireSize(b, cols, rows);
     FloatPlane table(CountOf(cols + 1, rows + 1), 0.0F);
     for (int r = 0; r < rows; ++r) {
         float s = 0.0F;
@@ -507,7 +507,7 @@ void NormaliseRowBySum(float* row, int length, float offset, float threshold)
 
 void NormaliseRowsBySum(FloatPlane& plane, int cols, int rows)
 {
-    DemandSize(plane, cols, rows);
+    RequireSize(plane, cols, rows);
     const float offset = ToFloat(static_cast<double>(cols) * static_cast<double>(0.01F));
     for (int y = 0; y < rows; ++y)
         NormaliseRowBySum(plane.data() + Index(0, y, cols), cols, offset, 0.05F);
@@ -734,7 +734,7 @@ FloatPlane InvertRegularised(const FloatPlane& a, int n, float eps, InversePreci
 
     FloatPlane result(count, 0.0F);
     if (!FactorCholesky(m, n)) {
-        // The first diagonal element, regularised a second time, serves all planes.
+        // The first diagonal element, regularised a second time, is used for all planes.
         for (int i = 0; i < n; ++i)
             result[Index(i, i, n)] = ToFloat(1.0 / (static_cast<double>(firstDiagonal) + epsilon));
         return result;

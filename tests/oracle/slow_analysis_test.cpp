@@ -90,7 +90,7 @@ TEST(SlowNormalisePlane, FlatInputBecomesZeros)
     EXPECT_THAT(sevens, Each(0.0F));
 }
 
-TEST(SlowNormalisePlane, SmallSpansStopAtTheFloor)
+TEST(SlowNormalisePlane, SmallRangesAreDividedByTheFloor)
 {
     FloatPlane x = {0.0F, 1e-06F};
     NormalisePlane(x);
@@ -169,7 +169,7 @@ TEST(SlowGaussian, OnePointSpreadsAsTheProductOfTheTaps)
     EXPECT_EQ(At(smooth, 9, 0, 4), 0.0F);
 }
 
-// All taps that fall outside take the corner's own value: (1 + centre tap) / 2 each way.
+// All taps that fall outside read the corner pixel: (1 + centre tap) / 2 along each axis.
 TEST(SlowGaussian, CornerReachesPastTheBorder)
 {
     FloatPlane p = Constant(9, 9, 0.0F);
@@ -177,7 +177,7 @@ TEST(SlowGaussian, CornerReachesPastTheBorder)
     EXPECT_THAT(GaussianSmooth(p, 9, 9, 7, 0.5F)[0], FloatEq(0.79795870F)); // 0.89328533 squared
 }
 
-TEST(SlowGaussian, PicturesSmallerThanTheMaskAreLegal)
+TEST(SlowGaussian, PicturesSmallerThanTheMaskAreAllowed)
 {
     EXPECT_THAT(GaussianSmooth({200.0F}, 1, 1, 15, 2.0F), ElementsAre(FloatEq(200.0F)));
 
@@ -247,7 +247,7 @@ TEST(SlowResize, OneRowIsRejectedOncePerPlane)
         EXPECT_THAT(plane, Each(42.0F));
 }
 
-TEST(SlowThreshold, TheLevelItselfStays)
+TEST(SlowThreshold, ValuesAtTheLevelAreKept)
 {
     FloatPlane x = {0.0F, 1.0F, 2.0F, 3.0F};
     ThresholdBelow(x, 0.0F, 0.0F);
@@ -554,7 +554,7 @@ TEST_P(SlowInverse, TimesTheMatrixIsOne)
         }
 }
 
-TEST_P(SlowInverse, OneElementNeedsNoFactor)
+TEST_P(SlowInverse, OneElementNeedsNoFactorisation)
 {
     EXPECT_THAT(InvertRegularised({6.0F}, 1, 10.0F, GetParam()), ElementsAre(0.0625F));
     EXPECT_THAT(InvertRegularised({-26.0F}, 1, 10.0F, GetParam()), ElementsAre(-0.0625F));
@@ -636,9 +636,9 @@ TEST(SlowStripContrast, TopContrastByHand)
     EXPECT_NEAR(map[12], (raw[3] - raw[0]) / (raw[1] - raw[0]), 1e-6); // 0.14028
 }
 
-TEST(SlowStripContrast, UpsideDownSwapsTheAnchors)
+TEST(SlowStripContrast, MirroringTopAndBottomSwapsTheAnchors)
 {
-    // Whole bytes in a picture this small sum exactly, so only the order of the strips differs.
+    // Sums of bytes are exact in a picture this small, so only the order of the strips differs.
     const Picture picture = BlobsOnGradient(40, 28, 5);
     const Picture turned = MirrorTopBottom(picture);
     PlaneStack stack = StackFromBytes(picture.Bytes.data(), 3, 40, 28);
@@ -653,7 +653,7 @@ TEST(SlowStripContrast, UpsideDownSwapsTheAnchors)
 
 TEST(SlowStripContrast, SidesAreTopBottomLeftRight)
 {
-    // Each side map is lowest at its own side of a picture that differs on all four.
+    // All four sides of the picture differ, and each side map is lowest at its own.
     Picture picture = FlatPicture(20, 20, 100, 100, 100);
     for (int y = 0; y < 20; ++y)
         for (int x = 0; x < 20; ++x) {
@@ -800,14 +800,14 @@ TEST(SlowCentreWeights, NarrowMapsAreWeightedMoreThanOnce)
     EXPECT_THAT(WeightedRow(1), ElementsAre(w0 * w1 * 1.0F * w1 * w0));
 }
 
-TEST(SlowEdgeMap, FlatPictureHasNone)
+TEST(SlowEdgeMap, FlatPictureHasNoEdges)
 {
-    // Smoothing a flat plane leaves it flat to the bit, since all pixels see the same sums.
+    // A flat plane stays flat to the bit when smoothed, since every pixel gets the same sums.
     const Picture picture = FlatPicture(30, 20, 90, 140, 33);
     EXPECT_THAT(ComputeEdgeStages(picture.Bytes.data(), 30, 20).EdgeMap, Each(0.0F));
 }
 
-TEST(SlowEdgeMap, StagesFollowEachOther)
+TEST(SlowEdgeMap, EachStageFollowsFromTheOneBefore)
 {
     const Picture picture = PseudoPhotograph(96, 64, 4);
     const EdgeStages e = ComputeEdgeStages(picture.Bytes.data(), 96, 64);
@@ -860,7 +860,7 @@ TEST(SlowBorderBand, IsAFractionOfTheShorterSide)
     EXPECT_EQ(ComputeBorderBand(1, 1), 1);
 }
 
-TEST(SlowBandGain, QuietSideHasAGainOf100)
+TEST(SlowBandGain, SideWithoutContrastHasAGainOf100)
 {
     EXPECT_THAT(BandGain(0.0F), FloatEq(100.0F));
     EXPECT_THAT(BandGain(0.99F), FloatEq(1.0F));

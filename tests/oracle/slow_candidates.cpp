@@ -7,8 +7,8 @@ namespace slowOracle {
 
 namespace {
 
-// A crop side as an unsigned number. The largest one stands for every impossible side, negative
-// or beyond 32 bits; NaN compares false with both limits and counts as 0.
+// A crop side as an unsigned number. The largest one represents every impossible side, negative or
+// beyond 32 bits; NaN compares false with both limits and counts as 0.
 uint32_t CropSide(double floored)
 {
     constexpr uint32_t kLargest = 0xFFFFFFFFU;
@@ -18,8 +18,7 @@ uint32_t CropSide(double floored)
 }
 
 // The number of gaps between `positions` wanted positions, at least 1. A double keeps any count
-// exact, so a density of 0, which wraps, asks for every position along the axis with less free
-// room.
+// exact, so a density of 0, which wraps, gives every position along the axis with less free room.
 double Gaps(double positions)
 {
     return std::max(positions - 1.0, 1.0);

@@ -1,5 +1,5 @@
 // The measures of one crop, computed the slow way: plain loops over plain vectors, one cast
-// at each place where a value becomes a float, nothing shared with the library's own code.
+// wherever a value becomes a float, nothing shared with the library's own code.
 //
 // A read outside a table throws std::out_of_range, and a coordinate beyond int32 throws
 // std::domain_error: such a crop has no defined measures.

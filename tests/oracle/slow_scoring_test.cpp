@@ -70,7 +70,7 @@ ScoringInput FullPicture(int cols, int rows)
     return in;
 }
 
-TEST(SlowScoring, WorkingRectIsTruncatedAndClampedOnOneSideEach)
+TEST(SlowScoring, WorkingRectIsTruncatedAndEachEdgeClampedOnOneSide)
 {
     ScoringInput in = Picture(320, 240);
     in.ScaleFactor = 0.5F;
@@ -221,7 +221,7 @@ TEST(SlowScoring, BandPastTheOppositeSideOfASmallCropCounts)
     EXPECT_EQ(SideValue(in, rect, 1), 2.0F);
     EXPECT_EQ(SideValue(in, rect, 2), 3.0F);
     EXPECT_EQ(SideValue(in, rect, 3), 4.0F);
-    // 1 + 1 + 0.75 + 0.5 over each way, and over 2.
+    // 1 + 1 + 0.75 + 0.5: divided by each side of 1, and by their sum of 2.
     EXPECT_EQ(BorderCost(in, rect), 3.25F + 1.625F);
 }
 
@@ -360,7 +360,7 @@ TEST(SlowScoring, CoverageOfARectangleIsItsShareInsideTheCrop)
     EXPECT_TRUE(std::isnan(RectCoverage(crop, {10, 9, 10, 19})));
 }
 
-TEST(SlowScoring, HardRectanglesPassWholeOrNotAtAll)
+TEST(SlowScoring, HardRectanglesRequireAllOrNothing)
 {
     const Rect crop = {0, 99, 0, 99};
     EXPECT_TRUE(PassesHardRects({}, crop));
@@ -477,7 +477,7 @@ TEST(SlowScoring, WholePictureCoversContent)
     EXPECT_TRUE(marked.CoversContent);
 }
 
-TEST(SlowScoring, WalkTakesTheChosenRowsAndCells)
+TEST(SlowScoring, WalkScoresOnlyTheChosenRowsAndCells)
 {
     const ScoringInput in = SidedPicture();
     const CropGrid fresh(2, CropRow(3, CropCell(1, MakeCrop(10, 19, 5, 12))));

@@ -22,8 +22,8 @@ struct Selection {
     std::vector<size_t> Served;                // survivor indices of Result
     CropCell Result;
 
-    // A measure with weight has equal values or NaNs, or keys are equal: then the order depends
-    // on the sort, and another order can be as right as this one.
+    // A measure with weight has equal values or NaNs, or keys are equal: then the order depends on
+    // the sort, and another order may be equally valid.
     bool DependsOnTies = false;
 };
 

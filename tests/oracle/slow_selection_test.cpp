@@ -23,8 +23,8 @@ Crop CropAt(int x, int y, double value)
     return crop;
 }
 
-// m crops far apart, each better than the one before.
-CropGrid Apart(int m)
+// m crops that do not touch, each better than the one before.
+CropGrid SeparateCrops(int m)
 {
     CropGrid grid(1, CropRow(1));
     for (int i = 0; i < m; ++i)
@@ -163,7 +163,7 @@ TEST(SlowSelection, OverlapOfExactlyTheLimitDoesNotJoin)
     EXPECT_EQ(Select(2, grid, {1, 0, 0, 0, 0}).Clusters.size(), 1U);
 }
 
-TEST(SlowSelection, ModeKeepsOneWeightAsItIs)
+TEST(SlowSelection, ModeOfOneMeasureUsesItsWeightUnscaled)
 {
     CropGrid grid(1, CropRow(1));
     Crop a = CropAt(0, 0, 0.5);
@@ -207,7 +207,7 @@ TEST(SlowSelection, ZeroWeightLeavesTheOrderToTheTiers)
 
 TEST(SlowSelection, NegativeWeightReversesTheFirstThreeAndDropsTheLastTwo)
 {
-    CropGrid grid = Apart(3);
+    CropGrid grid = SeparateCrops(3);
     grid[0][0][0].PeakScore = 1.0;
     EXPECT_EQ(Select(9, grid, {-1, 0, 0, 0, 0}).Served, (std::vector<size_t>{0, 1, 2}));
     const Selection dropped = Select(9, grid, {1, 0, 0, -50, -50});
@@ -219,21 +219,21 @@ TEST(SlowSelection, NegativeWeightReversesTheFirstThreeAndDropsTheLastTwo)
     EXPECT_EQ(Select(9, grid, {1, 0, 0, 50, 0}).Served, (std::vector<size_t>{0, 1, 2}));
 }
 
-TEST(SlowSelection, PoolIsCutToAFifthFromAThousandOn)
+TEST(SlowSelection, PoolIsCutToAFifthFromAThousandCandidatesUp)
 {
     EXPECT_EQ(PoolSizeOf(0), 0U);
     EXPECT_EQ(PoolSizeOf(999), 999U);
     EXPECT_EQ(PoolSizeOf(1000), 200U); // 0.2f is a little above 0.2
     EXPECT_EQ(PoolSizeOf(1004), 200U);
     EXPECT_EQ(PoolSizeOf(1005), 201U);
-    EXPECT_EQ(Select(200, Apart(1000)).Result.size(), 200U);
-    EXPECT_EQ(Select(201, Apart(1000)).Result.size(), 200U); // below n: unclustered
-    EXPECT_EQ(Select(999, Apart(999)).Result.size(), 999U);
+    EXPECT_EQ(Select(200, SeparateCrops(1000)).Result.size(), 200U);
+    EXPECT_EQ(Select(201, SeparateCrops(1000)).Result.size(), 200U); // below n: unclustered
+    EXPECT_EQ(Select(999, SeparateCrops(999)).Result.size(), 999U);
 }
 
 TEST(SlowSelection, KeysOfAMillionStillSeparateRanks)
 {
-    const Selection selection = Select(9, Apart(900));
+    const Selection selection = Select(9, SeparateCrops(900));
     EXPECT_FALSE(selection.DependsOnTies);
     for (size_t i = 0; i < 9; ++i)
         EXPECT_EQ(selection.Served[i], 899 - i);
@@ -247,7 +247,7 @@ TEST(SlowSelection, HardRectanglesRemoveBeforeRanking)
     keepClear.Bottom = 9;
     keepClear.Kind = kHardExclude;
     const auto survivors = [](const Roi& rect) {
-        return SelectTopCrops(9, Apart(4), 0, kNoIndex, kNoIndex, {1, 0, 0, 0, 0}, {rect});
+        return SelectTopCrops(9, SeparateCrops(4), 0, kNoIndex, kNoIndex, {1, 0, 0, 0, 0}, {rect});
     };
     EXPECT_EQ(survivors(keepClear).Survivors.size(), 3U);
     EXPECT_EQ(survivors(keepClear).Ranks[0].front(), 1.0F / 3.0F);
@@ -279,7 +279,7 @@ TEST(SlowSelection, IndicesChooseRowsAndCells)
 
 TEST(SlowSelection, TiesAreReported)
 {
-    CropGrid grid = Apart(3);
+    CropGrid grid = SeparateCrops(3);
     EXPECT_FALSE(Select(3, grid).DependsOnTies);
     grid[0][0][1].PeakScore = 0.0; // equal to the others, but it carries no weight
     EXPECT_FALSE(Select(3, grid).DependsOnTies);

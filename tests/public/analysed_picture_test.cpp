@@ -24,7 +24,7 @@ std::shared_ptr<const CAnalysedPicture> AnalysedOnce(const Picture& picture)
     return std::make_shared<CAnalysedPicture>(*image); // the image is destroyed here
 }
 
-std::shared_ptr<const CAnalysedPicture> Refused()
+std::shared_ptr<const CAnalysedPicture> RejectedPicture()
 {
     testing::internal::CaptureStderr();
     std::shared_ptr<const CAnalysedPicture> analysed = AnalysedOnce(Flat(1, 1281, 1, 2, 3));
@@ -32,7 +32,7 @@ std::shared_ptr<const CAnalysedPicture> Refused()
     return analysed;
 }
 
-TEST(AnalysedPictureMaps, AreTheAnalyzersByName)
+TEST(AnalysedPictureMaps, MatchTheAnalyzersMapsByName)
 {
     const Picture picture = Blobs(640, 400, 1);
     const auto analyzer = Analyse(picture);
@@ -51,7 +51,7 @@ TEST(AnalysedPictureMaps, AreTheAnalyzersByName)
     }
 }
 
-TEST(AnalysedPictureMaps, HaveNoOtherName)
+TEST(AnalysedPictureMaps, AreNotFoundUnderOtherNames)
 {
     const auto analysed = AnalysedOnce(Flat(640, 10, 1, 2, 3));
     EXPECT_EQ(analysed->Find("contrastmap"), nullptr);
@@ -60,7 +60,7 @@ TEST(AnalysedPictureMaps, HaveNoOtherName)
 
 TEST(AnalysedPictureMaps, OfARejectedPictureAreEmpty)
 {
-    const auto analysed = Refused();
+    const auto analysed = RejectedPicture();
     ASSERT_EQ(analysed->Maps().size(), 10u);
     for (const NamedPictureMap& map : analysed->Maps()) {
         EXPECT_EQ(map.Data, nullptr) << map.Name;
@@ -108,7 +108,7 @@ TEST(AnalysedPictureDescriptor, IsNotWrittenForACropWithoutPixels)
 TEST(AnalysedPictureDescriptor, OfARejectedPictureIsNeverWritten)
 {
     std::vector<float> found = Untouched();
-    EXPECT_FALSE(Refused()->ReadDescriptor(CInt32CropRect(0, 0, 0, 1280), found.data()));
+    EXPECT_FALSE(RejectedPicture()->ReadDescriptor(CInt32CropRect(0, 0, 0, 1280), found.data()));
     EXPECT_EQ(found, Untouched());
 }
 
@@ -227,7 +227,7 @@ TEST(AnalysedPictureDrivers, CanBeInitializedOnAnotherImage)
     const ImageHolder image = MakeImage(other);
     const auto analysed = AnalysedOnce(Blobs(640, 480, 10));
     IVistaTrim* const driver = analysed->MakeDriver(WithRatios({}, 5));
-    driver->Initialize(image.get(), WithRatios({}, 5)); // leaks what it had
+    driver->Initialize(image.get(), WithRatios({}, 5)); // leaks what it held before
     EXPECT_TRUE(SameRecords(Answers(driver), AnswersOfTheExports(other, WithRatios({}, 5))));
     DestroyVistaTrimObj(driver);
 }

@@ -1,5 +1,5 @@
-// What a host gets from one picture by a fixed round of requests, for tests that two rounds give
-// the same bits.
+// What a host gets for one picture from a fixed series of requests. Tests use it to check that two
+// runs give the same bits.
 #ifndef VISTATRIM_TESTS_PUBLIC_ANSWERS_H
 #define VISTATRIM_TESTS_PUBLIC_ANSWERS_H
 
@@ -16,7 +16,7 @@ struct Answers {
     std::vector<CInt32CropRect> Best; // the best by all measures
     std::vector<CInt32CropRect> Ratio;
     std::vector<CInt32CropRect> Size;
-    CInt32CropRect Own; // a rectangle of the host's
+    CInt32CropRect Own; // a rectangle of the host's own
 };
 
 inline std::vector<CInt32CropRect> TakeRecords(ICropRects* list)

@@ -101,7 +101,7 @@ TEST(SmartPtrOfCropRects, TakingOverAReferenceDropsItAtTheEnd)
     EXPECT_TRUE(ended);
 }
 
-TEST(CropRects, MoreThanAListCanHoldIsALengthErrorAndLeavesTheListUnchanged)
+TEST(CropRects, ReservingMoreThanAListCanHoldThrowsALengthErrorAndChangesNothing)
 {
     CCropListBuilder builder;
     builder.Append(CInt32CropRect(1, 2, 3, 4));
@@ -117,7 +117,7 @@ TEST(CropRects, MoreThanAListCanHoldIsALengthErrorAndLeavesTheListUnchanged)
     list->Release();
 }
 
-TEST(SmartPtrOfCropRects, ReleasePassesTheReferenceOn)
+TEST(SmartPtrOfCropRects, ReleaseHandsTheReferenceOver)
 {
     bool ended = false;
     CCropRects* list = nullptr;

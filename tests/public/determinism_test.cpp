@@ -1,6 +1,6 @@
-// The same picture gives the same bits: again, in memory that held something else before, in every
-// ISA variant, and with any number of BLAS threads. Other BLAS kernels round differently; how much
-// is measured here.
+// The same picture gives the same bits: in every run, whatever the memory held before, in every ISA
+// variant, and with any number of BLAS threads. Other BLAS kernels round differently; these tests
+// measure by how much.
 //
 // With --dump FILE the program writes the results of its pictures there and runs no test: it starts
 // itself that way under another kernel, which is chosen when a process starts.
@@ -43,8 +43,8 @@ struct NamedPicture {
     Picture Pixels;
 };
 
-// Content, noise, hard edges, bright flat areas whose statistics lose most digits, and a picture so
-// thin that its smallest copy is rejected.
+// Content, noise, hard edges, bright flat areas, whose statistics lose the most digits, and a
+// picture so thin that its smallest copy is rejected.
 std::vector<NamedPicture> SomePictures()
 {
     return {{"blobs", testPictures::Blobs(640, 160, 1)},
@@ -101,8 +101,8 @@ void ExpectSameBits(const Results& found, const Results& expected)
     EXPECT_TRUE(SameBits(found.Crops.Own, expected.Crops.Own));
 }
 
-// Fills the memory that the next analysis will get with a value that would show.
-void DirtyTheFreeStore(int byte)
+// Fills the memory that the next analysis will get with a byte that would show in its results.
+void DirtyTheHeap(int byte)
 {
     std::vector<std::unique_ptr<char[]>> blocks;
     for (const size_t size : {size_t{64}, size_t{4096}, size_t{1} << 18, size_t{1} << 22,
@@ -123,7 +123,7 @@ TEST(Determinism, TheSameBitsWhateverTheMemoryHeldBefore)
         SCOPED_TRACE(picture.Name);
         const Results first = ResultsOf(picture.Pixels);
         for (const int byte : {0xFF, 0x7F, 0x3C}) {
-            DirtyTheFreeStore(byte);
+            DirtyTheHeap(byte);
             ExpectSameBits(ResultsOf(picture.Pixels), first);
         }
     }
@@ -174,7 +174,7 @@ TEST(Determinism, BlasThreadCountChangesNoBit)
 {
     if (openblas_set_num_threads == nullptr || openblas_get_num_threads == nullptr)
         GTEST_SKIP() << "not OpenBLAS";
-    // Small ones: on a loaded machine each product waits for its threads to get their turns.
+    // Small pictures: on a loaded machine each product waits for all its threads to be scheduled.
     const Picture pictures[] = {testPictures::Blobs(640, 20, 1), testPictures::Noise(14, 640, 3)};
     for (const Picture& picture : pictures) {
         const Results one = ResultsOf(picture);
@@ -285,8 +285,8 @@ size_t InBoth(const std::vector<CInt32CropRect>& a, const std::vector<CInt32Crop
 // Largest differences seen between the kernels of SkylakeX and those of Haswell, Nehalem and
 // Prescott (OpenBLAS 0.3.21), on these pictures: maps 5.4e-7 and, on the picture of two flat
 // halves, 7.2e-5; composition score 9.5e-6, the other measures 1.9e-7. The halves' strips hold one
-// or two colours, so the inverse of their covariances is mostly the regulariser's. Four times that
-// is allowed.
+// or two colours, so the inverse of their covariances is mostly that of the regulariser. The limits
+// are four times these differences.
 constexpr double kMapTolerance = 2.2e-6;
 constexpr double kFlatMapTolerance = 2.9e-4;
 constexpr double kCompositionTolerance = 3.8e-5;
@@ -321,7 +321,7 @@ void ExpectNear(const char* core, const NamedPicture& picture, const Results& he
     EXPECT_LE(composition, kCompositionTolerance);
     EXPECT_LE(others, kMeasureTolerance);
     std::printf("%-9s %-9s maps %8.2g  composition %8.2g  other measures %8.2g  "
-                "best crops alike %zu of %zu\n",
+                "best crops in common %zu of %zu\n",
                 core, picture.Name, maps, composition, others,
                 InBoth(here.Crops.Best, there.Crops.Best), here.Crops.Best.size());
 }
@@ -334,7 +334,7 @@ TEST(Determinism, OtherBlasKernelsStayClose)
     std::vector<Results> here;
     for (const NamedPicture& picture : pictures)
         here.push_back(ResultsOf(picture.Pixels));
-    std::printf("against the kernels of %s:\n", openblas_get_corename());
+    std::printf("compared with the kernels of %s:\n", openblas_get_corename());
     for (const char* core : {"Haswell", "Nehalem", "Prescott"}) {
         std::vector<Results> there;
         ASSERT_TRUE(ReadResultsUnder(core, here, there)) << core;

@@ -31,7 +31,7 @@ int32_t HeightOf(const CInt32CropRect& crop)
     return crop.Bottom - crop.Top + 1;
 }
 
-// A list that no driver has touched; a failed request must leave it so.
+// A result that no driver has set; a failed request must leave it unchanged.
 ICropRects* const kUntouched = reinterpret_cast<ICropRects*>(uintptr_t{0x5555});
 
 // The message that a request throws, by each of the three handlers; empty if it throws none.
@@ -40,7 +40,7 @@ std::string ThrownText(HostObjects& host, const SuggestionParameters& request, b
     std::string texts[3];
     for (int handler = 0; handler < 3; ++handler) {
         ICropRects* result = kUntouched;
-        const auto ask = [&] {
+        const auto run = [&] {
             if (best)
                 GetNTopCropSuggestions(host.Driver, 5, &result, &request, 0,
                                        WeightDistribution(1, 1, 1));
@@ -50,20 +50,20 @@ std::string ThrownText(HostObjects& host, const SuggestionParameters& request, b
         };
         if (handler == 0) {
             try {
-                ask();
+                run();
                 return std::string();
             } catch (char* text) {
                 texts[0] = text;
             }
         } else if (handler == 1) {
             try {
-                ask();
+                run();
             } catch (const char* text) {
                 texts[1] = text;
             }
         } else {
             try {
-                ask();
+                run();
             } catch (void* text) {
                 texts[2] = static_cast<const char*>(text);
             }
@@ -91,13 +91,13 @@ TEST(Driver, DefaultRequestReturnsEveryPair)
 TEST(Driver, EmptyParametersMeanAllDefaults)
 {
     HostObjects host(640, 480, VistaTrimParameters());
-    const VistaTrimParameters usual = UsualParameters();
-    EXPECT_EQ(host.NumAspectRows(), usual.NumAspectRatios);
-    EXPECT_EQ(host.NumScaleRows(), usual.NumCropRectScaleRatios);
+    const VistaTrimParameters defaults = DefaultParameters();
+    EXPECT_EQ(host.NumAspectRows(), defaults.NumAspectRatios);
+    EXPECT_EQ(host.NumScaleRows(), defaults.NumCropRectScaleRatios);
     const VistaTrimParameters stored = host.Driver->GetParameters();
-    EXPECT_EQ(stored.NumAspectRatios, usual.NumAspectRatios);
-    EXPECT_EQ(stored.NumMaxCropRectsPerSide, usual.NumMaxCropRectsPerSide);
-    EXPECT_EQ(stored.AspectRatios[0].Value, usual.AspectRatios[0].Value);
+    EXPECT_EQ(stored.NumAspectRatios, defaults.NumAspectRatios);
+    EXPECT_EQ(stored.NumMaxCropRectsPerSide, defaults.NumMaxCropRectsPerSide);
+    EXPECT_EQ(stored.AspectRatios[0].Value, defaults.AspectRatios[0].Value);
     EXPECT_EQ(host.Suggestions(SuggestionParameters(4.0 / 3.0, false)).size(),
               HostObjects(640, 480).Suggestions(SuggestionParameters(4.0 / 3.0, false)).size());
 }
@@ -123,7 +123,7 @@ TEST(Driver, EmptyAspectTableReplacesTheWholeSet)
     CRectOfInterest* table = nullptr;
     uint32_t count = 99;
     const CRectOfInterest own(0, 9, 0, 9, true);
-    host.Driver->AddRectOfInterest(own); // so that no record is made for an empty list
+    host.Driver->AddRectOfInterest(own); // an empty list would leak a default record
     host.Driver->GetRectsOfInterest(&table, &count);
     EXPECT_EQ(count, 1U);
 }
@@ -152,7 +152,7 @@ TEST(Driver, AspectRowsWithoutScaleRowsGiveEmptyLists)
 }
 
 // With one aspect row nothing is defaulted, not even a density of 0, which wraps.
-TEST(Driver, AspectTableOfTheHostKeepsItsOtherParameters)
+TEST(Driver, AnAspectTableKeepsTheHostsOtherParameters)
 {
     VistaTrimParameters parameters;
     parameters.AspectRatios = new DoubleInfo[1];
@@ -164,11 +164,11 @@ TEST(Driver, AspectTableOfTheHostKeepsItsOtherParameters)
     const VistaTrimParameters stored = host.Driver->GetParameters();
     EXPECT_EQ(stored.NumMaxCropRectsPerSide, 0U);
     EXPECT_EQ(stored.AspectRatios[0].Value, 2.0);
-    // 96 x 48 to 192 x 96: both ends across, every row down.
+    // Crops of 96 x 48: both ends across, every row down.
     EXPECT_EQ(host.Suggestions(SuggestionParameters(96, 48, false)).size(), 2U * 49U);
 }
 
-TEST(Driver, OneScaleRowIsATable)
+TEST(Driver, OneScaleRowIsEnough)
 {
     VistaTrimParameters parameters;
     parameters.AspectRatios = new DoubleInfo[1];
@@ -190,11 +190,11 @@ TEST(Driver, OneScaleRowIsATable)
 
 TEST(Driver, ParametersAreCopied)
 {
-    VistaTrimParameters parameters = UsualParameters();
+    VistaTrimParameters parameters = DefaultParameters();
     HostObjects host(640, 96, parameters);
     parameters.AspectRatios[0].Value = 9.0;
     EXPECT_EQ(host.Driver->GetParameters().AspectRatios[0].Value,
-              UsualParameters().AspectRatios[0].Value);
+              DefaultParameters().AspectRatios[0].Value);
 }
 
 TEST(Driver, TwoRequestsGiveTwoListsOfEqualContents)
@@ -231,7 +231,7 @@ TEST(Driver, ListOutlivesTheDriverAndTheImage)
 
 TEST(Driver, RequestThatYieldsNothingGivesAnEmptyListWithoutData)
 {
-    VistaTrimParameters parameters = UsualParameters();
+    VistaTrimParameters parameters = DefaultParameters();
     for (uint32_t i = 0; i < parameters.NumCropRectScaleRatios; ++i)
         parameters.CropRectScaleRatios[i].Enabled = false;
     HostObjects host(640, 96, parameters);
@@ -431,7 +431,7 @@ TEST(Driver, DetectFacesAloneChangesNothing)
 
 TEST(Driver, BuiltInDetectorAloneChangesNothing)
 {
-    VistaTrimParameters parameters = UsualParameters();
+    VistaTrimParameters parameters = DefaultParameters();
     parameters.UseBuiltInFaceDetector = true;
     HostObjects host(640, 96, parameters);
     EXPECT_TRUE(SameRecords(host.Suggestions(SuggestionParameters(false)),
@@ -443,7 +443,7 @@ TEST(DriverDeathTest, RequestingTheDetectorTerminates)
     testing::FLAGS_gtest_death_test_style = "threadsafe";
     EXPECT_EXIT(
         {
-            VistaTrimParameters parameters = UsualParameters();
+            VistaTrimParameters parameters = DefaultParameters();
             parameters.UseBuiltInFaceDetector = true;
             HostObjects host(640, 40, parameters);
             host.Suggestions(SuggestionParameters(true));
@@ -451,7 +451,7 @@ TEST(DriverDeathTest, RequestingTheDetectorTerminates)
         testing::KilledBySignal(SIGABRT), "");
 }
 
-TEST(Driver, TableReportsGiveTheCount)
+TEST(Driver, TableGettersReturnTheCount)
 {
     HostObjects host(640, 96);
     DoubleInfo* table = nullptr;
@@ -473,7 +473,7 @@ TEST(Driver, ReservedSlotsDoNothing)
 
 TEST(Driver, RectsOfInterestLiveInTheDriverAndNotInTheParameters)
 {
-    VistaTrimParameters parameters = UsualParameters();
+    VistaTrimParameters parameters = DefaultParameters();
     parameters.RectsOfInterest = new CRectOfInterest[2];
     parameters.NumRectsOfInterest = 2;
     parameters.RectsOfInterest[1] = CRectOfInterest(10, 19, 20, 29, true);
@@ -580,7 +580,7 @@ private:
 TEST(Driver, BorrowsAHostsOwnImage)
 {
     CountingImage image(640, 96);
-    const VistaTrimParameters parameters = UsualParameters();
+    const VistaTrimParameters parameters = DefaultParameters();
     IVistaTrim* driver = CreateVistaTrimObj(&image, &parameters);
     const SuggestionParameters request;
     ICropRects* list = nullptr;
@@ -624,7 +624,7 @@ std::string ThrownByCreation(uint32_t width, uint32_t height, uint32_t channels)
 {
     const int32_t offsets[4] = {0, 1, 2, 3};
     IImage* image = CreateImageObj(height, width, channels, offsets, nullptr);
-    const VistaTrimParameters parameters = UsualParameters();
+    const VistaTrimParameters parameters = DefaultParameters();
     std::string text;
     try {
         DestroyVistaTrimObj(CreateVistaTrimObj(image, &parameters));
@@ -666,7 +666,7 @@ TEST(Driver, InitializeThatThrowsLeavesTheDriverUnchanged)
     host.Driver->SetAspectRatioEnabled(1.0, true);
     host.Driver->AddRectOfInterest(CRectOfInterest(300, 309, 30, 39, true));
     const std::vector<CInt32CropRect> before = host.Suggestions(SuggestionParameters());
-    VistaTrimParameters parameters = UsualParameters();
+    VistaTrimParameters parameters = DefaultParameters();
     parameters.NumMaxCropRectsPerSide = 3;
     IImage* small = MakeTestImage(320, 240);
     EXPECT_THROW(host.Driver->Initialize(small, parameters), char*);
@@ -679,9 +679,9 @@ TEST(Driver, InitializeThatThrowsLeavesTheDriverUnchanged)
     EXPECT_EQ(host.Suggestions(SuggestionParameters(100.0, 97.0, false)).size(), before.size());
 }
 
-// The leak suppressions list what these leak.
+// The leak suppressions list what these tests leak.
 
-TEST(DriverDeliberateLeaks, ListWithoutRectanglesOffersADefaultRecord)
+TEST(DriverDeliberateLeaks, ListWithoutRectanglesReturnsADefaultRecord)
 {
     HostObjects host(640, 40);
     CRectOfInterest* table = nullptr;
@@ -702,7 +702,7 @@ TEST(DriverDeliberateLeaks, SecondInitializeStartsAnew)
     host.Driver->SetAspectRatioEnabled(1.0, true);
     host.Driver->AddRectOfInterest(CRectOfInterest(0, 9, 0, 9, true));
     IImage* other = MakeTestImage(640, 96);
-    VistaTrimParameters parameters = UsualParameters();
+    VistaTrimParameters parameters = DefaultParameters();
     parameters.RectsOfInterest = new CRectOfInterest[1];
     parameters.NumRectsOfInterest = 1;
     parameters.RectsOfInterest[0] = CRectOfInterest(5, 6, 7, 8, false);

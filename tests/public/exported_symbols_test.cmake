@@ -1,4 +1,4 @@
-# Compares what the shared library shows with the list in the repository.
+# Compares what the shared library exports with the list in the repository.
 #   cmake -DNM=... -DLIBRARY=... -DLIST=... -P exported_symbols_test.cmake
 execute_process(COMMAND ${NM} -D --defined-only ${LIBRARY}
     OUTPUT_VARIABLE output RESULT_VARIABLE status)
@@ -28,13 +28,13 @@ list(REMOVE_ITEM extra ${expected})
 set(missing ${expected})
 list(REMOVE_ITEM missing ${found})
 foreach(name IN LISTS extra)
-    message(SEND_ERROR "shown but not listed: ${name}")
+    message(SEND_ERROR "exported but not listed: ${name}")
 endforeach()
 foreach(name IN LISTS missing)
-    message(SEND_ERROR "listed but not shown: ${name}")
+    message(SEND_ERROR "listed but not exported: ${name}")
 endforeach()
 list(LENGTH found count)
-message(STATUS "${count} symbols shown")
+message(STATUS "${count} symbols exported")
 if(count EQUAL 0)
     message(SEND_ERROR "no symbols found")
 endif()

@@ -8,7 +8,7 @@
 namespace failingAllocator {
 
 enum class Denial {
-    kThrow,     // std::bad_alloc, as the standard says
+    kThrow,     // std::bad_alloc, as the standard requires
     kReturnNull // as some hosts' own allocators do
 };
 

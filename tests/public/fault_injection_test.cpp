@@ -1,6 +1,6 @@
-// Every single allocation fails once, whichever allocator serves it: the language's, the aligned
-// one or one inside a library that we call. Each fault is injected into a child process, because
-// planes that fail to allocate are not checked for and crash it.
+// Makes every allocation fail once, whichever allocator serves it: operator new, the aligned
+// allocator or one inside a library that we call. Each fault is injected into a child process,
+// because the engine does not check that planes were allocated and crashes if they were not.
 #include <csignal>
 #include <cstdint>
 #include <cstdio>
@@ -38,18 +38,18 @@ using wholeProcessAllocator::StopCounting;
 // What a child reports by its exit code.
 enum Ending : int {
     RanThrough = 10, // as if nothing had failed
-    Degraded = 11,   // ran to its end with another answer than usual
+    Degraded = 11,   // finished with a different answer
     ThrewBadAlloc = 12,
-    ResultTouched = 20, // the rest must not happen
+    ResultTouched = 20, // this and the next three must not happen
     DriverBroken = 21,
     Leaked = 22,
     OtherException = 23,
-    Faulted = 30 // by a signal of the memory protection
+    Faulted = 30 // ended by SIGSEGV
 };
 
 struct Outcome {
     int Ended;
-    std::string Errors; // what went to the error stream
+    std::string Errors; // written to the error stream
 };
 
 // Runs the operation in a child and waits for it.
@@ -111,7 +111,7 @@ VistaTrimParameters FewCandidates()
     return parameters;
 }
 
-// The empty driver that no caller receives. Everything it was to hold is freed.
+// The empty driver that no caller receives. Everything it would have held is freed.
 constexpr long kAbandonedPieces = 1;
 constexpr long kAbandonedBytes = 512;
 
@@ -119,8 +119,8 @@ class FaultInjection : public testing::Test {
 protected:
     FaultInjection() : parameters(FewCandidates())
     {
-        // One thread, so that the n-th allocation is always the same one, and one full run first,
-        // so that permanent allocations of libraries are made already.
+        // One thread, so that the n-th allocation is always the same one. A full run first, so that
+        // libraries have made their permanent allocations.
         if (openblas_set_num_threads != nullptr)
             openblas_set_num_threads(1);
         HostObjects warm(640, 64, parameters);
@@ -128,7 +128,7 @@ protected:
         std::cerr << "" << std::flush;
     }
 
-    // Whether the picture can be analysed as if nothing had happened before.
+    // True if a new driver gives the expected answer, as if nothing had failed.
     bool AnswersAsUsual(IImage* image, const std::vector<CInt32CropRect>& expected) const
     {
         IVistaTrim* driver = CreateVistaTrimObj(image, &parameters);
@@ -184,15 +184,15 @@ protected:
         IVistaTrim* driver = CreateVistaTrimObj(image, &parameters);
         const Counts counts = StopCounting();
         DestroyVistaTrimObj(driver);
-        *aligned = counts.AskedAligned;
-        return counts.Asked;
+        *aligned = counts.AlignedRequests;
+        return counts.Requests;
     }
 
     const VistaTrimParameters parameters;
 };
 
-// Planes and kernel scratch of a picture lie inside the storage of its tables, which operator new
-// provides or refuses: no unchecked allocation remains.
+// Planes and kernel scratch of a picture lie inside the storage of its tables. Operator new
+// provides that or throws, so no unchecked allocation remains.
 TEST_F(FaultInjection, NoFailedAllocationOfADriverCrashes)
 {
     if (!kFixedOrder)
@@ -243,8 +243,8 @@ TEST_F(FaultInjection, NoPlaneOfAnySizeComesFromTheHeap)
     }
 }
 
-// The list of rectangles of interest is the last thing that is made for a driver: parameters,
-// candidates and analysis exist by then.
+// A driver allocates its list of rectangles of interest last, when its parameters, candidates and
+// analysis exist.
 TEST_F(FaultInjection, DriverWithoutMemoryForItsRectanglesLeaksEmpty)
 {
     IImage* image = MakeTestImage(640, 64);
@@ -258,7 +258,7 @@ TEST_F(FaultInjection, DriverWithoutMemoryForItsRectanglesLeaksEmpty)
     DestroyVistaTrimObj(driver);
 
     const Outcome outcome = InChild([&]() -> int {
-        StartCounting(whole.Asked);
+        StartCounting(whole.Requests);
         bool threw = false;
         try {
             CreateVistaTrimObj(image, &withRects);
@@ -272,29 +272,29 @@ TEST_F(FaultInjection, DriverWithoutMemoryForItsRectanglesLeaksEmpty)
     DestroyImageObj(image);
 }
 
-// Through the aligned allocator itself, wherever it would take the memory from.
-TEST_F(FaultInjection, AlignedMemoryDegradesAKernelOrCrashesAtAPlane)
+// Makes the aligned allocator itself fail, wherever its memory would come from.
+TEST_F(FaultInjection, FailedAlignedAllocationDegradesAKernelOrCrashesAtAPlane)
 {
     IImage* image = MakeTestImage(640, 64);
     IVistaTrim* driver = CreateVistaTrimObj(image, &parameters);
     const std::vector<CInt32CropRect> expected = Best(driver);
     DestroyVistaTrimObj(driver);
 
-    int asked = 0;
+    int allocations = 0;
     {
         AllocationFaults none({});
         DestroyVistaTrimObj(CreateVistaTrimObj(image, &parameters));
-        asked = none.Requests;
+        allocations = none.Requests;
         EXPECT_EQ(none.Live, 0);
     }
-    ASSERT_GT(asked, 30);
+    ASSERT_GT(allocations, 30);
     std::map<int, int> endings;
     std::set<std::string> messages;
-    for (int k = 0; k < asked; ++k) {
+    for (int k = 0; k < allocations; ++k) {
         const Outcome outcome = InChild([&]() -> int {
             AllocationFaults faults({k});
             const int ending = CreateWithFault(image, 0, expected);
-            // The kernel that had no scratch freed everything else.
+            // A kernel without scratch must free everything else.
             return faults.Live == 0 ? ending : static_cast<int>(Leaked);
         });
         ++endings[outcome.Ended];
@@ -307,7 +307,7 @@ TEST_F(FaultInjection, AlignedMemoryDegradesAKernelOrCrashesAtAPlane)
             EXPECT_TRUE(outcome.Ended == Faulted || outcome.Ended == RanThrough)
                 << "aligned allocation " << k << " ended " << outcome.Ended;
     }
-    EXPECT_EQ(endings[Faulted] + endings[Degraded] + endings[RanThrough], asked);
+    EXPECT_EQ(endings[Faulted] + endings[Degraded] + endings[RanThrough], allocations);
     EXPECT_GT(endings[Faulted], 0);
     EXPECT_GT(endings[Degraded], 0);
     const std::set<std::string> documented = {
@@ -319,11 +319,11 @@ TEST_F(FaultInjection, AlignedMemoryDegradesAKernelOrCrashesAtAPlane)
     EXPECT_EQ(messages, documented);
     std::printf("%d aligned allocations: %d end the process, %d degrade the answer with a message, "
                 "%d change nothing\n",
-                asked, endings[Faulted], endings[Degraded], endings[RanThrough]);
+                allocations, endings[Faulted], endings[Degraded], endings[RanThrough]);
     DestroyImageObj(image);
 }
 
-// A request on a driver of its own, with its k-th allocation denied.
+// Each request runs on a new driver, with its k-th allocation denied.
 TEST_F(FaultInjection, NoFailedAllocationOfARequestCrashes)
 {
     const SuggestionParameters requests[] = {SuggestionParameters(),
@@ -388,7 +388,7 @@ TEST_F(FaultInjection, ImageThrowsAndAScoredRectangleNeedsNoMemory)
     CInt32CropRect rect(10, 200, 3, 30);
     StartCounting(0);
     EvaluateScores(host.Driver, &rect);
-    EXPECT_EQ(StopCounting().Asked, 0U);
+    EXPECT_EQ(StopCounting().Requests, 0U);
     EXPECT_TRUE(rect.Score.Scored);
 }
 
@@ -401,13 +401,13 @@ TEST_F(FaultInjection, BlasAllocatesNothing)
     InvertRegularised(covariance, 3, 10.0f, inverse); // first use
     StartCounting(0);
     InvertRegularised(covariance, 3, 10.0f, inverse);
-    EXPECT_EQ(StopCounting().Asked, 0U);
+    EXPECT_EQ(StopCounting().Requests, 0U);
 
     std::vector<float> a(3 * 512, 1.0f);
     std::vector<float> product(3 * 512);
     StartCounting(0);
     linearAlgebra::MultiplyBySymmetric(512, 3, inverse, a.data(), product.data());
-    EXPECT_EQ(StopCounting().Asked, 0U);
+    EXPECT_EQ(StopCounting().Requests, 0U);
     EXPECT_NE(product[0], 0.0f);
 }
 

@@ -30,8 +30,8 @@ inline IImage* MakeTestImage(uint32_t width, uint32_t height)
     return CreateImageObj(height, width, 3, offsets, TestPixels(width, height).data());
 }
 
-// The usual tables as a host makes them, so that none of them leaks.
-inline VistaTrimParameters UsualParameters()
+// The default tables, set by the host so that none of them leaks.
+inline VistaTrimParameters DefaultParameters()
 {
     VistaTrimParameters parameters;
     parameters.SetDefaults();
@@ -44,7 +44,7 @@ public:
         : Image(MakeTestImage(width, height)), Driver(CreateVistaTrimObj(Image, &parameters))
     {
     }
-    HostObjects(uint32_t width, uint32_t height) : HostObjects(width, height, UsualParameters())
+    HostObjects(uint32_t width, uint32_t height) : HostObjects(width, height, DefaultParameters())
     {
     }
     ~HostObjects()

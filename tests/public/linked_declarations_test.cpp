@@ -1,5 +1,5 @@
-// A host that declares the library's classes by itself, by their names, includes no header of
-// it, and links against the built file: every exported member must be found by the linker.
+// A host that declares the library's classes itself, includes none of its headers and links against
+// the built file. The linker must find every exported member.
 #include <cstddef>
 #include <cstdint>
 #include <cstdio>
@@ -248,7 +248,7 @@ void CheckParameters()
     Check(copy.NumCropRectScaleRatios == 7, "scales");
 }
 
-// A host's own image, made on the exported interface.
+// A host's own image, derived from the exported interface.
 class BlackImage : public IImage {
 public:
     void Release() override

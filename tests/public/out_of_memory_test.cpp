@@ -1,4 +1,4 @@
-// Every allocation of an operation fails once: what the host sees, and what remains.
+// Makes each allocation of an operation fail once. Checks what the host sees and what remains.
 #include <functional>
 #include <limits>
 #include <memory>
@@ -37,7 +37,7 @@ bool RunsOutAt(size_t n, const std::function<void()>& operation)
     return thrown;
 }
 
-// How often the operation allocates, with the first so many denied one by one.
+// Denies the operation's allocations one by one until it finishes, and returns their number.
 size_t DenyEachInTurn(const std::function<void()>& operation, const std::function<void()>& after)
 {
     size_t n = 1;
@@ -72,8 +72,8 @@ VistaTrimParameters FewCandidates()
     return parameters;
 }
 
-// Denies each allocation of a request on a driver of its own, and repeats it on the same driver
-// afterwards: the answer must be that of a driver that never ran out.
+// Denies each allocation of a request in turn, each time on a new driver, and then repeats the
+// request there: the answer must be that of a driver that never ran out of memory.
 void DenyEachOfARequest(const SuggestionParameters& request, bool best)
 {
     const VistaTrimParameters parameters = FewCandidates();
@@ -108,49 +108,49 @@ void DenyEachOfARequest(const SuggestionParameters& request, bool best)
         host.Driver = nullptr;
         EXPECT_LT(Live(), before) << "allocation " << n;
         if (n > 5000) {
-            ADD_FAILURE() << "no end";
+            ADD_FAILURE() << "the request never finishes";
             return;
         }
     }
     EXPECT_GT(n, 8U); // there was something to deny
 }
 
-TEST(OutOfMemory, EachAllocationOfAWholeRequest)
+TEST(OutOfMemory, EachAllocationOfAFullRequestMayFail)
 {
     DenyEachOfARequest(SuggestionParameters(), false);
 }
 
-TEST(OutOfMemory, EachAllocationOfARatioRequest)
+TEST(OutOfMemory, EachAllocationOfARatioRequestMayFail)
 {
     DenyEachOfARequest(SuggestionParameters(1.5, false), false);
 }
 
-TEST(OutOfMemory, EachAllocationOfARequestForANewRatio)
+TEST(OutOfMemory, EachAllocationOfARequestForANewRatioMayFail)
 {
     DenyEachOfARequest(SuggestionParameters(2.25, false), false);
 }
 
-TEST(OutOfMemory, EachAllocationOfACropSizeRequest)
+TEST(OutOfMemory, EachAllocationOfACropSizeRequestMayFail)
 {
     DenyEachOfARequest(SuggestionParameters(51, 31, false), false);
 }
 
-TEST(OutOfMemory, EachAllocationOfASelection)
+TEST(OutOfMemory, EachAllocationOfASelectionMayFail)
 {
     DenyEachOfARequest(SuggestionParameters(), true);
 }
 
-TEST(OutOfMemory, EachAllocationOfASelectionForARatio)
+TEST(OutOfMemory, EachAllocationOfASelectionForARatioMayFail)
 {
     DenyEachOfARequest(SuggestionParameters(4.0, false), true);
 }
 
-TEST(OutOfMemory, EachAllocationOfASelectionForACropSize)
+TEST(OutOfMemory, EachAllocationOfASelectionForACropSizeMayFail)
 {
     DenyEachOfARequest(SuggestionParameters(51, 31, false), true);
 }
 
-TEST(OutOfMemory, EachAllocationOfTheOtherOperations)
+TEST(OutOfMemory, EachAllocationOfTheOtherOperationsMayFail)
 {
     HostObjects host(640, 40, FewCandidates());
     const std::vector<CInt32CropRect> expected = host.Suggestions(SuggestionParameters(1.5, false));
@@ -209,7 +209,7 @@ TEST(OutOfMemory, ImageIsNullWhereTheAllocatorReturnsNull)
 
 TEST(OutOfMemory, DefaultRecordIsNullWhereTheAllocatorReturnsNull)
 {
-    VistaTrimParameters parameters = UsualParameters();
+    VistaTrimParameters parameters = DefaultParameters();
     HostObjects host(640, 40, parameters);
     CRectOfInterest something;
     CRectOfInterest* table = &something;
@@ -259,7 +259,7 @@ TEST(OutOfMemory, FailedDefaultsLeaveNoCountWithoutItsRows)
     }
 }
 
-TEST(OutOfMemory, ByteCountPast32BitsAsksForTheLargestSize)
+TEST(OutOfMemory, ByteCountPast32BitsRequestsTheLargestSize)
 {
     VistaTrimParameters source;
     VistaTrimParameters target;
@@ -296,7 +296,7 @@ TEST(OutOfMemory, LargestByteCountOf32BitsIsRequestedUnchanged)
     source.NumAspectRatios = 0;
 }
 
-// Leaks on purpose: the driver that could not be completed.
+// Leaks the incomplete driver on purpose.
 TEST(OutOfMemory, FailedCreationReturnsNoDriver)
 {
     IImage* image = MakeTestImage(640, 40);
@@ -367,7 +367,7 @@ TEST(Memory, SecondInitializeAbandonsWhatTheFirstBuilt)
     const long before = Live();
     {
         HostObjects host(640, 40);
-        host.Driver->Initialize(host.Image, UsualParameters());
+        host.Driver->Initialize(host.Image, DefaultParameters());
         EXPECT_FALSE(host.Suggestions(SuggestionParameters()).empty());
     }
     EXPECT_GT(Live(), before);

@@ -46,7 +46,7 @@ struct Request {
     bool detectFaces;
 };
 
-// Not trivial, so it comes back by value in storage of the caller's.
+// Not trivial, so it is returned by value in storage that the caller provides.
 struct Parameters {
     Ratio* aspects = nullptr;
     uint32_t numAspects = 0;
@@ -182,7 +182,7 @@ protected:
         getTop = reinterpret_cast<GetTop>(Address("GetNTopCropSuggestions"));
         evaluate = reinterpret_cast<Evaluate>(Address("EvaluateScores"));
 
-        // The host's own tables, so that nothing is defaulted.
+        // The host's own tables, so that no default is used.
         parameters.numAspects = 2;
         parameters.aspects = new Ratio[2]{{1.5, true}, {1.0, true}};
         parameters.numScales = 2;
@@ -239,7 +239,7 @@ TEST_F(OwnDeclarations, BothDestroyFunctionsHaveOneAddress)
     EXPECT_EQ(Address("DestroyImageObj"), Address("DestroyVistaTrimObj"));
 }
 
-TEST_F(OwnDeclarations, EverySlotOfTheImage)
+TEST_F(OwnDeclarations, EverySlotOfTheImageWorks)
 {
     EXPECT_EQ(image->GetWidth(), 640U);
     EXPECT_EQ(image->GetHeight(), 96U);
@@ -262,7 +262,7 @@ TEST_F(OwnDeclarations, EverySlotOfTheImage)
     other->Release();
 }
 
-TEST_F(OwnDeclarations, EverySlotOfTheList)
+TEST_F(OwnDeclarations, EverySlotOfTheListWorks)
 {
     const Request request{0, 0, 1.5, false};
     List* list = nullptr;
@@ -351,7 +351,7 @@ TEST_F(OwnDeclarations, ParametersComeBackByValue)
     EXPECT_FALSE(copy.useDetector);
 }
 
-TEST_F(OwnDeclarations, TablesAndFlags)
+TEST_F(OwnDeclarations, SettingAFlagOfANewRatioExtendsItsTable)
 {
     Ratio* table = nullptr;
     uint32_t count = 0;
@@ -369,7 +369,7 @@ TEST_F(OwnDeclarations, TablesAndFlags)
     driver->ReservedB(0xFFFFFFFFU);
 }
 
-TEST_F(OwnDeclarations, RegionsOfInterest)
+TEST_F(OwnDeclarations, AnAddedRegionJoinsTheTable)
 {
     Region* table = nullptr;
     uint32_t count = 0;
@@ -382,7 +382,7 @@ TEST_F(OwnDeclarations, RegionsOfInterest)
     EXPECT_EQ(table[1].kind, 2);
 }
 
-TEST_F(OwnDeclarations, ScoresOfARectangleOfTheHosts)
+TEST_F(OwnDeclarations, ScoresAHostsOwnRectangleOnce)
 {
     const auto fresh = [] {
         Crop crop{};
@@ -408,7 +408,7 @@ TEST_F(OwnDeclarations, ScoresOfARectangleOfTheHosts)
     EXPECT_EQ(scored.score.border, 0.0);
 }
 
-TEST_F(OwnDeclarations, TextsAreCaughtByTheThreePointerHandlers)
+TEST_F(OwnDeclarations, MessagesAreCaughtByHandlersOfThreePointerTypes)
 {
     driver->SetAspectRatioEnabled(1.5, false);
     const Request ratio{0, 0, 1.5, false};
@@ -440,7 +440,7 @@ TEST_F(OwnDeclarations, TextsAreCaughtByTheThreePointerHandlers)
 }
 
 // Leaks the previous generator and analyzer, as the suppressions list.
-TEST_F(OwnDeclarations, BothInitializingSlots)
+TEST_F(OwnDeclarations, BothInitializingSlotsWork)
 {
     driver->InitializeWithDefaults(image);
     EXPECT_EQ(driver->GetParameters().numAspects, 6U);
@@ -479,7 +479,7 @@ TEST_F(OwnDeclarations, DestroySlotsDoNothingOnNull)
     list->Release();
 }
 
-// The exported members, as an undecorated host finds them: the object is the first argument.
+// Calls exported members through their mangled names: the object is the first argument.
 TEST_F(OwnDeclarations, ExportedMembersWorkOnPlainRecords)
 {
     using Make = void (*)(void*);

@@ -45,7 +45,7 @@ void ExpectSomeParameters(const VistaTrimParameters& parameters)
     EXPECT_TRUE(parameters.UseBuiltInFaceDetector);
 }
 
-TEST(VistaTrimParameters, FreshObjectHoldsNothingAndNoDefaults)
+TEST(VistaTrimParameters, NewObjectIsEmptyAndHasNoDefaults)
 {
     const VistaTrimParameters parameters;
     EXPECT_EQ(parameters.AspectRatios, nullptr);
@@ -102,7 +102,7 @@ TEST(VistaTrimParameters, EachDefaultCanBeSetByItself)
     EXPECT_FALSE(parameters.UseBuiltInFaceDetector);
 }
 
-// The operations are for fresh objects: an existing array is leaked, not freed, so a host that kept
+// The operations are for new objects: an existing array is leaked, not freed, so a host that kept
 // the pointer still owns it.
 TEST(VistaTrimParameters, SettingADefaultLeaksTheOldArray)
 {
@@ -137,7 +137,7 @@ void ExpectSameBytes(const void* copy, const void* rows, size_t bytes)
     EXPECT_EQ(std::memcmp(copy, rows, bytes), 0);
 }
 
-// Also the padding between the fields of a row.
+// The padding between the fields of a row is copied too.
 TEST(VistaTrimParameters, RowsAreCopiedByteByByte)
 {
     VistaTrimParameters source = SomeParameters();
@@ -217,7 +217,7 @@ TEST(VistaTrimParameters, DestructFreesTheArraysAndLeavesPointersAndCounts)
     EXPECT_EQ(parameters.NumAspectRatios, 2U);
     EXPECT_EQ(parameters.NumCropRectScaleRatios, 1U);
     EXPECT_EQ(parameters.NumRectsOfInterest, 1U);
-    // New arrays before the object is destroyed.
+    // Replaces the freed arrays before the object is destroyed.
     parameters.SetDefaults();
 }
 

@@ -10,8 +10,8 @@ namespace {
 
 // Five doubles by value on the stack, for hosts with declarations of their own.
 static_assert(std::is_trivially_copyable<WeightDistribution>::value, "passed by value");
-static_assert(!std::is_default_constructible<WeightDistribution>::value, "weights are given");
-// A member-wise copy is always right, and a copy by bytes too.
+static_assert(!std::is_default_constructible<WeightDistribution>::value, "weights must be given");
+// Copying by member or by byte is always correct.
 static_assert(std::is_trivially_copy_constructible<CInt32CropRect>::value, "plain record");
 static_assert(std::is_trivially_destructible<CInt32CropRect>::value, "plain record");
 static_assert(std::is_standard_layout<CInt32CropRect>::value, "plain record");

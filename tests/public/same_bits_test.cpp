@@ -133,7 +133,7 @@ TEST_F(SameBits, OneChangedPixelBitIsNoticed)
     }
 }
 
-TEST_F(SameBits, OnRepetitionAndInEveryVariant)
+TEST_F(SameBits, InEveryRunAndVariant)
 {
     const IsaVariant before = ActiveIsaVariant();
     for (int variant = IsaVariantPlain; variant < IsaVariantCount; ++variant) {

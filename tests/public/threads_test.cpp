@@ -22,8 +22,8 @@ namespace {
 
 using testPictures::Picture;
 
-// BLAS threads busy-wait for one another, so on a loaded machine these tests would take minutes
-// with them; only one of them uses some.
+// BLAS threads busy-wait for one another, so with them these tests would take minutes on a loaded
+// machine. Only one test uses more than one.
 void SetBlasThreads(int count)
 {
     if (openblas_set_num_threads != nullptr)
@@ -152,7 +152,7 @@ TEST_F(Threads, ADriverMayMoveBetweenThreads)
     EXPECT_TRUE(SameBits(answers, alone));
 }
 
-// An object that reports its destruction and what it then sees of the threads that held it.
+// An object that reports its destruction, and which writes of the threads it sees then.
 class WitnessedObject : public CRefCount {
 public:
     WitnessedObject(std::atomic<int>& ended, int& seen) : Ended(ended), Seen(seen)
@@ -224,7 +224,7 @@ TEST_F(Threads, ReferencesOfEveryObjectAreAddedAndDroppedFromManyThreads)
         }
     });
 
-    // A count that had lost a step would have destroyed one of them, or would keep it after this.
+    // A lost update of a count would have destroyed one of them, or would leak it.
     EXPECT_EQ(list->Count(), count);
     EXPECT_EQ(AllOf(driver.get(), request).size(), count);
     list->Release();

@@ -19,8 +19,8 @@ namespace wholeProcessAllocator {
 namespace {
 
 std::atomic<bool> counting{false};
-std::atomic<size_t> asked{0};
-std::atomic<size_t> askedAligned{0};
+std::atomic<size_t> requests{0};
+std::atomic<size_t> alignedRequests{0};
 std::atomic<size_t> deniedOne{0};
 std::atomic<long> livePieces{0};
 std::atomic<long> liveBytes{0};
@@ -30,8 +30,8 @@ bool Denied(bool aligned)
     if (!counting.load())
         return false;
     if (aligned)
-        askedAligned.fetch_add(1);
-    return asked.fetch_add(1) + 1 == deniedOne.load();
+        alignedRequests.fetch_add(1);
+    return requests.fetch_add(1) + 1 == deniedOne.load();
 }
 
 void* Taken(void* block)
@@ -60,8 +60,8 @@ void* Aligned(size_t alignment, size_t size)
 
 void StartCounting(size_t denied)
 {
-    asked.store(0);
-    askedAligned.store(0);
+    requests.store(0);
+    alignedRequests.store(0);
     livePieces.store(0);
     liveBytes.store(0);
     deniedOne.store(denied);
@@ -71,7 +71,7 @@ void StartCounting(size_t denied)
 Counts StopCounting()
 {
     counting.store(false);
-    return {asked.load(), askedAligned.load(), livePieces.load(), liveBytes.load()};
+    return {requests.load(), alignedRequests.load(), livePieces.load(), liveBytes.load()};
 }
 
 } // namespace wholeProcessAllocator

@@ -9,9 +9,9 @@ namespace wholeProcessAllocator {
 
 // Allocations since StartCounting, in all threads.
 struct Counts {
-    size_t Asked = 0;
-    size_t AskedAligned = 0; // of those, through aligned_alloc and similar
-    long LivePieces = 0;     // allocated and not freed; freeing an earlier piece counts too
+    size_t Requests = 0;
+    size_t AlignedRequests = 0; // of those, through aligned_alloc and similar
+    long LivePieces = 0;        // allocated and not freed; freeing an earlier piece counts too
     long LiveBytes = 0;
 };
 
