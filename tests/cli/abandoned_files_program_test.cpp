@@ -132,8 +132,10 @@ TEST_F(AbandonedFiles, AreDeletedByEveryCommandThatWritesThere)
     fs::create_directory(Folder.Path("out"));
     for (const auto& [command, options] : commands) {
         SCOPED_TRACE(command);
-        WriteText(Folder.Path("out/.vistatrim-1-0123abcd.lock"), "");
-        WriteText(Folder.Path("out/.vistatrim-1-0123abcd-0.png"), "half");
+        for (const char* run : {"out/.vistatrim-1-01234567", "out/.vistatrim-1-89abcdef"}) {
+            WriteText(Folder.Path(std::string(run) + ".lock"), "");
+            WriteText(Folder.Path(std::string(run) + "-0.png"), "half");
+        }
         std::vector<std::string> arguments = {command, Folder.Path("small.jpg")};
         arguments.insert(arguments.end(), options.begin(), options.end());
         const Outcome outcome = RunProgram(arguments);
@@ -147,9 +149,10 @@ TEST_F(AbandonedFiles, WithoutALockAreDeletedWhenTheyAreADayOld)
     fs::create_directory(Folder.Path("out"));
     const std::set<std::string> young = {".vistatrim-12-3.jpg", ".vistatrim-12-0123abcd-3.jpg"};
     const std::set<std::string> old = {".vistatrim-12-4.jpg", ".vistatrim-12-0123abcd-4"};
-    const std::set<std::string> others = {".vistatrim-notes.txt", ".vistatrim--5.jpg",
-                                          ".vistatrim-12-3a.jpg", ".vistatrim-12-3-4-5.jpg",
-                                          ".vistatrim-12-0123abcd.txt"};
+    const std::set<std::string> others = {
+        ".vistatrim-notes.txt",        ".vistatrim--5.jpg",          ".vistatrim-12-3a.jpg",
+        ".vistatrim-12-3-4-5.jpg",     ".vistatrim-12-0123abcd.txt", ".vistatrim-12-0123abcg-3.jpg",
+        ".vistatrim-12-0123ABCD-3.jpg"};
     for (const auto& names : {young, old, others})
         for (const std::string& name : names) {
             WriteText(Folder.Path("out/" + name), "half");
