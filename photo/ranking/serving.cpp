@@ -167,10 +167,7 @@ public:
     // Serves from these candidates, all of which are scored.
     Line Make(CropList crops) const
     {
-        crops.erase(
-            std::remove_if(crops.begin(), crops.end(),
-                           [this](const auto& crop) { return !MeetsHardRegions(crop, Regions); }),
-            crops.end());
+        KeepAllowed(crops);
         Line line;
         if (crops.empty())
             return line;
@@ -209,8 +206,9 @@ public:
     }
 
     // The engine's own order of the crops in `best`.
-    Line MakeOf(const CropList& best, const CropList& all) const
+    Line MakeOf(const CropList& best, CropList all) const
     {
+        KeepAllowed(all);
         Line line;
         std::vector<double> utilities =
             Choice.NothingToSee() ? std::vector<double>(all.size(), 0.0) : Choice.UtilitiesOf(all);
@@ -226,6 +224,15 @@ public:
     }
 
 private:
+    // Nobody can choose the others.
+    void KeepAllowed(CropList& crops) const
+    {
+        crops.erase(
+            std::remove_if(crops.begin(), crops.end(),
+                           [this](const auto& crop) { return !MeetsHardRegions(crop, Regions); }),
+            crops.end());
+    }
+
     // Adds places between those of the lattice, for crops that could hold the regions but do not.
     void AddMoved(CropList& crops) const
     {
