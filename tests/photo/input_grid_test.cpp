@@ -138,5 +138,23 @@ TEST(InputGrid, MapsOfOneRowOrColumnAreReadToo)
     }
 }
 
+// One pixel that differs, wherever it is, is something to see.
+TEST(InputGrid, APictureWithOnePixelThatDiffersIsNotFlat)
+{
+    for (const PixelSize size : {PixelSize{64, 40}, {40, 64}, {640, 1}, {1, 640}, {3, 2}})
+        for (const int32_t x : {0, size.Width / 3, size.Width - 1})
+            for (const int32_t y : {0, size.Height / 3, size.Height - 1})
+                for (const int32_t channel : {0, 1, 2}) {
+                    PixelImage picture{size, 3, {}};
+                    picture.Bytes.assign(size_t{3} * static_cast<size_t>(size.Width) *
+                                             static_cast<size_t>(size.Height),
+                                         90);
+                    EXPECT_TRUE(AverageInputs({}, picture).Flat);
+                    picture.Bytes[static_cast<size_t>(3 * (y * size.Width + x) + channel)] = 91;
+                    EXPECT_FALSE(AverageInputs({}, picture).Flat)
+                        << size.Width << " x " << size.Height << ": " << x << "," << y;
+                }
+}
+
 } // namespace
 } // namespace vistaTrim::photo
