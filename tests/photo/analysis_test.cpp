@@ -627,5 +627,23 @@ TEST(Analysis, AcceptsTheSmallestAndLargestValuesOfARequest)
     accepted([](Request& r) { r.Weights = {0, 0, 0, 0, 0}; });
 }
 
+// Of small crops, a pixel more or less decides between ratios that are close to each other.
+TEST(Analysis, ServesSmallCropsOfEachOfSeveralCloseRatios)
+{
+    const PixelImage image = BlockOnARamp({640, 400});
+    const Analysis analysis(Photograph::FromPixels(ViewOf(image)));
+    Request request;
+    request.Aspects = {{24, 25}, {1, 1}, {25, 24}};
+    request.Scales = {0.1, 0.12};
+    request.Ranking = RankBy::Engine;
+    request.Top = 60;
+    const Suggestions suggestions = analysis.Suggest(request);
+    for (const Ratio& ratio : request.Aspects) {
+        SCOPED_TRACE(ratio.Text());
+        const auto isOf = [&ratio](const Crop& crop) { return crop.Aspect == ratio; };
+        EXPECT_GE(std::count_if(suggestions.Crops.begin(), suggestions.Crops.end(), isOf), 5);
+    }
+}
+
 } // namespace
 } // namespace vistaTrim::photo
