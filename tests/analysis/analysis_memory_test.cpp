@@ -119,7 +119,7 @@ TEST(AnalysisMemory, OfAnOrdinaryPictureStaysWithinLimits)
 }
 
 // Ten float maps and ten double tables: 120 bytes per pixel; nothing else grows with the picture.
-TEST(AnalysisMemory, RemainingMemoryIsMapsAndTables)
+TEST(AnalysisMemory, KeptMemoryIsMapsAndTables)
 {
     for (const auto& [cols, rows] :
          {std::pair(640, 480), std::pair(640, 640), std::pair(640, 100)}) {

@@ -559,7 +559,7 @@ TEST(AnalysisOracle, PhotographsAgreeGivenTheSamePlanes)
 #endif
 }
 
-TEST(AnalysisOracle, MultiScaleEdgesAgreeWithEverySwitch)
+TEST(AnalysisOracle, MultiScaleEdgesAgreeInEveryMode)
 {
     double largest = 0;
     for (const auto& [cols, rows] : {std::pair(640, 480), std::pair(131, 97), std::pair(40, 200)})

@@ -236,7 +236,7 @@ TEST(CropAnalyzer, ClearsTheWeakValuesOfEachMapAtItsFraction)
 }
 
 // Compares every value with the maps that the saliency stages produce.
-TEST(CropAnalyzer, KeepsEveryValueOnOrAboveItsLevel)
+TEST(CropAnalyzer, KeepsEveryValueAtOrAboveItsLevel)
 {
     const Picture picture = Blobs(640, 360, 16);
     const auto analyzer = Analyse(picture);

@@ -206,7 +206,7 @@ TEST(ScalarDistanceMap, OfAModelWithoutAScaleIsZero)
     }
 }
 
-TEST(ScalarDistanceMap, OfExtremeVariances)
+TEST(ScalarDistanceMap, OfExtremeVariancesIsZeroOrInfinite)
 {
     Scene scene(1, 67, 9, 14);
     scene.SetCovariance({kInfinity});
@@ -247,7 +247,7 @@ TEST(MahalanobisMap, OfZeroCovarianceIsEuclideanOverRootTen)
     }
 }
 
-TEST(MahalanobisMap, OfThePixelAtTheMeanIsZero)
+TEST(MahalanobisMap, IsZeroAtTheMean)
 {
     Scene scene(3, 17, 5, 4);
     for (size_t k = 0; k < 3; ++k)
@@ -336,7 +336,7 @@ TEST(ScalarDistanceMap, SubtractsTheMeanDropsTheSignAndScales)
         }
 }
 
-TEST(ScalarDistanceMap, OfThePixelAtTheMeanIsZero)
+TEST(ScalarDistanceMap, IsZeroAtTheMean)
 {
     Scene scene(1, 17, 5, 10);
     scene.Planes[0].Data()[84] = scene.Mean.Planes[0][0];
@@ -391,7 +391,7 @@ TEST(InvertRegularised, OfZerosIsTheReciprocalOfTheRegulariser)
     }
 }
 
-TEST(InvertRegularised, TimesTheRegularisedMatrixIsOne)
+TEST(InvertRegularised, TimesTheRegularisedMatrixIsTheIdentity)
 {
     for (int32_t n : {2, 3, 4, 5}) {
         SCOPED_TRACE(n);

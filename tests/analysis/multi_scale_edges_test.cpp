@@ -280,7 +280,7 @@ TEST(NormaliseRow, DividesFaintElementsToo)
     EXPECT_EQ(row[70], 0.02f);
 }
 
-TEST(NormaliseRow, ElementOnTheThresholdIsNotSummed)
+TEST(NormaliseRow, ElementAtTheThresholdIsNotSummed)
 {
     float row[2] = {0.5f, 1.0f};
     NormaliseRowBySum(row, 2, 1.0f, 0.5f);

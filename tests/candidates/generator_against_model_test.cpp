@@ -194,7 +194,7 @@ void ExpectSameGenerateAll(Pair& pair)
     ExpectSameState(pair);
 }
 
-TEST(GeneratorAgainstModel, RandomSizesTablesAndDensities)
+TEST(GeneratorAgainstModel, AgreesOnRandomSizesTablesAndDensities)
 {
     std::mt19937 random(20);
     for (int round = 0; round < 3000; ++round) {
@@ -207,7 +207,7 @@ TEST(GeneratorAgainstModel, RandomSizesTablesAndDensities)
 }
 
 // Every size up to 12 x 12 with coarse tables: crops without pixels occur here.
-TEST(GeneratorAgainstModel, EverySmallPicture)
+TEST(GeneratorAgainstModel, AgreesOnEverySmallPicture)
 {
     for (uint32_t width = 1; width <= 12; ++width)
         for (uint32_t height = 1; height <= 12; ++height)
@@ -222,7 +222,7 @@ TEST(GeneratorAgainstModel, EverySmallPicture)
 }
 
 // A host may write anything into the tables: every value has a defined result.
-TEST(GeneratorAgainstModel, WildTableValues)
+TEST(GeneratorAgainstModel, AgreesOnWildTableValues)
 {
     const double infinity = std::numeric_limits<double>::infinity();
     const double wild[] = {0.0,
@@ -343,7 +343,7 @@ void Step(std::mt19937& random, Pair& pair)
     ExpectSameState(pair);
 }
 
-TEST(GeneratorAgainstModel, RandomSequencesOfOperations)
+TEST(GeneratorAgainstModel, AgreesOnRandomSequencesOfOperations)
 {
     std::mt19937 random(21);
     for (int sequence = 0; sequence < 500; ++sequence) {

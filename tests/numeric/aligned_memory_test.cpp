@@ -110,7 +110,7 @@ TEST(AlignedMemory, LargePagesAreRequestedForABlockThatContainsOne)
     EXPECT_NE(MappingFlags(block.get() + size / 2).find(" hg"), std::string::npos);
 }
 
-TEST(AlignedMemory, LargePagesLeaveTheBytesAsTheyAre)
+TEST(AlignedMemory, LargePagesLeaveTheBytesUnchanged)
 {
     for (size_t size : {size_t{0}, size_t{1}, size_t{1} << 20, size_t{9'000'001}}) {
         std::vector<char> block(size, 0x5A);

@@ -56,7 +56,7 @@ TEST_F(LinearAlgebraForms, ScaleAlike)
 }
 
 // A contracted step omits one rounding: half a unit in the last place of the product.
-TEST_F(LinearAlgebraForms, AddScaledWithinARounding)
+TEST_F(LinearAlgebraForms, AddScaledAgreesWithinARounding)
 {
     const std::vector<float> x = Noise(100003, 1.0f);
     std::vector<float> ours = Noise(100003, 1.0f);

@@ -154,7 +154,7 @@ TEST(FixedOrderMultiplyBySymmetric, HasTheStatedOrderInEveryVariant)
             }
 }
 
-TEST(FixedOrderInverse, TimesTheMatrixIsOne)
+TEST(FixedOrderInverse, TimesTheMatrixIsTheIdentity)
 {
     for (const size_t n : {1, 2, 3, 4, 6})
         for (uint32_t seed = 1; seed <= 50; ++seed) {

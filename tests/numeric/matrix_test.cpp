@@ -181,7 +181,7 @@ TEST(FloatMatrix, TwoToTheThirtyElementsThrowWithoutAllocating)
     EXPECT_EQ(matrix.Data[5], 102.0f);
 }
 
-TEST(FloatMatrix, OneElementLessIsAllocated)
+TEST(FloatMatrix, OneElementBelowTheLimitIsAllocated)
 {
     if (!CountsArrays())
         GTEST_SKIP() << "a sanitizer replaces the allocator";

@@ -86,7 +86,7 @@ TEST_F(PointwiseKernels, ThresholdOfAnEmptyMapIsSilent)
     EXPECT_EQ(pixel, 1.0f);
 }
 
-TEST_F(PointwiseKernels, ScaleColumnsMultipliesTheStripAndNothingBesideIt)
+TEST_F(PointwiseKernels, ScaleColumnsMultipliesOnlyTheStrip)
 {
     const VariantScope scope;
     for (IsaVariant variant : AvailableVariants())

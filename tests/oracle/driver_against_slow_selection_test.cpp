@@ -134,7 +134,7 @@ void ExpectSameBestForAll(Host& host, const SuggestionParameters& request)
     ExpectSameBest(host, 0, request, 0, {0.5, 0.3, 0.2});
 }
 
-TEST(DriverAgainstSlowSelection, WholeRequestWithoutRectangles)
+TEST(DriverAgainstSlowSelection, AgreesOnTheWholeRequestWithoutRectangles)
 {
     Host host(640, 480, 9, 1);
     ExpectSameBestForAll(host, SuggestionParameters());
@@ -147,7 +147,7 @@ TEST(DriverAgainstSlowSelection, SmallRequestsAreNotCut)
     ExpectSameBestForAll(host, SuggestionParameters(200.0, 300.0, false));
 }
 
-TEST(DriverAgainstSlowSelection, SoftAndHardRectangles)
+TEST(DriverAgainstSlowSelection, AgreesWithSoftAndHardRectangles)
 {
     Host host(640, 480, 7, 3);
     host.AddRect(200, 259, 150, 219, kSoftInclude);

@@ -540,7 +540,7 @@ TEST_P(SlowInverse, MatrixByHand)
         EXPECT_NEAR(inverse[i], expected[i], 2e-8) << i; // a few units in the last place
 }
 
-TEST_P(SlowInverse, TimesTheMatrixIsOne)
+TEST_P(SlowInverse, TimesTheMatrixIsTheIdentity)
 {
     const FloatPlane a = {80, 30, -20, 30, 60, 25, -20, 25, 90};
     const FloatPlane inverse = InvertRegularised(a, 3, 10.0F, GetParam());

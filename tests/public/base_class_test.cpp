@@ -161,7 +161,7 @@ template <typename Host> class HostClass : public testing::Test {
 using HostClasses = testing::Types<CHostObject, CHostImage, CHostList, CHostDriver>;
 TYPED_TEST_SUITE(HostClass, HostClasses);
 
-TYPED_TEST(HostClass, IsCopiedWithWhatItHolds)
+TYPED_TEST(HostClass, CopyKeepsTheHostsFields)
 {
     const TypeParam first(1);
     const TypeParam copy(first);

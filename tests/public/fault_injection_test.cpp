@@ -245,7 +245,7 @@ TEST_F(FaultInjection, NoPlaneOfAnySizeComesFromTheHeap)
 
 // A driver allocates its list of rectangles of interest last, when its parameters, candidates and
 // analysis exist.
-TEST_F(FaultInjection, DriverWithoutMemoryForItsRectanglesLeaksEmpty)
+TEST_F(FaultInjection, DriverWithoutMemoryForItsRectanglesLeaksOnlyItself)
 {
     IImage* image = MakeTestImage(640, 64);
     VistaTrimParameters withRects = parameters;

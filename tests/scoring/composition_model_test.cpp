@@ -28,7 +28,7 @@ std::vector<int32_t> Limits(const int32_t* from, int32_t count)
     return std::vector<int32_t>(from, from + count);
 }
 
-TEST(CompositionModel, TenRowsUnderFourCellsStepByTwoAndAHalf)
+TEST(CompositionModel, FourCellsOverTenRowsStepByTwoAndAHalf)
 {
     for (const int32_t first : {0, 7, 300}) {
         GridLimits limits;
@@ -40,7 +40,7 @@ TEST(CompositionModel, TenRowsUnderFourCellsStepByTwoAndAHalf)
     }
 }
 
-TEST(CompositionModel, TwoRowsUnderTwelveCellsRepeat)
+TEST(CompositionModel, TwelveCellsOverTwoRowsRepeat)
 {
     GridLimits limits;
     FillGridLimits(40, 41, limits);

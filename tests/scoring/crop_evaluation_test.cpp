@@ -57,7 +57,7 @@ TEST(CropEvaluation, ASecondEvaluationChangesNothingEvenOnOtherMaps)
     EXPECT_EQ(moved.Score.CoverageScore, once.Score.CoverageScore);
 }
 
-TEST(CropEvaluation, TheWholePictureHoldsAllOfEverything)
+TEST(CropEvaluation, TheWholePictureHoldsAllContent)
 {
     const auto analyzer = NoiseAnalyzer(48, 64, 3);
     const CInt32CropRect crop = Evaluated(*analyzer, 0, 63, 0, 47);

@@ -40,7 +40,7 @@ TEST(RectsOfInterest, CoverageIsTheShareOfTheRegionNotOfTheCrop)
     EXPECT_EQ(RectCoverage(CInt32Rect(0, 9, 0, 9), CInt32Rect(0, 99, 0, 99)), 0.01f);
 }
 
-TEST(RectsOfInterest, CoverageOfNoAreaIsNotANumber)
+TEST(RectsOfInterest, CoverageOfNoAreaIsNaN)
 {
     EXPECT_TRUE(std::isnan(RectCoverage(kCrop, CInt32Rect(120, 119, 120, 129))));
     EXPECT_TRUE(std::isnan(RectCoverage(kCrop, CInt32Rect(120, 129, 120, 119))));
@@ -151,7 +151,7 @@ TEST(RectsOfInterest, UnknownKindsAndTheMarkHaveNoEffect)
     EXPECT_EQ(Soft({marked}), unmarkedScore);
 }
 
-TEST(RectsOfInterest, NoAreaRejectsWhenHardAndIsNotANumberWhenSoft)
+TEST(RectsOfInterest, NoAreaRejectsWhenHardAndGivesNaNWhenSoft)
 {
     EXPECT_FALSE(Passes({Roi(RoiHardInclude, 150, 149, 150, 159)}));
     EXPECT_FALSE(Passes({Roi(RoiHardExclude, 150, 149, 150, 159)}));

@@ -157,7 +157,7 @@ TEST(CropOverlap, LargeRectanglesDoNotWrap)
 }
 
 // 4097 x 4097 shared pixels are 2^24 + 8193; above 2^24 a float holds only even numbers.
-TEST(CropOverlap, SharedPixelsAreAFloat)
+TEST(CropOverlap, SharedPixelsAreCountedInFloat)
 {
     const CInt32CropRect inner(0, 4096, 0, 4096);
     const CInt32CropRect outer(0, 4097, 0, 4096);

@@ -200,7 +200,7 @@ TEST_F(EvaluateCrops, NamesTheProgramThatFails)
     EXPECT_EQ(Errors, "evaluate_crops: " + silent + ": holds no line for flat.ppm\n");
 }
 
-TEST_F(EvaluateCrops, NamesTheFaultyLineOfTheFaces)
+TEST_F(EvaluateCrops, NamesTheFaultyLineOfTheFacesList)
 {
     WriteChosen("0\t0\t400\t200");
     const std::string list = Write("faces.tsv", "flat.ppm\t1\t2\t3\t4\nflat.ppm\t1\t2\t3\n");
