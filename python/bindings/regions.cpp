@@ -53,7 +53,7 @@ void SetFaces(RegionOptions& options, const std::string& name)
     else if (name == "all")
         options.Faces = FaceSearch::All;
     else
-        throw py::value_error("no search for faces is called " + name);
+        throw py::value_error("no face search is called " + name);
 }
 
 std::vector<RegionTuple> RegionsOf(const photo::RegionsFile& file, const std::string& photograph)
@@ -70,12 +70,12 @@ std::vector<RegionTuple> RegionsOf(const photo::RegionsFile& file, const std::st
 
 void BindRegions(py::module_& module)
 {
-    const py::cpp_function unread;
+    const py::cpp_function noGetter;
     py::class_<RegionOptions>(module, "RegionOptions")
         .def(py::init<>())
         .def_readwrite("use_named", &RegionOptions::UseNamed)
-        .def_property("faces", unread, &SetFaces)
-        .def_property("regions", unread, &SetRegions);
+        .def_property("faces", noGetter, &SetFaces)
+        .def_property("regions", noGetter, &SetRegions);
     py::class_<photo::RegionsFile>(module, "RegionsFile")
         .def(py::init<const std::string&>(), py::call_guard<py::gil_scoped_release>())
         .def("regions_of", &RegionsOf)

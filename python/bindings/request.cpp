@@ -57,7 +57,7 @@ void SetWishes(Request& request, const std::vector<NamedRect>& wishes)
 void SetWeights(Request& request, const std::vector<double>& weights)
 {
     if (weights.size() != photo::kNumWeighed)
-        throw py::value_error("one weight for each weighed measure");
+        throw py::value_error("there must be one weight for each weighted measure");
     request.Ranking = photo::RankBy::Engine; // the only ranking with weights
     for (size_t i = 0; i < weights.size(); ++i)
         request.Weights.*photo::kMeasures[i].Weight = weights[i];
@@ -154,8 +154,8 @@ py::list MeasureNames(size_t count)
 
 void BindRequest(py::module_& module)
 {
-    // Properties are written, never read back: the package's own table has the request.
-    const py::cpp_function unread;
+    // Properties can only be set: the package's own table has the request.
+    const py::cpp_function noGetter;
     py::class_<BoundRanking>(module, "Ranking").def(py::init(&ReadRanking));
     py::class_<Request>(module, "Request")
         .def(py::init<>())
@@ -163,12 +163,12 @@ void BindRequest(py::module_& module)
         .def_readwrite("scales", &Request::Scales)
         .def_readwrite("density", &Request::Density)
         .def_readwrite("explain", &Request::Explain)
-        .def_property("aspects", unread, &SetAspects)
-        .def_property("size", unread, &SetSize)
-        .def_property("wishes", unread, &SetWishes)
-        .def_property("weights", unread, &SetWeights)
-        .def_property("rank_by", unread, &SetRankBy)
-        .def_property("ranking", unread, &SetRanking);
+        .def_property("aspects", noGetter, &SetAspects)
+        .def_property("size", noGetter, &SetSize)
+        .def_property("wishes", noGetter, &SetWishes)
+        .def_property("weights", noGetter, &SetWeights)
+        .def_property("rank_by", noGetter, &SetRankBy)
+        .def_property("ranking", noGetter, &SetRanking);
     py::class_<photo::Presets>(module, "Presets")
         .def(py::init<>())
         .def("add_file", &photo::Presets::AddFile)
@@ -177,7 +177,7 @@ void BindRequest(py::module_& module)
     module.def("parse_colour", &ParseColour);
     module.def("parse_ratio", &ParseRatio);
     module.def("ratio_of_value", &RatioOfValue);
-    module.attr("WEIGHED") = MeasureNames(photo::kNumWeighed);
+    module.attr("WEIGHTED_MEASURES") = MeasureNames(photo::kNumWeighed);
     module.attr("MEASURES") = MeasureNames(photo::kNumMeasures);
 }
 

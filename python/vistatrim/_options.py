@@ -14,7 +14,7 @@ from ._errors import wrong_type, wrong_value
 
 # A checked option value: plain objects that JSON can hold.
 Plain = Union[None, bool, int, float, str, List[Any]]
-Check = Callable[..., Plain]  # takes a name and a value; with of_presets also the table
+Check = Callable[..., Plain]  # takes a name and a value; with uses_presets also the table
 FromText = Callable[[str], object]
 
 _LARGEST_PIXEL = 100_000_000  # sums of two still fit 32 bits
@@ -189,7 +189,7 @@ def regions(name: str, value: object) -> Plain:
 
 def weights(name: str, value: object) -> Plain:
     """Numbers in the order of the measures, or a mapping from their names."""
-    measures = _vistatrim.WEIGHED
+    measures = _vistatrim.WEIGHTED_MEASURES
     if isinstance(value, Mapping):
         for measure in value:
             if measure not in measures:
@@ -227,7 +227,7 @@ def _region(name: str, value: object) -> List[Any]:
             raise wrong_value(name, form, value)
         sides.append(_real(name, value[key]))
         if abs(sides[-1]) > _LARGEST_PIXEL or (key in ("width", "height") and sides[-1] <= 0):
-            raise wrong_value(name, f"a region of a photograph in its {key}", value)
+            raise wrong_value(name, f"a region with a valid {key}", value)
     x, y, width, height = sides
     left, top = math.floor(x), math.floor(y)
     kind, confidence, label, wish = ({**_REGION_DEFAULTS, **value}[key]
@@ -283,8 +283,8 @@ class Option:
     repeats: bool = False
     short: str = ""
     field: str = ""  # of the request; empty: same as name
-    of_analysis: bool = False  # used by the analysis, not by each request
-    of_presets: bool = False  # reads the table of presets or adds to it
+    for_analysis: bool = False  # used by the analysis, not by each request
+    uses_presets: bool = False  # reads the table of presets or adds to it
 
     @property
     def flag(self) -> str:
@@ -296,11 +296,11 @@ _REGION = "pixels of the photograph as displayed"
 OPTIONS: Tuple[Option, ...] = (
     Option("top", integer(1, 10000), "N", "crops for each photograph (5)", int, short="-n"),
     Option("presets", preset_files, "FILE", "more presets, from a table like presets.tsv",
-           repeats=True, of_presets=True),
+           repeats=True, uses_presets=True),
     Option("aspect", ratios, "W:H", "a ratio to try, or the name of a preset (six ratios)",
-           repeats=True, of_presets=True),
+           repeats=True, uses_presets=True),
     Option("preset", presets, "NAME", "the best crop of a named shape", repeats=True,
-           of_presets=True),
+           uses_presets=True),
     Option("scale", scales, "S", "crop side over photograph side (0.5, 0.55 to 1)", _numbers, True,
            field="scales"),
     Option("each_ratio", truth, "", "the best crop of each ratio instead of the best of all of them"),
@@ -323,11 +323,11 @@ OPTIONS: Tuple[Option, ...] = (
            True),
     Option("must_avoid", regions, "X,Y,W,H", "only crops that do not touch this region",
            _rectangle, True),
-    Option("faces", faces, "WHICH", "look for faces: off, large or all (all)", of_analysis=True),
+    Option("faces", faces, "WHICH", "look for faces: off, large or all (all)", for_analysis=True),
     Option("regions", found_regions, "FILE", "JSON lines of regions that another detector found",
-           of_analysis=True),
+           for_analysis=True),
     Option("ignore_metadata_regions", truth, "",
-           "ignore faces and subjects that a photograph's own metadata names", of_analysis=True),
+           "ignore faces and subjects that a photograph's own metadata names", for_analysis=True),
     Option("explain", truth, "", "also why: ranks, wishes met, candidates tried"),
 )
 NAMES = tuple(option.name for option in OPTIONS)
@@ -345,7 +345,7 @@ def checked(options: Mapping[str, object]) -> Dict[str, Plain]:
     for option in OPTIONS:
         value = options.get(option.name)
         if value is not None:
-            more = (table,) if option.of_presets else ()
+            more = (table,) if option.uses_presets else ()
             found[option.name] = option.check(option.name, value, *more)
     found.pop("presets", None)
     if "size" in found:
@@ -356,7 +356,7 @@ def checked(options: Mapping[str, object]) -> Dict[str, Plain]:
         raise ValueError("largest cannot be given with scale")
     rank_by = found.get("rank_by", "people")
     if "weights" in found and rank_by not in ("people", "engine", "all"):
-        raise ValueError("weights weigh all measures; rank_by names one of them")
+        raise ValueError("weights apply to all measures; rank_by names one of them")
     if "ranking" in found and ("weights" in found or rank_by in ("engine", "all")):
         raise ValueError("ranking has no effect on the engine's own ranking by weights")
     if found.get("each_ratio") and not found.get("aspect"):
@@ -365,11 +365,11 @@ def checked(options: Mapping[str, object]) -> Dict[str, Plain]:
 
 
 # (shape, fill, request): name and size of the shape, or None if all shapes share one request.
-Asked = Tuple[Optional[str], Optional[Tuple[int, int]], _vistatrim.Request]
+ShapeRequest = Tuple[Optional[str], Optional[Tuple[int, int]], _vistatrim.Request]
 
 
-def requests_of(values: Mapping[str, Plain]) -> List[Asked]:
-    """The requests that checked options stand for: one, or one for each shape."""
+def requests_of(values: Mapping[str, Plain]) -> List[ShapeRequest]:
+    """The requests that checked options describe: one, or one for each shape."""
     aspects, named = values.get("aspect") or [], values.get("preset") or []
     assert isinstance(aspects, list) and isinstance(named, list)
     if not values.get("each_ratio") and not named:
@@ -383,13 +383,13 @@ def requests_of(values: Mapping[str, Plain]) -> List[Asked]:
             for name, (ratio, fill) in shapes.items()]
 
 
-def check(photograph: _vistatrim.Photograph, requests: Iterable[Asked]) -> None:
+def check(photograph: _vistatrim.Photograph, requests: Iterable[ShapeRequest]) -> None:
     """Raises for a request that the photograph cannot meet, before it is decoded."""
     for _, _, request in requests:
         photograph.check(request)
 
 
-def suggest(analysis: _vistatrim.Analysis, requests: Iterable[Asked]) -> Dict[str, Any]:
+def suggest(analysis: _vistatrim.Analysis, requests: Iterable[ShapeRequest]) -> Dict[str, Any]:
     """The object that the program writes as JSON, without the file name. Crops and explanations of
     several requests are combined."""
     total: Dict[str, Any] = {}
@@ -410,14 +410,14 @@ def suggest(analysis: _vistatrim.Analysis, requests: Iterable[Asked]) -> Dict[st
 def _with_shape(crop: Mapping[str, Any], shape: str, rank: int,
                 fill: Optional[Tuple[int, int]]) -> Dict[str, Any]:
     """Adds the shape after the ratio, where the program puts it."""
-    made: Dict[str, Any] = {}
+    result: Dict[str, Any] = {}
     for name, value in crop.items():
-        made[name] = value
+        result[name] = value
         if name == "aspect":
-            made.update(shape=shape, rank=rank)
+            result.update(shape=shape, rank=rank)
             if fill is not None:
-                made["fill"] = {"width": fill[0], "height": fill[1]}
-    return made
+                result["fill"] = {"width": fill[0], "height": fill[1]}
+    return result
 
 
 def _add_explanation(total: Dict[str, Any], more: Mapping[str, Any]) -> None:
@@ -440,7 +440,7 @@ def _request_of(values: Mapping[str, Plain]) -> _vistatrim.Request:
     wishes: List[Tuple[str, int, int, int, int]] = []
     for option in OPTIONS:
         value = values.get(option.name)
-        if value is None or option.of_analysis or option.name in ("each_ratio", "preset"):
+        if value is None or option.for_analysis or option.name in ("each_ratio", "preset"):
             continue
         if option.name == "largest":
             if value:
@@ -461,11 +461,11 @@ def _request_of(values: Mapping[str, Plain]) -> _vistatrim.Request:
 
 
 # What an analysis depends on: `faces`, whether metadata is ignored, the regions.
-Use = Tuple[str, bool, Tuple[Tuple[Any, ...], ...]]
+RegionUse = Tuple[str, bool, Tuple[Tuple[Any, ...], ...]]
 
 
-def use_of(options: Mapping[str, Plain], photograph: str) -> Use:
-    """The use that checked options stand for, for the photograph of this name."""
+def region_use_of(options: Mapping[str, Plain], photograph: str) -> RegionUse:
+    """The use of regions that checked options describe, for the photograph of this name."""
     given = options.get("regions")
     if isinstance(given, str):
         try:
@@ -478,13 +478,13 @@ def use_of(options: Mapping[str, Plain], photograph: str) -> Use:
             tuple(regions))
 
 
-def region_options(use: Use) -> _vistatrim.RegionOptions:
-    made = _vistatrim.RegionOptions()
-    faces_asked, ignores_metadata, regions = use
-    made.faces = faces_asked
-    made.use_named = not ignores_metadata
-    made.regions = regions
-    return made
+def region_options(use: RegionUse) -> _vistatrim.RegionOptions:
+    options = _vistatrim.RegionOptions()
+    face_search, ignores_metadata, regions = use
+    options.faces = face_search
+    options.use_named = not ignores_metadata
+    options.regions = regions
+    return options
 
 
 def background_colour(value: object) -> List[float]:

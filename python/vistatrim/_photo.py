@@ -57,7 +57,7 @@ class Photo:
         self.name, self._source = open_source(source, _options.background_colour(background))
         self._gate = threading.Lock()
         self._analysis: Optional[_vistatrim.Analysis] = None
-        self._use = _options.use_of({}, self.name)  # what the analysis depends on
+        self._region_use = _options.region_use_of({}, self.name)  # what the analysis depends on
 
     @property
     def size(self) -> Tuple[int, int]:
@@ -74,7 +74,7 @@ class Photo:
 
     def suggest(self, **options: Any) -> Crops:
         """The best crops, best first. The options are those of ``vistatrim suggest``."""
-        found = self._ask(options)
+        found = self._result(options)
         origin = (self.name, self._source)
         return Crops((crop_of(crop, origin) for crop in found["crops"]), found.get("explain"),
                      found.get("regions", ()))
@@ -83,7 +83,7 @@ class Photo:
         """The maps that the measures are read from, by name: float32 arrays (h, w), about 0 to 1.
         Their size is that of the working picture, whose longer side is 640 pixels."""
         with named(self.name):
-            return self._analysed(None).maps()
+            return self._analysis_for(None).maps()
 
     def crop(self, crop: Region, *,
              size: Optional[Tuple[int, int]] = None) -> np.ndarray[Any, np.dtype[np.uint8]]:
@@ -135,22 +135,22 @@ class Photo:
     def _repr_png_(self) -> bytes:
         return photo_picture(self.name, self._source)
 
-    def _ask(self, options: Mapping[str, object]) -> Dict[str, Any]:
+    def _result(self, options: Mapping[str, object]) -> Dict[str, Any]:
         """The object that the program writes as JSON, without the file name."""
         checked = _options.checked(options)
         requests = _options.requests_of(checked)
-        use = _options.use_of(checked, self.name)
+        use = _options.region_use_of(checked, self.name)
         with named(self.name):
             _options.check(self._source, requests)
-            return _options.suggest(self._analysed(use), requests)
+            return _options.suggest(self._analysis_for(use), requests)
 
-    def _analysed(self, use: Optional[_options.Use]) -> _vistatrim.Analysis:
+    def _analysis_for(self, use: Optional[_options.RegionUse]) -> _vistatrim.Analysis:
         """The analysis for this use of faces and regions; for None, any that exists."""
         with self._gate:
-            if self._analysis is None or use not in (None, self._use):
-                self._use = use or self._use
+            if self._analysis is None or use not in (None, self._region_use):
+                self._region_use = use or self._region_use
                 self._analysis = _vistatrim.Analysis(self._source,
-                                                     _options.region_options(self._use))
+                                                     _options.region_options(self._region_use))
             return self._analysis
 
     def _inside(self, crop: Region) -> Tuple[int, int, int, int]:

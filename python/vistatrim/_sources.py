@@ -17,7 +17,7 @@ _PIL_MODES = ("L", "RGB", "RGBA")
 def _file(path: str, background: List[float]) -> Tuple[str, _vistatrim.Photograph]:
     name = os.fsencode(path)
     if b"\0" in name:
-        raise ValueError("the name of a photograph holds a null byte")
+        raise ValueError("the name of a photograph contains a null byte")
     with named(path):
         return path, _vistatrim.Photograph.from_file(name, background)
 
@@ -36,7 +36,7 @@ def _array(source: Any) -> np.ndarray[Any, np.dtype[np.uint8]]:
         raise ValueError("pixels must be of the shape (h, w), (h, w, 1), (h, w, 3) or (h, w, 4), "
                          f"not {pixels.shape}")
     if 0 in pixels.shape:
-        raise ValueError(f"an array of the shape {pixels.shape} holds no pixel")
+        raise ValueError(f"an array of the shape {pixels.shape} has no pixels")
     return pixels
 
 

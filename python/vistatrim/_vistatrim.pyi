@@ -3,7 +3,7 @@ from typing import Any, Dict, List, Optional, Sequence, Tuple, Union
 import numpy as np
 
 VERSION: str
-WEIGHED: List[str]
+WEIGHTED_MEASURES: List[str]
 MEASURES: List[str]
 HAS_FACE_FINDER: bool
 

@@ -1,4 +1,4 @@
-"""Small archives, and what their output must hold."""
+"""Small archives, and what their output must contain."""
 import json
 from pathlib import Path
 
@@ -31,8 +31,8 @@ def lines_of(output):
 
 
 def check_lines(output, paths, *arguments):
-    """Every photograph has exactly one line, and it is the program's. Without faces: to look for
-    them takes longest, and other tests do."""
+    """Every photograph has exactly one line, and it is the program's. The face search is off: it
+    takes longest, and other tests cover it."""
     found = {line["file"]: line for line in lines_of(output)}
     assert len(lines_of(output)) == len(found) == len(paths)
     expected = {line["file"]: line for line in suggested("--faces", "off", *arguments, *paths)}
@@ -40,6 +40,6 @@ def check_lines(output, paths, *arguments):
 
 
 def files_of(output):
-    """Which partitions there are, and when each was written."""
+    """The partitions, each with its inode and when it was written."""
     return {path.name: (path.stat().st_ino, path.stat().st_mtime_ns)
             for path in Path(output).glob("part-*.jsonl")}

@@ -1,4 +1,4 @@
-"""Photographs of every kind, and the program whose results the package must give.
+"""Photographs of every kind, and the program whose results the package must match.
 
 VISTATRIM_PROGRAM names the program. The package is found by PYTHONPATH.
 """
@@ -15,7 +15,7 @@ from PIL import Image, ImageDraw
 
 import vistatrim
 
-# The machine that runs the tests may be busy: examples count, not their time.
+# The machine that runs the tests may be busy: the number of examples is fixed, not their time.
 settings.register_profile("vistatrim", deadline=None, derandomize=True, max_examples=60)
 settings.load_profile("vistatrim")
 
@@ -23,7 +23,7 @@ SOURCES = Path(__file__).resolve().parents[2]
 
 
 def scene(width=300, height=200, seed=1):
-    """A grey ground with grain and a bright disc: something that a crop should hold."""
+    """A grey background with grain and a bright disc: something that a crop should contain."""
     generator = np.random.default_rng(seed)
     pixels = generator.integers(90, 110, (height, width, 3), dtype=np.uint8)
     image = Image.fromarray(pixels)
@@ -69,7 +69,7 @@ def write_all_formats(folder):
 
 
 def write_broken(folder):
-    """What cannot be read, for every reason."""
+    """One file for each reason why a photograph cannot be read."""
     (folder / "empty.jpg").write_bytes(b"")
     (folder / "text.jpg").write_text("no picture")
     whole = folder / "whole.jpg"
@@ -106,7 +106,7 @@ def photo(photo_path):
 
 
 def write_ranking(path):
-    """A model of one layer that likes coverage, as tools/fit_ranking.py writes them."""
+    """A model of one layer with random weights, in the format of tools/fit_ranking.py."""
     inputs, parts, features = 14, 11, 53
     generator = np.random.default_rng(5)
     path.write_text(json.dumps({
@@ -119,7 +119,7 @@ def write_ranking(path):
 
 
 def program(*arguments, check=False):
-    """Runs the program and returns what it did."""
+    """Runs the program and returns the finished process."""
     done = subprocess.run([os.environ["VISTATRIM_PROGRAM"], *map(os.fspath, arguments)],
                           stdout=subprocess.PIPE, stderr=subprocess.PIPE, check=False)
     assert not check or done.returncode == 0, done.stderr.decode()

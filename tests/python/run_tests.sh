@@ -1,5 +1,5 @@
 #!/usr/bin/env bash
-# Runs the tests of the Python package that stands in a build directory, and prints their count.
+# Runs the tests of the Python package in a build directory, and prints their count.
 #
 # usage: run_tests.sh PYTHON BUILD_DIR PROGRAM [PYTEST_ARGUMENT...]
 set -euo pipefail

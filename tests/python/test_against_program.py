@@ -11,7 +11,7 @@ import vistatrim
 from conftest import program, scene, suggested, write_ranking
 from vistatrim import _options
 
-# Options of the program beside those of the package. All options of the table appear.
+# Options of the program and the same options of the package. All options of the table appear.
 REQUESTS = [
     ([], {}),
     (["--top", "3", "--aspect", "4:5"], dict(top=3, aspect="4:5")),
@@ -45,11 +45,11 @@ REQUESTS = [
 
 
 def line_of(photo, **options):
-    return photo._ask(options)
+    return photo._result(options)
 
 
 def test_the_table_has_every_option_of_the_program():
-    """Except those that say where photographs are listed, what is written, and how it runs."""
+    """Except those for lists of photographs, for the output and for how the program runs."""
     flags = set(re.findall(r"--[a-z][a-z-]*", program("suggest", "--help").stdout.decode()))
     others = {"--help", "--recursive", "--null", "--files-from", "--background", "--json", "--csv", "--output",
               "--force", "--resume", "--jobs", "--quiet", "--timings"}
@@ -58,13 +58,13 @@ def test_the_table_has_every_option_of_the_program():
 
 
 def test_requests_cover_every_option():
-    of_analysis = {option.name for option in _options.OPTIONS if option.of_analysis}
-    assert of_analysis == {"faces", "regions", "ignore_metadata_regions"}  # in tests of their own
-    assert {name for _, options in REQUESTS for name in options} | of_analysis | {
+    for_analysis = {option.name for option in _options.OPTIONS if option.for_analysis}
+    assert for_analysis == {"faces", "regions", "ignore_metadata_regions"}  # in tests of their own
+    assert {name for _, options in REQUESTS for name in options} | for_analysis | {
         "ranking", "presets"} == set(_options.NAMES)
 
 
-def test_a_table_of_presets_adds_what_it_adds_to_the_program(formats, tmp_path):
+def test_a_table_of_presets_adds_the_same_shapes_as_in_the_program(formats, tmp_path):
     table = tmp_path / "mine.tsv"
     table.write_text("poster\t2:3\nsquare\t-\t64x64\n")
     path = formats / "baseline.jpg"
@@ -83,7 +83,7 @@ def test_every_option_gives_what_the_program_gives(arguments, options, formats):
     assert "crops" in line
     del line["file"]
     for crop in line["crops"]:
-        crop.pop("ratio", None)  # how the command line wrote aspect
+        crop.pop("ratio", None)  # aspect as written on the command line
     assert line_of(vistatrim.Photo(path), **options) == line
 
 
@@ -118,7 +118,7 @@ def test_crops_carry_what_the_line_holds(formats):
     assert crops.explanation == line["explain"]
 
 
-def test_a_ranking_of_ones_own_gives_what_the_program_gives(formats, tmp_path):
+def test_a_ranking_file_gives_what_the_program_gives(formats, tmp_path):
     path = formats / "large.jpg"
     write_ranking(tmp_path / "r.json")
     [line] = suggested("--ranking", tmp_path / "r.json", path)
@@ -153,7 +153,7 @@ def test_regions_of_a_file_or_a_list_give_what_the_program_gives(formats, tmp_pa
 
 
 def test_faces_and_metadata_give_what_the_program_gives(tmp_path):
-    """A face as metadata names it, and one for the finder."""
+    """A face for the face finder, and one that metadata names."""
     face = pytest.importorskip("skimage.data").astronaut()
     path = tmp_path / "a.jpg"
     Image.fromarray(face).save(path)
@@ -220,7 +220,7 @@ def test_pixels_give_what_a_file_of_them_gives(mode, tmp_path):
         assert line_of(vistatrim.Photo(encoded)) == line
 
 
-def test_what_cannot_be_read_has_the_reason_of_the_program(broken):
+def test_unreadable_files_have_the_reason_of_the_program(broken):
     paths = sorted(path for path in broken.iterdir() if path.is_file())
     paths.append(broken / "missing.jpg")
     lines = suggested(*paths)

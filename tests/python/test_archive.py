@@ -38,7 +38,7 @@ def photographs(tmp_path_factory):
 
 @pytest.fixture
 def run(client, tmp_path):
-    """Runs the archive of this test's own folder."""
+    """Runs an archive into this test's own folder."""
 
     def call(names, **options):
         return archive.suggest(names, output=str(tmp_path / "out"), client=client,
@@ -49,7 +49,7 @@ def run(client, tmp_path):
 
 @contextmanager
 def no_work():
-    """Whoever starts a cluster or sends a partition fails."""
+    """Starting a cluster or sending a partition fails."""
 
     def refuse(*_, **__):
         raise AssertionError("there was nothing to do")
@@ -83,7 +83,7 @@ def test_the_manifest_says_what_was_done(run, photographs, tmp_path):
     assert record["started"] <= record["ended"]
 
 
-def test_no_name_but_the_final_ones_remains(run, photographs, tmp_path):
+def test_only_the_final_names_remain(run, photographs, tmp_path):
     run(photographs)
     assert sorted(os.listdir(tmp_path / "out")) == [
         "manifest.json", *(f"part-{number:06d}.jsonl" for number in range(5)),
@@ -114,7 +114,7 @@ def test_a_missing_partition_is_done_and_nothing_else(run, photographs, tmp_path
     check_lines(tmp_path / "out", photographs)
 
 
-def test_new_photographs_join_a_standing_output(run, photographs, tmp_path):
+def test_new_photographs_join_an_existing_output(run, photographs, tmp_path):
     run(photographs[:8])
     before = files_of(tmp_path / "out")
     summary = run(photographs[4:])
@@ -124,8 +124,8 @@ def test_new_photographs_join_a_standing_output(run, photographs, tmp_path):
     check_lines(tmp_path / "out", photographs)
 
 
-def test_a_run_that_was_cut_short_goes_on(run, photographs, tmp_path):
-    """Whatever ends the client: the partitions that are finished stay as they are."""
+def test_an_interrupted_run_continues(run, photographs, tmp_path):
+    """Whatever ends the client, the finished partitions stay as they are."""
     seen = []
 
     def stop(progress):
@@ -156,7 +156,7 @@ def test_other_options_are_refused_and_named(run, photographs, tmp_path):
             run(photographs, top=2)
         with pytest.raises(archive.ArchiveError, match="background was"):
             run(photographs, top=2, aspect="1:1", background="black")
-        run(photographs, top=2, aspect=[(3, 3)])  # the same, said differently
+        run(photographs, top=2, aspect=[(3, 3)])  # the same, written differently
     assert files_of(tmp_path / "out") == before
 
 
@@ -258,7 +258,7 @@ def test_a_bag_names_photographs(client, photographs, tmp_path):
 
 
 def in_memory(name, paths):
-    """The photographs in a bucket of this process."""
+    """URLs of copies of the photographs in an in-memory bucket."""
     files = fsspec.filesystem("memory")
     for path in paths:
         if os.path.exists(path):
@@ -284,7 +284,7 @@ def test_storage_of_fsspec_is_read_and_written(client, photographs):
         assert found.pop("file").endswith(os.path.basename(line.pop("file")))
         assert found == line
     again = archive.suggest(urls, output="memory://out", client=client, faces="off")
-    assert again.added == COUNT - len(readable)  # those that are not there
+    assert again.added == COUNT - len(readable)  # those that do not exist
     names = {path.rsplit("/", 1)[-1] for path in fsspec.filesystem("memory").ls("/out", detail=False)}
     assert not [name for name in names if name.startswith(".")]
 
@@ -305,7 +305,7 @@ class SlowFiles(MemoryFileSystem):
     pause = 0.03
     failing = 0
     reads = {}
-    under_way = 0
+    in_flight = 0
     most = 0
     gate = threading.Lock()
 
@@ -317,8 +317,8 @@ class SlowFiles(MemoryFileSystem):
         cls = type(self)
         with cls.gate:
             cls.reads[path] = cls.reads.get(path, 0) + 1
-            cls.under_way += 1
-            cls.most = max(cls.most, cls.under_way)
+            cls.in_flight += 1
+            cls.most = max(cls.most, cls.in_flight)
         try:
             time.sleep(cls.pause)
             if cls.reads[path] <= cls.failing:
@@ -326,7 +326,7 @@ class SlowFiles(MemoryFileSystem):
             return super().cat_file(path, start, end, **kwargs)
         finally:
             with cls.gate:
-                cls.under_way -= 1
+                cls.in_flight -= 1
 
 
 @pytest.fixture
@@ -362,7 +362,7 @@ def test_reads_that_keep_failing_give_a_line_each(run, slow, tmp_path):
     assert set(SlowFiles.reads.values()) == {3}
 
 
-def test_a_partition_that_cannot_be_written_is_not_half_there(run, photographs, tmp_path,
+def test_a_partition_that_cannot_be_written_leaves_no_half_file(run, photographs, tmp_path,
                                                               monkeypatch):
     """The rename fails, as on a full or broken disk."""
     replace = os.replace
@@ -382,8 +382,8 @@ def test_a_partition_that_cannot_be_written_is_not_half_there(run, photographs, 
     assert not [name for name in os.listdir(tmp_path / "out") if name.startswith(".")]
 
 
-def test_the_photograph_that_kills_workers_is_left_out(run, photographs, tmp_path):
-    """As the third worker finds a partition: two died over the photograph of number 1."""
+def test_the_photograph_that_kills_workers_is_skipped(run, photographs, tmp_path):
+    """The partition as the third worker finds it: two died on photograph number 1."""
     with pytest.raises(KeyboardInterrupt):
         run(photographs[:4], progress=interrupt)
     note = {"at": 1, "deaths": {"1": 1}}
@@ -409,9 +409,9 @@ def test_a_worker_of_another_version_ends_the_run(run, photographs, monkeypatch)
 
 
 def test_many_photographs_take_few_tasks(client, tmp_path, monkeypatch):
-    """100,000 names: two hundred tasks, a few of them under way at a time."""
+    """100,000 names: two hundred tasks, only a few of them in flight at a time."""
     names = [f"/nowhere/{number:06d}.jpg" for number in range(100_000)]
-    sent, under_way = [], []
+    sent, in_flight = [], []
 
     def pretend(job, index, photographs, regions):
         return Counts(len(photographs), 0, 5 * len(photographs))
@@ -421,7 +421,7 @@ def test_many_photographs_take_few_tasks(client, tmp_path, monkeypatch):
     def count(self, index, photographs):
         send(self, index, photographs)
         sent.append(len(photographs))
-        under_way.append(len(self._sent))
+        in_flight.append(len(self._sent))
 
     monkeypatch.setattr(_run, "run_partition", pretend)
     monkeypatch.setattr(_run._Run, "_send", count)
@@ -430,14 +430,14 @@ def test_many_photographs_take_few_tasks(client, tmp_path, monkeypatch):
                               progress=seen.append)
     assert summary.photographs == 100_000 and sum(sent) == 100_000
     assert len(sent) == 200 and max(sent) == 500
-    assert max(under_way) <= 3 * 2
+    assert max(in_flight) <= 3 * 2
     assert seen[-1].done == seen[-1].total == 100_000
     assert [progress.done for progress in seen] == sorted(progress.done for progress in seen)
 
 
-def test_small_archives_are_shared_out(client, photographs, tmp_path):
+def test_small_archives_are_split_among_threads(client, photographs, tmp_path):
     archive.suggest(photographs, output=str(tmp_path / "out"), client=client, faces="off")
-    assert len(files_of(tmp_path / "out")) == 13  # of two, for two threads
+    assert len(files_of(tmp_path / "out")) == 13  # two photographs each, for two threads
 
 
 def test_progress_in_words():

@@ -51,7 +51,7 @@ def test_a_killed_worker_loses_nothing(cluster, tmp_path):
     assert not [name for name in os.listdir(tmp_path / "out") if name.startswith(".")]
 
 
-def test_a_client_that_is_gone_comes_back(cluster, tmp_path):
+def test_a_new_client_finishes_the_run_of_a_killed_one(cluster, tmp_path):
     photographs = make_archive(tmp_path / "in", 60, broken=3)
     output = tmp_path / "out"
     arguments = (*photographs, "--output", output, "--scheduler", cluster.scheduler_address,
@@ -90,7 +90,7 @@ def test_a_photograph_that_takes_all_memory_has_a_line_that_says_so(tmp_path):
     assert all("crops" in lines[path] for path in photographs if path != greedy)
 
 
-def test_without_a_scheduler_a_cluster_of_this_machine_is_started(tmp_path):
+def test_without_a_scheduler_a_local_cluster_is_started(tmp_path):
     make_archive(tmp_path / "in", 4, broken=1)
     listed = "\0".join(str(path) for path in sorted((tmp_path / "in").iterdir())) + "\0"
     process = command("-", "--null", "--output", tmp_path / "out", "-j", "1", "--aspect", "1:1", "--faces", "off",
@@ -114,7 +114,7 @@ def test_a_scheduler_that_does_not_answer_is_named(tmp_path):
 
 
 def test_a_scheduler_that_goes_away_ends_the_run(tmp_path):
-    """What was finished stays for the next start."""
+    """The next start keeps what was finished."""
     photographs = make_archive(tmp_path / "in", 40)
     with distributed.LocalCluster(n_workers=1, threads_per_worker=1, processes=True,
                                   host="127.0.0.1", dashboard_address=None) as cluster:
@@ -125,7 +125,7 @@ def test_a_scheduler_that_goes_away_ends_the_run(tmp_path):
             time.sleep(0.01)
     _, errors = process.communicate(timeout=120)
     assert process.returncode == 1, errors
-    assert "a new start does what is missing" in errors
+    assert "a new run does the rest" in errors
     before = files_of(tmp_path / "out")
     assert 2 <= len(before) < 20
     archive.suggest(photographs, output=str(tmp_path / "out"), workers=1, faces="off")

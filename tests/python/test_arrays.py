@@ -1,4 +1,4 @@
-"""Arrays of every layout are read right or refused, and not copied where their rows are packed."""
+"""Arrays of every layout are read correctly or refused. Those with packed rows are not copied."""
 import tracemalloc
 
 import numpy as np
@@ -23,7 +23,7 @@ def same_pixels(photo, pixels):
 
 
 class Wrapped:
-    """Not an array, but one can be made of it."""
+    """Not an array, but one can be made from it."""
 
     def __init__(self, pixels):
         self.__array_interface__ = pixels.__array_interface__
@@ -34,7 +34,7 @@ class Sub(np.ndarray):
     pass
 
 
-def test_layouts_give_the_pixels_that_they_show():
+def test_every_layout_gives_the_same_pixels():
     padded = np.zeros((64, 120, 3), np.uint8)
     padded[:, 10:106] = BASE
     reversed_rows = BASE[::-1].copy()
@@ -70,7 +70,7 @@ def test_grey_in_either_shape():
     assert crops_of(grey) == crops_of(np.repeat(grey[..., None], 3, axis=2))
 
 
-def test_rows_that_share_memory_are_read_as_they_show():
+def test_rows_that_share_memory_are_read_correctly():
     row = np.linspace(0, 255, 80).astype(np.uint8)
     repeated = np.broadcast_to(row, (40, 80))  # the stride of the rows is 0
     windows = np.lib.stride_tricks.sliding_window_view(np.arange(100, dtype=np.uint8), 60)
@@ -105,7 +105,7 @@ def test_masked_pixels_are_refused():
 
 
 @pytest.mark.parametrize("mode", ["P", "1", "CMYK", "YCbCr", "HSV", "I", "F", "LA", "PA"])
-def test_images_whose_bytes_are_no_colours_are_refused(mode):
+def test_images_whose_bytes_are_not_colours_are_refused(mode):
     image = scene(40, 30).convert("L").convert(mode) if mode in ("LA", "PA") else \
         scene(40, 30).convert(mode)
     with pytest.raises(ValueError, match="convert"):
@@ -113,7 +113,7 @@ def test_images_whose_bytes_are_no_colours_are_refused(mode):
 
 
 def test_packed_rows_are_not_copied():
-    """A photograph is seen to change with its array until it is analysed; a copy would not."""
+    """Until it is analysed, a photograph changes with its array; a copy would not."""
     for make in (lambda array: array, lambda array: array[::-1], lambda array: array[:, :50],
                  lambda array: array[::2]):
         array = np.zeros((64, 96, 3), np.uint8)
@@ -123,8 +123,8 @@ def test_packed_rows_are_not_copied():
         assert same_pixels(photo, pixels)
 
 
-def test_contiguous_arrays_take_no_memory_of_their_own():
-    pixels = np.zeros((4000, 4000, 3), np.uint8)  # 48 MB, told to tracemalloc by NumPy
+def test_contiguous_arrays_take_no_extra_memory():
+    pixels = np.zeros((4000, 4000, 3), np.uint8)  # 48 MB, which NumPy reports to tracemalloc
     tracemalloc.start()
     try:
         photo = vistatrim.Photo(pixels)
@@ -148,7 +148,7 @@ def test_the_array_is_kept_as_long_as_the_photograph():
 
 
 @given(st.integers(1, 20), st.integers(1, 20), st.sampled_from([None, 1, 3, 4]), st.data())
-def test_any_slice_of_any_array_is_read_right(height, width, channels, data):
+def test_any_slice_of_any_array_is_read_correctly(height, width, channels, data):
     shape = (height, width) if channels is None else (height, width, channels)
     seed = data.draw(st.integers(0, 9))
     array = np.random.default_rng(seed).integers(0, 256, shape, dtype=np.uint8)

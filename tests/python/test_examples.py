@@ -1,4 +1,4 @@
-"""The examples of the package, of README.md and of the documentation run as they stand."""
+"""The examples of the package, of README.md and of the documentation run as written."""
 import os
 import re
 import subprocess
@@ -79,7 +79,7 @@ def test_examples_of_documents_run(document, tmp_path, monkeypatch):
 
 
 def test_shell_examples_of_archives_run(tmp_path, monkeypatch):
-    """Of docs/archives.md, the commands that need no cluster of somebody else's."""
+    """The commands in docs/archives.md that need no external cluster."""
     pytest.importorskip("distributed")
     text = (SOURCES / "docs" / "archives.md").read_text()
     commands = [line.strip() for line in text.splitlines()

@@ -1,4 +1,4 @@
-"""The package works where it is installed, alone in an empty place: by `cmake --install` and as a
+"""The installed package works on its own, in an empty folder: from `cmake --install` and from a
 wheel. VISTATRIM_BUILD names the build directory."""
 import os
 import subprocess
@@ -62,8 +62,8 @@ def test_cmake_installs_the_whole_package(tmp_path, photo_path):
 
 
 def test_the_wheel_holds_the_whole_package(tmp_path, photo_path):
-    """Of the build that is there. Without VISTATRIM_CMAKE_BUILD it builds one of its own, in some
-    minutes."""
+    """A wheel of the existing build. Without VISTATRIM_CMAKE_BUILD it would make its own build,
+    which takes minutes."""
     run(sys.executable, "-m", "pip", "wheel", ".", "--no-build-isolation", "--no-deps",
         "--no-index", "-w", tmp_path / "wheels", VISTATRIM_CMAKE_BUILD=BUILD)
     [wheel] = (tmp_path / "wheels").iterdir()

@@ -23,7 +23,7 @@ def refused(call, *arguments, **options):
         call(*arguments, **options)
 
 
-def test_ten_thousand_calls_keep_no_memory(tmp_path):
+def test_ten_thousand_calls_leak_no_memory(tmp_path):
     text = tmp_path / "text.jpg"
     text.write_text("no picture")
     photo = vistatrim.Photo(PIXELS)
@@ -48,12 +48,12 @@ def test_ten_thousand_calls_keep_no_memory(tmp_path):
     for _ in range(1000):
         round_of_calls()
     gc.collect()
-    # Ten calls a round. A leak of one small object a round, of 100 bytes, is 100 kB; one picture
-    # of a working size is 15 kB and would be 15 MB. The heap itself moves by about 1 MB.
+    # Ten calls per round. Leaking one object of 100 bytes per round adds 100 kB; leaking one
+    # working picture, 15 kB, adds 15 MB. The heap itself varies by about 1 MB.
     assert resident_kilobytes() - before < 4000
 
 
-def test_maps_go_with_the_last_array():
+def test_maps_are_freed_with_the_last_array():
     photo = vistatrim.Photo(PIXELS)
     photo.maps()
     gc.collect()

@@ -65,14 +65,14 @@ def test_rankings_that_exclude_each_other(photo):
             photo.suggest(**wrong)
 
 
-def test_ratios_on_their_own_need_ratios(photo):
+def test_each_ratio_needs_ratios_and_largest_excludes_scale(photo):
     with pytest.raises(ValueError, match="each_ratio"):
         photo.suggest(each_ratio=True)
     with pytest.raises(ValueError, match="largest"):
         photo.suggest(largest=True, scale=0.5)
 
 
-def test_what_this_photograph_cannot_meet_names_it(photo, photo_path):
+def test_a_request_that_does_not_fit_names_the_photograph(photo, photo_path):
     with pytest.raises(ValueError, match=r"a\.jpg: .*does not fit"):
         photo.suggest(size=(641, 100))
     with pytest.raises(ValueError, match=r"a\.jpg: .*must-keep 700,0,5,5"):
@@ -90,14 +90,14 @@ def test_requests_that_do_not_fit_are_rejected_before_decoding(photo_path, tmp_p
         damaged.suggest()
 
 
-def test_numbers_of_numpy_are_numbers(photo):
+def test_numbers_of_numpy_are_accepted(photo):
     plain = photo.suggest(top=2, aspect=(4, 5), keep=[(10, 20, 30, 40)], scale=[0.5, 1.0])
     numpy = photo.suggest(top=np.int64(2), aspect=(np.int32(4), np.int32(5)),
                           keep=np.array([[10, 20, 30, 40]]), scale=np.array([0.5, 1.0]))
     assert plain == numpy
 
 
-def test_none_is_not_given(photo):
+def test_none_means_not_given(photo):
     assert photo.suggest(top=None, aspect=None, keep=None, size=None) == photo.suggest()
 
 

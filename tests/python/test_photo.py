@@ -1,4 +1,4 @@
-"""What a photograph gives: sizes, maps, crops, files."""
+"""What a photograph provides: sizes, maps, crops, files."""
 import io
 import pickle
 import threading
@@ -46,7 +46,7 @@ def test_maps_outlive_the_photograph(photo_path):
     for _ in range(3):
         vistatrim.Photo(photo_path).maps()
     assert all((maps[name] == expected[name]).all() for name in maps)
-    maps["EdgeMap"][:] = 0  # the caller's own
+    maps["EdgeMap"][:] = 0  # it belongs to the caller
 
 
 def test_crop_gives_the_pixels_of_the_box(tmp_path):
@@ -100,12 +100,12 @@ def test_save_writes_the_format_of_the_ending(ending, format, photo, tmp_path):
     photo.save(best, path, size=(64, 64))
     with Image.open(path) as image:
         assert image.format == format and image.size == (64, 64)
-    photo.save(best, str(path))  # replaces
+    photo.save(best, str(path))  # replaces the file
     with Image.open(path) as image:
         assert image.size == (best.width, best.height)
 
 
-def test_save_keeps_what_png_and_tiff_keep_to_the_bit(tmp_path):
+def test_save_to_png_and_tiff_keeps_every_bit(tmp_path):
     image = scene(300, 200)
     image.save(tmp_path / "a.png")
     box = (3, 4, 203, 154)
@@ -174,7 +174,7 @@ def test_sources_of_wrong_types_are_refused(source):
         vistatrim.Photo(source)
 
 
-def test_bytes_that_are_no_photograph_are_refused():
+def test_bytes_that_are_not_a_photograph_are_refused():
     for encoded in (b"", b"no picture", bytearray(50), memoryview(b"ab" * 40)):
         with pytest.raises(vistatrim.PhotoError, match="bytes>"):
             vistatrim.suggest(encoded)
@@ -205,10 +205,10 @@ def test_one_photograph_serves_many_threads(photo_path):
     photo = vistatrim.Photo(photo_path)
     found = [None] * 8
 
-    def ask(number):
+    def suggest(number):
         found[number] = photo.suggest(top=4)
 
-    threads = [threading.Thread(target=ask, args=(number,)) for number in range(len(found))]
+    threads = [threading.Thread(target=suggest, args=(number,)) for number in range(len(found))]
     for thread in threads:
         thread.start()
     for thread in threads:

@@ -1,5 +1,5 @@
 """Any sequence of calls leaves a photograph as it was: each answer is the one that a fresh
-photograph gives, and wrong requests are refused without a trace."""
+photograph gives, and rejected requests change nothing."""
 import numpy as np
 from hypothesis import settings
 from hypothesis import strategies as st
@@ -12,7 +12,7 @@ from conftest import scene
 PIXELS = np.asarray(scene(160, 60))
 RATIOS = st.sampled_from(["1:1", "4:5", "16:9", "2.35:1"])
 RECTS = st.tuples(st.integers(0, 120), st.integers(0, 40), st.integers(1, 40), st.integers(1, 20))
-FACES = st.sampled_from(["off", "off", "off", "large"])  # looking for them takes longest
+FACES = st.sampled_from(["off", "off", "off", "large"])  # the search takes longest
 REQUESTS = st.fixed_dictionaries({"faces": FACES}, optional={
     "top": st.integers(1, 12),
     "aspect": st.one_of(RATIOS, st.lists(RATIOS, min_size=1, max_size=3)),
@@ -51,7 +51,7 @@ class Calls(RuleBasedStateMachine):
             self.photo.suggest(**request)
         except (ValueError, TypeError):
             return
-        raise AssertionError(f"{request} was taken")
+        raise AssertionError(f"{request} was accepted")
 
     @rule()
     def maps(self):
@@ -68,7 +68,7 @@ class Calls(RuleBasedStateMachine):
         assert self.photo.encode((0, 0, 20, 20), format="png").startswith(b"\x89PNG")
 
     @rule()
-    def begin_anew(self):
+    def begin_afresh(self):
         self.photo = vistatrim.Photo(PIXELS)
 
 

@@ -13,7 +13,7 @@ PIXELS = np.asarray(scene(640, 480))
 
 
 class Counter(threading.Thread):
-    """Counts for as long as it is let, and hands the lock back after each step."""
+    """Counts until it is stopped, and releases the lock after each step."""
 
     def __init__(self):
         super().__init__(daemon=True)
@@ -28,8 +28,8 @@ class Counter(threading.Thread):
 
 @pytest.fixture
 def counter():
-    # The interpreter never takes the lock from a thread, so the counter advances only in calls
-    # that hand it back.
+    # The interpreter never takes the lock from a thread, so the counter advances only during calls
+    # that release it.
     usual = sys.getswitchinterval()
     sys.setswitchinterval(1000)
     thread = Counter()
@@ -46,7 +46,7 @@ def test_other_threads_run_while_the_library_works(photo_path, counter):
     file = vistatrim.Photo(photo_path)
     box, size = (0, 0, 640, 480), (1500, 1100)
     calls = {
-        "analysis": lambda: vistatrim.Photo(PIXELS)._analysed(None),
+        "analysis": lambda: vistatrim.Photo(PIXELS)._analysis_for(None),
         "request": lambda: photo.suggest(density=40, explain=True),
         "maps": photo.maps,
         "crop": lambda: file.crop(box, size=size),
@@ -60,8 +60,8 @@ def test_other_threads_run_while_the_library_works(photo_path, counter):
 
 
 def test_two_threads_hardly_wait_for_each_other():
-    """Of two threads, 1.8 or more are at work at a time: they run, or are ready to run on a machine
-    that has no processor for them. Whoever waits for a lock is neither."""
+    """On average at least 1.8 of two threads are busy: they run, or are ready to run on a machine
+    without a free processor. A thread that waits for a lock is neither."""
     def ready():
         with open("/proc/thread-self/schedstat", encoding="ascii") as file:
             return sum(int(number) for number in file.read().split()[:2]) / 1e9

@@ -1,4 +1,4 @@
-"""The types that the package publishes are those that it has."""
+"""The types that the package publishes match its code."""
 import ast
 import subprocess
 import sys
@@ -39,7 +39,7 @@ def mypy(*arguments):
 
 
 def test_mypy_strict_finds_nothing_in_package_and_stubs(tmp_path):
-    """And nothing in a program that uses them, but each of some mistakes in another one."""
+    """And nothing in a program that uses them right, but every mistake in one that does not."""
     uses, misuses = tmp_path / "uses.py", tmp_path / "misuses.py"
     uses.write_text(USES)
     misuses.write_text(USES + "\n".join(MISUSES) + "\n")
@@ -79,21 +79,21 @@ def members_of(stub):
 
 @pytest.mark.parametrize("stub, module", [("__init__.pyi", vistatrim),
                                           ("_vistatrim.pyi", vistatrim._vistatrim)])
-def test_stubs_name_what_there_is(stub, module):
+def test_stubs_name_what_exists(stub, module):
     members = list(members_of(stub))
     assert len(members) > 10
     for owner, name in members:
-        there = module if owner is None else getattr(module, owner)
-        # Fields of a dataclass without a default are no attributes of the class.
-        assert hasattr(there, name) or name in there.__dataclass_fields__, name
+        target = module if owner is None else getattr(module, owner)
+        # Fields of a dataclass without a default are not attributes of the class.
+        assert hasattr(target, name) or name in target.__dataclass_fields__, name
 
 
 def test_everything_public_is_documented():
     for module in (vistatrim, archive):
         assert module.__doc__
         for name in module.__all__:
-            there = getattr(module, name)
-            if not isinstance(there, str):
-                assert there.__doc__, name
+            member = getattr(module, name)
+            if not isinstance(member, str):
+                assert member.__doc__, name
     for name in ("suggest", "maps", "crop", "save", "encode", "preview", "size"):
         assert getattr(vistatrim.Photo, name).__doc__, name

@@ -47,7 +47,7 @@ def _parser() -> argparse.ArgumentParser:
     running.add_argument("--quiet", "-q", action="store_true", help="no progress")
     parser.add_argument("--version", "-V", action="version",
                         version=f"vistatrim {_vistatrim.VERSION}")
-    request = parser.add_argument_group("the request, as of vistatrim suggest")
+    request = parser.add_argument_group("the request, as for vistatrim suggest")
     for option in _options.OPTIONS:
         names = [option.flag, option.short] if option.short else [option.flag]
         if not option.form:
@@ -58,7 +58,7 @@ def _parser() -> argparse.ArgumentParser:
     return parser
 
 
-def _asked(arguments: argparse.Namespace) -> Dict[str, Any]:
+def _given_options(arguments: argparse.Namespace) -> Dict[str, Any]:
     """The values of the given options. Raises a ValueError that names the option."""
     given: Dict[str, Any] = {}
     for option in _options.OPTIONS:
@@ -115,7 +115,7 @@ def main(argv: Optional[Sequence[str]] = None) -> int:
     if not arguments.photographs and not arguments.files_from:
         parser.error("no photograph was given, and no list of them")
     try:
-        given = _asked(arguments)
+        given = _given_options(arguments)
         _options.checked(given)
         _options.background_colour(arguments.background)
         for name in ("jobs", "partition_size", "tries"):
@@ -140,7 +140,7 @@ def main(argv: Optional[Sequence[str]] = None) -> int:
         return 1
     except KeyboardInterrupt:
         _close(printer)
-        print("vistatrim.archive: interrupted; a new start does what is missing", file=sys.stderr)
+        print("vistatrim.archive: interrupted; a new run does the rest", file=sys.stderr)
         return 130
     _close(printer)
     print(summary)

@@ -7,8 +7,8 @@ from typing import Any, Iterator, Union
 
 from ._manifest import ArchiveError
 
-# Otherwise glibc returns the blocks of each analysis to the system, and the next analysis faults
-# them in again page by page.
+# Otherwise glibc returns the memory of each analysis to the system, and the next analysis faults it
+# in again page by page.
 _KEEP_FREED_MEMORY = {"MALLOC_TRIM_THRESHOLD_": str(512 << 20),
                       "MALLOC_MMAP_THRESHOLD_": str(32 << 20)}
 

@@ -134,12 +134,12 @@ class Manifest:
     def count_finished(self) -> None:
         """Finds the partitions in the output, and reads those not counted yet."""
         matches = (_PARTITION.fullmatch(name) for name in self.store.names())
-        standing = {int(match[1]) for match in matches if match}
-        if self.counted - standing:  # files were removed
+        present = {int(match[1]) for match in matches if match}
+        if self.counted - present:  # files were removed
             self.counted, self.counts = set(), Counts()
-        for index in sorted(standing - self.counted):
+        for index in sorted(present - self.counted):
             self.counts.add(counts_of(self.store.read(partition_name(index))))
-        self.counted = standing
+        self.counted = present
 
 
 def _differences(old: Mapping[str, Any], new: Mapping[str, Any]) -> str:
@@ -154,15 +154,15 @@ def open_manifest(store: Store, options: Mapping[str, Any], photographs: List[st
                   duplicates: int, partition_size: int) -> Manifest:
     """The manifest of a new output, or the existing one with new photographs added. Photographs of
     earlier runs stay part of the archive."""
-    standing = store.read_json(_MANIFEST)
-    if standing is None:
+    existing = store.read_json(_MANIFEST)
+    if existing is None:
         if any(not name.startswith(".") and not name.startswith("photographs-")
                for name in store.names()):
             raise ArchiveError("the output folder holds other files and no manifest.json")
         store.create()
         manifest = Manifest(store, options, duplicates)
     else:
-        manifest = _read(store, standing, options)
+        manifest = _read(store, existing, options)
         manifest.duplicates = max(manifest.duplicates, duplicates)
     store.remove_hidden(UNFINISHED)
     known = {key_of(path) for path in manifest.photographs}
@@ -174,19 +174,19 @@ def open_manifest(store: Store, options: Mapping[str, Any], photographs: List[st
     return manifest
 
 
-def _read(store: Store, standing: Mapping[str, Any], options: Mapping[str, Any]) -> Manifest:
-    if standing.get("format") != _FORMAT:
-        raise ArchiveError("manifest.json of the output folder is not of this program")
-    if standing["version"] != _vistatrim.VERSION:
-        raise ArchiveError(f"the output was written by version {standing['version']}, and this is "
+def _read(store: Store, existing: Mapping[str, Any], options: Mapping[str, Any]) -> Manifest:
+    if existing.get("format") != _FORMAT:
+        raise ArchiveError("manifest.json of the output folder is not from this program")
+    if existing["version"] != _vistatrim.VERSION:
+        raise ArchiveError(f"the output was written by version {existing['version']}, and this is "
                            f"{_vistatrim.VERSION}: choose another folder")
     # Compare as JSON: it turns tuples into lists.
-    differences = _differences(standing["options"], json.loads(json.dumps(options)))
+    differences = _differences(existing["options"], json.loads(json.dumps(options)))
     if differences:
         raise ArchiveError(f"the output was written with other options: {differences}")
-    finished = standing["finished"]
+    finished = existing["finished"]
     manifest = Manifest(
-        store, options, standing["duplicates"], standing["plans"], standing["runs"],
+        store, options, existing["duplicates"], existing["plans"], existing["runs"],
         ranges_of(finished["counted"]),
         Counts(finished["photographs"], finished["failed"], finished["crops"]))
     for number, _ in enumerate(manifest.plans):

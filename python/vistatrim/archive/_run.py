@@ -19,11 +19,11 @@ from ._storage import UNFINISHED, Store
 from ._work import NOTE, Job, run_partition
 
 _LARGEST_PARTITION = 500  # about a minute of work: little to lose, little overhead
-_PARTITIONS_A_THREAD = 8  # for small archives, so that all threads finish at about the same time
-_SENT_A_THREAD = 3        # a worker that finishes one must find the next one waiting
+_PARTITIONS_PER_THREAD = 8  # for small archives, so that all threads finish at about the same time
+_SENT_PER_THREAD = 3  # a worker that finishes one must find the next one waiting
 _MANIFEST_SECONDS = 5.0
 
-_GONE = "the scheduler is gone; a new start does what is missing"
+_GONE = "the scheduler is gone; a new run does the rest"
 
 
 @dataclass(frozen=True)
@@ -56,7 +56,7 @@ def _threads(client: Any) -> int:
 def _regions_file(path: _options.Plain) -> Tuple[_vistatrim.RegionsFile, str]:
     """The file, and a hash of its content for the manifest, because people move files."""
     if not isinstance(path, str):
-        raise TypeError("regions must be the name of a file: a list is of one photograph")
+        raise TypeError("regions must be the name of a file: a list is for one photograph")
     try:
         regions = _vistatrim.RegionsFile(os.fsencode(path))
     except _vistatrim.Failure as failure:
@@ -96,7 +96,7 @@ def run(names: Any, *, output: str, client: Any, recursive: bool, background: ob
         raise ValueError("the file of regions names none of the photographs")
     threads = (workers or processors()) if client is None else max(1, _threads(client))
     if partition_size is None:
-        even = -(-len(photographs) // (threads * _PARTITIONS_A_THREAD))
+        even = -(-len(photographs) // (threads * _PARTITIONS_PER_THREAD))
         partition_size = min(_LARGEST_PARTITION, max(1, even))
     job = Job(output, _vistatrim.VERSION, checked, colour, tries, ranking,
               dict(storage_options or {}))
@@ -144,7 +144,7 @@ class _Run:
         self._before = manifest.counts.photographs
         self._written = time.monotonic()
         self._known_threads = 1
-        self._asked = -math.inf
+        self._threads_counted = -math.inf  # when
 
     def finish(self) -> None:
         try:
@@ -160,9 +160,9 @@ class _Run:
         # scheduler never holds the whole list.
         waiting = self._manifest.missing()
         left = True
-        self._tell()
+        self._report_progress()
         while left or self._sent:
-            while left and len(self._sent) < _SENT_A_THREAD * self._threads():
+            while left and len(self._sent) < _SENT_PER_THREAD * self._threads():
                 partition = next(waiting, None)
                 if partition is None:
                     left = False
@@ -173,9 +173,9 @@ class _Run:
 
     def _threads(self) -> int:
         """Workers come and go, and asking the scheduler takes a round trip, so the count is cached."""
-        if time.monotonic() - self._asked > _MANIFEST_SECONDS:
+        if time.monotonic() - self._threads_counted > _MANIFEST_SECONDS:
             self._known_threads = max(1, _threads(self._client))
-            self._asked = time.monotonic()
+            self._threads_counted = time.monotonic()
         return self._known_threads
 
     def _send(self, index: int, photographs: List[str]) -> None:
@@ -205,7 +205,7 @@ class _Run:
             else:
                 self._send_again(index, sent)
         if ended:
-            self._tell()
+            self._report_progress()
             if time.monotonic() - self._written > _MANIFEST_SECONDS:
                 self._manifest.write()
                 self._written = time.monotonic()
@@ -232,7 +232,7 @@ class _Run:
                                f"{type(error).__name__}: {error}") from error
         self._send(index, sent.photographs)
 
-    def _tell(self) -> None:
+    def _report_progress(self) -> None:
         if self._progress is None:
             return
         counts, total = self._manifest.counts, len(self._manifest.photographs)

@@ -38,7 +38,7 @@ class Job:
     storage_options: Mapping[str, Any]
 
 
-# By photograph, for the photographs of a partition that have some.
+# Regions by photograph, for those of a partition that have any.
 Regions = Mapping[str, List[Tuple[Any, ...]]]
 
 
@@ -55,7 +55,7 @@ def run_partition(job: Job, index: int, photographs: List[str], regions: Regions
     _vistatrim.set_threads_per_picture(1)  # the other processors have workers of their own
     with _with_ranking(job) as options:
         requests = _options.requests_of(options)
-    faces, ignores_metadata, _ = _options.use_of(job.options, "")
+    faces, ignores_metadata, _ = _options.region_use_of(job.options, "")
     tries = _Tries(store, index, job.tries)
     lines = []
     with tries:
@@ -127,8 +127,8 @@ class _Tries:
         self._store.write_json(self._name, {"at": at, "deaths": self._deaths})
 
 
-def _line(content: Content, requests: List[_options.Asked], regions: _vistatrim.RegionOptions,
-          job: Job) -> Dict[str, Any]:
+def _line(content: Content, requests: List[_options.ShapeRequest],
+          regions: _vistatrim.RegionOptions, job: Job) -> Dict[str, Any]:
     """The object that the program writes as JSON, without the file name."""
     if isinstance(content, Exception):
         return {"error": f"cannot be read: {content or type(content).__name__}".replace("\n", " ")}
