@@ -65,7 +65,7 @@ TEST(ReportData, HoldsTheLineOfSuggestWithoutExplanations)
     EXPECT_EQ(data.at("line"), json::parse(JsonLine(result)));
 }
 
-TEST(ReportData, HoldsWhatPeopleNeedBesideTheLine)
+TEST(ReportData, HoldsWhatPeopleNeedBesidesTheLine)
 {
     const json data = json::parse(ReportData(TwoCrops("/photos/a.jpg")));
     EXPECT_EQ(data.at("ratios"), (json{"21:9", "21:9"}));

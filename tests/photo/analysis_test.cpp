@@ -627,7 +627,7 @@ TEST(Analysis, AcceptsTheSmallestAndLargestValuesOfARequest)
     accepted([](Request& r) { r.Weights = {0, 0, 0, 0, 0}; });
 }
 
-// Of small crops, a pixel more or less decides between ratios that are close to each other.
+// In small crops, one pixel more or less decides between ratios that are close to each other.
 TEST(Analysis, ServesSmallCropsOfEachOfSeveralCloseRatios)
 {
     const PixelImage image = BlockOnARamp({640, 400});

@@ -1,5 +1,5 @@
 // The regions of a photograph from all sources together: the caller's, those of its metadata, and
-// the faces that are looked for.
+// the faces found.
 #include "regions/find_regions.h"
 
 #include <algorithm>
@@ -54,7 +54,7 @@ std::vector<std::string> Labels(const std::vector<FoundRegion>& regions)
     return labels;
 }
 
-TEST(FindRegions, TheCallersComeFirstAndThoseOfTheMetadataAreAdded)
+TEST(FindRegions, TheCallersRegionsComeFirstAndThoseOfTheMetadataAreAdded)
 {
     const WorkingPicture picture =
         PictureWith({Named({105, 100, 300, 300}, RegionKind::Face, "the same face"),
@@ -100,7 +100,7 @@ TEST(FindRegions, EveryFieldOfARegionIsKept)
     }
 }
 
-TEST(FindRegions, TheCallersEndAtThePhotograph)
+TEST(FindRegions, TheCallersRegionsAreClippedToThePhotograph)
 {
     const std::pair<PixelRect, PixelRect> cases[] = {{{-50, -20, 100, 100}, {0, 0, 50, 80}},
                                                      {{1950, 1150, 100, 100}, {1950, 1150, 50, 50}},
@@ -118,8 +118,8 @@ TEST(FindRegions, TheCallersEndAtThePhotograph)
         }
 }
 
-// A region to keep that is not there cannot be kept; one to avoid is avoided, and one that is only
-// shown is not shown.
+// A region to keep outside the photograph cannot be kept; one to avoid is avoided already, and one
+// without a wish is dropped.
 TEST(FindRegions, OutsideThePhotographOnlyThoseToKeepAreRefused)
 {
     for (const PixelRect& rect :
@@ -164,8 +164,8 @@ bool HasFace(const std::vector<FoundRegion>& regions, RegionSource source)
     });
 }
 
-// Whoever names a face ends the search for others; whoever names anything else does not.
-TEST(FindRegions, FacesAreLookedForUnlessOneIsNamed)
+// Naming a face skips the search for others; naming anything else does not.
+TEST(FindRegions, FacesAreSearchedForUnlessOneIsNamed)
 {
     if (!HasFaceFinder() || access(kPortrait.c_str(), R_OK) != 0)
         GTEST_SKIP() << "needs dlib and python3-skimage";
@@ -187,7 +187,7 @@ TEST(FindRegions, FacesAreLookedForUnlessOneIsNamed)
                 const std::vector<FoundRegion> found = Found(picture, options);
                 EXPECT_EQ(HasFace(found, RegionSource::FaceFinder), expected);
                 EXPECT_EQ(found.at(0).Label, "named");
-                // What is not used names no face either.
+                // Metadata regions that are not used do not skip the search.
                 options.UseNamed = false;
                 EXPECT_EQ(HasFace(Found(picture, options), RegionSource::FaceFinder),
                           expected || byMetadata);

@@ -138,7 +138,7 @@ TEST(InputGrid, MapsOfOneRowOrColumnAreReadToo)
     }
 }
 
-// One pixel that differs, wherever it is, is something to see.
+// A single different pixel counts, wherever it is.
 TEST(InputGrid, APictureWithOnePixelThatDiffersIsNotFlat)
 {
     for (const PixelSize size : {PixelSize{64, 40}, {40, 64}, {640, 1}, {1, 640}, {3, 2}})

@@ -1,5 +1,5 @@
-// Rankings, shapes, sizes, wishes and regions together, in photographs of every size: what holds of
-// every crop that is served, and that the crops and their explanation agree.
+// Rankings, shapes, sizes, wishes and regions together, in photographs of every size: what holds
+// for every crop served, and that the crops and their explanation agree.
 #include "vistaTrimPhoto/analysis.h"
 
 #include <algorithm>
@@ -74,7 +74,7 @@ FoundRegion Region(const PixelRect& rect, RegionKind kind, std::optional<WishKin
     return {rect, kind, RegionSource::File, 1.0, "", wish};
 }
 
-// Column by column and row by row, so that no shortcut is shared with the code.
+// Counts column by column and row by row, so that it shares no shortcut with the code.
 int64_t SharedPixels(const PixelRect& a, const PixelRect& b)
 {
     int64_t columns = 0;
@@ -118,7 +118,7 @@ std::set<Place> PlacesOf(const std::vector<Crop>& crops)
     return places;
 }
 
-// A crop has its ratio up to a working pixel or 2 % of a side, beside the engine's own rounding.
+// A crop has its ratio to within a working pixel or 2 % of a side, plus the engine's own rounding.
 void ExpectShape(const Crop& crop, const Request& request, PixelSize photo)
 {
     if (request.Size) {
@@ -177,7 +177,7 @@ void ExpectServed(const Suggestions& answer, const Request& request, PixelSize p
             EXPECT_TRUE(!IsHardWish(wish) || Meets(wish, crop.Rect)) << NameOf(wish.Kind);
         EXPECT_GT(crop.Scores.Merged, 0.0);
         EXPECT_LE(crop.Scores.Merged, 1.0);
-        EXPECT_GT(crop.Scores.Coverage, 0.0); // those that moved are measured too
+        EXPECT_GT(crop.Scores.Coverage, 0.0); // moved crops are measured too
         EXPECT_GE(crop.ExpectedOverlap, 0.0);
         EXPECT_LE(crop.ExpectedOverlap, 1.0);
         ExpectShape(crop, request, photo);
@@ -187,7 +187,7 @@ void ExpectServed(const Suggestions& answer, const Request& request, PixelSize p
 TEST(RequestCombinations, EveryCropIsOneThatTheRequestAllows)
 {
     for (const PixelSize photo : {PixelSize{640, 400}, {97, 61}, {2011, 3001}, {12000, 2600}}) {
-        // The first one has no wish, so that a wish and its region differ in place.
+        // The first region has no wish, so that a wish and its region have different indices.
         const Analysis analysis = AnalysisWith(
             PictureOf(photo),
             {Region(Shares(photo, 0.6, 0.6, 0.1, 0.1), RegionKind::Other, std::nullopt),
@@ -218,8 +218,8 @@ TEST(RequestCombinations, EveryCropIsOneThatTheRequestAllows)
     }
 }
 
-// With a size to the pixel in a photograph of the working size, each candidate is one crop, so
-// that the explanation can be counted again.
+// With an exact size, in a photograph of the working size, each candidate is one crop, so that the
+// figures of the explanation can be recounted.
 TEST(RequestCombinations, TheExplanationCountsTheCandidates)
 {
     const Analysis analysis = AnalysisWith(PictureOf({640, 400}));
@@ -267,7 +267,7 @@ TEST(RequestCombinations, TheExplanationCountsTheCandidates)
             EXPECT_EQ(left.Explained->Candidates, soft.Explained->Candidates);
             EXPECT_EQ(left.Explained->Passing, static_cast<int64_t>(expected.size()));
             EXPECT_EQ(left.Explained->MetBy, soft.Explained->MetBy);
-            // One crop fewer than there are is what was requested.
+            // Nothing is missing if exactly as many crops are requested as there are.
             strict.Top = static_cast<int32_t>(expected.size());
             EXPECT_EQ(analysis.Suggest(strict).Explained->Why, Shortfall::None);
             strict.Top += 1;
@@ -276,8 +276,8 @@ TEST(RequestCombinations, TheExplanationCountsTheCandidates)
     }
 }
 
-// In a large photograph a size can lie between two sizes of the picture that is searched. A crop
-// that seems to hold both regions there would be too large; it is not served at another size.
+// In a large photograph, a size can lie between two sizes of the working picture. A crop that seems
+// to hold both regions there would be too large; it is not served at another size.
 TEST(RequestCombinations, ASizeIsNeverChangedForAWish)
 {
     const PixelSize photo{6400, 4000};
@@ -289,7 +289,7 @@ TEST(RequestCombinations, ASizeIsNeverChangedForAWish)
     size_t missed = 0;
     for (const int32_t wide : {1011, 1015, 1016, 1019, 1025}) {
         request.Size = PixelSize{wide, wide};
-        // 1020 from the first to the last column
+        // 1020 columns from the first to the last.
         request.Wishes = {{WishKind::MustKeep, {1000, 1500, 3, 3}},
                           {WishKind::MustKeep, {2017, 1500, 3, 3}}};
         const Suggestions answer = analysis.Suggest(request);
@@ -311,7 +311,7 @@ TEST(RequestCombinations, ASizeIsNeverChangedForAWish)
     EXPECT_GT(served, 0U);
 }
 
-// As in a draft: each round takes the next crop of each ratio, those that meet more wishes first.
+// Each round takes the next crop of each ratio, those that meet more wishes first.
 TEST(RequestCombinations, SeveralRatiosTakeTurnsByTheWishesTheyMeet)
 {
     const Analysis analysis = AnalysisWith(PictureOf({640, 400}));
@@ -355,12 +355,11 @@ TEST(RequestCombinations, SeveralRatiosTakeTurnsByTheWishesTheyMeet)
                     << i << ", ranking " << static_cast<int>(ranking);
         }
     }
-    EXPECT_GT(changes, 0U); // the order of the ratios is not all
+    EXPECT_GT(changes, 0U); // wishes did change the order of the ratios
 }
 
-// What the user names goes first whatever ranks, and within one number of wishes met the ranking's
-// own order holds.
-TEST(RequestCombinations, CropsThatMeetMoreWishesGoFirst)
+// Whatever the ranking, the user's wishes come first.
+TEST(RequestCombinations, CropsThatMeetMoreWishesComeFirst)
 {
     const Analysis analysis = AnalysisWith(PictureOf({640, 400}));
     const std::vector<Wish> wishes = {{WishKind::Avoid, {0, 0, 90, 60}},
@@ -369,7 +368,7 @@ TEST(RequestCombinations, CropsThatMeetMoreWishesGoFirst)
                                       {WishKind::Keep, {20, 100, 60, 60}}};
     for (const RankBy ranking : kRankings) {
         if (ranking == RankBy::Engine)
-            continue; // it weighs them among the other measures
+            continue; // it weighs wishes along with the measures
         for (const std::vector<size_t>& some :
              {std::vector<size_t>{0}, {1}, {2}, {3}, {0, 1}, {1, 3}, {0, 1, 2, 3}}) {
             SCOPED_TRACE(testing::Message() << static_cast<int>(ranking) << ", " << some.size()
@@ -391,8 +390,8 @@ TEST(RequestCombinations, CropsThatMeetMoreWishesGoFirst)
     }
 }
 
-// "1 meets them all", whoever made the wish.
-TEST(RequestCombinations, TheFigureForWishesIsOneWhereAllAreMet)
+// A score of 1 means that all wishes are met, whether they come from the request or from regions.
+TEST(RequestCombinations, TheScoreForWishesIsOneIfAllAreMet)
 {
     const WorkingPicture picture = PictureOf({640, 400});
     for (const WishKind kind : {WishKind::Keep, WishKind::Avoid})
@@ -432,7 +431,7 @@ RankingModel NoPreference()
     return model;
 }
 
-// A region that no crop holds in full, or avoids in full, is held or avoided as far as possible.
+// A region that no crop can hold or avoid completely is held or avoided as far as possible.
 TEST(RequestCombinations, AWishThatNoCropMeetsIsMetInPart)
 {
     const Analysis analysis = AnalysisWith(PictureOf({640, 400}));
@@ -452,7 +451,7 @@ TEST(RequestCombinations, AWishThatNoCropMeetsIsMetInPart)
             shared.push_back(SharedPixels(wish.Rect, crop.Rect));
         const auto [least, most] = std::minmax_element(shared.begin(), shared.end());
         ASSERT_LT(*least, *most);
-        // The first crop is one that overlaps all good ones, so it need not be the very best.
+        // The first crop overlaps all good ones, so it need not be the very best.
         const double share =
             static_cast<double>(shared.front() - *least) / static_cast<double>(*most - *least);
         EXPECT_NEAR(share, WantsInside(wish.Kind) ? 1.0 : 0.0, 0.2)
@@ -460,9 +459,9 @@ TEST(RequestCombinations, AWishThatNoCropMeetsIsMetInPart)
     }
 }
 
-// Two faces that no crop of the ratio holds together: the one that is surer is held. Only the face
-// finder's figures count; those of a file are its own.
-TEST(RequestCombinations, OfTwoFacesTheSurerOneCounts)
+// If no crop of the ratio can hold both faces, the one with the higher confidence is held. Only
+// confidences of the face finder count; those of a file are on a scale of their own.
+TEST(RequestCombinations, OfTwoFacesTheMoreConfidentOneCounts)
 {
     const WorkingPicture picture = PictureOf({640, 400});
     for (const RegionSource source :
@@ -490,15 +489,15 @@ TEST(RequestCombinations, OfTwoFacesTheSurerOneCounts)
     }
 }
 
-// Whole pixels of a large photograph are finer than those that are searched, and the exact ratio
-// takes some of them away: never from a face.
+// The pixels of a large photograph are finer than working pixels, and the exact ratio takes some of
+// them away, but never from a face.
 TEST(RequestCombinations, FacesOfLargePhotographsAreUncut)
 {
     const PixelSize photo{6007, 4003};
     const WorkingPicture picture = PictureOf(photo);
     for (const Ratio& ratio : {Ratio{16, 9}, {9, 16}, {1, 1}, {64, 27}})
         for (int32_t step = 0; step < 6; ++step) {
-            // As high or wide as the crop just allows without the whole head.
+            // As large as the crop just allows without the whole head.
             const double high = ratio.Value() >= 1 ? 6007 / ratio.Value() : 4003;
             const double wide = ratio.Value() >= 1 ? 6007 : 4003 * ratio.Value();
             const auto side = static_cast<int32_t>(std::min({high, wide, 4003.0}) / 1.26);
@@ -520,7 +519,7 @@ TEST(RequestCombinations, FacesOfLargePhotographsAreUncut)
         }
 }
 
-// Candidates move to hold what is to be held, and for nothing else.
+// Candidates move to hold a region to keep, and for nothing else.
 TEST(RequestCombinations, OnlyRegionsToHoldAddCandidates)
 {
     const WorkingPicture picture = PictureOf({640, 400});
@@ -548,8 +547,8 @@ TEST(RequestCombinations, OnlyRegionsToHoldAddCandidates)
     }
 }
 
-// A crop's figures belong to its place: whatever was requested, they are the same.
-TEST(RequestCombinations, ACropHasOneSetOfFigures)
+// A crop's scores depend on its place alone: whatever was requested, they are the same.
+TEST(RequestCombinations, ACropHasOneSetOfScores)
 {
     const Analysis analysis = AnalysisWith(
         PictureOf({640, 400}), {Region({311, 203, 37, 29}, RegionKind::Subject, WishKind::Keep)});
@@ -560,7 +559,7 @@ TEST(RequestCombinations, ACropHasOneSetOfFigures)
     requests[2] = requests[0];
     requests[2].Wishes = {{WishKind::Keep, {300, 200, 50, 50}}};
     requests[3] = requests[0];
-    requests[3].Aspects = {{1, 3}, {5, 1}}; // a size goes before
+    requests[3].Aspects = {{1, 3}, {5, 1}}; // the size takes precedence
     requests[4] = requests[0];
     requests[4].Model = NoPreference();
     std::map<Place, Crop> known;
@@ -590,7 +589,7 @@ TEST(RequestCombinations, ACropHasOneSetOfFigures)
     EXPECT_LT(static_cast<size_t>(covers), known.size());
 }
 
-// What a person would choose is one thing, who ranks the crops another.
+// What a person would choose has nothing to do with how the crops are ranked.
 TEST(RequestCombinations, TheExpectedOverlapDoesNotDependOnTheRanking)
 {
     auto lower = std::make_shared<ChoiceModel>(*NoPreference());
@@ -611,7 +610,7 @@ TEST(RequestCombinations, TheExpectedOverlapDoesNotDependOnTheRanking)
                 request.Ranking = ranking;
                 for (const Crop& crop : analysis.Suggest(request).Crops) {
                     const auto entry = known.emplace(PlaceOf(crop.Rect), crop.ExpectedOverlap);
-                    // The sums are the same, but in another order.
+                    // The sums are the same, but added in another order.
                     EXPECT_NEAR(crop.ExpectedOverlap, entry.first->second, 1e-9)
                         << static_cast<int>(ranking) << (wish ? NameOf(*wish) : " none");
                 }
@@ -620,7 +619,8 @@ TEST(RequestCombinations, TheExpectedOverlapDoesNotDependOnTheRanking)
         }
 }
 
-// The same pixels, a hundred times as large: the same crops, a hundred times as large.
+// The same picture in a photograph a hundred times as large has the same crops, a hundred times as
+// large.
 TEST(RequestCombinations, APhotographOfAnySizeHasTheSameCrops)
 {
     const PixelSize small{640, 400};
@@ -657,7 +657,7 @@ TEST(RequestCombinations, APhotographOfAnySizeHasTheSameCrops)
                             << measure.Name;
                     EXPECT_EQ(large[i].ExpectedOverlap, crops[i].ExpectedOverlap);
                     EXPECT_EQ(large[i].Aspect, crops[i].Aspect);
-                    // For an exact ratio a side may change by 2 %.
+                    // To make the ratio exact, a side may change by 2 %.
                     const PixelRect expected = scaled(crops[i].Rect);
                     const double tolerance =
                         hasSize ? 0 : times + 0.02 * std::max(expected.Width, expected.Height);
@@ -670,7 +670,7 @@ TEST(RequestCombinations, APhotographOfAnySizeHasTheSameCrops)
     }
 }
 
-// Naming a ratio twice asks for nothing new.
+// Naming a ratio twice requests nothing new.
 TEST(RequestCombinations, ARatioNamedTwiceCountsOnce)
 {
     const Analysis analysis = AnalysisWith(PictureOf({640, 400}));
@@ -693,8 +693,8 @@ TEST(RequestCombinations, ARatioNamedTwiceCountsOnce)
     }
 }
 
-// Where nothing is to be seen, crops are listed by size and then by their distance from the middle,
-// across and down, unless a measure was asked for.
+// In a picture of one colour, crops are ranked by size and then by their distance from the middle,
+// unless the request names a measure.
 TEST(RequestCombinations, APlainPictureIsRankedBySizeAndPlace)
 {
     for (const PixelSize photo : {PixelSize{640, 400}, {400, 640}}) {
@@ -706,20 +706,20 @@ TEST(RequestCombinations, APlainPictureIsRankedBySizeAndPlace)
         request.Top = 10000;
         const std::vector<Crop> crops = analysis.Suggest(request).Crops;
         ASSERT_GT(crops.size(), 60U);
-        // The largest, and one in the very middle beside those of the grid.
+        // The largest size, exactly in the middle, in addition to those of the grid.
         EXPECT_EQ(PlaceOf(crops[0].Rect),
                   PlaceOf({(photo.Width - 360) / 2, (photo.Height - 360) / 2, 360, 360}));
-        const auto off = [&photo](const Crop& crop) {
+        const auto offCentre = [&photo](const Crop& crop) {
             return std::abs(2.0 * crop.Rect.X + crop.Rect.Width - photo.Width) / photo.Width +
                    std::abs(2.0 * crop.Rect.Y + crop.Rect.Height - photo.Height) / photo.Height;
         };
-        const auto isAbove = [&off](const Crop& a, const Crop& b) {
+        const auto ranksAbove = [&offCentre](const Crop& a, const Crop& b) {
             return PixelsOf(a.Rect) != PixelsOf(b.Rect) ? PixelsOf(a.Rect) > PixelsOf(b.Rect)
-                                                        : off(a) < off(b) - 1e-9;
+                                                        : offCentre(a) < offCentre(b) - 1e-9;
         };
         for (const Crop& a : crops)
             for (const Crop& b : crops)
-                if (isAbove(a, b)) {
+                if (ranksAbove(a, b)) {
                     EXPECT_GT(a.Scores.Merged, b.Scores.Merged);
                 }
     }
