@@ -6,7 +6,8 @@ COMMANDS = ("suggest", "crop", "report", "maps", "contact-sheet")
 
 
 class Option:
-    def __init__(self, name, form, description, required):
+    def __init__(self, title, name, form, description, required):
+        self.title = title        # of the group that it is listed in: "Ranking"
         self.name = name          # "--top"
         self.form = form          # "N"; empty for options that take no value
         self.required = required
@@ -19,11 +20,15 @@ def options_of(program, command):
                           universal_newlines=True).stdout
     text = re.sub(r"\n {20,}", "   ", text)  # descriptions on a line of their own
     found = []
-    for names, forms, description in re.findall(
-            r"^  ((?:-.,)?--[a-z-]+)((?: [^ \n]+)*) {2,}(.*)$", text, re.M):
+    title = ""
+    for heading, names, forms, description in re.findall(
+            r"^(?:([A-Z].*):|  ((?:-.,)?--[a-z-]+)((?: [^ \n]+)*) {2,}(.*))$", text, re.M):
+        title = heading or title
+        if not names:
+            continue
         words = re.sub(r"(Needs|Excludes):.*", "", forms).split()
         required = "REQUIRED" in words
         form = " ".join(word for word in words if word not in ("REQUIRED", "..."))
-        found.append(Option(names.split(",")[-1], form, description, required))
+        found.append(Option(title, names.split(",")[-1], form, description, required))
     assert len(found) >= 9, (command, text)
     return found

@@ -1,5 +1,6 @@
 """Every option that takes a value has its default in --help, in the manual page and in the guide,
-and the three agree. A required option is marked as such in all three.
+and the three agree. A required option is marked as such in all three. --help lists each option
+under the title of what it belongs to.
 
 usage: option_defaults_test.py VISTATRIM SOURCE_FOLDER
 """
@@ -9,6 +10,8 @@ import sys
 
 from help_options import COMMANDS, options_of
 
+# What --help lists before its titled groups; every other option is in one of those.
+UNTITLED = {"--help", "--files-from", "--recursive", "--null", "--from"}
 NEEDED = "the other commands need it"
 SWITCHES = "Options without a value are off unless given."
 
@@ -47,6 +50,8 @@ def main():
     for command in COMMANDS:
         for option in options_of(program, command):
             where = command + " " + option.name
+            if (option.title == "Options") != (option.name in UNTITLED):
+                faults.append(f"{where}: --help lists it under {option.title}")
             if not option.form:
                 if option.default is not None:
                     faults.append(where + ": takes no value, but --help has a default")

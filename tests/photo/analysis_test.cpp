@@ -6,6 +6,7 @@
 #include <cmath>
 #include <cstdint>
 #include <limits>
+#include <optional>
 #include <string>
 #include <thread>
 #include <vector>
@@ -427,6 +428,38 @@ TEST(Analysis, ExplainsEveryShortfall)
     many.Top = 200; // fewer than there are, more than the engine's pool of the best fifth
     EXPECT_EQ(explained(many).Why, Shortfall::OthersRankTooLow);
     EXPECT_EQ(NoteOf(explained(many)).find("of "), 0U);
+}
+
+TEST(Analysis, ExplainsWhyThereIsNoCandidate)
+{
+    struct Case {
+        PixelSize Photo;
+        std::vector<Ratio> Aspects;
+        std::vector<double> Scales;
+        std::optional<PixelSize> Size;
+        Shortfall Why;
+    };
+    // The working picture is 640 pixels long. A size that is below one of its pixels gives none.
+    const Case cases[] = {{{640, 1}, {{1, 400}}, {}, {}, Shortfall::PhotographTooSmall},
+                          {{640, 1}, {}, {0.01}, {}, Shortfall::PhotographTooSmall},
+                          {{4000, 10}, {}, {}, PixelSize{1, 1}, Shortfall::PhotographTooSmall},
+                          {{640, 2}, {{1, 400}}, {}, {}, Shortfall::RatioTooExtreme},
+                          {{1, 300}, {{400, 1}}, {}, {}, Shortfall::RatioTooExtreme},
+                          {{640, 2}, {}, {0.01}, {}, Shortfall::ScaleTooSmall},
+                          {{640, 2}, {{1, 400}, {1, 1}}, {0.01}, {}, Shortfall::ScaleTooSmall}};
+    for (const Case& c : cases) {
+        Request request;
+        request.Aspects = c.Aspects;
+        request.Scales = c.Scales;
+        request.Size = c.Size;
+        request.Explain = true;
+        const PixelImage image = BlockOnARamp(c.Photo);
+        const Suggestions none = Analysis(Photograph::FromPixels(ViewOf(image))).Suggest(request);
+        SCOPED_TRACE(&c - cases);
+        EXPECT_TRUE(none.Crops.empty());
+        EXPECT_EQ(none.Explained->Candidates, 0);
+        EXPECT_EQ(none.Explained->Why, c.Why);
+    }
 }
 
 PixelImage Uniform(PixelSize size)
