@@ -103,9 +103,10 @@ private:
 
 } // namespace
 
-pid_t BeginProgram(const std::vector<std::string>& arguments)
+pid_t BeginProgram(const std::vector<std::string>& arguments, const std::string& out,
+                   const std::string& err)
 {
-    return Spawn(arguments, "/dev/null", "/dev/null", "/dev/null", false);
+    return Spawn(arguments, "/dev/null", out, err, false);
 }
 
 int WaitFor(pid_t process)
@@ -122,10 +123,13 @@ Outcome RunProgram(const std::vector<std::string>& arguments, const RunOptions& 
     photo::WriteText(folder.Path("in"), options.Input);
     PseudoTerminal outTerminal;
     PseudoTerminal errTerminal;
-    const std::string out = options.OutIsTerminal   ? outTerminal.Name()
+    const bool outIsTerminal = options.OutIsTerminal || options.OneTerminal;
+    const std::string out = outIsTerminal           ? outTerminal.Name()
                             : options.OutTo.empty() ? folder.Path("out")
                                                     : options.OutTo;
-    const std::string err = options.ErrIsTerminal ? errTerminal.Name() : folder.Path("err");
+    const std::string err = options.OneTerminal     ? out
+                            : options.ErrIsTerminal ? errTerminal.Name()
+                                                    : folder.Path("err");
     const pid_t child = Spawn(arguments, folder.Path("in"), out, err, options.AsNobody);
     Outcome outcome;
     // A terminal's buffer is small: a writer blocks until the other side reads.
@@ -136,9 +140,9 @@ Outcome RunProgram(const std::vector<std::string>& arguments, const RunOptions& 
     errTerminal.Finish();
     outReader.join();
     errReader.join();
-    if (!options.OutIsTerminal && options.OutTo.empty())
+    if (!outIsTerminal && options.OutTo.empty())
         outcome.Out = photo::ReadText(out);
-    if (!options.ErrIsTerminal)
+    if (!options.ErrIsTerminal && !options.OneTerminal)
         outcome.Err = photo::ReadText(err);
     return outcome;
 }

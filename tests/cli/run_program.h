@@ -21,12 +21,14 @@ struct RunOptions {
     bool AsNobody = false;      // as an unprivileged user, if the tests run as root
     bool OutIsTerminal = false; // standard output is a pseudo-terminal
     bool ErrIsTerminal = false;
+    bool OneTerminal = false; // both on the same one; Out is what it got, Err is empty
 };
 
 Outcome RunProgram(const std::vector<std::string>& arguments, const RunOptions& options = {});
 
-// Starts a run whose output is discarded and returns its process.
-pid_t BeginProgram(const std::vector<std::string>& arguments);
+// Starts a run and returns its process. Its output goes to these files.
+pid_t BeginProgram(const std::vector<std::string>& arguments, const std::string& out = "/dev/null",
+                   const std::string& err = "/dev/null");
 int WaitFor(pid_t process); // as Outcome::Status
 
 } // namespace vistaTrim::cli

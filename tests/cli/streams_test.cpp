@@ -1,5 +1,10 @@
 // What goes to which stream, whether it is a terminal or a file, and with which exit status.
+#include <algorithm>
+#include <chrono>
 #include <cstdio>
+#include <numeric>
+#include <regex>
+#include <sstream>
 #include <string>
 #include <vector>
 
@@ -161,6 +166,133 @@ TEST(Streams, TimingsGoToStandardError)
     const std::vector<double> cropSteps = TimesOf(crops.Err, folder.Path("a.jpg"));
     ASSERT_EQ(cropSteps.size(), 5U);
     EXPECT_GT(cropSteps[4], 0.0);
+}
+
+// What stays on the screen when a terminal has got this text.
+std::vector<std::string> ScreenAfter(const std::string& text)
+{
+    const std::string clearToEnd = "\x1b[K";
+    std::vector<std::string> lines(1);
+    size_t column = 0;
+    for (size_t i = 0; i < text.size(); ++i) {
+        std::string& line = lines.back();
+        if (text[i] == '\r') {
+            column = 0;
+        } else if (text[i] == '\n') {
+            lines.emplace_back();
+            column = 0;
+        } else if (text.compare(i, clearToEnd.size(), clearToEnd) == 0) {
+            line.resize(column);
+            i += clearToEnd.size() - 1;
+        } else {
+            line.resize(std::max(line.size(), column + 1));
+            line[column++] = text[i];
+        }
+    }
+    return lines;
+}
+
+std::vector<std::string> LinesOf(const std::string& text)
+{
+    std::vector<std::string> lines;
+    std::istringstream stream(text);
+    for (std::string line; std::getline(stream, line);)
+        lines.push_back(std::regex_replace(line, std::regex("[0-9.]+ ms"), "N ms"));
+    return lines;
+}
+
+// The bar makes room for every result, error and timing, and leaves nothing behind.
+TEST(Streams, OnOneTerminalTheResultsAndMessagesAreAllThatStays)
+{
+    const TempFolder folder;
+    MakePhotographs(folder);
+    WriteText(folder.Path("broken.jpg"), "no picture");
+    WriteText(folder.Path("last.jpg"), "no picture");
+    const std::vector<std::vector<std::string>> commands = {
+        {"suggest", "-n", "2"},
+        {"crop", "-n", "2", "--force", "-o", folder.Path("out")},
+        {"maps", "--force", "-o", folder.Path("maps")},
+        {"report", "--force", "-o", folder.Path("r.html")},
+        {"contact-sheet", "--force", "-o", folder.Path("s.jpg")}};
+    for (std::vector<std::string> arguments : commands) {
+        SCOPED_TRACE(arguments[0]);
+        arguments.insert(arguments.end(),
+                         {"-j", "1", "--timings", folder.Path("a.jpg"), folder.Path("broken.jpg"),
+                          folder.Path("b.jpg"), folder.Path("last.jpg")});
+        const Outcome apart = RunProgram(arguments);
+        EXPECT_EQ(apart.Status, 1);
+        RunOptions terminal;
+        terminal.OneTerminal = true;
+        const Outcome together = RunProgram(arguments, terminal);
+        EXPECT_EQ(together.Status, 1);
+        std::string shown;
+        for (const std::string& line : ScreenAfter(together.Out))
+            shown += line + "\n";
+        std::vector<std::string> screen = LinesOf(shown);
+        EXPECT_EQ(screen.back(), "");
+        screen.pop_back();
+        // Each line of either stream, in its order, and no other.
+        const std::vector<std::string> out = LinesOf(apart.Out);
+        const std::vector<std::string> err = LinesOf(apart.Err);
+        EXPECT_EQ(err.size(), 4U); // two timings, two errors
+        EXPECT_EQ(screen.size(), out.size() + err.size());
+        size_t nextOut = 0;
+        size_t nextErr = 0;
+        for (const std::string& line : screen) {
+            if (nextErr < err.size() && line == err[nextErr])
+                ++nextErr;
+            else if (nextOut < out.size() && line == out[nextOut])
+                ++nextOut;
+            else
+                ADD_FAILURE() << line;
+        }
+        // While it works: how many are done, from none to all, and time left only in between.
+        const std::regex bar("\\[([#.]{30})\\] ([0-9])/4(  [0-9]+:[0-9]{2} left)?");
+        std::string counts;
+        for (std::sregex_iterator it(together.Out.begin(), together.Out.end(), bar), end; it != end;
+             ++it) {
+            const int done = std::stoi((*it)[2]);
+            counts += (*it)[2];
+            EXPECT_EQ((*it)[1], std::string(static_cast<size_t>(30 * done / 4), '#') +
+                                    std::string(static_cast<size_t>(30 - 30 * done / 4), '.'));
+            EXPECT_EQ((*it)[3].matched, done > 0 && done < 4) << (*it)[0];
+        }
+        EXPECT_EQ(counts, "01234");
+    }
+}
+
+// With one worker the steps follow one another, so together they take no longer than the run, and
+// of a large photograph most of it.
+TEST(Streams, TimingsOfEachCommandAddUpToTheRun)
+{
+    const TempFolder folder;
+    Scene(2400, 1600, 0.3, 0.6).write_to_file(folder.Path("a.png").c_str());
+    const std::vector<std::vector<std::string>> commands = {
+        {"suggest", "--each-ratio", "--aspect", "1:1", "--aspect", "3:2", "--aspect", "2:3"},
+        {"crop", "-o", folder.Path("out")},
+        {"maps", "-o", folder.Path("maps")},
+        {"report", "-o", folder.Path("r.html")}};
+    for (std::vector<std::string> arguments : commands) {
+        SCOPED_TRACE(testing::PrintToString(arguments));
+        const bool writes = arguments[0] != "suggest";
+        const bool scores = arguments[0] != "maps";
+        arguments.insert(arguments.end(), {"--timings", "-j", "1", folder.Path("a.png")});
+        const auto begin = std::chrono::steady_clock::now();
+        const Outcome outcome = RunProgram(arguments);
+        const std::chrono::duration<double, std::milli> took =
+            std::chrono::steady_clock::now() - begin;
+        const std::vector<double> times = TimesOf(outcome.Err, folder.Path("a.png"));
+        ASSERT_EQ(times.size(), 5U) << outcome.Err;
+        const double sum = std::accumulate(times.begin(), times.end(), 0.0);
+        EXPECT_LE(sum, took.count());
+        EXPECT_GE(sum, 0.3 * took.count()); // the rest: the start of the program, and reading ahead
+        EXPECT_GT(times[0], 1.0);           // 3.8 million pixels of PNG
+        EXPECT_GT(times[1], 1.0);
+        EXPECT_NE(times[0], times[1]);
+        EXPECT_EQ(times[2] > 0.0, scores); // maps look for no faces
+        EXPECT_EQ(times[3] > 0.0, scores);
+        EXPECT_EQ(times[4] > 1.0, writes);
+    }
 }
 
 } // namespace
