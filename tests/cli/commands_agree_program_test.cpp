@@ -109,8 +109,8 @@ TEST_F(CommandsAgree, OnTheCropsOfEveryOption)
         all.push_back(line["crops"]);
 
         const std::string manifest = Folder.Path("m.json");
-        const Outcome cut = RunProgram(Joined(
-            {"crop", "-o", Folder.Path("out"), "--force", "--manifest", manifest}, options));
+        const Outcome cut = RunProgram(
+            Joined({"crop", "-o", Folder.Path("out"), "--force", "--manifest", manifest}, options));
         ASSERT_EQ(cut.Status, 0) << cut.Err;
         json written = json::parse(ReadText(manifest)).at(0);
         ASSERT_EQ(written["crops"].size(), line["crops"].size());
@@ -146,9 +146,9 @@ TEST_F(CommandsAgree, OnThePageOfSeveralPhotographsSomeOfThemBroken)
 {
     WriteText(Folder.Path("in/broken.jpg"), "no picture");
     WriteText(Folder.Path("in/one/late.jpg"), "");
-    const Words options = {"-r",       "--faces", "off",        "--aspect", "3:2", "--aspect",
-                           "1:1",      "--scale", "1",          "-n",       "30",   "-j",
-                           "3",        "--keep",  "10,10,9,9",  Folder.Path("in")};
+    const Words options = {
+        "-r", "--faces", "off", "--aspect", "3:2", "--aspect", "1:1",       "--scale",
+        "1",  "-n",      "30",  "-j",       "3",   "--keep",   "10,10,9,9", Folder.Path("in")};
     const std::vector<json> lines = Suggested(Joined(options, {"--explain"}));
     ASSERT_EQ(lines.size(), 4U);
     const Outcome outcome =
@@ -178,21 +178,21 @@ TEST_F(CommandsAgree, OnThePageOfSeveralPhotographsSomeOfThemBroken)
                       std::string::npos);
             continue;
         }
-        EXPECT_NE(section.find("<small>" + std::to_string(line["width"].get<int>()) +
-                               " &times; " + std::to_string(line["height"].get<int>())),
+        EXPECT_NE(section.find("<small>" + std::to_string(line["width"].get<int>()) + " &times; " +
+                               std::to_string(line["height"].get<int>())),
                   std::string::npos);
         size_t item = section.find("<ol class=\"list\">");
         for (size_t rank = 0; rank < line["crops"].size(); ++rank) {
             const json& crop = line["crops"][rank];
             EXPECT_EQ(data[good]["ranks"][rank], crop["explain"]["ranks"]);
-            const std::string text =
-                "<li><b>" + std::to_string(rank + 1) + " &middot; " +
-                crop["aspect"].get<std::string>() + "</b><span>" +
-                std::to_string(crop["width"].get<int>()) + " &times; " +
-                std::to_string(crop["height"].get<int>()) + " at " +
-                std::to_string(crop["x"].get<int>()) + ", " +
-                std::to_string(crop["y"].get<int>()) + "</span><span>expected overlap " +
-                Fixed(crop["expectedOverlap"], 2) + "</span></li>";
+            const std::string text = "<li><b>" + std::to_string(rank + 1) + " &middot; " +
+                                     crop["aspect"].get<std::string>() + "</b><span>" +
+                                     std::to_string(crop["width"].get<int>()) + " &times; " +
+                                     std::to_string(crop["height"].get<int>()) + " at " +
+                                     std::to_string(crop["x"].get<int>()) + ", " +
+                                     std::to_string(crop["y"].get<int>()) +
+                                     "</span><span>expected overlap " +
+                                     Fixed(crop["expectedOverlap"], 2) + "</span></li>";
             item = section.find(text, item);
             EXPECT_NE(item, std::string::npos) << text;
         }
@@ -207,8 +207,9 @@ TEST_F(CommandsAgree, OnThePageOfSeveralPhotographsSomeOfThemBroken)
 
 TEST_F(CommandsAgree, OnEveryFieldOfEachListFormat)
 {
-    const Words options = {"--faces", "off", "--each-ratio", "--aspect", "1:1",
-                           "--aspect", "21:9", "-n", "2", A, Folder.Path("none.jpg"), B};
+    const Words options = {
+        "--faces", "off", "--each-ratio",          "--aspect", "1:1", "--aspect", "21:9", "-n",
+        "2",       A,     Folder.Path("none.jpg"), B};
     const std::vector<json> lines = Suggested(options);
     ASSERT_EQ(lines.size(), 3U);
     const Words csv = LinesOf(RunProgram(Joined({"suggest", "--csv"}, options)).Out);
@@ -226,15 +227,13 @@ TEST_F(CommandsAgree, OnEveryFieldOfEachListFormat)
         }
         const std::string width = std::to_string(line["width"].get<int>());
         const std::string height = std::to_string(line["height"].get<int>());
-        EXPECT_EQ(text[shown++],
-                  line["file"].get<std::string>() + ": " + width + " x " + height);
+        EXPECT_EQ(text[shown++], line["file"].get<std::string>() + ": " + width + " x " + height);
         Words headings;
         std::istringstream heads(text[shown++]);
         for (std::string heading; heads >> heading;)
             headings.push_back(heading);
         EXPECT_EQ(headings, (Words{"#", "ratio", "x", "y", "width", "height", "expect", "merged",
-                                   "comp", "cover", "border", "peak", "centre", "roi",
-                                   "content"}));
+                                   "comp", "cover", "border", "peak", "centre", "roi", "content"}));
         for (size_t i = 0; i < line["crops"].size(); ++i, ++row, ++shown) {
             const json& crop = line["crops"][i];
             const json& scores = crop["scores"];
@@ -257,8 +256,8 @@ TEST_F(CommandsAgree, OnEveryFieldOfEachListFormat)
             ASSERT_EQ(fields.size(), 18U);
             EXPECT_EQ(Words(fields.begin(), fields.begin() + 10), first);
             const std::pair<size_t, double> numbers[] = {
-                {10, scores["composition"]}, {11, scores["coverage"]},  {12, scores["border"]},
-                {13, scores["peak"]},        {14, scores["centrePeak"]}, {15, scores["roi"]},
+                {10, scores["composition"]}, {11, scores["coverage"]},     {12, scores["border"]},
+                {13, scores["peak"]},        {14, scores["centrePeak"]},   {15, scores["roi"]},
                 {16, scores["merged"]},      {17, crop["expectedOverlap"]}};
             for (const auto& [column, value] : numbers)
                 EXPECT_EQ(std::stod(fields[column]), value) << column;
@@ -268,12 +267,11 @@ TEST_F(CommandsAgree, OnEveryFieldOfEachListFormat)
             for (std::string cell; columns >> cell;)
                 cells.push_back(cell);
             EXPECT_EQ(cells, (Words{std::to_string(i + 1), i < 2 ? "1:1" : "21:9", first[5],
-                                    first[6], first[7], first[8],
-                                    Fixed(crop["expectedOverlap"], 4), Fixed(scores["merged"], 4),
-                                    Fixed(scores["composition"], 4), Fixed(scores["coverage"], 4),
-                                    Fixed(scores["border"], 4), Fixed(scores["peak"], 4),
-                                    Fixed(scores["centrePeak"], 4), Fixed(scores["roi"], 4),
-                                    covers ? "covered" : "-"}));
+                                    first[6], first[7], first[8], Fixed(crop["expectedOverlap"], 4),
+                                    Fixed(scores["merged"], 4), Fixed(scores["composition"], 4),
+                                    Fixed(scores["coverage"], 4), Fixed(scores["border"], 4),
+                                    Fixed(scores["peak"], 4), Fixed(scores["centrePeak"], 4),
+                                    Fixed(scores["roi"], 4), covers ? "covered" : "-"}));
         }
     }
 }
@@ -284,17 +282,25 @@ TEST_F(CommandsAgree, OnTheFilesOfFolders)
     WriteText(Folder.Path("in/one/broken.jpg"), "no picture");
     fs::create_directory(Folder.Path("web"));
     const Words options = {"-r", "--faces", "off", "-n", "2", "--aspect", "3:2", Folder.Path("in")};
-    const Words files = {"--widths", "50,120", "--xmp",     "--manifest", Folder.Path("m.json"),
-                         "--picture", Folder.Path("web/p.html"), "--sizes",   "50vw",
-                         "-o",        Folder.Path("out")};
+    const Words files = {"--widths",
+                         "50,120",
+                         "--xmp",
+                         "--manifest",
+                         Folder.Path("m.json"),
+                         "--picture",
+                         Folder.Path("web/p.html"),
+                         "--sizes",
+                         "50vw",
+                         "-o",
+                         Folder.Path("out")};
     const Outcome outcome = RunProgram(Joined(Joined({"crop"}, options), files));
     EXPECT_EQ(outcome.Status, 1);
     Words names;
     for (const auto& [stem, crops] : {std::pair<std::string, int>{"a", 2}, {"one/b", 2}}) {
         for (int rank = 1; rank <= crops; ++rank)
             for (const char* width : {"50", "120"})
-                names.push_back(Folder.Path("out/" + stem + "-" + std::to_string(rank) + "-" +
-                                            width + ".jpg"));
+                names.push_back(
+                    Folder.Path("out/" + stem + "-" + std::to_string(rank) + "-" + width + ".jpg"));
         names.push_back(Folder.Path("out/" + stem + ".xmp"));
     }
     EXPECT_EQ(LinesOf(outcome.Out), names);
@@ -337,9 +343,9 @@ TEST_F(CommandsAgree, OnTheFilesOfFolders)
         offered.push_back(file.lexically_normal().string());
         EXPECT_EQ(VImage::new_from_file(file.c_str()).width(), std::stoi((*it)[2]));
     }
-    EXPECT_EQ(offered, (Words{Folder.Path("out/a-1-50.jpg"), Folder.Path("out/a-1-120.jpg"),
-                              Folder.Path("out/one/b-1-50.jpg"),
-                              Folder.Path("out/one/b-1-120.jpg")}));
+    EXPECT_EQ(offered,
+              (Words{Folder.Path("out/a-1-50.jpg"), Folder.Path("out/a-1-120.jpg"),
+                     Folder.Path("out/one/b-1-50.jpg"), Folder.Path("out/one/b-1-120.jpg")}));
     EXPECT_EQ(html.find("100vw"), std::string::npos);
     EXPECT_NE(html.find(" sizes=\"50vw\" width=\"120\" height=\"80\" "), std::string::npos) << html;
 
@@ -354,8 +360,8 @@ TEST_F(CommandsAgree, OnTheFilesOfFolders)
     ASSERT_EQ(second.size(), 2U);
     for (size_t i = 0; i < 2; ++i)
         for (size_t k = 0; k < 2; ++k)
-            for (const char* name : {"x", "y", "width", "height", "aspect", "coversContent",
-                                     "scores"})
+            for (const char* name :
+                 {"x", "y", "width", "height", "aspect", "coversContent", "scores"})
                 EXPECT_EQ(second[i]["crops"][k][name], lines[i]["crops"][k][name]) << name;
 }
 
@@ -367,17 +373,16 @@ TEST_F(CommandsAgree, OnTheRegionsOfPhotographsOfOneName)
         return "{\"file\":\"" + file + "\",\"regions\":[{" + rect + ",\"label\":\"" + label +
                "\",\"kind\":\"animal\",\"confidence\":0.25,\"wish\":\"must-keep\"}]}\n";
     };
-    WriteText(Folder.Path("r.json"),
-              row(A, R"("x":200,"y":10,"width":80,"height":60)", "hen") +
-                  row(Folder.Path("in/one/a.jpg"), R"("x":5,"y":120,"width":80,"height":60)",
-                      "cock"));
-    const Words options = {"-r", "-n", "1", "--faces", "off", "--regions", Folder.Path("r.json"),
-                           Folder.Path("in")};
+    WriteText(Folder.Path("r.json"), row(A, R"("x":200,"y":10,"width":80,"height":60)", "hen") +
+                                         row(Folder.Path("in/one/a.jpg"),
+                                             R"("x":5,"y":120,"width":80,"height":60)", "cock"));
+    const Words options = {
+        "-r", "-n", "1", "--faces", "off", "--regions", Folder.Path("r.json"), Folder.Path("in")};
     const std::vector<json> lines = Suggested(options);
     ASSERT_EQ(lines.size(), 3U); // one/b.jpg has none
-    const json hen = json::parse(
-        R"([{"x":200,"y":10,"width":80,"height":60,"kind":"animal","source":"file",)"
-        R"("confidence":0.25,"label":"hen","wish":"must-keep"}])");
+    const json hen =
+        json::parse(R"([{"x":200,"y":10,"width":80,"height":60,"kind":"animal","source":"file",)"
+                    R"("confidence":0.25,"label":"hen","wish":"must-keep"}])");
     EXPECT_EQ(lines[0]["regions"], hen);
     EXPECT_EQ(lines[1]["regions"][0]["label"], "cock");
     EXPECT_FALSE(lines[2].contains("regions"));
@@ -390,6 +395,15 @@ TEST_F(CommandsAgree, OnTheRegionsOfPhotographsOfOneName)
     EXPECT_EQ(data[0]["regions"][0]["label"], "hen");
     EXPECT_EQ(data[1]["regions"][0]["label"], "cock");
     EXPECT_TRUE(data[2]["regions"].empty());
+
+    // It is enough that the file names the last photograph.
+    WriteText(Folder.Path("last.json"), row(B, R"("x":5,"y":120,"width":80,"height":60)", "fox"));
+    const Words last = {"suggest",   "-n", "1", "--faces",   "off",
+                        "--explain", A,    B,   "--regions", Folder.Path("last.json")};
+    const Outcome outcome = RunProgram(last);
+    EXPECT_EQ(outcome.Status, 0) << outcome.Err;
+    EXPECT_EQ(outcome.Err, "");
+    EXPECT_NE(outcome.Out.find("animal, must-keep 5,120,80,60"), std::string::npos) << outcome.Out;
 }
 
 } // namespace

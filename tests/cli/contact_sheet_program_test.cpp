@@ -118,5 +118,41 @@ TEST(ContactSheet, RejectsWhatItCannotWrite)
     EXPECT_EQ(folder.Files(), (std::vector<std::string>{"a.jpg", "s.jpg"}));
 }
 
+// A shape keeps its columns though it has fewer crops, so that crops of a shape lie below each
+// other, under a heading of their own.
+TEST(ContactSheet, ColumnsOfAShapeWithoutCropsStayEmpty)
+{
+    const TempFolder folder;
+    Plain(900, 600, {200, 30, 30}).write_to_file(folder.Path("a.png").c_str());
+    const auto sheetOf = [&folder](const std::vector<std::string>& more) {
+        std::vector<std::string> words = {
+            "contact-sheet",      "--force",           "--faces", "off", "--cell", "100x80", "-o",
+            folder.Path("s.png"), folder.Path("a.png")};
+        words.insert(words.end(), more.begin(), more.end());
+        const Outcome outcome = RunProgram(words);
+        EXPECT_EQ(outcome.Status, 0) << outcome.Err;
+        return VImage::new_from_file(folder.Path("s.png").c_str()).copy_memory();
+    };
+    // No upright crop is as wide as the photograph.
+    const VImage sheet = sheetOf({"--each-ratio", "--aspect", "1:3", "--aspect", "3:1", "--aspect",
+                                  "1:1", "-n", "2", "--must-keep", "0,290,900,20"});
+    ASSERT_EQ(sheet.width(), 7 * 112 + 12);
+    const bool filled[] = {true, false, false, true, true, false, false};
+    for (int column = 0; column < 7; ++column)
+        ExpectColour(sheet, 12 + 112 * column + 50, 12 + 30 + 30 + 40,
+                     filled[column] ? std::vector<double>{200, 30, 30}
+                                    : std::vector<double>{255, 255, 255});
+    const auto heading = [](const VImage& from, int column) {
+        return from.extract_area(12 + 112 * column, 12, 100, 30).copy_memory();
+    };
+    // With ranks where there are several, and no two alike.
+    for (int column = 1; column < 7; ++column)
+        for (int other = 1; other < column; ++other)
+            EXPECT_GT((heading(sheet, column) - heading(sheet, other)).abs().max(), 50)
+                << column << " " << other;
+    const VImage one = sheetOf({"--each-ratio", "--aspect", "3:1", "-n", "1"});
+    EXPECT_GT((heading(one, 1) - heading(sheet, 3)).abs().max(), 50);
+}
+
 } // namespace
 } // namespace vistaTrim::cli

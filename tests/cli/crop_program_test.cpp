@@ -478,5 +478,83 @@ TEST(Report, IsOneSelfContainedPage)
     EXPECT_EQ(ReadText(folder.Path("r.html")), page);
 }
 
+// What the options say holds for every file: of each crop, at each width.
+TEST(Crop, EveryFileHasTheOptionsOfTheRun)
+{
+    const TempFolder folder;
+    WithMetadata(Scene(900, 600, 0.3, 0.6)).write_to_file(folder.Path("a.jpg").c_str());
+    const auto crop = [&folder](const std::string& output, std::vector<std::string> more) {
+        more.insert(more.begin(), {"crop", folder.Path("a.jpg"), "-o", folder.Path(output), "-n",
+                                   "2", "--faces", "off", "--aspect", "3:2", "--scale", "0.8"});
+        const Outcome outcome = RunProgram(more);
+        EXPECT_EQ(outcome.Status, 0) << outcome.Err;
+        return outcome;
+    };
+    // Crops are 720 x 480; both of the widths beyond them come down to that.
+    crop("fine", {"--widths", "300,2000,5000", "--quality", "95"});
+    crop("plain", {"--widths", "300,2000,5000", "--quality", "20", "--chroma", "4:4:4", "--strip"});
+    for (const char* name : {"/a-1-300.jpg", "/a-1-720.jpg", "/a-2-300.jpg", "/a-2-720.jpg"}) {
+        SCOPED_TRACE(name);
+        const std::string fine = folder.Path(std::string("fine") + name);
+        const std::string plain = folder.Path(std::string("plain") + name);
+        EXPECT_LT(3 * std::filesystem::file_size(plain), std::filesystem::file_size(fine));
+        EXPECT_NE(Open(fine).get_typeof("exif-ifd0-Make"), 0U);
+        EXPECT_EQ(Open(plain).get_typeof("exif-ifd0-Make"), 0U);
+        EXPECT_EQ(std::string(Open(plain).get_string("jpeg-chroma-subsample")), "4:4:4");
+        EXPECT_EQ(Open(plain).width(), name[5] == '3' ? 300 : 720);
+        EXPECT_EQ(Open(plain).height(), name[5] == '3' ? 200 : 480);
+    }
+    const Outcome webp = crop("webp", {"--format", "webp", "--resize", "90x90"});
+    EXPECT_EQ(webp.Out, folder.Path("webp/a-1.webp") + "\n" + folder.Path("webp/a-2.webp") + "\n");
+    for (const char* name : {"webp/a-1.webp", "webp/a-2.webp"}) {
+        const VImage image = Open(folder.Path(name));
+        EXPECT_EQ(std::string(image.get_string("vips-loader")), "webpload");
+        EXPECT_EQ(image.width(), 90);
+        EXPECT_EQ(image.height(), 60);
+    }
+    // The size that --resize fits counts, not that of the preset.
+    const Outcome preset = RunProgram({"crop", folder.Path("a.jpg"), "-o", folder.Path("preset"),
+                                       "--preset", "og-image", "--preset", "avatar", "--resize",
+                                       "60x60", "--name", "{shape}-{width}x{height}"});
+    EXPECT_EQ(preset.Status, 0) << preset.Err;
+    EXPECT_EQ(Open(folder.Path("preset/avatar-60x60.jpg")).height(), 60);
+    EXPECT_EQ(Open(folder.Path("preset/og-image-60x32.jpg")).height(), 32); // 31.5
+    // Of one template without the shape, the names clash.
+    const Outcome clash = RunProgram({"crop", folder.Path("a.jpg"), "-o", folder.Path("clash"),
+                                      "--preset", "square", "--preset", "avatar", "--resize",
+                                      "60x60", "--name", "{stem}-{width}x{height}"});
+    EXPECT_EQ(clash.Status, 1);
+    EXPECT_FALSE(std::filesystem::exists(folder.Path("clash")));
+}
+
+// Of a list that clashes throughout, ten are named and the others counted.
+TEST(Crop, ManyClashesAreCounted)
+{
+    const TempFolder folder;
+    std::vector<std::string> words = {
+        "crop", "-n", "1", "--name", "same", "-o", folder.Path("out")};
+    Quarters(90, 60).write_to_file(folder.Path("0.jpg").c_str());
+    for (int i = 0; i < 14; ++i) {
+        const std::string name = folder.Path(std::to_string(i) + ".jpg");
+        if (i > 0)
+            std::filesystem::copy_file(folder.Path("0.jpg"), name);
+        words.push_back(name);
+    }
+    const Outcome outcome = RunProgram(words);
+    EXPECT_EQ(outcome.Status, 1);
+    EXPECT_EQ(outcome.Out, "");
+    std::istringstream lines(outcome.Err);
+    std::string line;
+    for (int i = 1; i <= 10; ++i) {
+        std::getline(lines, line);
+        EXPECT_EQ(line, "vistatrim: " + folder.Path(std::to_string(i) + ".jpg") +
+                            ": its files would have the same names as those of " +
+                            folder.Path("0.jpg"));
+    }
+    std::getline(lines, line);
+    EXPECT_EQ(line, "vistatrim: and 3 more");
+    EXPECT_FALSE(std::filesystem::exists(folder.Path("out")));
+}
+
 } // namespace
 } // namespace vistaTrim::cli

@@ -82,5 +82,63 @@ TEST(Help, ListsWhatCanBeRead)
     }
 }
 
+// Names, folders at every level and several lists in one run: each once, in the order given, with
+// its own error.
+TEST(Folder, NamesAndListsTogetherKeepTheirOrder)
+{
+    const TempFolder folder;
+    namespace fs = std::filesystem;
+    for (const char* name : {"in/.cache", "in/empty", "in/locked", "in/one/two", "other", "none"})
+        fs::create_directories(folder.Path(name));
+    Quarters(90, 60).write_to_file(folder.Path("a.jpg").c_str());
+    for (const char* name : {"in/.cache/h.jpg", "in/b.jpg", "in/locked/l.jpg", "in/one/c.jpg",
+                             "in/one/two/d.jpg", "other/e.jpg", "f.jpg", "g.jpg", "g.jpg\r"})
+        fs::copy_file(folder.Path("a.jpg"), folder.Path(name));
+    fs::create_directory_symlink(folder.Path("in"), folder.Path("in/loop"));
+    fs::create_directory_symlink(folder.Path("other"), folder.Path("in/link"));
+    fs::permissions(folder.Path("in/locked"), fs::perms::none);
+    fs::permissions(folder.Path(""), fs::perms(0755));
+    const std::string mark = "\xEF\xBB\xBF";
+    WriteText(folder.Path("l1"), mark + folder.Path("f.jpg") + "\r\n\n" + folder.Path("other"));
+    WriteText(folder.Path("l2"), mark + folder.Path("g.jpg") + "\n");
+    RunOptions nobody;
+    nobody.AsNobody = true;
+    const Outcome outcome =
+        RunProgram({"suggest", "--csv", "-n", "1", "-r", "-j", "2", "--faces", "off",
+                    folder.Path("a.jpg"), folder.Path("in"), folder.Path("none"), "--files-from",
+                    folder.Path("l1"), "--files-from", folder.Path("l2")},
+                   nobody);
+    fs::permissions(folder.Path("in/locked"), fs::perms(0755));
+    EXPECT_EQ(outcome.Status, 1);
+    EXPECT_THAT(FilesOf(outcome.Out, folder.Path("")),
+                testing::ElementsAre("a.jpg", "in/b.jpg", "in/locked", "in/one/c.jpg",
+                                     "in/one/two/d.jpg", "none", "f.jpg", "other/e.jpg", "g.jpg"));
+    EXPECT_EQ(outcome.Err, "vistatrim: " + folder.Path("in/locked") + ": Permission denied\n" +
+                               "vistatrim: " + folder.Path("none") +
+                               ": no photograph in this folder or below it\n");
+
+    // Names that end in a null byte may hold anything else.
+    WriteText(folder.Path("l3"),
+              folder.Path("g.jpg\r") + std::string(1, '\0') + folder.Path("f.jpg"));
+    const Outcome nulls =
+        RunProgram({"suggest", "--csv", "-n", "1", "-0", "--files-from", folder.Path("l3")});
+    EXPECT_EQ(nulls.Status, 0) << nulls.Err;
+    EXPECT_THAT(nulls.Out, HasSubstr("\"" + folder.Path("g.jpg\r") + "\","));
+
+    // Each list is checked before the work.
+    const Outcome missing = RunProgram(
+        {"suggest", "--csv", "--files-from", folder.Path("l2"), "--files-from", folder.Path("l4")});
+    EXPECT_EQ(missing.Status, 2);
+    EXPECT_EQ(missing.Out, "");
+
+    // Each folder that is read and written is named, the second as well as the first.
+    const Outcome both = RunProgram({"crop", "-n", "1", "-o", folder.Path("other"),
+                                     folder.Path("in/one"), folder.Path("other")});
+    EXPECT_EQ(both.Status, 0);
+    EXPECT_EQ(both.Err, "vistatrim: " + folder.Path("other") +
+                            " is both read and written: files of earlier runs in it count as "
+                            "photographs\n");
+}
+
 } // namespace
 } // namespace vistaTrim::cli

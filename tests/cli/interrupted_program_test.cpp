@@ -176,9 +176,9 @@ TEST_F(Interrupted, LeavesManifestAndSnippetOfTheFilesThatAreThere)
 
 TEST_F(Interrupted, LeavesReportAndSheetOfThePhotographsThatWereDone)
 {
-    const Outcome report = RunAndSignal({"report", "-j", "1", "--faces", "off", "--maps", "no",
-                                         "-o", Folder.Path("r.html")},
-                                        SIGINT);
+    const Outcome report = RunAndSignal(
+        {"report", "-j", "1", "--faces", "off", "--maps", "no", "-o", Folder.Path("r.html")},
+        SIGINT);
     EXPECT_EQ(report.Status, 128 + SIGINT);
     const std::string page = ReadText(Folder.Path("r.html"));
     const int done = DoneOf(report);

@@ -242,5 +242,226 @@ TEST_F(ResumedOptions, CompareTheListOfChosenCropsByContent)
         << other.Err;
 }
 
+// One by one, since each is recorded on its own. Rows: what both runs have, what only the second
+// has, and how the difference reads.
+TEST_F(ResumedOptions, OfEachKindThatChangesTheFilesAreRefused)
+{
+    const auto presets = [&](const char* name, const std::string& content) {
+        WriteText(Folder.Path(name), content);
+        return Folder.Path(name);
+    };
+    const std::string table = presets("mine.tsv", "poster\t2:3\n");
+    struct Row {
+        Words Both;
+        Words More;
+        std::string Difference;
+    };
+    const std::vector<Row> rows = {
+        {{}, {"--background", "black"}, "--background was not given and is black"},
+        {{}, {"--ignore-metadata-regions"}, "--ignore-metadata-regions was not given and is given"},
+        {{}, {"--largest"}, "--largest was not given and is given"},
+        {{}, {"--density", "9"}, "--density was not given and is 9"},
+        {{}, {"--scale", "0.5,1", "--scale", "0.7"}, "--scale was not given and is 0.5,1,0.7"},
+        {{}, {"--size", "90x60"}, "--size was not given and is 90x60"},
+        {{}, {"--rank-by", "peak"}, "--rank-by was not given and is peak"},
+        {{}, {"--weights", "1,0,0"}, "--weights was not given and is 1,0,0"},
+        {{}, {"--resize", "50x50"}, "--resize was not given and is 50x50"},
+        {{}, {"--chroma", "4:2:0"}, "--chroma was not given and is 4:2:0"},
+        {{}, {"--quality", "7"}, "--quality was not given and is 7"},
+        {{}, {"--strip"}, "--strip was not given and is given"},
+        {{}, {"--xmp"}, "--xmp was not given and is given"},
+        {{}, {"--name", "{stem}-{rank}"}, "--name was not given and is {stem}-{rank}"},
+        {{}, {"--avoid", "1,2,3,4"}, "--avoid was not given and is 1,2,3,4"},
+        {{}, {"--must-avoid", "1,2,3,4"}, "--must-avoid was not given and is 1,2,3,4"},
+        {{}, {"--must-keep", "1,2,3,4"}, "--must-keep was not given and is 1,2,3,4"},
+        {{"--keep", "1,2,3,4"}, {"--keep", "5,6,7,8"}, "--keep was 1,2,3,4 and is 1,2,3,4,5,6,7,8"},
+        {{"--fill", "30x20"}, {"--fill", "40x20"}, "--fill was 30x20 and is 30x20,40x20"},
+        {{"--preset", "square"}, {"--preset", "story"}, "--preset was square and is square,story"},
+        {{"--widths", "50,5000"}, {"--upscale"}, "--upscale was not given and is given"},
+        {{}, {"--presets", table}, "--presets was not given and is content "},
+    };
+    for (const Row& row : rows) {
+        SCOPED_TRACE(row.Difference);
+        fs::remove_all(Out);
+        Words both = {"-n", "1"};
+        both.insert(both.end(), row.Both.begin(), row.Both.end());
+        ASSERT_EQ(Crop("a.jpg", both).Status, 0);
+        both.emplace_back("--resume");
+        const Outcome same = Crop("a.jpg", both);
+        EXPECT_EQ(same.Status, 0) << same.Err;
+        both.insert(both.end(), row.More.begin(), row.More.end());
+        const Outcome other = Crop("b.jpg", both);
+        EXPECT_EQ(other.Status, 1);
+        const std::string start =
+            "vistatrim: " + Out + " was made with other options: " + row.Difference;
+        EXPECT_EQ(other.Err.compare(0, start.size(), start), 0) << other.Err;
+    }
+
+    // A table of presets counts by its content, wherever it lies.
+    fs::remove_all(Out);
+    const auto poster = [&](const std::string& file) {
+        return Crop("a.jpg", {"--preset", "poster", "--presets", file, "--resume"});
+    };
+    EXPECT_EQ(poster(table).Status, 0);
+    EXPECT_EQ(poster(presets("moved.tsv", "poster\t2:3\n")).Status, 0);
+    const Outcome changed = poster(presets("moved.tsv", "poster\t3:4\n"));
+    EXPECT_EQ(changed.Status, 1);
+    EXPECT_NE(changed.Err.find("--presets was content "), std::string::npos) << changed.Err;
+}
+
+TEST_F(ResumedOptions, OfEachOfSeveralRunsCountUntilAllItsFilesAreReplaced)
+{
+    const auto crop = [&](const std::string& photo, const std::string& preset,
+                          const std::string& quality, Words more) {
+        more.insert(more.end(), {"--preset", preset, "--quality", quality});
+        return Crop(photo, more);
+    };
+    ASSERT_EQ(crop("a.jpg", "story", "50", {}).Status, 0);
+    ASSERT_EQ(crop("a.jpg", "square", "60", {}).Status, 0);
+    ASSERT_EQ(crop("a.jpg", "avatar", "70", {}).Status, 0);
+    const auto refused = [&](const std::string& preset, const std::string& was,
+                             const std::string& is) {
+        const Outcome outcome = crop("b.jpg", preset, is, {"--resume"});
+        EXPECT_EQ(outcome.Status, 1);
+        EXPECT_EQ(outcome.Err, MadeWithOther(Out, "--quality was " + was + " and is " + is));
+    };
+    refused("story", "50", "60");
+    refused("square", "60", "70");
+    refused("avatar", "70", "50");
+    // A run that failed on one photograph may have left files of another in place.
+    EXPECT_EQ(crop("a.jpg", "square", "80", {"--force", Folder.Path("none.jpg")}).Status, 1);
+    refused("square", "60", "80");
+    // After one that did not fail, only its own options count; those of the others still do.
+    EXPECT_EQ(crop("a.jpg", "square", "80", {"--force"}).Status, 0);
+    EXPECT_EQ(crop("b.jpg", "square", "80", {"--resume"}).Status, 0);
+    refused("square", "80", "60");
+    refused("story", "50", "80");
+    refused("avatar", "70", "80");
+}
+
+// The same options give other files in another format, so that is another run.
+TEST_F(ResumedOptions, OfTheSameOptionsInSeveralFormatsAreSeveralRuns)
+{
+    ASSERT_EQ(Crop("a.jpg", {"--quality", "80"}).Status, 0);
+    ASSERT_EQ(Crop("a.jpg", {"--quality", "80", "--format", "webp"}).Status, 0);
+    EXPECT_EQ(Crop("b.jpg", {"--quality", "70", "--format", "webp", "--resume"}).Err,
+              MadeWithOther(Out, "--quality was 80 and is 70"));
+    // Photographs of several formats count with each of them.
+    fs::remove_all(Out);
+    Scene(300, 200, 0.3, 0.6).write_to_file(Folder.Path("c.png").c_str());
+    ASSERT_EQ(Crop("a.jpg", {Folder.Path("c.png"), "-n", "2"}).Status, 0);
+    EXPECT_EQ(Crop("b.jpg", {"-n", "3", "--resume"}).Err,
+              MadeWithOther(Out, "--top was 2 and is 3"));
+    EXPECT_EQ(Crop("c.png", {"-n", "3", "--resume"}).Err,
+              MadeWithOther(Out, "--top was 2 and is 3"));
+}
+
+// Two lists side by side, whose names differ in their ending only.
+TEST_F(ResumedOptions, OfTwoListsInAFolderAreApart)
+{
+    const auto list = [&](const char* format, const char* top, Words more) {
+        more.insert(more.end(),
+                    {format, "-n", top, "-o", Folder.Path(std::string("list.") + (format + 2)), A});
+        return Run("suggest", more);
+    };
+    ASSERT_EQ(list("--json", "2", {}).Status, 0);
+    ASSERT_EQ(list("--csv", "3", {}).Status, 0);
+    EXPECT_EQ(list("--json", "2", {"--resume", B}).Status, 0);
+    EXPECT_EQ(list("--csv", "3", {"--resume", B}).Status, 0);
+    EXPECT_EQ(list("--json", "3", {"--resume", B}).Err,
+              MadeWithOther(Folder.Path("list.json"), "--top was 2 and is 3"));
+    // Replaced, a list has the options of the new run only.
+    EXPECT_EQ(list("--json", "4", {"--force"}).Status, 0);
+    EXPECT_EQ(list("--json", "4", {"--resume", B}).Status, 0);
+    EXPECT_EQ(list("--json", "2", {"--resume", B}).Err,
+              MadeWithOther(Folder.Path("list.json"), "--top was 4 and is 2"));
+}
+
+// Failures are tried again, and what was done is not: whatever the files are called, and even if
+// they have no crop.
+TEST_F(ResumedOptions, AListEndsUpAsIfNothingHadFailed)
+{
+    const std::string comma = Folder.Path("c, \"d\" \r.jpg");
+    const std::string latin = Folder.Path("caf\xe9.jpg");
+    for (const std::string& name : {comma, latin})
+        fs::copy_file(A, name);
+    for (const char* format : {"--json", "--csv"})
+        for (const bool none : {false, true}) {
+            SCOPED_TRACE(std::string(format) + (none ? " without crops" : ""));
+            fs::remove(B);
+            const std::string output =
+                Folder.Path(std::string("list") + (none ? "0" : "") + format);
+            // No square crop is as wide as the photograph.
+            Words words = {format, "-n", "2", "--aspect", "1:1"};
+            if (none)
+                words.insert(words.end(), {"--must-keep", "0,0,300,9"});
+            const auto run = [&](Words more, const Words& photos) {
+                more.insert(more.end(), words.begin(), words.end());
+                more.insert(more.end(), photos.begin(), photos.end());
+                return Run("suggest", more);
+            };
+            EXPECT_EQ(run({"-o", output}, {comma, B, latin}).Status, 1);
+            Scene(300, 200, 0.6, 0.3).write_to_file(B.c_str());
+            const Outcome resumed = run({"-o", output, "--resume"}, {comma, B, latin, A});
+            EXPECT_EQ(resumed.Status, 0) << resumed.Err;
+            EXPECT_EQ(resumed.Err, "");
+            // Done first: those that did not fail.
+            EXPECT_EQ(ReadText(output), run({}, {comma, latin, B, A}).Out);
+            const Outcome again = run({"-o", output, "--resume"}, {A, B, latin, comma});
+            EXPECT_EQ(again.Err,
+                      "vistatrim: nothing left to do: " + output + " holds all the photographs\n");
+            EXPECT_EQ(run({"-o", output, "--resume", "-q"}, {A, B, latin, comma}).Err, "");
+        }
+}
+
+// "Nothing left to do" only if nothing was written, whichever photograph came last.
+TEST_F(ResumedOptions, AreDoneWhenEveryPhotographHasItsFiles)
+{
+    Words files;
+    for (const char* stem : {"a", "b"})
+        for (const char* end : {"-1-50", "-1-100", "-2-50", "-2-100"})
+            files.push_back(std::string("out/") + stem + end + ".png");
+    const Words words = {B, "-n", "2", "--widths", "50,100", "--format", "png", "--resume"};
+    ASSERT_EQ(Crop("a.jpg", words).Status, 0);
+    for (const std::string& gone : files) {
+        SCOPED_TRACE(gone);
+        const std::string before = ReadText(Folder.Path(gone));
+        ASSERT_TRUE(fs::remove(Folder.Path(gone)));
+        const Outcome outcome = Crop("a.jpg", words);
+        EXPECT_EQ(outcome.Status, 0);
+        EXPECT_EQ(outcome.Out, Folder.Path(gone) + "\n");
+        EXPECT_EQ(outcome.Err, "");
+        EXPECT_TRUE(ReadText(Folder.Path(gone)) == before);
+    }
+    const std::string done = "vistatrim: nothing left to do: " + Out + " holds all the crops\n";
+    EXPECT_EQ(Crop("a.jpg", words).Err, done);
+    Words quiet = words;
+    quiet.emplace_back("-q");
+    EXPECT_EQ(Crop("a.jpg", quiet).Err, "");
+}
+
+// Sidecars lie beside the crops of their photograph, in its folder.
+TEST_F(ResumedOptions, SidecarsOfFoldersComeBackAlone)
+{
+    fs::create_directories(Folder.Path("in/one"));
+    fs::copy_file(A, Folder.Path("in/a.jpg"));
+    fs::copy_file(B, Folder.Path("in/one/a.jpg"));
+    const auto run = [&](const char* option) {
+        return Run("crop", {"-r", "-n", "1", option, "--resume", "-o", Out, Folder.Path("in")});
+    };
+    EXPECT_EQ(run("--xmp").Out, Out + "/a-1.jpg\n" + Out + "/a.xmp\n" + Out + "/one/a-1.jpg\n" +
+                                    Out + "/one/a.xmp\n");
+    for (const char* gone : {"/a.xmp", "/one/a.xmp", "/one/a-1.jpg"}) {
+        ASSERT_TRUE(fs::remove(Out + gone));
+        EXPECT_EQ(run("--xmp").Out, Out + gone + "\n");
+    }
+    // Sidecars alone, beside crops that some other program wrote.
+    fs::remove_all(Out);
+    fs::create_directories(Out + "/one");
+    WriteText(Out + "/a-1.jpg", "not of this program");
+    EXPECT_EQ(run("--xmp-only").Out, Out + "/a.xmp\n" + Out + "/one/a.xmp\n");
+    EXPECT_EQ(run("--xmp-only").Out, "");
+}
+
 } // namespace
 } // namespace vistaTrim::cli
