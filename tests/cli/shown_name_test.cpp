@@ -28,6 +28,29 @@ TEST(ShownName, QuotesWhatControlsATerminalOrEndsALine)
     EXPECT_EQ(Shown("\xE2\x80\xA8"), "$'\\342\\200\\250'");               // ends a line
 }
 
+TEST(ShownName, QuotesEachControlCharacterButNotItsNeighbours)
+{
+    const char* const plain[] = {" ",
+                                 "~",
+                                 "\xC2\xA0",
+                                 "\xE2\x80\x8D",
+                                 "\xE2\x80\x90",
+                                 "\xE2\x80\xA7",
+                                 "\xE2\x80\xAF",
+                                 "\xE2\x81\xA5",
+                                 "\xE2\x81\xAA"};
+    for (const char* name : plain)
+        EXPECT_EQ(Shown(name), name);
+    const char* const quoted[] = {"\x01",         "\x1F",         "\x7F",
+                                  "\xC2\x80",     "\xC2\x9F", // controls
+                                  "\xE2\x80\x8E", "\xE2\x80\x8F", "\xE2\x80\xAA",
+                                  "\xE2\x80\xAC", // direction of text
+                                  "\xE2\x80\xAE", "\xE2\x81\xA6", "\xE2\x81\xA9",
+                                  "\xE2\x80\xA8", "\xE2\x80\xA9"}; // line and paragraph separators
+    for (const char* name : quoted)
+        EXPECT_NE(Shown(name), name);
+}
+
 TEST(ShownName, QuotesWhatIsNotUtf8)
 {
     EXPECT_EQ(Shown("caf\xE9.jpg"), "$'caf\\351.jpg'");              // Latin-1

@@ -13,8 +13,8 @@ TEST(ColourText, HexDigitsAndNamesAreRead)
     EXPECT_EQ(ParseColour("Tomato"), (Colour{255, 99, 71}));
     EXPECT_EQ(ParseColour("aliceblue"), (Colour{240, 248, 255}));
     EXPECT_EQ(ParseColour("yellowgreen"), (Colour{154, 205, 50}));
-    for (const char* text :
-         {"", "#", "#ff", "fff", "#ffff", "ff8000", "#gg0000", "#ff80001", "#-12345", "reddish"})
+    for (const char* text : {"", "#", "#ff", "fff", "#ffff", "ff8000", "#gg0000", "#ff80001",
+                             "#-12345", "#ff80gg", "#ff800 ", "#f8g", "reddish"})
         EXPECT_FALSE(ParseColour(text)) << text;
 }
 
