@@ -64,6 +64,9 @@ void WritePhotograph(const std::string& path)
     exif["Exif.Photo.ExposureTime"] = Exiv2::Rational(1, 250);
     exif["Exif.Photo.LensModel"] = "50 mm";
     exif["Exif.Photo.SubjectArea"] = "10 20 30 40";
+    exif["Exif.Photo.SubjectLocation"] = "10 20";
+    exif["Exif.Photo.PixelXDimension"] = uint32_t{400};
+    exif["Exif.Photo.PixelYDimension"] = uint32_t{600};
     exif["Exif.GPSInfo.GPSLatitudeRef"] = "N";
     exif["Exif.GPSInfo.GPSLatitude"] = "47/1 30/1 0/1";
     image->iptcData()["Iptc.Application2.Caption"] = "a caption";
@@ -87,6 +90,9 @@ void ExpectKept(const std::string& path)
     EXPECT_EQ(ExifText(image, "Exif.Photo.SubjectArea"), "");
     const std::string width = ExifText(image, "Exif.Photo.PixelXDimension");
     EXPECT_TRUE(width.empty() || width == std::to_string(image->pixelWidth())) << width;
+    const std::string height = ExifText(image, "Exif.Photo.PixelYDimension");
+    EXPECT_TRUE(height.empty() || height == std::to_string(image->pixelHeight())) << height;
+    EXPECT_EQ(ExifText(image, "Exif.Photo.SubjectLocation"), "");
     const std::string orientation = ExifText(image, "Exif.Image.Orientation");
     EXPECT_TRUE(orientation.empty() || orientation == "1") << orientation;
     for (const Exiv2::Exifdatum& datum : image->exifData()) {
@@ -136,6 +142,9 @@ TEST(CropFiles, KeepPixelsAndMetadataOverSeveralTiffGenerations)
         const std::string to = folder.Path(std::to_string(round + 1) + ".tif");
         WriteCrops(Photograph::FromFile(from), {crop}, {to});
         ExpectKept(to);
+        const Metadata image = Opened(to); // a TIFF crop states its sides here too
+        EXPECT_EQ(ExifText(image, "Exif.Photo.PixelXDimension"), "299");
+        EXPECT_EQ(ExifText(image, "Exif.Photo.PixelYDimension"), "200");
     }
     const VImage before = VImage::new_from_file(folder.Path("1.tif").c_str());
     const VImage after = VImage::new_from_file(folder.Path("3.tif").c_str());
@@ -195,6 +204,8 @@ TEST(Iptc, TakesTheFormThatEachFormatNeeds)
     EXPECT_EQ(IptcForJpeg(mark + small), "");
     EXPECT_EQ(WithoutThumbnails(small + iptc), iptc);
     EXPECT_EQ(WithoutThumbnails("8BIM\x04\x04 cut short"), "");
+    const std::string old("8BIM\x04\x09\0\0\0\0\0\x02xy", 14); // the earlier kind of small picture
+    EXPECT_EQ(WithoutThumbnails(old + iptc + small), iptc);
 }
 
 } // namespace

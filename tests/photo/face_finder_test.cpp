@@ -169,6 +169,17 @@ TEST_F(FaceFinderOnPortrait, FacesOfAnAnalysisAreInPhotographPixels)
     }
 }
 
+TEST_F(FaceFinderOnPortrait, AnAnalysisSearchesAsItsOptionsSay)
+{
+    const PixelImage portrait = PortraitOf(256); // a small face
+    const Photograph photograph = Photograph::FromPixels(ViewOf(portrait));
+    for (const FaceSearch search : {FaceSearch::Off, FaceSearch::Large, FaceSearch::All}) {
+        RegionOptions options;
+        options.Faces = search;
+        EXPECT_EQ(Analysis(photograph, options).Regions().empty(), search != FaceSearch::All);
+    }
+}
+
 TEST_F(FaceFinderOnPortrait, OffFindsNone)
 {
     EXPECT_THAT(FindFaces(PortraitOf(512), FaceSearch::Off), IsEmpty());

@@ -7,6 +7,7 @@
 #include <gtest/gtest.h>
 
 #include "photo/sample_pictures.h"
+#include "picture/path_ending.h"
 #include "picture/plain_reason.h"
 #include "vistaTrimPhoto/photo_error.h"
 #include "vistaTrimPhoto/photograph.h"
@@ -264,6 +265,16 @@ TEST(PlainError, KeepsTheSystemsReasonAndNothingElse)
                  "the file is cut short");
     EXPECT_STREQ(PlainError(Kind::Damaged, "pngload: bad CRC\n").what(),
                  "the file is damaged or cut short");
+}
+
+TEST(EndingOfPath, IsWhatFollowsTheLastDotOfTheName)
+{
+    const std::pair<const char*, const char*> cases[] = {
+        {"a.JPG", "jpg"}, {"a.b.Png", "png"}, {"/x.y/z.tif", "tif"},    {"/x.y/z", ""},
+        {".jpg", ""},     {"/x/.hidden", ""}, {".hidden.webp", "webp"}, {"a.", ""},
+        {"a.123", ""},    {"a.jp2", "jp2"},   {"Mr. Smith", ""},        {"", ""}};
+    for (const auto& [path, ending] : cases)
+        EXPECT_EQ(EndingOfPath(path), ending) << path;
 }
 
 } // namespace

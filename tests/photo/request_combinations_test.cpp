@@ -725,5 +725,19 @@ TEST(RequestCombinations, APlainPictureIsRankedBySizeAndPlace)
     }
 }
 
+// Where nothing is to be seen, no measure prefers a crop: all share the first place.
+TEST(RequestCombinations, ByAMeasureCropsOfAPlainPictureAreEqual)
+{
+    const Analysis analysis = AnalysisWith(PlainPicture({640, 400}));
+    for (const RankBy ranking : {RankBy::Composition, RankBy::Coverage, RankBy::Border}) {
+        Request request;
+        request.Aspects = {{1, 1}};
+        request.Top = 10000;
+        request.Ranking = ranking;
+        for (const Crop& crop : analysis.Suggest(request).Crops)
+            EXPECT_EQ(crop.Scores.Merged, 1.0) << static_cast<int>(ranking);
+    }
+}
+
 } // namespace
 } // namespace vistaTrim::photo
