@@ -504,9 +504,12 @@ TEST(Crop, EveryFileHasTheOptionsOfTheRun)
         EXPECT_EQ(Open(plain).width(), name[5] == '3' ? 300 : 720);
         EXPECT_EQ(Open(plain).height(), name[5] == '3' ? 200 : 480);
     }
-    const Outcome webp = crop("webp", {"--format", "webp", "--resize", "90x90"});
-    EXPECT_EQ(webp.Out, folder.Path("webp/a-1.webp") + "\n" + folder.Path("webp/a-2.webp") + "\n");
-    for (const char* name : {"webp/a-1.webp", "webp/a-2.webp"}) {
+    // {extension} is that of the photograph.
+    const Outcome webp = crop(
+        "webp", {"--format", "webp", "--resize", "90x90", "--name", "{stem}-{extension}-{rank}"});
+    EXPECT_EQ(webp.Out,
+              folder.Path("webp/a-jpg-1.webp") + "\n" + folder.Path("webp/a-jpg-2.webp") + "\n");
+    for (const char* name : {"webp/a-jpg-1.webp", "webp/a-jpg-2.webp"}) {
         const VImage image = Open(folder.Path(name));
         EXPECT_EQ(std::string(image.get_string("vips-loader")), "webpload");
         EXPECT_EQ(image.width(), 90);
@@ -554,6 +557,87 @@ TEST(Crop, ManyClashesAreCounted)
     std::getline(lines, line);
     EXPECT_EQ(line, "vistatrim: and 3 more");
     EXPECT_FALSE(std::filesystem::exists(folder.Path("out")));
+}
+
+// Names that clash only in fact, after the run began: the photograph that came first keeps them,
+// even where files may be replaced.
+TEST(Crop, ForceReplacesNothingOfTheSameRun)
+{
+    const TempFolder folder;
+    Scene(300, 200, 0.3, 0.6).write_to_file(folder.Path("a.jpg").c_str());
+    Scene(300, 200, 0.6, 0.3).write_to_file(folder.Path("a2.jpg").c_str());
+    const auto crop = [&folder](std::vector<std::string> more) {
+        more.insert(more.begin(), {"crop", "--force", "-j", "1", "--faces", "off"});
+        return RunProgram(more);
+    };
+    // Rank 21 of a is called as rank 1 of a2.
+    const std::vector<std::string> many = {
+        "-n", "21", "--name", "{stem}{rank}", "-o", folder.Path("out"), folder.Path("a.jpg")};
+    ASSERT_EQ(crop(many).Status, 0);
+    const std::string last = ReadText(folder.Path("out/a21.jpg"));
+    std::vector<std::string> both = many;
+    both.push_back(folder.Path("a2.jpg"));
+    const Outcome outcome = crop(both);
+    EXPECT_EQ(outcome.Status, 1);
+    EXPECT_EQ(outcome.Err, "vistatrim: " + folder.Path("a2.jpg") + ": its crop " +
+                               folder.Path("out/a21.jpg") + " would have the name of one of " +
+                               folder.Path("a.jpg") + "\n");
+    EXPECT_TRUE(ReadText(folder.Path("out/a21.jpg")) == last);
+
+    // A JPEG photograph with the ending of another format gets crops that end in jpg.
+    std::filesystem::create_directory(folder.Path("in"));
+    std::filesystem::copy_file(folder.Path("a.jpg"), folder.Path("in/p.png"));
+    std::filesystem::copy_file(folder.Path("a2.jpg"), folder.Path("in/p-1.jpg"));
+    const std::string photograph = ReadText(folder.Path("in/p-1.jpg"));
+    const Outcome over = crop(
+        {"-n", "1", "-o", folder.Path("in"), folder.Path("in/p.png"), folder.Path("in/p-1.jpg")});
+    EXPECT_EQ(over.Status, 1);
+    EXPECT_EQ(over.Err, "vistatrim: " + folder.Path("in/p.png") + ": its crop " +
+                            folder.Path("in/p-1.jpg") +
+                            " would replace one of the photographs to be cropped\n");
+    EXPECT_TRUE(ReadText(folder.Path("in/p-1.jpg")) == photograph);
+    EXPECT_TRUE(std::filesystem::exists(folder.Path("in/p-1-1.jpg")));
+}
+
+TEST(Crop, EveryShapeWithoutACropIsNamed)
+{
+    const TempFolder folder;
+    Scene(300, 200, 0.3, 0.6).write_to_file(folder.Path("a.jpg").c_str());
+    const auto crop = [&folder](std::vector<std::string> more) {
+        more.insert(more.begin(),
+                    {"crop", folder.Path("a.jpg"), "-o", folder.Path("out"), "--each-ratio",
+                     "--aspect", "1:3", "--aspect", "1:1", "--must-keep", "0,95,300,9"});
+        return RunProgram(more);
+    };
+    const Outcome some = crop({"--aspect", "3:1"});
+    EXPECT_EQ(some.Status, 1);
+    EXPECT_EQ(some.Out, folder.Path("out/a-3x1.jpg") + "\n");
+    EXPECT_EQ(some.Err, "vistatrim: " + folder.Path("a.jpg") +
+                            ": no crop of 1:3, 1:1 meets the request; suggest --explain shows "
+                            "why\n");
+    const Outcome none = crop({});
+    EXPECT_EQ(none.Status, 1);
+    EXPECT_EQ(none.Err, "vistatrim: " + folder.Path("a.jpg") +
+                            ": no crop of 1:3, 1:1: no candidate meets --must-keep; try more "
+                            "ratios or scales\n");
+}
+
+TEST(Crop, AFolderThatCannotBeMadeIsNamedOnce)
+{
+    const TempFolder folder;
+    Scene(300, 200, 0.3, 0.6).write_to_file(folder.Path("a.jpg").c_str());
+    std::filesystem::create_directory(folder.Path("locked"));
+    std::filesystem::permissions(folder.Path("locked"), std::filesystem::perms(0555));
+    RunOptions nobody;
+    nobody.AsNobody = true;
+    for (const char* command : {"crop", "maps"}) {
+        const Outcome outcome = RunProgram({command, folder.Path("a.jpg"), folder.Path("a.jpg"),
+                                            "-o", folder.Path("locked/new/er")},
+                                           nobody);
+        EXPECT_EQ(outcome.Status, 1);
+        EXPECT_EQ(outcome.Err, "vistatrim: cannot create the folder " +
+                                   folder.Path("locked/new/er") + ": Permission denied\n");
+    }
 }
 
 } // namespace

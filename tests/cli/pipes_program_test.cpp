@@ -244,5 +244,49 @@ TEST_F(Pipes, SidecarsHoldTheBestCropOfTheStoredPicture)
         Folder.Path("new/b-1.jpg") + "\n" + Folder.Path("new/b.xmp") + "\n");
 }
 
+// Ranks, shapes and sizes of a list are those of its crops, and each crop is checked.
+TEST_F(Pipes, FromTakesEachCropOfEachPhotographAsListed)
+{
+    TheScene.write_to_file(Folder.Path("b.jpg").c_str());
+    const std::string text =
+        R"([{"file": ")" + Folder.Path("a.png") + R"(", "width": 900, "height": 600, "crops": [)" +
+        R"({"x": 1, "y": 2, "width": 300, "height": 200, "rank": 7},)" +
+        R"({"x": 100, "y": 50, "width": 400, "height": 100, "shape": "wide", "rank": 3,)" +
+        R"( "fill": {"width": 80, "height": 20}}]},)" + R"({"file": ")" + Folder.Path("b.jpg") +
+        R"(", "crops": []},)" + "\n" + R"({"file": ")" + Folder.Path("b.jpg") + R"(", "crops": [)" +
+        R"({"x": 0, "y": 0, "width": 9, "height": 9}, {"x": 0, "y": 0, "width": 8, "height": 9}]}])";
+    RunOptions input;
+    input.Input = text;
+    const Outcome outcome = RunProgram({"crop", "--from", "-", "-o", Folder.Path("out")}, input);
+    EXPECT_EQ(outcome.Status, 0) << outcome.Err;
+    EXPECT_EQ(outcome.Out, Folder.Path("out/a-7.png") + "\n" + Folder.Path("out/a-wide-3.png") +
+                               "\n" + Folder.Path("out/b-1.jpg") + "\n" +
+                               Folder.Path("out/b-2.jpg") + "\n");
+    const VImage seventh = Open(Folder.Path("out/a-7.png"));
+    ASSERT_EQ(seventh.width(), 300);
+    EXPECT_EQ((seventh - TheScene.extract_area(1, 2, 300, 200)).abs().max(), 0.0);
+    EXPECT_EQ(Open(Folder.Path("out/a-wide-3.png")).width(), 80);
+    EXPECT_EQ(Open(Folder.Path("out/a-wide-3.png")).height(), 20);
+    EXPECT_EQ(Open(Folder.Path("out/b-2.jpg")).width(), 8);
+
+    // Several crops are too many for standard output, and none is written.
+    const std::string two = R"({"file": ")" + Folder.Path("a.png") +
+                            R"(", "crops": [{"x": 0, "y": 0, "width": 9, )" +
+                            R"("height": 9}, {"x": 892, "y": 0, "width": 9, "height": 9}]})";
+    input.Input = two;
+    const Outcome outside = RunProgram({"crop", "--from", "-", "-o", Folder.Path("new")}, input);
+    EXPECT_EQ(outside.Status, 1);
+    EXPECT_EQ(outside.Err, "vistatrim: " + Folder.Path("a.png") +
+                               ": standard input:1: crop 2 leaves the photograph, which is 900 x "
+                               "600\n");
+    input.Input = two;
+    input.Input.replace(input.Input.find("892"), 3, "800");
+    const Outcome many = RunProgram({"crop", "--from", "-", "-o", "-"}, input);
+    EXPECT_EQ(many.Status, 1);
+    EXPECT_EQ(many.Out, "");
+    EXPECT_EQ(many.Err,
+              "vistatrim: " + Folder.Path("a.png") + ": standard output takes one crop, not 2\n");
+}
+
 } // namespace
 } // namespace vistaTrim::cli
