@@ -84,7 +84,7 @@ class Sample:
         self.hostile = os.path.join(photos, HOSTILE_FOLDER, HOSTILE_NAME)
         self.broken = os.path.join(photos, "broken.jpg")
         self.noise = os.path.join(photos, "noise.png")
-        # Much larger than the picture in the page, with sides that are no multiples of its sides.
+        # Much larger than the picture in the page, with sides that are not multiples of its own.
         make_square(scratch, self.large, 3011, 2003, 700, 800, 560)
         make_square(scratch, self.hostile, 1500, 2400, 700, 800, 450)
         make_noise(scratch, self.noise, 2100, 1500)

@@ -88,7 +88,7 @@ def run(names: Any, *, output: str, client: Any, recursive: bool, background: ob
         regions, recorded["regions"] = _regions_file(checked.pop("regions"))
     ranking = None
     if "ranking" in checked:
-        _options.requests_of(checked)  # rejects a file that is no ranking
+        _options.requests_of(checked)  # rejects a file that is not a ranking
         ranking, recorded["ranking"] = _content(str(checked["ranking"]))
     photographs, duplicates = list_photographs(names, client, recursive, storage_options)
     if regions and photographs and not any(regions.names(os.fsencode(path))
