@@ -902,6 +902,266 @@ def photographs_stay_small(browser, sample):
     assert browser.run("return document.getElementById('whole').naturalWidth") >= 900
 
 
+def small_photographs(sample):
+    """A page of many small crops of four photographs, two of one name, and its explained lines."""
+    folder = os.path.join(sample.folder, "small")
+    page = os.path.join(sample.folder, "small.html")
+    paths = [os.path.join(folder, name) for name in
+             ("one/Café 1.png", "two/Café 1.png", "wide.png", "two/late.png")]
+    words = ["-n", "12", "--faces", "off", "--keep", "60,60,30,30"]
+    if not os.path.exists(page):
+        for path in paths:
+            os.makedirs(os.path.dirname(path), exist_ok=True)
+        make_square(folder, paths[0], 300, 200, 60, 60, 40)
+        make_square(folder, paths[1], 200, 300, 50, 150, 60)
+        make_square(folder, paths[2], 320, 200, 200, 60, 70)
+        make_square(folder, paths[3], 280, 210, 90, 100, 50)
+        sample.report("small.html", *words, *paths)
+    done = subprocess.run([sample.program, "suggest", "--json", "--explain", *words, *paths],
+                          stdout=subprocess.PIPE, check=True)
+    return page, [json.loads(line) for line in done.stdout.decode().splitlines()]
+
+
+def names_of_tiles(browser):
+    return [name.text for name in browser.shown("#tiles > li .name")]
+
+
+def photographs_of_one_name_show_their_folder(browser, sample):
+    page, _ = small_photographs(sample)
+    browser.open(page)
+    names = ["one/Café 1.png", "two/Café 1.png", "wide.png", "late.png"]
+    assert names_of_tiles(browser) == names, names_of_tiles(browser)
+    # The search knows the folder, ignores accents and numbers what it found.
+    for text, found in (("CAFE", names[:2]), ("two", names[1:2]), ("cafe 2", []),
+                        ("a", names[:2] + names[3:])):
+        browser.one("#search").clear()
+        browser.one("#search").send_keys(text)
+        assert names_of_tiles(browser) == found, (text, names_of_tiles(browser))
+        assert browser.one("#search-count").text == f"{len(found)} of 4 photographs"
+    # The third was left out of the way from one photograph to the next, in both directions.
+    browser.shown("#tiles a")[1].click()
+    browser.wait(lambda: browser.one("#viewer-title").text == names[1])
+    assert browser.driver.title == names[1] + " – crop report"
+    assert browser.one("#step-count").text == "2 of 4"
+    browser.press(Keys.ARROW_RIGHT)
+    browser.wait(lambda: browser.one("#viewer-title").text == names[3])
+    assert browser.one("#step-count").text == "4 of 4"
+    browser.press(Keys.ARROW_LEFT)
+    browser.wait(lambda: browser.one("#viewer-title").text == names[1])
+    browser.one("#to-next").click()
+    browser.wait(lambda: browser.one("#viewer-title").text == names[3])
+    browser.one("#to-previous").click()
+    browser.wait(lambda: browser.one("#viewer-title").text == names[1])
+    assert browser.one("#whole").get_attribute("alt") == "Photograph " + names[1]
+    # A slash leads back to the search; its letter does not get into the field.
+    browser.press("/")
+    browser.wait(lambda: browser.one("#overview").is_displayed() and
+                 browser.focused().get_attribute("id") == "search")
+    assert browser.one("#search").get_attribute("value") == "a"
+    assert browser.driver.title == "Crop report"
+    # On paper there are those that were found.
+    browser.size(700, 1000, media="print")
+    browser.run("dispatchEvent(new Event('beforeprint'))")
+    assert [a.get_attribute("id") for a in browser.shown(".photo")] == \
+        ["photo-1", "photo-2", "photo-4"]
+    browser.run("dispatchEvent(new Event('afterprint'))")
+    # An address without a photograph shows them all.
+    browser.size(1400, 1000)
+    browser.run("location.hash = '#photo-12'")
+    browser.wait(lambda: browser.one("#overview").is_displayed())
+
+
+def every_crop_is_described_in_figures(browser, sample):
+    page, lines = small_photographs(sample)
+    for number in (1, 2):
+        line = lines[number - 1]
+        browser.open(page, photo=number)
+        assert browser.one("#viewer-size").text == "{width} × {height}".format(**line)
+        cards = browser.all("#strip button")
+        assert len(cards) == len(line["crops"]) == 12
+        for rank, crop in enumerate(line["crops"]):
+            ratio = browser.run("return JSON.parse(document.querySelector('#photo-' + arguments[0]"
+                                " + ' script.data').textContent).ratios[arguments[1]]",
+                                number, rank)
+            text = cards[rank].text
+            assert text.startswith(f"{rank + 1} · {ratio}"), text
+            assert f"{crop['expectedOverlap']:.2f}" in text, (text, crop["expectedOverlap"])
+            drawn = browser.run(
+                "const svg = arguments[0].querySelector('svg.where'), r = svg.firstChild;"
+                "return [svg.getAttribute('viewBox'), ...['x', 'y', 'width', 'height']"
+                ".map(n => Number(r.getAttribute(n)))]", cards[rank])
+            assert drawn == ["0 0 {width} {height}".format(**line)] + \
+                [crop[side] for side in ("x", "y", "width", "height")], drawn
+        for rank in (0, 4, 11):
+            crop = line["crops"][rank]
+            cards[rank].click()
+            ratio = cards[rank].text.split("\n")[0].split(" · ")[1]
+            assert browser.one("#details-title").text == f"Crop {rank + 1} · {ratio}"
+            share = 100 * crop["width"] * crop["height"] / (line["width"] * line["height"])
+            described = browser.one("#details-text").text
+            wanted = "{width} × {height} at {x}, {y} · ".format(**crop)
+            assert described.startswith(wanted), (described, wanted)
+            assert abs(int(described[len(wanted):].split(" %")[0]) - share) <= 0.5, described
+            assert described.endswith(" · covers the content") == crop["coversContent"], described
+            for name, part in crop["explain"]["ranks"].items():
+                score = browser.one(f"[data-score={name}] p").get_attribute("textContent")
+                count = f"{line['explain']['passing']:,}"
+                assert score.endswith(f" This crop is at least as good as {int(100 * part)} % of "
+                                      f"the {count} crops tried."), (score, part)
+            browser.one('[data-view="compare"]').click()
+            assert browser.shown("#alone figcaption")[1].text == f"Crop {rank + 1}"
+            assert browser.one("#alone canvas").get_attribute("aria-label").endswith(ratio)
+            browser.one('[data-view="place"]').click()
+    # The next photograph begins with its first crop.
+    browser.one("#to-next").click()
+    browser.wait(lambda: browser.one("#viewer-title").text == "wide.png")
+    assert shown_crop(browser) == 0
+
+
+def single_keys_do_what_the_page_lists(browser, sample):
+    page, _ = small_photographs(sample)
+    browser.open(page, photo=1)
+    pressed = lambda name: browser.one("#" + name).get_attribute("aria-pressed")
+    for key, name in (("t", "thirds"), ("o", "outlines"), ("r", "show-regions")):
+        before = [pressed(other) for other in ("thirds", "outlines", "show-regions")]
+        browser.press(key)
+        after = [pressed(other) for other in ("thirds", "outlines", "show-regions")]
+        changed = [other for other, a, b in zip(("thirds", "outlines", "show-regions"),
+                                                before, after) if a != b]
+        assert changed == [name], (key, changed)
+        browser.press(key.upper())
+        assert [pressed(other) for other in ("thirds", "outlines", "show-regions")] == before
+    # Through all maps and back to none; the map stays from one photograph to the next.
+    chosen = lambda: browser.one("#map-choice").get_attribute("value")
+    names = [option.get_attribute("value") for option in browser.all("#map-choice option")]
+    seen = []
+    for _ in names:
+        assert browser.one("#strength").is_enabled() == (chosen() != "")
+        browser.press("m")
+        seen.append(chosen())
+    assert seen == names[1:] + [""], seen
+    browser.press("m", "m")
+    browser.press(Keys.ARROW_RIGHT)
+    browser.wait(lambda: browser.one("#viewer-title").text == "two/Café 1.png" and
+                 browser.one("#map").is_displayed())
+    assert chosen() == names[2]
+    mode = lambda: browser.one("#views [aria-checked=true]").get_attribute("data-view")
+    seen = []
+    for _ in range(3):
+        browser.press("v")
+        seen.append(mode())
+    assert seen == ["crop", "compare", "place"], seen
+    # Keys of the browser are left to it, and in a row of crops there is a last one.
+    browser.press("5")
+    assert shown_crop(browser) == 4
+    ActionChains(browser.driver).key_down(Keys.ALT).send_keys("3").key_up(Keys.ALT).perform()
+    assert shown_crop(browser) == 4
+    browser.run("document.querySelector('#strip [tabindex=\"0\"]').focus()")
+    browser.press(Keys.END)
+    assert shown_crop(browser) == 11
+    browser.run("document.activeElement.blur()")
+    browser.press("x")
+    assert [card.get_attribute("data-rank") for card in browser.all("#strip .picked")] == ["11"]
+    badges = browser.all("#frames .badge")
+    assert [rank for rank, badge in enumerate(badges)
+            if "picked" in badge.get_attribute("class").split()] == [11]
+    assert browser.one("#choose").text == "✓ Chosen"
+    browser.one("#copy-coordinates").click()
+    browser.wait(lambda: browser.one("#said").text.startswith("Copied: "))
+    browser.press("1")
+    assert browser.one("#said").text == ""
+    assert browser.one("#choose").text == "Choose crop"
+    browser.one("#choice-clear").click()
+    # A digit beyond the last crop does nothing.
+    few = sample.report("few.html", "-n", "2", "--faces", "off",
+                        os.path.join(sample.folder, "small", "wide.png"))
+    browser.open(few)
+    browser.wait(lambda: browser.one("#viewer").is_displayed())
+    browser.press("2", "3")
+    assert shown_crop(browser) == 1
+    assert not browser.one("#show-regions").is_displayed()  # there are none
+    assert browser.one("#outlines").is_displayed()
+
+
+def a_choice_is_cut_by_the_program(browser, sample):
+    page, lines = small_photographs(sample)
+    browser.open(page, photo=1)
+    for rank in (10, 1, 9):
+        browser.all("#strip button")[rank].click()
+        browser.one("#choose").click()
+        assert shown_crop(browser) == rank
+    browser.run("location.hash = '#overview'")
+    browser.wait(lambda: browser.one("#overview").is_displayed())
+    # A tile shows the frames of the crops that are chosen, or else the first.
+    stage = browser.box(browser.all("#tiles .stage")[0])
+    frames = lambda tile: [browser.box(frame) for frame in browser.all(
+        f"#tiles > li:nth-child({tile + 1}) .frame")]
+    wanted = [expected_box(stage, lines[0]["crops"][rank], lines[0]) for rank in (1, 9, 10)]
+    assert len(frames(0)) == 3
+    assert all(near(a, b, 0.5) for a, b in zip(frames(0), wanted)), (frames(0), wanted)
+    assert len(frames(1)) == 1
+    # Choosing the first of each and saving: of those that were found, and all that are chosen.
+    browser.one("#search").send_keys("late")
+    browser.one("#choose-first").click()
+    assert browser.one("#choice-count").text == "4 crops chosen"
+    browser.one("#search").clear()
+    browser.one("#search").send_keys("one")
+    browser.one("#choose-first").click()
+    assert browser.one("#choice-count").text == "4 crops chosen"
+    browser.one("#search").clear()
+    browser.one("#search").send_keys("wide")
+    target = os.path.join(browser.downloads, "choice.json")
+    if os.path.exists(target):
+        os.remove(target)
+    browser.one("#choice-save").click()
+    browser.wait(lambda: os.path.exists(target) and os.path.getsize(target) > 0, target)
+    manifest = os.path.join(sample.folder, "chosen.json")
+    subprocess.run([sample.program, "crop", "--from", target, "--manifest", manifest, "-o",
+                    os.path.join(sample.folder, "chosen")], stdout=subprocess.PIPE, check=True)
+    with open(manifest, encoding="utf-8") as file:
+        cut = json.load(file)
+    chosen = {0: (1, 9, 10), 3: (0,)}
+    assert [line["file"] for line in cut] == [lines[number]["file"] for number in chosen]
+    for line, (number, ranks) in zip(cut, chosen.items()):
+        assert len(line["crops"]) == len(ranks)
+        for crop, rank in zip(line["crops"], ranks):
+            for name in ("x", "y", "width", "height", "aspect", "scores", "coversContent"):
+                assert crop[name] == lines[number]["crops"][rank][name], (number, rank, name)
+            assert [crop["files"][0][side] for side in ("width", "height")] == \
+                [crop[side] for side in ("width", "height")]
+    # What the search leaves out is cleared as well.
+    browser.one("#choice-clear").click()
+    browser.open_until_chosen(page, "No crop chosen")
+
+
+def a_photograph_without_crops_says_why(browser, sample):
+    small_photographs(sample)
+    # A square of 205 pixels fits into the first, which is 210 high, but not into the second.
+    words = ["--aspect", "1:1", "--faces", "off", "--must-keep", "0,50,205,20", "-n", "2"]
+    words += [os.path.join(sample.folder, "small", name) for name in ("two/late.png", "wide.png")]
+    page = sample.report("none.html", *words)
+    done = subprocess.run([sample.program, "suggest", "--json", "--explain", *words],
+                          stdout=subprocess.PIPE, check=True)
+    lines = [json.loads(line) for line in done.stdout.decode().splitlines()]
+    assert lines[0]["crops"] and not lines[1]["crops"], [len(line["crops"]) for line in lines]
+    for number in (1, 2, 1):
+        line = lines[number - 1]
+        if "none.html" not in browser.driver.current_url:
+            browser.open(page)
+        browser.run(f"location.hash = '#photo-{number}'")
+        title = os.path.basename(line["file"])
+        browser.wait(lambda: browser.one("#viewer-title").text == title)
+        assert browser.one("#details").is_displayed() == bool(line["crops"])
+        assert len(browser.all("#strip button")) == len(line["crops"])
+        assert browser.one("#viewer-note").text == line["explain"]["note"]
+        assert browser.one("#outlines").is_displayed() == (len(line["crops"]) > 1)
+        assert browser.one("#viewer-size").text == "{width} × {height}".format(**line)
+        browser.press("x", "1")  # harmless without crops
+        if line["crops"]:
+            browser.press("x")
+    assert browser.one("#choice-count").text == "No crop chosen"
+
+
 def accessibility(browser, sample):
     """axe-core finds no violation in any view, light or dark, wide or narrow."""
     path = os.environ.get("AXE_MIN_JS", "")
@@ -956,7 +1216,10 @@ CASES = [overview_comes_first, thirty_photographs_fit_on_a_few_screens,
          coordinates_and_commands_are_copied, a_choice_is_saved_as_suggest_writes_it,
          nothing_is_fetched_and_names_are_text, texts_hold_no_paths,
          phones_need_no_sideways_scrolling, paper_gets_the_plain_list,
-         pages_are_readable_without_scripts, photographs_stay_small]
+         pages_are_readable_without_scripts, photographs_stay_small,
+         photographs_of_one_name_show_their_folder, every_crop_is_described_in_figures,
+         single_keys_do_what_the_page_lists, a_choice_is_cut_by_the_program,
+         a_photograph_without_crops_says_why]
 
 
 def main():
