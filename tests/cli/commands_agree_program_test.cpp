@@ -146,6 +146,7 @@ TEST_F(CommandsAgree, OnThePageOfSeveralPhotographsSomeOfThemBroken)
 {
     WriteText(Folder.Path("in/broken.jpg"), "no picture");
     WriteText(Folder.Path("in/one/late.jpg"), "");
+    Scene(1800, 1200, 0.3, 0.6).write_to_file(A.c_str()); // takes longer than those after it
     const Words options = {
         "-r", "--faces", "off", "--aspect", "3:2", "--aspect", "1:1",       "--scale",
         "1",  "-n",      "30",  "-j",       "3",   "--keep",   "10,10,9,9", Folder.Path("in")};
@@ -395,6 +396,12 @@ TEST_F(CommandsAgree, OnTheRegionsOfPhotographsOfOneName)
     EXPECT_EQ(data[0]["regions"][0]["label"], "hen");
     EXPECT_EQ(data[1]["regions"][0]["label"], "cock");
     EXPECT_TRUE(data[2]["regions"].empty());
+
+    // Of each shape by itself, too.
+    const std::vector<json> shapes =
+        Suggested(Joined(options, {"--each-ratio", "--aspect", "1:1", "--aspect", "3:2"}));
+    ASSERT_EQ(shapes.size(), 3U);
+    EXPECT_EQ(shapes[0]["regions"], hen);
 
     // It is enough that the file names the last photograph.
     WriteText(Folder.Path("last.json"), row(B, R"("x":5,"y":120,"width":80,"height":60)", "fox"));

@@ -115,6 +115,11 @@ TEST(ContactSheet, RejectsWhatItCannotWrite)
     const Outcome tall = RunProgram(many);
     EXPECT_EQ(tall.Status, 1);
     EXPECT_NE(tall.Err.find("holds 232 photographs, not 233"), std::string::npos) << tall.Err;
+    // Of 65,500 pixels: two gaps of 12, a head of 30, and rows of 30 + 23 + 12.
+    many.insert(many.end(), 1007 - 233, a);
+    many.insert(many.end(), {"--cell", "23x23"});
+    const Outcome small = RunProgram(many);
+    EXPECT_NE(small.Err.find("holds 1006 photographs, not 1007"), std::string::npos) << small.Err;
     EXPECT_EQ(folder.Files(), (std::vector<std::string>{"a.jpg", "s.jpg"}));
 }
 

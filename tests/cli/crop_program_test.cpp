@@ -640,5 +640,26 @@ TEST(Crop, AFolderThatCannotBeMadeIsNamedOnce)
     }
 }
 
+TEST(Maps, OfTwoPhotographsOfOneNameAreNotMixed)
+{
+    const TempFolder folder;
+    for (const char* name : {"x", "y"})
+        std::filesystem::create_directories(folder.Path(name));
+    Scene(300, 200, 0.3, 0.6).write_to_file(folder.Path("x/a.jpg").c_str());
+    Scene(300, 200, 0.6, 0.3).write_to_file(folder.Path("y/a.jpg").c_str());
+    const auto maps = [&folder](std::vector<std::string> photos) {
+        photos.insert(photos.begin(), {"maps", "--force", "-j", "1", "-o", folder.Path("out")});
+        return RunProgram(photos);
+    };
+    ASSERT_EQ(maps({folder.Path("x/a.jpg")}).Status, 0);
+    const std::string first = ReadText(folder.Path("out/a-ContrastMap.png"));
+    const Outcome both = maps({folder.Path("x/a.jpg"), folder.Path("y/a.jpg")});
+    EXPECT_EQ(both.Status, 1);
+    EXPECT_EQ(both.Err, "vistatrim: " + folder.Path("y/a.jpg") +
+                            ": its files would have the same names as those of " +
+                            folder.Path("x/a.jpg") + "\n");
+    EXPECT_TRUE(ReadText(folder.Path("out/a-ContrastMap.png")) == first);
+}
+
 } // namespace
 } // namespace vistaTrim::cli

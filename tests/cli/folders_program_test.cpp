@@ -1,5 +1,7 @@
 // Which files of a folder the program reads.
+#include <algorithm>
 #include <filesystem>
+#include <sstream>
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -79,6 +81,16 @@ TEST(Help, ListsWhatCanBeRead)
         EXPECT_THAT(outcome.Out, HasSubstr("PNG (png)"));
         EXPECT_THAT(outcome.Out, HasSubstr("jfif"));
         EXPECT_THAT(outcome.Out, Not(HasSubstr("svg")));
+        // Its lists fit a terminal of 80 columns and use most of it.
+        std::istringstream lines(outcome.Out);
+        size_t longest = 0;
+        bool isList = false;
+        for (std::string line; std::getline(lines, line);) {
+            isList = isList || line.rfind("Presets:", 0) == 0 || line.rfind("Reads ", 0) == 0;
+            longest = isList ? std::max(longest, line.size()) : longest;
+        }
+        EXPECT_GT(longest, 70U);
+        EXPECT_LE(longest, 80U);
     }
 }
 

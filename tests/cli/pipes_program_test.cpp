@@ -288,5 +288,17 @@ TEST_F(Pipes, FromTakesEachCropOfEachPhotographAsListed)
               "vistatrim: " + Folder.Path("a.png") + ": standard output takes one crop, not 2\n");
 }
 
+// Only what is no picture at all may be a list of names.
+TEST_F(Pipes, ABrokenPhotographOnStandardInputIsNotTakenForAList)
+{
+    CutShort(Folder.Path("a.png"), Folder.Path("cut.png"), 0.5);
+    RunOptions input;
+    input.Input = ReadText(Folder.Path("cut.png"));
+    const Outcome cut = RunProgram({"suggest", "-"}, input);
+    EXPECT_EQ(cut.Status, 1);
+    EXPECT_EQ(cut.Err.find("vistatrim: standard input: "), 0U) << cut.Err;
+    EXPECT_EQ(cut.Err.find("--files-from"), std::string::npos) << cut.Err;
+}
+
 } // namespace
 } // namespace vistaTrim::cli
