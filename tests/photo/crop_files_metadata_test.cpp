@@ -151,6 +151,26 @@ TEST(CropFiles, KeepPixelsAndMetadataOverSeveralTiffGenerations)
     EXPECT_EQ((before - after).abs().max(), 0.0);
 }
 
+TEST(CropFiles, KeepASingleFieldOfATiff)
+{
+    const TempFolder folder;
+    for (const char* key : {"Exif.Image.Artist", "Exif.Photo.LensModel"}) {
+        SCOPED_TRACE(key);
+        Quarters(60, 40).write_to_file(folder.Path("a.tif").c_str());
+        const Metadata image = Opened(folder.Path("a.tif"));
+        image->exifData()[key] = "somebody";
+        image->writeMetadata();
+        for (const ImageFormat format : {ImageFormat::Jpeg, ImageFormat::Tiff}) {
+            CropOutput crop;
+            crop.Rect = {0, 0, 30, 20};
+            crop.Format = format;
+            const std::string path = folder.Path("out." + EndingOf(format));
+            WriteCrops(Photograph::FromFile(folder.Path("a.tif")), {crop}, {path});
+            EXPECT_EQ(ExifText(Opened(path), key), "somebody");
+        }
+    }
+}
+
 TEST(CropFiles, HaveNoMetadataWhenStripped)
 {
     const TempFolder folder;
