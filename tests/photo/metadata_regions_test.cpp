@@ -385,5 +385,83 @@ TEST(CropRegions, APacketThatCannotBeReadIsDropped)
     EXPECT_FALSE(XmpForCrop(xmp.substr(0, xmp.size() - 20), kPhoto, 1, {0, 0, 10, 10}, {10, 10}));
 }
 
+TEST(MetadataRegions, KindsAndNamesAreThoseOfEachStandard)
+{
+    const std::pair<const char*, RegionKind> types[] = {{"Face", RegionKind::Face},
+                                                        {"Pet", RegionKind::Animal},
+                                                        {"Focus", RegionKind::Subject},
+                                                        {"BarCode", RegionKind::Other}};
+    for (const auto& [type, kind] : types) {
+        const auto regions =
+            RegionsOfXmp(WorkingGroup({{0.25, 0.5, 0.1, 0.2, type, "Rex"}}, 400, 200), kPhoto, 1);
+        ASSERT_THAT(regions, SizeIs(1));
+        EXPECT_EQ(regions[0].Kind, kind) << type;
+        EXPECT_EQ(regions[0].Label, "Rex");
+        EXPECT_EQ(regions[0].Wish.has_value(), kind != RegionKind::Other);
+    }
+    const auto tagged = RegionsOfXmp(PeopleTags("0.2, 0.4, 0.1, 0.2"), kPhoto, 1);
+    ASSERT_THAT(tagged, SizeIs(1));
+    EXPECT_EQ(tagged[0].Kind, RegionKind::Face);
+    EXPECT_EQ(tagged[0].Label, "Grace");
+
+    const std::string rectangle =
+        RelativeIptc(IptcField("rbX", "0.25") + IptcField("rbY", "0.5") + IptcField("rbW", "0.5") +
+                         IptcField("rbH", "0.25"),
+                     "rectangle");
+    for (const char* role : {"recomCropping", "cropping", "recomCrop"})
+        EXPECT_EQ(RegionsOfXmp(Iptc(rectangle, role), kPhoto, 1).at(0).Kind, RegionKind::Other);
+    // A type beside the role, and a name in two languages, of which neither comes first by chance.
+    std::string animal = Iptc(rectangle);
+    animal.insert(animal.find("<Iptc4xmpExt:rRole>"),
+                  "<Iptc4xmpExt:rCtype><rdf:Bag><rdf:li rdf:parseType=\"Resource\"><xmp:Identifier>"
+                  "<rdf:Bag><rdf:li>http://cv.iptc.org/newscodes/imageregiontype/animal</rdf:li>"
+                  "</rdf:Bag></xmp:Identifier></rdf:li></rdf:Bag></Iptc4xmpExt:rCtype>");
+    const std::string english = "<rdf:li xml:lang=\"x-default\">Boat</rdf:li>";
+    animal.insert(animal.find(english) + english.size(),
+                  "<rdf:li xml:lang=\"de-DE\">Kahn</rdf:li>");
+    const auto regions = RegionsOfXmp(animal, kPhoto, 1);
+    ASSERT_THAT(regions, SizeIs(1));
+    EXPECT_EQ(regions[0].Kind, RegionKind::Animal);
+    EXPECT_EQ(regions[0].Label, "Boat");
+}
+
+// As on a photograph of a school: none is left out, in the photograph or in a crop of it.
+TEST(MetadataRegions, AGroupHasAllItsFaces)
+{
+    std::vector<Area> areas;
+    for (int i = 0; i < 60; ++i)
+        areas.push_back({0.05 + 0.1 * (i % 10), 0.1 + 0.15 * (i / 10), 0.04, 0.08, "Face",
+                         "child " + std::to_string(i)});
+    const std::string xmp = WorkingGroup(areas, 4000, 2000);
+    EXPECT_THAT(RegionsOfXmp(xmp, kPhoto, 1), SizeIs(60));
+    const auto crop = XmpForCrop(xmp, kPhoto, 1, {0, 0, 200, 200}, {200, 200});
+    ASSERT_TRUE(crop.has_value());
+    const auto left = RegionsOfXmp(*crop, {200, 200}, 1);
+    ASSERT_THAT(left, SizeIs(30));
+    for (size_t i = 0; i < left.size(); ++i)
+        EXPECT_EQ(left[i].Label, "child " + std::to_string(i / 5 * 10 + i % 5));
+    EXPECT_THAT(*crop, HasSubstr("stDim:unit=\"pixel\""));
+}
+
+// A circle and a point keep their place in a crop.
+TEST(CropRegions, OfCirclesAndPointsStayTrue)
+{
+    std::string circle = WorkingGroup({{0.5, 0.5, 0.1, 0.2}}, 400, 200);
+    const size_t at = circle.find("stArea:w=");
+    circle.replace(at, circle.find("stArea:unit") - at, "stArea:d=\"0.2\" ");
+    ASSERT_THAT(RectsOf(RegionsOfXmp(circle, kPhoto, 1)), ElementsAre(PixelRect{180, 80, 40, 40}));
+    const auto crop = XmpForCrop(circle, kPhoto, 1, {100, 50, 200, 100}, {200, 100});
+    ASSERT_TRUE(crop.has_value());
+    EXPECT_THAT(*crop, Not(HasSubstr("stArea:d=\"0.2\"")));
+
+    std::string point = WorkingGroup({{0.5, 0.5, 0, 0}}, 400, 200);
+    const auto moved = XmpForCrop(point, kPhoto, 1, {100, 50, 200, 100}, {200, 100});
+    ASSERT_TRUE(moved.has_value());
+    EXPECT_THAT(*moved, HasSubstr("Ada"));
+    const auto gone = XmpForCrop(point, kPhoto, 1, {0, 0, 100, 100}, {100, 100});
+    ASSERT_TRUE(gone.has_value());
+    EXPECT_THAT(*gone, Not(HasSubstr("Ada")));
+}
+
 } // namespace
 } // namespace vistaTrim::photo

@@ -97,5 +97,11 @@ TEST(RegionWishes, TheRoomOfALargeFaceIsExactToThePixel)
     EXPECT_THAT(WishesOf({wide}, kPhoto), IsEmpty());
 }
 
+TEST(RegionWishes, TheMarginOfAFaceFollowsItsOwnSides)
+{
+    EXPECT_EQ(CoreOf({400, 300, 200, 100}, kPhoto), (PixelRect{380, 290, 240, 120}));
+    EXPECT_EQ(CoreOf({5, 300, 100, 200}, kPhoto), (PixelRect{0, 280, 115, 240}));
+}
+
 } // namespace
 } // namespace vistaTrim::photo

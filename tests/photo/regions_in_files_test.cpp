@@ -163,6 +163,7 @@ TEST(RegionsInFiles, MarkWhatThePixelsShow)
                 stored.write_to_file(path.c_str());
 
                 const Photograph photograph = Photograph::FromFile(path);
+                EXPECT_EQ(photograph.StoredOrientation(), orientation);
                 const std::vector<FoundRegion> regions = NamedBy(photograph);
                 ASSERT_EQ(regions.size(), 1U);
                 EXPECT_EQ(regions[0].Label, "Ada");

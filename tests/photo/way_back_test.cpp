@@ -265,5 +265,30 @@ TEST(WayBack, PrefersAWishToTheRatio)
         EXPECT_TRUE(IsMet(wish, rect)) << NameOf(wish.Kind);
 }
 
+// A crop from border to border that gives up pixels for its ratio gives up as many on either side.
+TEST(WayBack, ACropFromBorderToBorderIsCentred)
+{
+    int narrower = 0;
+    for (const PixelSize photo : {PixelSize{6001, 4003}, {4003, 6001}, {3999, 2251}})
+        for (const Ratio& ratio : kRatios) {
+            const PixelSize working = WorkingSize(photo);
+            const bool isWide = ratio.Value() * working.Height >= working.Width;
+            const auto across = static_cast<int32_t>(
+                isWide ? working.Width : std::lround(working.Height * ratio.Value()));
+            const auto down = static_cast<int32_t>(
+                isWide ? std::lround(working.Width / ratio.Value()) : working.Height);
+            const int32_t left = (working.Width - across) / 3;
+            const int32_t top = (working.Height - down) / 3;
+            const PixelRect rect =
+                Back({left, left + across - 1, top, top + down - 1}, photo, ratio);
+            const int32_t before = isWide ? rect.X : rect.Y;
+            const int32_t after =
+                isWide ? photo.Width - rect.X - rect.Width : photo.Height - rect.Y - rect.Height;
+            EXPECT_NEAR(before, after, 1) << photo.Width << ", " << ratio.Text();
+            narrower += before + after > 3 ? 1 : 0;
+        }
+    EXPECT_GT(narrower, 5);
+}
+
 } // namespace
 } // namespace vistaTrim::photo
