@@ -286,18 +286,26 @@ TEST_F(Pipes, FromTakesEachCropOfEachPhotographAsListed)
     EXPECT_EQ(many.Out, "");
     EXPECT_EQ(many.Err,
               "vistatrim: " + Folder.Path("a.png") + ": standard output takes one crop, not 2\n");
+
+    // What came from standard input is gone.
+    input.Input = R"({"file": "-", "crops": [{"x": 0, "y": 0, "width": 9, "height": 9}]})";
+    const Outcome gone = RunProgram({"crop", "--from", "-", "-o", Folder.Path("new")}, input);
+    EXPECT_EQ(gone.Status, 1);
+    EXPECT_EQ(gone.Err,
+              "vistatrim: standard input: a photograph from standard input cannot be read again\n");
 }
 
 // Only what is no picture at all may be a list of names.
 TEST_F(Pipes, ABrokenPhotographOnStandardInputIsNotTakenForAList)
 {
-    CutShort(Folder.Path("a.png"), Folder.Path("cut.png"), 0.5);
     RunOptions input;
-    input.Input = ReadText(Folder.Path("cut.png"));
-    const Outcome cut = RunProgram({"suggest", "-"}, input);
-    EXPECT_EQ(cut.Status, 1);
-    EXPECT_EQ(cut.Err.find("vistatrim: standard input: "), 0U) << cut.Err;
-    EXPECT_EQ(cut.Err.find("--files-from"), std::string::npos) << cut.Err;
+    for (const size_t bytes : {20, 50, 2000}) {
+        input.Input = ReadText(Folder.Path("a.png")).substr(0, bytes);
+        const Outcome cut = RunProgram({"suggest", "-"}, input);
+        EXPECT_EQ(cut.Status, 1);
+        EXPECT_EQ(cut.Err.find("vistatrim: standard input: "), 0U) << cut.Err;
+        EXPECT_EQ(cut.Err.find("--files-from"), std::string::npos) << cut.Err;
+    }
 }
 
 } // namespace
