@@ -1,4 +1,4 @@
-// The commands, and the formats of one command, show the same results of the same options.
+// The commands, and the formats of one command, show the same results for the same options.
 #include <algorithm>
 #include <cmath>
 #include <cstdio>
@@ -56,7 +56,7 @@ std::string Fixed(double value, int decimals)
     return text;
 }
 
-// in/a.jpg and in/one/b.jpg of different contents, and room for outputs.
+// in/a.jpg and in/one/b.jpg, which differ, and room for outputs.
 class CommandsAgree : public testing::Test {
 protected:
     CommandsAgree()
@@ -135,14 +135,14 @@ TEST_F(CommandsAgree, OnTheCropsOfEveryOption)
         plain.erase("regions");
         EXPECT_EQ(shown, plain);
     }
-    // Every option changes something, so that none of the above holds because it was ignored.
+    // Every option changes something; otherwise, commands that ignore it would agree too.
     for (size_t i = 0; i < all.size(); ++i)
         for (size_t k = 0; k < i; ++k)
             EXPECT_NE(all[i], all[k]) << i << " " << k;
 }
 
-// What a person reads on the page are the numbers of `suggest --json --explain`.
-TEST_F(CommandsAgree, OnThePageOfSeveralPhotographsSomeOfThemBroken)
+// The numbers on the page are those of `suggest --json --explain`.
+TEST_F(CommandsAgree, OnThePageOfGoodAndBrokenPhotographs)
 {
     WriteText(Folder.Path("in/broken.jpg"), "no picture");
     WriteText(Folder.Path("in/one/late.jpg"), "");
@@ -199,7 +199,7 @@ TEST_F(CommandsAgree, OnThePageOfSeveralPhotographsSomeOfThemBroken)
         }
         EXPECT_EQ(data[good]["candidates"], line["explain"]["passing"]);
         const std::string note = line["explain"]["note"];
-        EXPECT_NE(note, ""); // thirty crops are more than there are
+        EXPECT_NE(note, ""); // there are fewer than thirty crops
         EXPECT_EQ(data[good]["note"], note);
         EXPECT_NE(section.find("<p>" + note + "</p>"), std::string::npos) << note;
         ++good;
@@ -238,7 +238,7 @@ TEST_F(CommandsAgree, OnEveryFieldOfEachListFormat)
         for (size_t i = 0; i < line["crops"].size(); ++i, ++row, ++shown) {
             const json& crop = line["crops"][i];
             const json& scores = crop["scores"];
-            EXPECT_EQ(crop["rank"], 1 + i % 2); // of its own ratio
+            EXPECT_EQ(crop["rank"], 1 + i % 2); // within its ratio
             const bool covers = crop["coversContent"];
             Words fields;
             std::istringstream record(csv[row]);
@@ -277,7 +277,8 @@ TEST_F(CommandsAgree, OnEveryFieldOfEachListFormat)
     }
 }
 
-// Manifest, snippet, standard output and the files themselves, of folders in which one fails.
+// Manifest, snippet, standard output and the files themselves, for folders with a broken
+// photograph.
 TEST_F(CommandsAgree, OnTheFilesOfFolders)
 {
     WriteText(Folder.Path("in/one/broken.jpg"), "no picture");
@@ -335,7 +336,7 @@ TEST_F(CommandsAgree, OnTheFilesOfFolders)
     EXPECT_EQ(outcome.Err, "vistatrim: " + manifest[2]["file"].get<std::string>() + ": " +
                                manifest[2]["error"].get<std::string>() + "\n");
 
-    // The snippet offers the files of the first crop of each, by addresses from the page.
+    // The snippet offers the files of the first crop of each, with addresses relative to the page.
     const std::string html = ReadText(Folder.Path("web/p.html"));
     const std::regex address("([^ \",]+\\.jpg) ([0-9]+)w");
     Words offered;
@@ -350,7 +351,7 @@ TEST_F(CommandsAgree, OnTheFilesOfFolders)
     EXPECT_EQ(html.find("100vw"), std::string::npos);
     EXPECT_NE(html.find(" sizes=\"50vw\" width=\"120\" height=\"80\" "), std::string::npos) << html;
 
-    // The manifest is a list of crops too: cut from it, the files are the same.
+    // The manifest can be read back as a list of crops, which gives the same files.
     const Outcome again =
         RunProgram({"crop", "--from", Folder.Path("m.json"), "--widths", "120", "--manifest",
                     Folder.Path("n.json"), "-o", Folder.Path("again")});
@@ -366,8 +367,8 @@ TEST_F(CommandsAgree, OnTheFilesOfFolders)
                 EXPECT_EQ(second[i]["crops"][k][name], lines[i]["crops"][k][name]) << name;
 }
 
-// Regions belong to the photograph of their path, though another has the same name.
-TEST_F(CommandsAgree, OnTheRegionsOfPhotographsOfOneName)
+// Regions belong to the photograph at their path, even if another has the same name.
+TEST_F(CommandsAgree, OnTheRegionsOfPhotographsWithTheSameName)
 {
     fs::copy_file(A, Folder.Path("in/one/a.jpg"));
     const auto row = [](const std::string& file, const std::string& rect, const char* label) {
@@ -403,7 +404,7 @@ TEST_F(CommandsAgree, OnTheRegionsOfPhotographsOfOneName)
     ASSERT_EQ(shapes.size(), 3U);
     EXPECT_EQ(shapes[0]["regions"], hen);
 
-    // It is enough that the file names the last photograph.
+    // The file of regions need not name more than the last photograph.
     WriteText(Folder.Path("last.json"), row(B, R"("x":5,"y":120,"width":80,"height":60)", "fox"));
     const Words last = {"suggest",   "-n", "1", "--faces",   "off",
                         "--explain", A,    B,   "--regions", Folder.Path("last.json")};

@@ -123,8 +123,8 @@ TEST(ContactSheet, RejectsWhatItCannotWrite)
     EXPECT_EQ(folder.Files(), (std::vector<std::string>{"a.jpg", "s.jpg"}));
 }
 
-// A shape keeps its columns though it has fewer crops, so that crops of a shape lie below each
-// other, under a heading of their own.
+// A shape keeps its columns even if it has fewer crops, so that the crops of a shape are below each
+// other, under their own heading.
 TEST(ContactSheet, ColumnsOfAShapeWithoutCropsStayEmpty)
 {
     const TempFolder folder;
@@ -138,7 +138,7 @@ TEST(ContactSheet, ColumnsOfAShapeWithoutCropsStayEmpty)
         EXPECT_EQ(outcome.Status, 0) << outcome.Err;
         return VImage::new_from_file(folder.Path("s.png").c_str()).copy_memory();
     };
-    // No upright crop is as wide as the photograph.
+    // Only a crop of 3:1 is as wide as the photograph.
     const VImage sheet = sheetOf({"--each-ratio", "--aspect", "1:3", "--aspect", "3:1", "--aspect",
                                   "1:1", "-n", "2", "--must-keep", "0,290,900,20"});
     ASSERT_EQ(sheet.width(), 7 * 112 + 12);
@@ -150,7 +150,7 @@ TEST(ContactSheet, ColumnsOfAShapeWithoutCropsStayEmpty)
     const auto heading = [](const VImage& from, int column) {
         return from.extract_area(12 + 112 * column, 12, 100, 30).copy_memory();
     };
-    // With ranks where there are several, and no two alike.
+    // Headings have ranks where a shape has several columns, and no two are alike.
     for (int column = 1; column < 7; ++column)
         for (int other = 1; other < column; ++other)
             EXPECT_GT((heading(sheet, column) - heading(sheet, other)).abs().max(), 50)

@@ -478,8 +478,8 @@ TEST(Report, IsOneSelfContainedPage)
     EXPECT_EQ(ReadText(folder.Path("r.html")), page);
 }
 
-// What the options say holds for every file: of each crop, at each width.
-TEST(Crop, EveryFileHasTheOptionsOfTheRun)
+// The options apply to the file of each crop at each width.
+TEST(Crop, OptionsApplyToEveryFile)
 {
     const TempFolder folder;
     WithMetadata(Scene(900, 600, 0.3, 0.6)).write_to_file(folder.Path("a.jpg").c_str());
@@ -490,7 +490,7 @@ TEST(Crop, EveryFileHasTheOptionsOfTheRun)
         EXPECT_EQ(outcome.Status, 0) << outcome.Err;
         return outcome;
     };
-    // Crops are 720 x 480; both of the widths beyond them come down to that.
+    // Crops are 720 x 480; both widths beyond that become 720.
     crop("fine", {"--widths", "300,2000,5000", "--quality", "95"});
     crop("plain", {"--widths", "300,2000,5000", "--quality", "20", "--chroma", "4:4:4", "--strip"});
     for (const char* name : {"/a-1-300.jpg", "/a-1-720.jpg", "/a-2-300.jpg", "/a-2-720.jpg"}) {
@@ -515,14 +515,14 @@ TEST(Crop, EveryFileHasTheOptionsOfTheRun)
         EXPECT_EQ(image.width(), 90);
         EXPECT_EQ(image.height(), 60);
     }
-    // The size that --resize fits counts, not that of the preset.
+    // The size that --resize gives counts, not that of the preset.
     const Outcome preset = RunProgram({"crop", folder.Path("a.jpg"), "-o", folder.Path("preset"),
                                        "--preset", "og-image", "--preset", "avatar", "--resize",
                                        "60x60", "--name", "{shape}-{width}x{height}"});
     EXPECT_EQ(preset.Status, 0) << preset.Err;
     EXPECT_EQ(Open(folder.Path("preset/avatar-60x60.jpg")).height(), 60);
     EXPECT_EQ(Open(folder.Path("preset/og-image-60x32.jpg")).height(), 32); // 31.5
-    // Of one template without the shape, the names clash.
+    // With a template without the shape, the names clash.
     const Outcome clash = RunProgram({"crop", folder.Path("a.jpg"), "-o", folder.Path("clash"),
                                       "--preset", "square", "--preset", "avatar", "--resize",
                                       "60x60", "--name", "{stem}-{width}x{height}"});
@@ -530,7 +530,7 @@ TEST(Crop, EveryFileHasTheOptionsOfTheRun)
     EXPECT_FALSE(std::filesystem::exists(folder.Path("clash")));
 }
 
-// Of a list that clashes throughout, ten are named and the others counted.
+// If many names clash, ten are listed and the others counted.
 TEST(Crop, ManyClashesAreCounted)
 {
     const TempFolder folder;
@@ -559,8 +559,8 @@ TEST(Crop, ManyClashesAreCounted)
     EXPECT_FALSE(std::filesystem::exists(folder.Path("out")));
 }
 
-// Names that clash only in fact, after the run began: the photograph that came first keeps them,
-// even where files may be replaced.
+// Clashes that show only during the run: the photograph that came first keeps the name, even where
+// files may be replaced.
 TEST(Crop, ForceReplacesNothingOfTheSameRun)
 {
     const TempFolder folder;
@@ -570,7 +570,7 @@ TEST(Crop, ForceReplacesNothingOfTheSameRun)
         more.insert(more.begin(), {"crop", "--force", "-j", "1", "--faces", "off"});
         return RunProgram(more);
     };
-    // Rank 21 of a is called as rank 1 of a2.
+    // Rank 21 of a has the same name as rank 1 of a2.
     const std::vector<std::string> many = {
         "-n", "21", "--name", "{stem}{rank}", "-o", folder.Path("out"), folder.Path("a.jpg")};
     ASSERT_EQ(crop(many).Status, 0);

@@ -94,8 +94,8 @@ TEST(Help, ListsWhatCanBeRead)
     }
 }
 
-// Names, folders at every level and several lists in one run: each once, in the order given, with
-// its own error.
+// Names, folders at every level and several lists in one run: each photograph appears once, in the
+// order given, with its own error.
 TEST(Folder, NamesAndListsTogetherKeepTheirOrder)
 {
     const TempFolder folder;
@@ -129,7 +129,7 @@ TEST(Folder, NamesAndListsTogetherKeepTheirOrder)
                                "vistatrim: " + folder.Path("none") +
                                ": no photograph in this folder or below it\n");
 
-    // Names that end in a null byte may hold anything else.
+    // Names that end in a null byte may contain any other byte.
     WriteText(folder.Path("l3"),
               folder.Path("g.jpg\r") + std::string(1, '\0') + folder.Path("f.jpg"));
     const Outcome nulls =
@@ -137,13 +137,13 @@ TEST(Folder, NamesAndListsTogetherKeepTheirOrder)
     EXPECT_EQ(nulls.Status, 0) << nulls.Err;
     EXPECT_THAT(nulls.Out, HasSubstr("\"" + folder.Path("g.jpg\r") + "\","));
 
-    // Each list is checked before the work.
+    // Every list is checked before the work starts.
     const Outcome missing = RunProgram(
         {"suggest", "--csv", "--files-from", folder.Path("l2"), "--files-from", folder.Path("l4")});
     EXPECT_EQ(missing.Status, 2);
     EXPECT_EQ(missing.Out, "");
 
-    // Each folder that is read and written is named, the second as well as the first.
+    // The warning for a folder that is both read and written covers the second folder too.
     const Outcome both = RunProgram({"crop", "-n", "1", "-o", folder.Path("other"),
                                      folder.Path("in/one"), folder.Path("other")});
     EXPECT_EQ(both.Status, 0);

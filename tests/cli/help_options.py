@@ -7,7 +7,7 @@ COMMANDS = ("suggest", "crop", "report", "maps", "contact-sheet")
 
 class Option:
     def __init__(self, title, name, form, description, required):
-        self.title = title        # of the group that it is listed in: "Ranking"
+        self.title = title        # of its group: "Ranking"
         self.name = name          # "--top"
         self.form = form          # "N"; empty for options that take no value
         self.required = required

@@ -35,9 +35,9 @@ Words LinesOf(const std::string& text)
     return lines;
 }
 
-// Forty photographs, of which the second and the third are broken. Standard error is a pipe that
-// takes the message of the second and no more: whoever reports the third waits until the test
-// reads. So the signal comes early in the run, however fast it is.
+// Forty photographs, of which the second and the third are broken. Standard error is a pipe with
+// room for the message of the second only: the program blocks on the message of the third until the
+// test reads. So the signal comes early in the run, however fast it is.
 class Interrupted : public testing::Test {
 protected:
     Interrupted()
@@ -125,13 +125,13 @@ TEST_F(Interrupted, ByEachSignalEndsBetweenPhotographsWithItsStatus)
         EXPECT_EQ(outcome.Status, 128 + signal); // even though some failed
         const int done = DoneOf(outcome);
         EXPECT_GE(done, 2);
-        EXPECT_LE(done, 3); // the one under work when the signal came
+        EXPECT_LE(done, 3); // with the one in progress when the signal came
         EXPECT_EQ(LinesOf(outcome.Out).size(), static_cast<size_t>(done));
         EXPECT_EQ(outcome.Err.compare(0, Message(1).size(), Message(1)), 0) << outcome.Err;
     }
 }
 
-TEST_F(Interrupted, ByAHangUpThatIsIgnoredGoesOn)
+TEST_F(Interrupted, ByAnIgnoredHangUpContinues)
 {
     const auto before = signal(SIGHUP, SIG_IGN); // inherited, as under nohup
     const Outcome outcome = RunAndSignal({"suggest", "--csv", "-n", "1", "--faces", "off"}, SIGHUP);
@@ -141,8 +141,8 @@ TEST_F(Interrupted, ByAHangUpThatIsIgnoredGoesOn)
     EXPECT_EQ(outcome.Err, Message(1) + Message(2));
 }
 
-// Workers run ahead of the one that waits, but only a little, and what they did is not lost.
-TEST_F(Interrupted, WithSeveralWorkersKeepsAllThatTheyDid)
+// Workers run ahead of the one that is blocked, but only a little, and their results are kept.
+TEST_F(Interrupted, WithSeveralWorkersKeepsAllTheirResults)
 {
     const Outcome outcome =
         RunAndSignal({"suggest", "--json", "-j", "3", "-n", "1", "--faces", "off"}, SIGTERM);
@@ -155,7 +155,7 @@ TEST_F(Interrupted, WithSeveralWorkersKeepsAllThatTheyDid)
     EXPECT_EQ(DoneOf(outcome), static_cast<int>(lines.size()));
 }
 
-TEST_F(Interrupted, LeavesManifestAndSnippetOfTheFilesThatAreThere)
+TEST_F(Interrupted, LeavesManifestAndSnippetOfTheFilesWritten)
 {
     const Outcome outcome =
         RunAndSignal({"crop", "-j", "1", "-n", "2", "--faces", "off", "-o", Folder.Path("out"),
@@ -174,7 +174,7 @@ TEST_F(Interrupted, LeavesManifestAndSnippetOfTheFilesThatAreThere)
     EXPECT_NE(ReadText(Folder.Path("p.html")).find("\"out/10-1.jpg"), std::string::npos);
 }
 
-TEST_F(Interrupted, LeavesReportAndSheetOfThePhotographsThatWereDone)
+TEST_F(Interrupted, LeavesReportAndSheetOfThePhotographsDone)
 {
     const Outcome report = RunAndSignal(
         {"report", "-j", "1", "--faces", "off", "--maps", "no", "-o", Folder.Path("r.html")},

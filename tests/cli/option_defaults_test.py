@@ -1,6 +1,6 @@
 """Every option that takes a value has its default in --help, in the manual page and in the guide,
 and the three agree. A required option is marked as such in all three. --help lists each option
-under the title of what it belongs to.
+under the title of its group.
 
 usage: option_defaults_test.py VISTATRIM SOURCE_FOLDER
 """

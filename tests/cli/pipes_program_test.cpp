@@ -244,7 +244,7 @@ TEST_F(Pipes, SidecarsHoldTheBestCropOfTheStoredPicture)
         Folder.Path("new/b-1.jpg") + "\n" + Folder.Path("new/b.xmp") + "\n");
 }
 
-// Ranks, shapes and sizes of a list are those of its crops, and each crop is checked.
+// The crops have the ranks, shapes and sizes of the list, and each crop is checked.
 TEST_F(Pipes, FromTakesEachCropOfEachPhotographAsListed)
 {
     TheScene.write_to_file(Folder.Path("b.jpg").c_str());
@@ -269,7 +269,7 @@ TEST_F(Pipes, FromTakesEachCropOfEachPhotographAsListed)
     EXPECT_EQ(Open(Folder.Path("out/a-wide-3.png")).height(), 20);
     EXPECT_EQ(Open(Folder.Path("out/b-2.jpg")).width(), 8);
 
-    // Several crops are too many for standard output, and none is written.
+    // An invalid crop or too many for standard output: none is written.
     const std::string two = R"({"file": ")" + Folder.Path("a.png") +
                             R"(", "crops": [{"x": 0, "y": 0, "width": 9, )" +
                             R"("height": 9}, {"x": 892, "y": 0, "width": 9, "height": 9}]})";

@@ -242,8 +242,8 @@ TEST_F(ResumedOptions, CompareTheListOfChosenCropsByContent)
         << other.Err;
 }
 
-// One by one, since each is recorded on its own. Rows: what both runs have, what only the second
-// has, and how the difference reads.
+// One by one, because each option is recorded separately. A row has the options of both runs, those
+// of only the second, and the difference as the message states it.
 TEST_F(ResumedOptions, OfEachKindThatChangesTheFilesAreRefused)
 {
     const auto presets = [&](const char* name, const std::string& content) {
@@ -297,7 +297,7 @@ TEST_F(ResumedOptions, OfEachKindThatChangesTheFilesAreRefused)
         EXPECT_EQ(other.Err.compare(0, start.size(), start), 0) << other.Err;
     }
 
-    // A table of presets counts by its content, wherever it lies.
+    // A table of presets is compared by its content, whatever its path.
     fs::remove_all(Out);
     const auto poster = [&](const std::string& file) {
         return Crop("a.jpg", {"--preset", "poster", "--presets", file, "--resume"});
@@ -331,7 +331,8 @@ TEST_F(ResumedOptions, OfEachOfSeveralRunsCountUntilAllItsFilesAreReplaced)
     // A run that failed on one photograph may have left files of another in place.
     EXPECT_EQ(crop("a.jpg", "square", "80", {"--force", Folder.Path("none.jpg")}).Status, 1);
     refused("square", "60", "80");
-    // After one that did not fail, only its own options count; those of the others still do.
+    // After a run without failures, only its options count for its files; the other runs still
+    // count for theirs.
     EXPECT_EQ(crop("a.jpg", "square", "80", {"--force"}).Status, 0);
     EXPECT_EQ(crop("b.jpg", "square", "80", {"--resume"}).Status, 0);
     refused("square", "80", "60");
@@ -346,7 +347,7 @@ TEST_F(ResumedOptions, OfTheSameOptionsInSeveralFormatsAreSeveralRuns)
     ASSERT_EQ(Crop("a.jpg", {"--quality", "80", "--format", "webp"}).Status, 0);
     EXPECT_EQ(Crop("b.jpg", {"--quality", "70", "--format", "webp", "--resume"}).Err,
               MadeWithOther(Out, "--quality was 80 and is 70"));
-    // Photographs of several formats count with each of them.
+    // A run over photographs of several formats counts for each format.
     fs::remove_all(Out);
     Scene(300, 200, 0.3, 0.6).write_to_file(Folder.Path("c.png").c_str());
     ASSERT_EQ(Crop("a.jpg", {Folder.Path("c.png"), "-n", "2"}).Status, 0);
@@ -356,8 +357,8 @@ TEST_F(ResumedOptions, OfTheSameOptionsInSeveralFormatsAreSeveralRuns)
               MadeWithOther(Out, "--top was 2 and is 3"));
 }
 
-// Two lists side by side, whose names differ in their ending only.
-TEST_F(ResumedOptions, OfTwoListsInAFolderAreApart)
+// Two lists side by side, whose names differ only in their endings.
+TEST_F(ResumedOptions, OfTwoListsInAFolderAreSeparate)
 {
     const auto list = [&](const char* format, const char* top, Words more) {
         more.insert(more.end(),
@@ -370,16 +371,16 @@ TEST_F(ResumedOptions, OfTwoListsInAFolderAreApart)
     EXPECT_EQ(list("--csv", "3", {"--resume", B}).Status, 0);
     EXPECT_EQ(list("--json", "3", {"--resume", B}).Err,
               MadeWithOther(Folder.Path("list.json"), "--top was 2 and is 3"));
-    // Replaced, a list has the options of the new run only.
+    // Once it is replaced, a list has only the options of the new run.
     EXPECT_EQ(list("--json", "4", {"--force"}).Status, 0);
     EXPECT_EQ(list("--json", "4", {"--resume", B}).Status, 0);
     EXPECT_EQ(list("--json", "2", {"--resume", B}).Err,
               MadeWithOther(Folder.Path("list.json"), "--top was 4 and is 2"));
 }
 
-// Failures are tried again, and what was done is not: whatever the files are called, and even if
-// they have no crop.
-TEST_F(ResumedOptions, AListEndsUpAsIfNothingHadFailed)
+// Failures are tried again and finished photographs are not, whatever their names, even if they
+// have no crop.
+TEST_F(ResumedOptions, TheListEndsUpAsIfNothingHadFailed)
 {
     const std::string comma = Folder.Path("c, \"d\" \r.jpg");
     const std::string latin = Folder.Path("caf\xe9.jpg");
@@ -405,7 +406,7 @@ TEST_F(ResumedOptions, AListEndsUpAsIfNothingHadFailed)
             const Outcome resumed = run({"-o", output, "--resume"}, {comma, B, latin, A});
             EXPECT_EQ(resumed.Status, 0) << resumed.Err;
             EXPECT_EQ(resumed.Err, "");
-            // Done first: those that did not fail.
+            // Those that did not fail come first.
             EXPECT_EQ(ReadText(output), run({}, {comma, latin, B, A}).Out);
             const Outcome again = run({"-o", output, "--resume"}, {A, B, latin, comma});
             EXPECT_EQ(again.Err,
@@ -414,8 +415,8 @@ TEST_F(ResumedOptions, AListEndsUpAsIfNothingHadFailed)
         }
 }
 
-// "Nothing left to do" only if nothing was written, whichever photograph came last.
-TEST_F(ResumedOptions, AreDoneWhenEveryPhotographHasItsFiles)
+// "Nothing left to do" appears only if nothing was written, whichever photograph came last.
+TEST_F(ResumedOptions, NothingIsLeftOnceEveryPhotographHasItsFiles)
 {
     Words files;
     for (const char* stem : {"a", "b"})
@@ -440,8 +441,8 @@ TEST_F(ResumedOptions, AreDoneWhenEveryPhotographHasItsFiles)
     EXPECT_EQ(Crop("a.jpg", quiet).Err, "");
 }
 
-// Sidecars lie beside the crops of their photograph, in its folder.
-TEST_F(ResumedOptions, SidecarsOfFoldersComeBackAlone)
+// Sidecars are in the folder of the crops of their photograph.
+TEST_F(ResumedOptions, OnlyMissingSidecarsInFoldersAreWrittenAgain)
 {
     fs::create_directories(Folder.Path("in/one"));
     fs::copy_file(A, Folder.Path("in/a.jpg"));
@@ -455,7 +456,7 @@ TEST_F(ResumedOptions, SidecarsOfFoldersComeBackAlone)
         ASSERT_TRUE(fs::remove(Out + gone));
         EXPECT_EQ(run("--xmp").Out, Out + gone + "\n");
     }
-    // Sidecars alone, beside crops that some other program wrote.
+    // Only sidecars, next to crops that another program wrote.
     fs::remove_all(Out);
     fs::create_directories(Out + "/one");
     WriteText(Out + "/a-1.jpg", "not of this program");

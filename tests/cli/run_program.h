@@ -21,7 +21,7 @@ struct RunOptions {
     bool AsNobody = false;      // as an unprivileged user, if the tests run as root
     bool OutIsTerminal = false; // standard output is a pseudo-terminal
     bool ErrIsTerminal = false;
-    bool OneTerminal = false; // both on the same one; Out is what it got, Err is empty
+    bool OneTerminal = false; // both go to one terminal; Out has all of it, Err is empty
 };
 
 Outcome RunProgram(const std::vector<std::string>& arguments, const RunOptions& options = {});

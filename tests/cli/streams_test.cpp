@@ -168,7 +168,7 @@ TEST(Streams, TimingsGoToStandardError)
     EXPECT_GT(cropSteps[4], 0.0);
 }
 
-// What stays on the screen when a terminal has got this text.
+// What remains on the screen of a terminal that received this text.
 std::vector<std::string> ScreenAfter(const std::string& text)
 {
     const std::string clearToEnd = "\x1b[K";
@@ -201,8 +201,8 @@ std::vector<std::string> LinesOf(const std::string& text)
     return lines;
 }
 
-// The bar makes room for every result, error and timing, and leaves nothing behind.
-TEST(Streams, OnOneTerminalTheResultsAndMessagesAreAllThatStays)
+// The bar is erased for every result, error and timing, and leaves no trace.
+TEST(Streams, OnOneTerminalOnlyResultsAndMessagesRemain)
 {
     const TempFolder folder;
     MakePhotographs(folder);
@@ -231,7 +231,7 @@ TEST(Streams, OnOneTerminalTheResultsAndMessagesAreAllThatStays)
         std::vector<std::string> screen = LinesOf(shown);
         EXPECT_EQ(screen.back(), "");
         screen.pop_back();
-        // Each line of either stream, in its order, and no other.
+        // The lines of both streams, each in its own order, and no others.
         const std::vector<std::string> out = LinesOf(apart.Out);
         const std::vector<std::string> err = LinesOf(apart.Err);
         EXPECT_EQ(err.size(), 4U); // two timings, two errors
@@ -246,7 +246,7 @@ TEST(Streams, OnOneTerminalTheResultsAndMessagesAreAllThatStays)
             else
                 ADD_FAILURE() << line;
         }
-        // While it works: how many are done, from none to all, and time left only in between.
+        // During the run, the bar counts from none to all, with the time left only in between.
         const std::regex bar("\\[([#.]{30})\\] ([0-9])/4(  [0-9]+:[0-9]{2} left)?");
         std::string counts;
         for (std::sregex_iterator it(together.Out.begin(), together.Out.end(), bar), end; it != end;
@@ -262,7 +262,7 @@ TEST(Streams, OnOneTerminalTheResultsAndMessagesAreAllThatStays)
 }
 
 // With one worker the steps follow one another, so together they take no longer than the run, and
-// of a large photograph most of it.
+// a large share of it for a large photograph.
 TEST(Streams, TimingsOfEachCommandAddUpToTheRun)
 {
     const TempFolder folder;
@@ -285,11 +285,11 @@ TEST(Streams, TimingsOfEachCommandAddUpToTheRun)
         ASSERT_EQ(times.size(), 5U) << outcome.Err;
         const double sum = std::accumulate(times.begin(), times.end(), 0.0);
         EXPECT_LE(sum, took.count());
-        EXPECT_GE(sum, 0.3 * took.count()); // the rest: the start of the program, and reading ahead
+        EXPECT_GE(sum, 0.3 * took.count()); // the rest: program start and reading ahead
         EXPECT_GT(times[0], 1.0);           // 3.8 million pixels of PNG
         EXPECT_GT(times[1], 1.0);
         EXPECT_NE(times[0], times[1]);
-        EXPECT_EQ(times[2] > 0.0, scores); // maps look for no faces
+        EXPECT_EQ(times[2] > 0.0, scores); // maps searches for no faces
         EXPECT_EQ(times[3] > 0.0, scores);
         EXPECT_EQ(times[4] > 1.0, writes);
     }

@@ -439,7 +439,7 @@ TEST(Analysis, ExplainsWhyThereIsNoCandidate)
         std::optional<PixelSize> Size;
         Shortfall Why;
     };
-    // The working picture is 640 pixels long. A size that is below one of its pixels gives none.
+    // The working picture is 640 pixels long. A size below one of its pixels gives no candidate.
     const Case cases[] = {{{640, 1}, {{1, 400}}, {}, {}, Shortfall::PhotographTooSmall},
                           {{640, 1}, {}, {0.01}, {}, Shortfall::PhotographTooSmall},
                           {{4000, 10}, {}, {}, PixelSize{1, 1}, Shortfall::PhotographTooSmall},

@@ -1,5 +1,5 @@
-// Photographs of every kind of pixels, in every format that holds them, cut, scaled and written in
-// every format: what must survive each way, measured in the pixels that a viewer shows.
+// Photographs of every kind of pixels, in every format that can hold them, are cut, scaled and
+// written in every format. The tests check what must survive, in the pixels that a viewer shows.
 #include <algorithm>
 #include <cmath>
 #include <optional>
@@ -37,7 +37,7 @@ constexpr Kind kKinds[] = {{"colour", false, false, false, false, false},
                            {"wide colour", false, false, false, true, false},
                            {"ink", false, false, false, false, true}};
 
-// Half of the picture is clear where the kind has alpha: the columns from the middle on.
+// If the kind has alpha, the right half of the picture is transparent.
 VImage Sample(const Kind& kind, int width, int height)
 {
     VImage image = Quarters(width, height);
@@ -69,7 +69,7 @@ bool Holds(ImageFormat format, const Kind& kind)
     }
 }
 
-// As a viewer shows it on the background: sRGB of 8 bits.
+// The image as a viewer shows it on the background: 8-bit sRGB.
 VImage OnScreen(VImage image, const Colour& background)
 {
     const bool isInk = image.interpretation() == VIPS_INTERPRETATION_CMYK;
@@ -103,7 +103,7 @@ PixelImage Shown(const VImage& image, const Colour& background = kBackground)
     return PixelsOf(OnScreen(image, background));
 }
 
-// Of the middle of each quarter, in each channel.
+// The means of each channel in the middle of each quarter.
 std::vector<double> QuarterMeansOf(const PixelImage& image)
 {
     const int32_t width = image.Size.Width;
@@ -131,8 +131,8 @@ void ExpectSameQuarters(const PixelImage& image, const PixelImage& expected, dou
             << "quarter " << i / 3 << ", channel " << i % 3;
 }
 
-// Transparency ends up on the background where the format has none, and depth is kept where it has
-// one. Colours, shown, are those of the photograph, whatever the way.
+// Alpha and depth are kept where the format has them; otherwise transparent pixels show the
+// background.
 void ExpectWritten(const VImage& crop, const Kind& kind, ImageFormat format)
 {
     const bool hasAlpha = kind.HasAlpha && format != ImageFormat::Jpeg;
@@ -148,9 +148,9 @@ void ExpectWritten(const VImage& crop, const Kind& kind, ImageFormat format)
     }
 }
 
-TEST(CropCombinations, EveryKindIsWrittenInEveryFormatAsItIsShown)
+TEST(CropCombinations, EveryKindLooksTheSameInEveryFormat)
 {
-    SetThreadsPerPicture(1); // they take longer to start than such small pictures
+    SetThreadsPerPicture(1); // starting threads takes longer than such small pictures
     const TempFolder folder;
     const int width = 96;
     const int height = 64;
@@ -163,10 +163,10 @@ TEST(CropCombinations, EveryKindIsWrittenInEveryFormatAsItIsShown)
                 continue;
             const VImage sample = Sample(kind, width, height);
             const PixelImage expected = Shown(sample);
-            // Levels of 255, for lossy formats; measured up to 5.5 where profiles are converted
+            // In levels of 255, for lossy formats; measured: up to 5.5 where profiles are converted
             // too.
             const double tolerance = kind.IsWide || kind.IsInk ? 8 : 4;
-            // Some lie on their side. libvips writes no orientation into PNG files.
+            // Some are stored on their side. libvips writes no orientation into PNG files.
             const bool isTurned = kind.IsDeep == kind.HasAlpha && from != ImageFormat::Png;
             const int orientation = isTurned ? 6 : 1;
             const std::string path = folder.Path("a." + EndingOf(from));
@@ -196,7 +196,7 @@ TEST(CropCombinations, EveryKindIsWrittenInEveryFormatAsItIsShown)
                 const VImage crop = Decoded(encoded[i]);
                 EXPECT_EQ((PixelSize{crop.width(), crop.height()}), size);
                 ExpectWritten(crop, kind, crops[i].Format);
-                // A grey JPEG has no colours for the background, only its brightness.
+                // A grey JPEG shows only the brightness of the background.
                 const double grey =
                     0.299 * kBackground[0] + 0.587 * kBackground[1] + 0.114 * kBackground[2];
                 const bool isGreyed =
@@ -207,12 +207,12 @@ TEST(CropCombinations, EveryKindIsWrittenInEveryFormatAsItIsShown)
                 EXPECT_EQ(read[i].Size, size);
                 ExpectSameQuarters(read[i], expected, tolerance);
             }
-            // What the engine sees is what is written.
+            // The engine sees the same picture.
             ExpectSameQuarters(photograph.ReadWorkingPicture().Pixels, expected, tolerance);
         }
 }
 
-// What is left out is left out whatever the format and size; the profile stays.
+// Metadata is dropped whatever the format and size; the profile stays.
 TEST(CropCombinations, StripLeavesTheProfileOnly)
 {
     const TempFolder folder;
@@ -245,10 +245,10 @@ TEST(CropCombinations, StripLeavesTheProfileOnly)
             }
 }
 
-// Pixels that nobody sees have colours too; scaling must not mix them into their neighbours.
-TEST(CropCombinations, ClearPixelsLendNoColourWhenScaled)
+// Transparent pixels have colours too; scaling must not mix these into their neighbours.
+TEST(CropCombinations, TransparentPixelsDoNotBleedWhenScaled)
 {
-    SetThreadsPerPicture(1); // they take longer to start than such small pictures
+    SetThreadsPerPicture(1); // starting threads takes longer than such small pictures
     const TempFolder folder;
     for (const bool isDeep : {false, true})
         for (const char* name : {"a.png", "a.tif"})
@@ -293,11 +293,11 @@ TEST(CropCombinations, ClearPixelsLendNoColourWhenScaled)
             }
 }
 
-// A smaller figure makes a smaller file in every format that has a quality, and changes nothing in
-// the others.
+// Lower quality makes a smaller file in every format that has a quality, and changes nothing in the
+// others.
 TEST(CropCombinations, QualityCountsWhereTheFormatHasOne)
 {
-    SetThreadsPerPicture(1); // they take longer to start than such small pictures
+    SetThreadsPerPicture(1); // starting threads takes longer than such small pictures
     const TempFolder folder;
     const VImage scene = Scene(72, 48, 0.4, 0.5);
     scene.write_to_file(folder.Path("a.png").c_str());
@@ -341,7 +341,7 @@ TEST(CropCombinations, CropsOfHeifAreWrittenInItsOwnFormat)
         }
 }
 
-// Grey light of 0 to 1 beside transparency: half as much light as white is step 188 of 255.
+// Grey light from 0 to 1 with alpha: half the light of white is level 188 of 255.
 TEST(CropCombinations, FloatingPointGreyKeepsItsTransparency)
 {
     const TempFolder folder;
@@ -369,7 +369,7 @@ TEST(CropCombinations, FloatingPointGreyKeepsItsTransparency)
     expectShown(Shown(written));
 }
 
-TEST(CropCombinations, TheQualityOfAPictureIsThatOfItsTransparencyToo)
+TEST(CropCombinations, QualityAppliesToTransparencyToo)
 {
     PixelImage image{{80, 60}, 4, {}};
     unsigned state = 1;

@@ -224,7 +224,7 @@ TEST(Iptc, TakesTheFormThatEachFormatNeeds)
     EXPECT_EQ(IptcForJpeg(mark + small), "");
     EXPECT_EQ(WithoutThumbnails(small + iptc), iptc);
     EXPECT_EQ(WithoutThumbnails("8BIM\x04\x04 cut short"), "");
-    const std::string old("8BIM\x04\x09\0\0\0\0\0\x02xy", 14); // the earlier kind of small picture
+    const std::string old("8BIM\x04\x09\0\0\0\0\0\x02xy", 14); // the older kind of thumbnail
     EXPECT_EQ(WithoutThumbnails(old + iptc + small), iptc);
 }
 

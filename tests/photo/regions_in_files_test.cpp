@@ -1,5 +1,5 @@
-// The regions that files name, in every orientation, standard and format: a region marks a white
-// block, so that the pixels say where it has to be, in the photograph and in its crops.
+// The regions that files name, in every orientation, standard and format. Each marks a white block,
+// so the pixels show where it must be, in the photograph and in its crops.
 #include <algorithm>
 #include <string>
 #include <vector>
@@ -69,7 +69,7 @@ std::string Field(const char* name, double value)
            "</Iptc4xmpExt:" + name + ">";
 }
 
-// The block of the picture as it is stored.
+// Metadata that names the block, in pixels of the stored picture.
 std::string XmpOf(Standard standard, const PixelRect& block, PixelSize stored)
 {
     const double width = stored.Width;
@@ -139,7 +139,7 @@ std::vector<FoundRegion> NamedBy(const Photograph& photograph)
 
 TEST(RegionsInFiles, MarkWhatThePixelsShow)
 {
-    SetThreadsPerPicture(1); // they take longer to start than such small pictures
+    SetThreadsPerPicture(1); // starting threads takes longer than such small pictures
     const TempFolder folder;
     const VImage upright = BlockPicture();
     for (const ImageFormat from :
@@ -149,7 +149,7 @@ TEST(RegionsInFiles, MarkWhatThePixelsShow)
                 continue; // libvips writes no orientation into PNG files
             for (const Standard standard : {Standard::WorkingGroup, Standard::Iptc,
                                             Standard::IptcPixels, Standard::Microsoft}) {
-                // A file's format and what its packet says have nothing to do with each other.
+                // Format and standard are independent, so a sample of their combinations is enough.
                 if (from != ImageFormat::Jpeg &&
                     (static_cast<int>(standard) + orientation) % 4 != 0)
                     continue;
@@ -169,10 +169,10 @@ TEST(RegionsInFiles, MarkWhatThePixelsShow)
                 EXPECT_EQ(regions[0].Label, "Ada");
                 EXPECT_EQ(regions[0].Source, RegionSource::Metadata);
                 EXPECT_EQ(BlockIn(photograph.ReadPreview(kSize.Width)), kBlock);
-                // Shares of six decimals, rounded outward.
+                // Its shares have six decimals and are rounded outward.
                 ExpectAt(regions[0].Rect, kBlock, 1);
 
-                // One that holds the block, one that cuts it, one that is scaled.
+                // One crop contains the block, one cuts it, one is scaled.
                 const auto to = static_cast<ImageFormat>(orientation % 4); // JPEG to TIFF
                 std::vector<CropOutput> crops(3);
                 crops[0].Rect = {64, 16, 112, 96};

@@ -725,8 +725,8 @@ TEST(RequestCombinations, APlainPictureIsRankedBySizeAndPlace)
     }
 }
 
-// Where nothing is to be seen, no measure prefers a crop: all share the first place.
-TEST(RequestCombinations, ByAMeasureCropsOfAPlainPictureAreEqual)
+// In a picture of one colour, no measure prefers a crop: all share the first place.
+TEST(RequestCombinations, AMeasureRanksCropsOfAPlainPictureEqually)
 {
     const Analysis analysis = AnalysisWith(PlainPicture({640, 400}));
     for (const RankBy ranking : {RankBy::Composition, RankBy::Coverage, RankBy::Border}) {
