@@ -398,7 +398,7 @@ TEST_F(CommandsAgree, OnTheRegionsOfPhotographsWithTheSameName)
     EXPECT_EQ(data[1]["regions"][0]["label"], "cock");
     EXPECT_TRUE(data[2]["regions"].empty());
 
-    // Of each shape by itself, too.
+    // The same holds if each shape has its own request.
     const std::vector<json> shapes =
         Suggested(Joined(options, {"--each-ratio", "--aspect", "1:1", "--aspect", "3:2"}));
     ASSERT_EQ(shapes.size(), 3U);

@@ -115,7 +115,7 @@ TEST(ContactSheet, RejectsWhatItCannotWrite)
     const Outcome tall = RunProgram(many);
     EXPECT_EQ(tall.Status, 1);
     EXPECT_NE(tall.Err.find("holds 232 photographs, not 233"), std::string::npos) << tall.Err;
-    // Of 65,500 pixels: two gaps of 12, a head of 30, and rows of 30 + 23 + 12.
+    // In 65,500 pixels: two gaps of 12, a head of 30, and rows of 30 + 23 + 12.
     many.insert(many.end(), 1007 - 233, a);
     many.insert(many.end(), {"--cell", "23x23"});
     const Outcome small = RunProgram(many);

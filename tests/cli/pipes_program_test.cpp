@@ -287,7 +287,7 @@ TEST_F(Pipes, FromTakesEachCropOfEachPhotographAsListed)
     EXPECT_EQ(many.Err,
               "vistatrim: " + Folder.Path("a.png") + ": standard output takes one crop, not 2\n");
 
-    // What came from standard input is gone.
+    // A photograph from standard input cannot be read twice.
     input.Input = R"({"file": "-", "crops": [{"x": 0, "y": 0, "width": 9, "height": 9}]})";
     const Outcome gone = RunProgram({"crop", "--from", "-", "-o", Folder.Path("new")}, input);
     EXPECT_EQ(gone.Status, 1);
@@ -295,7 +295,7 @@ TEST_F(Pipes, FromTakesEachCropOfEachPhotographAsListed)
               "vistatrim: standard input: a photograph from standard input cannot be read again\n");
 }
 
-// Only what is no picture at all may be a list of names.
+// Only input that is not a picture at all can be a list of names.
 TEST_F(Pipes, ABrokenPhotographOnStandardInputIsNotTakenForAList)
 {
     RunOptions input;

@@ -903,7 +903,8 @@ def photographs_stay_small(browser, sample):
 
 
 def small_photographs(sample):
-    """A page of many small crops of four photographs, two of one name, and its explained lines."""
+    """A page of many small crops of four photographs, two of which have the same name, and the
+    lines of `suggest --json --explain` for them."""
     folder = os.path.join(sample.folder, "small")
     page = os.path.join(sample.folder, "small.html")
     paths = [os.path.join(folder, name) for name in
@@ -926,19 +927,19 @@ def names_of_tiles(browser):
     return [name.text for name in browser.shown("#tiles > li .name")]
 
 
-def photographs_of_one_name_show_their_folder(browser, sample):
+def photographs_with_the_same_name_show_their_folder(browser, sample):
     page, _ = small_photographs(sample)
     browser.open(page)
     names = ["one/Café 1.png", "two/Café 1.png", "wide.png", "late.png"]
     assert names_of_tiles(browser) == names, names_of_tiles(browser)
-    # The search knows the folder, ignores accents and numbers what it found.
+    # The search includes the folder, ignores accents and counts what it found.
     for text, found in (("CAFE", names[:2]), ("two", names[1:2]), ("cafe 2", []),
                         ("a", names[:2] + names[3:])):
         browser.one("#search").clear()
         browser.one("#search").send_keys(text)
         assert names_of_tiles(browser) == found, (text, names_of_tiles(browser))
         assert browser.one("#search-count").text == f"{len(found)} of 4 photographs"
-    # The third was left out of the way from one photograph to the next, in both directions.
+    # Next and previous skip the third, which was not found.
     browser.shown("#tiles a")[1].click()
     browser.wait(lambda: browser.one("#viewer-title").text == names[1])
     assert browser.driver.title == names[1] + " – crop report"
@@ -959,19 +960,19 @@ def photographs_of_one_name_show_their_folder(browser, sample):
                  browser.focused().get_attribute("id") == "search")
     assert browser.one("#search").get_attribute("value") == "a"
     assert browser.driver.title == "Crop report"
-    # On paper there are those that were found.
+    # The printed page has the photographs found.
     browser.size(700, 1000, media="print")
     browser.run("dispatchEvent(new Event('beforeprint'))")
     assert [a.get_attribute("id") for a in browser.shown(".photo")] == \
         ["photo-1", "photo-2", "photo-4"]
     browser.run("dispatchEvent(new Event('afterprint'))")
-    # An address without a photograph shows them all.
+    # An address without a photograph leads to the overview.
     browser.size(1400, 1000)
     browser.run("location.hash = '#photo-12'")
     browser.wait(lambda: browser.one("#overview").is_displayed())
 
 
-def every_crop_is_described_in_figures(browser, sample):
+def every_crop_is_described_by_its_numbers(browser, sample):
     page, lines = small_photographs(sample)
     for number in (1, 2):
         line = lines[number - 1]
@@ -1012,7 +1013,7 @@ def every_crop_is_described_in_figures(browser, sample):
             assert browser.shown("#alone figcaption")[1].text == f"Crop {rank + 1}"
             assert browser.one("#alone canvas").get_attribute("aria-label").endswith(ratio)
             browser.one('[data-view="place"]').click()
-    # The next photograph begins with its first crop.
+    # The next photograph starts with its first crop.
     browser.one("#to-next").click()
     browser.wait(lambda: browser.one("#viewer-title").text == "wide.png")
     assert shown_crop(browser) == 0
@@ -1031,7 +1032,7 @@ def single_keys_do_what_the_page_lists(browser, sample):
         assert changed == [name], (key, changed)
         browser.press(key.upper())
         assert [pressed(other) for other in ("thirds", "outlines", "show-regions")] == before
-    # Through all maps and back to none; the map stays from one photograph to the next.
+    # M cycles through all maps and back to none; the next photograph keeps the map.
     chosen = lambda: browser.one("#map-choice").get_attribute("value")
     names = [option.get_attribute("value") for option in browser.all("#map-choice option")]
     seen = []
@@ -1051,7 +1052,7 @@ def single_keys_do_what_the_page_lists(browser, sample):
         browser.press("v")
         seen.append(mode())
     assert seen == ["crop", "compare", "place"], seen
-    # Keys of the browser are left to it, and in a row of crops there is a last one.
+    # Shortcuts of the browser still work, and End goes to the last crop.
     browser.press("5")
     assert shown_crop(browser) == 4
     ActionChains(browser.driver).key_down(Keys.ALT).send_keys("3").key_up(Keys.ALT).perform()
@@ -1092,7 +1093,7 @@ def a_choice_is_cut_by_the_program(browser, sample):
         assert shown_crop(browser) == rank
     browser.run("location.hash = '#overview'")
     browser.wait(lambda: browser.one("#overview").is_displayed())
-    # A tile shows the frames of the crops that are chosen, or else the first.
+    # A tile shows the frames of the chosen crops, or else of the first one.
     stage = browser.box(browser.all("#tiles .stage")[0])
     frames = lambda tile: [browser.box(frame) for frame in browser.all(
         f"#tiles > li:nth-child({tile + 1}) .frame")]
@@ -1100,7 +1101,7 @@ def a_choice_is_cut_by_the_program(browser, sample):
     assert len(frames(0)) == 3
     assert all(near(a, b, 0.5) for a, b in zip(frames(0), wanted)), (frames(0), wanted)
     assert len(frames(1)) == 1
-    # Choosing the first of each and saving: of those that were found, and all that are chosen.
+    # "Choose first" applies to the photographs found; saving, to everything chosen.
     browser.one("#search").send_keys("late")
     browser.one("#choose-first").click()
     assert browser.one("#choice-count").text == "4 crops chosen"
@@ -1129,14 +1130,14 @@ def a_choice_is_cut_by_the_program(browser, sample):
                 assert crop[name] == lines[number]["crops"][rank][name], (number, rank, name)
             assert [crop["files"][0][side] for side in ("width", "height")] == \
                 [crop[side] for side in ("width", "height")]
-    # What the search leaves out is cleared as well.
+    # Clearing includes photographs that the search hides.
     browser.one("#choice-clear").click()
     browser.open_until_chosen(page, "No crop chosen")
 
 
 def a_photograph_without_crops_says_why(browser, sample):
     small_photographs(sample)
-    # A square of 205 pixels fits into the first, which is 210 high, but not into the second.
+    # A square of 205 pixels fits the first, which is 210 high, but not the second.
     words = ["--aspect", "1:1", "--faces", "off", "--must-keep", "0,50,205,20", "-n", "2"]
     words += [os.path.join(sample.folder, "small", name) for name in ("two/late.png", "wide.png")]
     page = sample.report("none.html", *words)
@@ -1217,7 +1218,7 @@ CASES = [overview_comes_first, thirty_photographs_fit_on_a_few_screens,
          nothing_is_fetched_and_names_are_text, texts_hold_no_paths,
          phones_need_no_sideways_scrolling, paper_gets_the_plain_list,
          pages_are_readable_without_scripts, photographs_stay_small,
-         photographs_of_one_name_show_their_folder, every_crop_is_described_in_figures,
+         photographs_with_the_same_name_show_their_folder, every_crop_is_described_by_its_numbers,
          single_keys_do_what_the_page_lists, a_choice_is_cut_by_the_program,
          a_photograph_without_crops_says_why]
 

@@ -410,7 +410,7 @@ TEST(MetadataRegions, KindsAndNamesAreThoseOfEachStandard)
                      "rectangle");
     for (const char* role : {"recomCropping", "cropping", "recomCrop"})
         EXPECT_EQ(RegionsOfXmp(Iptc(rectangle, role), kPhoto, 1).at(0).Kind, RegionKind::Other);
-    // A type beside the role, and a name in two languages, of which neither comes first by chance.
+    // A type in addition to the role, and a name in two languages, of which the default counts.
     std::string animal = Iptc(rectangle);
     animal.insert(animal.find("<Iptc4xmpExt:rRole>"),
                   "<Iptc4xmpExt:rCtype><rdf:Bag><rdf:li rdf:parseType=\"Resource\"><xmp:Identifier>"
@@ -425,7 +425,7 @@ TEST(MetadataRegions, KindsAndNamesAreThoseOfEachStandard)
     EXPECT_EQ(regions[0].Label, "Boat");
 }
 
-// As on a photograph of a school: none is left out, in the photograph or in a crop of it.
+// As in a school photograph: no face is lost, in the photograph or in a crop of it.
 TEST(MetadataRegions, AGroupHasAllItsFaces)
 {
     std::vector<Area> areas;
@@ -443,7 +443,7 @@ TEST(MetadataRegions, AGroupHasAllItsFaces)
     EXPECT_THAT(*crop, HasSubstr("stDim:unit=\"pixel\""));
 }
 
-// A circle and a point keep their place in a crop.
+// Circles and points keep their place in a crop.
 TEST(CropRegions, OfCirclesAndPointsStayTrue)
 {
     std::string circle = WorkingGroup({{0.5, 0.5, 0.1, 0.2}}, 400, 200);

@@ -265,7 +265,7 @@ TEST(WayBack, PrefersAWishToTheRatio)
         EXPECT_TRUE(IsMet(wish, rect)) << NameOf(wish.Kind);
 }
 
-// A crop from border to border that gives up pixels for its ratio gives up as many on either side.
+// A crop from border to border that loses pixels to its ratio loses equally many on either side.
 TEST(WayBack, ACropFromBorderToBorderIsCentred)
 {
     int narrower = 0;
