@@ -79,6 +79,7 @@ protected:
             ioctl(pipe, FIONREAD, &held);
         }
         kill(process, signal);
+        usleep(100'000); // until it has noted the signal; it cannot go on before the pipe is read
         Outcome outcome;
         std::atomic<bool> ended(false);
         const auto drain = [&] {
