@@ -135,6 +135,25 @@ TEST(ContactSheet, HasAGapAroundItsRows)
     EXPECT_EQ(sheet.getpoint(134, 102), white);
 }
 
+TEST(ContactSheet, IsWrittenAtTheRequestedQuality)
+{
+    const TempFolder folder;
+    SheetLayout layout = Layout(1);
+    PixelImage noise = Plain(layout.Cell, {0, 0, 0});
+    unsigned state = 1;
+    for (uint8_t& byte : noise.Bytes)
+        byte = static_cast<uint8_t>((state = state * 1664525U + 1013904223U) >> 24);
+    size_t least = 0;
+    for (const int quality : {20, 60, 95}) {
+        Encoding jpeg;
+        jpeg.Quality = quality;
+        WriteSheet(layout, {SheetRow(layout, "", {noise})}, folder.Path("s.jpg"), jpeg);
+        const size_t size = ReadText(folder.Path("s.jpg")).size();
+        EXPECT_GT(size, least + least / 4) << quality;
+        least = size;
+    }
+}
+
 TEST(ContactSheet, RefusesRowsOfAnotherLayout)
 {
     const TempFolder folder;

@@ -134,6 +134,25 @@ TEST(JpegCoding, OtherTablesMapToTheQualityOfEqualSize)
     EXPECT_LE(flat(65535), 5);
 }
 
+// Cameras store brightness better than colour.
+TEST(JpegCoding, CoarserColourLowersTheQuality)
+{
+    // Where the 64 steps of the colour table begin.
+    const auto colourTable = [](std::vector<uint8_t>& bytes) {
+        const std::vector<uint8_t> head = {0xFF, 0xDB, 0x00, 0x43, 0x01};
+        const auto at = std::search(bytes.begin(), bytes.end(), head.begin(), head.end());
+        EXPECT_NE(at, bytes.end());
+        return at + static_cast<ptrdiff_t>(head.size());
+    };
+    const VImage picture = Quarters(64, 48);
+    std::vector<uint8_t> fine = AsJpeg(picture, 90, VIPS_FOREIGN_SUBSAMPLE_OFF);
+    std::vector<uint8_t> coarse = AsJpeg(picture, 20, VIPS_FOREIGN_SUBSAMPLE_OFF);
+    EXPECT_EQ(CodingOf(fine)->Quality, 90);
+    std::copy_n(colourTable(coarse), 64, colourTable(fine));
+    EXPECT_LT(CodingOf(fine)->Quality, 90);
+    EXPECT_GT(CodingOf(fine)->Quality, 60); // colour takes about a quarter of the bits
+}
+
 TEST(JpegCoding, OtherOrTruncatedDataHasNone)
 {
     const std::vector<uint8_t> whole = AsJpeg(Quarters(64, 48), 80, VIPS_FOREIGN_SUBSAMPLE_ON);

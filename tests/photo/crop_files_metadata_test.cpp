@@ -171,6 +171,109 @@ TEST(CropFiles, KeepASingleFieldOfATiff)
     }
 }
 
+// A small photograph as cameras with big-endian processors write it.
+std::string BigEndianTiff()
+{
+    std::string bytes;
+    const auto add = [&bytes](uint32_t number, int size) {
+        for (int shift = 8 * (size - 1); shift >= 0; shift -= 8)
+            bytes += static_cast<char>(number >> shift);
+    };
+    constexpr uint32_t kShort = 3;
+    constexpr uint32_t kLong = 4;
+    constexpr uint32_t kFraction = 5;
+    constexpr uint32_t kAscii = 2;
+    const auto entry = [&add](uint32_t tag, uint32_t type, uint32_t count, uint32_t value) {
+        add(tag, 2);
+        add(type, 2);
+        add(count, 4);
+        if (type == kShort && count == 1)
+            value <<= 16; // short values are on the left
+        add(value, 4);
+    };
+    constexpr uint32_t kEntries = 11;
+    constexpr uint32_t kExif = 8 + 2 + 12 * kEntries + 4;
+    constexpr uint32_t kData = kExif + 2 + 12 * 3 + 4;
+    bytes += "MM";
+    add(42, 2);
+    add(8, 4);
+    add(kEntries, 2);
+    entry(256, kShort, 1, 30);        // width
+    entry(257, kShort, 1, 20);        // height
+    entry(258, kShort, 1, 8);         // bits
+    entry(259, kShort, 1, 1);         // not compressed
+    entry(262, kShort, 1, 1);         // black is zero
+    entry(273, kLong, 1, kData + 20); // pixels
+    entry(277, kShort, 1, 1);         // one plane
+    entry(278, kShort, 1, 20);        // rows of the strip
+    entry(279, kLong, 1, 600);        // its bytes
+    entry(315, kAscii, 12, kData);    // artist
+    entry(34665, kLong, 1, kExif);
+    add(0, 4);
+    add(3, 2);
+    entry(33434, kFraction, 1, kData + 12); // exposure time
+    entry(34855, kShort, 1, 640);           // sensitivity
+    entry(37385, kShort, 1, 9);             // flash
+    add(0, 4);
+    bytes += std::string("somebody else").substr(0, 11) + '\0';
+    add(1, 4);
+    add(250, 4);
+    bytes.append(600, '\x80');
+    return bytes;
+}
+
+TEST(CropFiles, KeepNumbersAndFractionsOfABigEndianTiff)
+{
+    const TempFolder folder;
+    WriteText(folder.Path("a.tif"), BigEndianTiff());
+    for (const ImageFormat format : {ImageFormat::Jpeg, ImageFormat::Tiff}) {
+        CropOutput crop;
+        crop.Rect = {0, 0, 15, 10};
+        crop.Format = format;
+        const std::string path = folder.Path("out." + EndingOf(format));
+        WriteCrops(Photograph::FromFile(folder.Path("a.tif")), {crop}, {path});
+        const Metadata image = Opened(path);
+        EXPECT_EQ(ExifText(image, "Exif.Image.Artist"), "somebody el");
+        EXPECT_EQ(ExifText(image, "Exif.Photo.ExposureTime"), "1/250");
+        EXPECT_EQ(ExifText(image, "Exif.Photo.ISOSpeedRatings"), "640");
+        EXPECT_EQ(ExifText(image, "Exif.Photo.Flash"), "9");
+    }
+}
+
+TEST(CropFiles, LoseOnlyTheLargestFieldWhereTheExifOfATiffDoesNotFit)
+{
+    const TempFolder folder;
+    WritePhotograph(folder.Path("a.tif"));
+    const Metadata large = Opened(folder.Path("a.tif"));
+    large->exifData()["Exif.Photo.MakerNote"] = std::string(200'000, '1');
+    large->exifData()["Exif.Photo.UserComment"] = "charset=Ascii a comment";
+    large->writeMetadata();
+    CropOutput crop;
+    crop.Rect = {0, 0, 300, 200};
+    WriteCrops(Photograph::FromFile(folder.Path("a.tif")), {crop}, {folder.Path("out.jpg")});
+    ExpectKept(folder.Path("out.jpg"));
+    const Metadata image = Opened(folder.Path("out.jpg"));
+    EXPECT_EQ(ExifText(image, "Exif.Photo.MakerNote"), "");
+    EXPECT_THAT(ExifText(image, "Exif.Photo.UserComment"), HasSubstr("a comment"));
+}
+
+TEST(CropFiles, LoseTheCommentsOfAPngWhenStripped)
+{
+    const TempFolder folder;
+    VImage picture = Quarters(60, 40);
+    picture.set("png-comment-0-Title", "a walk by the sea");
+    picture.write_to_file(folder.Path("a.png").c_str());
+    CropOutput crop;
+    crop.Rect = {0, 0, 30, 20};
+    crop.Format = ImageFormat::Png;
+    for (const bool strip : {false, true}) {
+        crop.Strip = strip;
+        WriteCrops(Photograph::FromFile(folder.Path("a.png")), {crop}, {folder.Path("out.png")});
+        const VImage written = VImage::new_from_file(folder.Path("out.png").c_str());
+        EXPECT_EQ(written.get_typeof("png-comment-0-Title") == 0, strip);
+    }
+}
+
 TEST(CropFiles, HaveNoMetadataWhenStripped)
 {
     const TempFolder folder;
