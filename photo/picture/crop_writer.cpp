@@ -145,15 +145,10 @@ VImage InScreenColours(VImage image, const Colour& background)
 }
 
 // Reading and writing happen in one pass, so a failure does not say which of the two failed.
-// Failures are rare, so the photograph is simply read once more.
-PhotoError::Kind KindOfWriteFailure(const PhotographSource& source)
+// Failures are rare, so the photograph is simply read once more. Throws if that fails.
+void ReadOnceMore(const PhotographSource& source)
 {
-    try {
-        RunVips([&source] { source.ReadFull(true).avg(); }, PhotoError::Kind::Damaged);
-    } catch (const PhotoError& error) {
-        return error.GetKind();
-    }
-    return PhotoError::Kind::NotWritable;
+    RunVips([&source] { source.ReadFull(true).avg(); }, PhotoError::Kind::Damaged);
 }
 
 // Passes every crop to `save`, which may be called twice for each, and by several threads.
@@ -176,9 +171,9 @@ void SaveEach(const Photograph& photograph, const std::vector<CropOutput>& crops
             },
             PhotoError::Kind::NotWritable);
     } catch (const PhotoError& error) {
-        if (error.GetKind() != PhotoError::Kind::NotWritable)
-            throw;
-        throw PhotoError(KindOfWriteFailure(source), error.what());
+        if (error.GetKind() == PhotoError::Kind::NotWritable)
+            ReadOnceMore(source);
+        throw;
     }
 }
 

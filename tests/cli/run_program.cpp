@@ -1,5 +1,6 @@
 #include "run_program.h"
 
+#include <csignal>
 #include <cstdio>
 #include <cstdlib>
 #include <stdexcept>
@@ -30,6 +31,9 @@ pid_t Spawn(const std::vector<std::string>& arguments, const std::string& in,
     const pid_t child = fork();
     if (child != 0)
         return child;
+    // A shell lets its background jobs ignore these, and a program keeps what it inherits.
+    signal(SIGINT, SIG_DFL);
+    signal(SIGQUIT, SIG_DFL);
     Redirect(in, O_RDONLY, STDIN_FILENO);
     Redirect(out, O_WRONLY | O_CREAT | O_TRUNC, STDOUT_FILENO);
     Redirect(err, O_WRONLY | O_CREAT | O_TRUNC, STDERR_FILENO);

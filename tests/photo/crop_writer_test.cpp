@@ -325,6 +325,12 @@ TEST(CropWriter, ErrorsHaveKinds)
     EXPECT_EQ(KindOf([&] { EncodeCrops(broken, good); }), Kind::Damaged);
     EXPECT_EQ(KindOf([&] { WriteCrops(broken, good, {folder.Path("x.png")}); }), Kind::Damaged);
     EXPECT_EQ(KindOf([&] { ReadCrops(broken, good); }), Kind::Damaged);
+    try {
+        EncodeCrops(broken, good);
+        FAIL() << "no error";
+    } catch (const PhotoError& error) { // what is wrong with the photograph, not with the crop
+        EXPECT_STREQ(error.what(), "the file is cut short");
+    }
 }
 
 TEST(ImageEncoder, WritesThePixelsItIsGiven)
