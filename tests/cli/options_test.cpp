@@ -116,12 +116,10 @@ TEST(Options, SelectTheRanking)
     }
 }
 
-TEST(Options, ThatWouldHaveNoEffectTogetherAreFaults)
+TEST(Options, ThatCannotTakeEffectAreFaults)
 {
     const std::vector<std::vector<const char*>> wrong = {
         {"suggest", "a.jpg", "--rank-by", "border", "--weights", "1,0,0"},
-        {"suggest", "a.jpg", "--ranking", "r.json", "--weights", "1,0,0"},
-        {"suggest", "a.jpg", "--ranking", "r.json", "--rank-by", "engine"},
         {"suggest", "a.jpg", "--ranking", "no such file.json"}};
     for (const std::vector<const char*>& arguments : wrong)
         EXPECT_EQ(Parse(arguments).ExitStatus, kUsageFault) << arguments.back();
