@@ -38,7 +38,7 @@ void ComputeSideContrasts(const CPlaneStack& stack, CPlaneStack outs[4], float f
 void ComputeStripStatistics(const CPlaneStack& stack, CPlaneStack& mean, CPlaneStack& covariance,
                             std::vector<CStripRect> group);
 
-// The last step of that: from the sums over a group of strips to its mean and covariance.
+// The last step of ComputeStripStatistics: the mean and covariance of a group from its sums.
 // sums         of each plane, then of the products (0,0), (0,1) .. (0,n-1), (1,1) .. (n-1,n-1)
 // area         pixels of the group
 // means        planes floats

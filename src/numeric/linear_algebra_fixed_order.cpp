@@ -69,7 +69,7 @@ bool LowerHoldsNaN(const float* a, int32_t n)
     return false;
 }
 
-// The inverse of the factor, in its place (LAPACK's strti2).
+// The inverse of the factor, overwriting the factor (LAPACK's strti2).
 void InvertTriangle(int32_t n, float* a)
 {
     for (int32_t j = n - 1; j >= 0; --j) {
@@ -87,7 +87,7 @@ void InvertTriangle(int32_t n, float* a)
     }
 }
 
-// The lower triangle of L'L, in the place of L (LAPACK's slauu2).
+// The lower triangle of L'L, stored over L (LAPACK's slauu2).
 void MultiplyTransposed(int32_t n, float* a)
 {
     for (int32_t i = 0; i < n; ++i) {

@@ -14,8 +14,9 @@ class CPlaneStack {
 public:
     CPlaneStack() = default;
 
-    // One plane, owned by the caller; the second overload has no slots for tables.
+    // One plane, owned by the caller, with empty slots for its tables.
     void WrapPlane(int32_t cols, int32_t rows, float* plane);
+    // The same without slots for tables.
     void WrapPlaneOnly(int32_t cols, int32_t rows, float* plane);
     // Releases the old planes, then allocates planeCount planes, 64-byte aligned and uninitialised.
     void Create(int32_t planeCount, int32_t cols, int32_t rows);

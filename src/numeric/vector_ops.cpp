@@ -198,7 +198,7 @@ float ScaleOfRange(float range)
 
 // Both extremes by absolute value and both before the array changes. Data of mixed sign does not
 // map to 0..1.
-void NormaliseOddPlane(float* x, int32_t n)
+void NormaliseIrregularPlane(float* x, int32_t n)
 {
     const int32_t iMax = linearAlgebra::IndexOfLargest(n, x);
     const int32_t iMin = linearAlgebra::IndexOfSmallest(n, x);
@@ -244,7 +244,7 @@ void NormalisePlane(float* x, int32_t n)
     CPlaneRange seen;
     seen.Include(x, n);
     if (n < 1 || !seen.IsOrdinary()) {
-        NormaliseOddPlane(x, n);
+        NormaliseIrregularPlane(x, n);
         return;
     }
     CNormalisation(seen).Apply(x, n);
