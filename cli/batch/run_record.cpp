@@ -28,11 +28,16 @@ std::optional<std::vector<RecordedRun>> ReadRuns(const std::string& path)
 {
     std::ifstream stream(path, std::ios::binary);
     const json record = json::parse(stream, nullptr, false);
-    if (!record.is_object() || record.value("format", "") != kFormat)
+    const auto holds = [&record](const char* name) {
+        return record.is_object() && record.contains(name);
+    };
+    if (!holds("format") || record["format"] != kFormat)
+        return std::nullopt;
+    if (!holds("runs") || !record["runs"].is_array())
         return std::nullopt;
     try {
         std::vector<RecordedRun> runs;
-        for (const json& run : record.at("runs")) {
+        for (const json& run : record["runs"]) {
             runs.push_back({run.at("names").get<std::vector<std::string>>(),
                             run.at("options").get<std::map<std::string, std::string>>()});
             runs.back().Options.erase("--format"); // of older versions; the names hold it now

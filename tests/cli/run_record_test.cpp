@@ -1,0 +1,62 @@
+// What counts as a record of the options of an earlier run.
+#include "batch/run_record.h"
+
+#include <cstdio>
+#include <fstream>
+
+#include <gtest/gtest.h>
+
+#include "batch/program_error.h"
+
+namespace vistaTrim::cli {
+namespace {
+
+class RunRecordTest : public testing::Test {
+protected:
+    ~RunRecordTest() override
+    {
+        std::remove(Record.c_str());
+    }
+
+    bool IsRecord(const std::string& text)
+    {
+        std::ofstream(Record, std::ios::binary) << text;
+        return RunRecord::OfFile(List, {{}, {{"--top", "5"}}}).CheckResumed();
+    }
+
+    const std::string Name = std::string("vistatrim_run_record_") +
+                             testing::UnitTest::GetInstance()->current_test_info()->name();
+    const std::string List = testing::TempDir() + Name;
+    const std::string Record = testing::TempDir() + "." + Name + ".options";
+};
+
+TEST_F(RunRecordTest, OfTheSameOptionsIsAccepted)
+{
+    EXPECT_FALSE(RunRecord::OfFile(List, {}).CheckResumed()); // there is none
+    EXPECT_TRUE(IsRecord(R"({"format": "vistatrim-options", "version": 1, "runs": []})"));
+    EXPECT_TRUE(IsRecord(R"({"format": "vistatrim-options", "version": 1,
+                             "runs": [{"names": [], "options": {"--top": "5"}}]})"));
+    EXPECT_THROW(IsRecord(R"({"format": "vistatrim-options", "version": 1,
+                              "runs": [{"names": [], "options": {"--top": "6"}}]})"),
+                 ProgramError);
+}
+
+TEST_F(RunRecordTest, AnyOtherTextCountsAsNoRecord)
+{
+    for (const char* text :
+         {"", "{", "[]", "5", R"({"runs": []})", R"({"format": 5})",
+          R"({"format": ["vistatrim-options"], "runs": []})", R"({"format": null, "runs": []})",
+          R"({"format": "other", "runs": []})", R"({"format": "vistatrim-options"})",
+          R"({"format": "vistatrim-options", "runs": null})",
+          R"({"format": "vistatrim-options", "runs": {}})",
+          R"({"format": "vistatrim-options", "runs": [5]})",
+          R"({"format": "vistatrim-options", "runs": [{"names": [5], "options": {}}]})",
+          R"({"format": "vistatrim-options", "runs": [{"names": [], "options": {"--top": 5}}]})",
+          R"({"format": "vistatrim-options", "runs": [{"names": []}]})"}) {
+        SCOPED_TRACE(text);
+        EXPECT_FALSE(IsRecord(text));
+    }
+}
+
+} // namespace
+} // namespace vistaTrim::cli
