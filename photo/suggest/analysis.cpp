@@ -17,6 +17,7 @@
 #include "suggest/explanation.h"
 #include "suggest/lent_image.h"
 #include "suggest/way_back.h"
+#include "suggest/wished_region_list.h"
 #include "vistaTrim/vistaTrim.h"
 #include "vistaTrimPhoto/photo_error.h"
 #include "vistaTrimPhoto/stopwatch.h"
@@ -108,55 +109,14 @@ Ratio NearestRatio(const CInt32CropRect& crop, const std::vector<Ratio>& ratios)
                              [&off](const Ratio& a, const Ratio& b) { return off(a) < off(b); });
 }
 
-// The request's own wishes as the ranking takes them.
-void AddNamed(const std::vector<Wish>& wishes, const WorkingPicture& picture,
-              std::vector<WishedRegion>& regions)
-{
-    for (const Wish& wish : wishes) {
-        const bool hard = IsHard(wish.Kind);
-        WishedRegion region;
-        region.Rect = ToWorkingOutward(wish.Rect, picture.Photo, picture.Pixels.Size);
-        region.Inside = WantsInside(wish.Kind);
-        region.Hard = hard;
-        region.First = !hard;
-        region.Cost = hard ? 0 : kNamedWishCost;
-        regions.push_back(region);
-    }
-}
-
-// The wishes of found regions. Those may be wrong, so they never precede what the user named, and
-// faces that the finder is unsure of count less.
-void AddFound(const std::vector<RegionWish>& wishes, const std::vector<FoundRegion>& found,
-              const WorkingPicture& picture, std::vector<WishedRegion>& regions)
-{
-    for (const RegionWish& wish : wishes) {
-        const FoundRegion& from = found[wish.Region];
-        const double sureness = from.Source == RegionSource::FaceFinder ? from.Confidence : 1.0;
-        WishedRegion region;
-        region.Rect = ToWorkingOutward(wish.Wish.Rect, picture.Photo, picture.Pixels.Size);
-        region.Inside = WantsInside(wish.Wish.Kind);
-        region.Hard = IsHard(wish.Wish.Kind);
-        region.Cost = region.Hard ? 0 : sureness * (wish.Core ? kHeadCost : kFoundRegionCost);
-        region.Moves = region.Inside && !region.Hard;
-        regions.push_back(region);
-        if (!wish.Core || region.Hard)
-            continue;
-        region.Rect = ToWorkingOutward(*wish.Core, picture.Photo, picture.Pixels.Size);
-        region.Cost = sureness * kFaceCost;
-        region.CutCost = sureness * kCutFaceCost;
-        regions.push_back(region);
-    }
-}
-
 void AnswerRequest(const WorkingPicture& picture, const CAnalysedPicture& analysed,
                    const Request& request, Suggestions& result)
 {
     CheckRequest(request, picture.Photo);
     std::vector<Wish> wishes = WishesInside(request.Wishes, picture.Photo);
-    std::vector<WishedRegion> regions;
-    AddNamed(wishes, picture, regions);
     const std::vector<RegionWish> found = WishesOf(result.Regions, picture.Photo);
-    AddFound(found, result.Regions, picture, regions);
+    const std::vector<WishedRegion> regions =
+        ListWishedRegions(wishes, found, result.Regions, picture.Photo, picture.Pixels.Size);
     for (const RegionWish& wish : found)
         wishes.push_back(wish.Wish);
     // Rounding to whole pixels must not cut faces either.
