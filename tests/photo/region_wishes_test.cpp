@@ -88,6 +88,24 @@ TEST(SameRegion, HalfOfTheSmallerRegionIsEnoughToCover)
     EXPECT_FALSE(IsCovered(Region({0, 0, 100, 100}, RegionKind::Face), {}));
 }
 
+// Lines of one pixel, for which every pixel counts.
+TEST(SameRegion, ThinRegionsThatTouchOrLieApartHaveNothingInCommon)
+{
+    const FoundRegion across = Region({100, 100, 60, 1}, RegionKind::Face);
+    const FoundRegion down = Region({100, 100, 1, 60}, RegionKind::Face);
+    EXPECT_TRUE(AreTheSame(across, across));
+    EXPECT_TRUE(AreTheSame(down, down));
+    for (const int shift : {-50, -2, -1, 1, 2, 50}) {
+        SCOPED_TRACE(shift);
+        const FoundRegion aboveOrBelow = Region({100, 100 + shift, 60, 1}, RegionKind::Face);
+        EXPECT_FALSE(AreTheSame(across, aboveOrBelow));
+        EXPECT_FALSE(IsCovered(across, {aboveOrBelow}));
+        const FoundRegion beside = Region({100 + shift, 100, 1, 60}, RegionKind::Face);
+        EXPECT_FALSE(AreTheSame(down, beside));
+        EXPECT_FALSE(IsCovered(down, {beside}));
+    }
+}
+
 TEST(RegionWishes, TheRoomOfALargeFaceIsExactToThePixel)
 {
     EXPECT_EQ(HeadOf({4000, 3000, 2000, 1000}, {10000, 8000}), (PixelRect{3600, 2600, 2800, 1600}));
