@@ -82,7 +82,7 @@ private:
             else if (!inString && c == '}' && --depth == 0)
                 return i + 1;
         }
-        Fail(Place(begin), "an object that begins here has no end");
+        Fail(Place(begin), "this object is never closed");
     }
 
     const std::string& Text;
@@ -114,7 +114,7 @@ std::string Word(const json& object, const char* name, const std::string& place)
 void CheckShapeName(const std::string& name, const std::string& place)
 {
     if (name.find('/') != std::string::npos || name.find('\0') != std::string::npos)
-        Fail(place, "shape may not hold a slash");
+        Fail(place, "shape must not contain a slash");
 }
 
 CropLabel LabelOf(const json& crop, const photo::Crop& made, size_t index, const std::string& place)

@@ -74,11 +74,12 @@ void AddName(const std::string& name, const ListOptions& options, PhotoList& lis
     const size_t before = list.Photos.size();
     WalkFolder(name, "", options, list);
     if (list.Photos.size() == before)
-        list.Photos.push_back({name, "",
-                               options.Recursive
-                                   ? "no photograph in this folder or below it"
-                                   : "no photograph in this folder; --recursive looks below it",
-                               nullptr});
+        list.Photos.push_back(
+            {name, "",
+             options.Recursive
+                 ? "no photograph in this folder or its subfolders"
+                 : "no photograph in this folder; --recursive searches its subfolders",
+             nullptr});
 }
 
 ListedPhoto FromStandardInput(std::istream& input)

@@ -34,12 +34,12 @@ void CheckFolders(const std::string& text)
     namespace fs = std::filesystem;
     const fs::path path(text);
     if (path.is_absolute())
-        throw std::runtime_error("a name begins inside the output folder, not with a slash");
+        throw std::runtime_error("a name must not begin with a slash");
     if (path.filename().empty())
         throw std::runtime_error("a name is missing");
     for (const fs::path& part : path)
         if (part == ".." || part == ".")
-            throw std::runtime_error("a name may not hold . or .. as a folder");
+            throw std::runtime_error("a name must not contain . or .. as a folder");
 }
 
 } // namespace

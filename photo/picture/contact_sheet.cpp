@@ -118,7 +118,7 @@ void WriteSheet(const SheetLayout& layout, const std::vector<PixelImage>& rows,
     for (const PixelImage& row : rows) {
         if (row.Size.Width != width || row.Channels != 3)
             throw PhotoError(PhotoError::Kind::InvalidRequest,
-                             "a row was made with another layout than its sheet");
+                             "the row's layout differs from the sheet's");
         sheet.Size.Height += row.Size.Height;
     }
     const size_t stride = static_cast<size_t>(sheet.Size.Width) * 3;

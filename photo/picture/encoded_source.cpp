@@ -80,7 +80,7 @@ std::string NumberText(double value)
     return text;
 }
 
-// Light of 0 to 1 as grey of 8 bits, just as light of colours is converted.
+// Converts linear grey light, 0..1, to 8-bit grey as colours are converted.
 vips::VImage InSteps(const vips::VImage& light)
 {
     const vips::VImage grey = light.extract_band(0);
@@ -203,12 +203,12 @@ private:
         const double most = stats.getpoint(kMaximum, 0)[0];
         const double mean = stats.getpoint(kMean, 0)[0];
         IsUnitGrey = isGrey && most <= 1;
-        // Highlights above 1 are white, but not whole pictures.
+        // Highlights above 1 become white. A mean above 1 means another scale.
         const bool isUnknown = isGrey ? most > 255 : mean > 1;
         if (isUnknown)
             throw PhotoError(PhotoError::Kind::Unsupported,
                              "floating-point values up to " + NumberText(most) +
-                                 "; they have to be light from 0, black, to 1, white");
+                                 "; they must be linear light, 0 (black) to 1 (white)");
     }
 
     // libvips thumbnails of CMYK have different colours from its profile conversion, so this

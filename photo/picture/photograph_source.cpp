@@ -52,8 +52,7 @@ vips::VImage PhotographSource::ReadThumbnail(PixelSize size) const
         image = image.flatten(vips::VImage::option()->set(
             "background", std::vector<double>(Under.begin(), Under.end())));
     if (image.bands() != 3 || image.width() != size.Width || image.height() != size.Height)
-        throw PhotoError(PhotoError::Kind::Unsupported,
-                         "has a kind of pixels that is not understood");
+        throw PhotoError(PhotoError::Kind::Unsupported, "has an unsupported pixel type");
     return image.cast(VIPS_FORMAT_UCHAR);
 }
 

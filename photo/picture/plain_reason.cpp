@@ -49,7 +49,7 @@ PhotoError PlainError(Kind kind, const std::string& message)
             return {Kind::Unreadable, system};
         if (Says(text, {"operation is blocked", "unsupported", "not supported", "unimplemented",
                         "samples out of range"}))
-            return {Kind::Unsupported, "a picture of a kind that is not read"};
+            return {Kind::Unsupported, "an unsupported kind of picture"};
         if (Says(text, {"too large", "too big", "too many pixels", "exceeds", "limit"}))
             return {Kind::Unsupported, "the picture is larger than can be read"};
         if (Says(text, {"premature", "truncated", "unexpected end", "end of file", "end of stream",

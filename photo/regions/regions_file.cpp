@@ -61,7 +61,7 @@ PixelRect OutwardRect(double x, double y, double width, double height)
     constexpr double kFarthest = 1e9;
     if (!(std::abs(x) <= kFarthest && std::abs(y) <= kFarthest && width <= kFarthest &&
           height <= kFarthest))
-        throw LineFault("a region is larger or farther off than any photograph");
+        throw LineFault("a region extends beyond the size of any photograph");
     const double left = std::floor(x);
     const double top = std::floor(y);
     return {static_cast<int32_t>(left), static_cast<int32_t>(top),

@@ -72,7 +72,7 @@ std::string NoteOf(const Explanation& explanation, const std::string& wishPrefix
     case Shortfall::SizeMissesWishes:
         return "no crop of exactly the requested size meets the wishes at full resolution";
     case Shortfall::FewCandidates:
-        return explanation.Passing == 1 ? "one candidate is left to choose from"
+        return explanation.Passing == 1 ? "only one candidate is left"
                                         : "only " + passing + " candidates are left to choose from";
     case Shortfall::OthersRankTooLow:
         return "of " + passing + " candidates, the others rank too low or are much like these";

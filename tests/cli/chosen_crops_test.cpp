@@ -113,15 +113,14 @@ TEST(ChosenCrops, ThatAreWrongAreNamedWithFileAndLine)
     EXPECT_EQ(FaultOf(crop(R"("x":0,"y":0,"width":9,"height":9,"ratio":"../up")")),
               "c.json:2: crop 1: ratio '../up' is not W:H");
     EXPECT_EQ(FaultOf(crop("\"x\":0,\"y\":0,\"width\":10,\"height\":10,\"shape\":\"../b\"")),
-              "c.json:2: crop 1: shape may not hold a slash");
+              "c.json:2: crop 1: shape must not contain a slash");
     EXPECT_EQ(FaultOf(crop("\"x\":0,\"y\":0,\"width\":60,\"height\":40,"
                            "\"fill\":{\"width\":100,\"height\":100}")),
               "c.json:2: crop 1: the crop does not have the ratio of its fill; "
               "change or remove fill");
     EXPECT_EQ(FaultOf("\n{\"crops\":[]}"), "c.json:2: has no file");
     EXPECT_EQ(FaultOf("\n\n{\"file\":\"a\",\n\"crops\":[1 2]}"), "c.json:4: is not JSON");
-    EXPECT_EQ(FaultOf("{\"file\":\"a\"}\n{\"file\":"),
-              "c.json:2: an object that begins here has no end");
+    EXPECT_EQ(FaultOf("{\"file\":\"a\"}\n{\"file\":"), "c.json:2: this object is never closed");
     EXPECT_EQ(FaultOf("file,x,y\n"), "c.json:1: is not the JSON of suggest or of a manifest");
     EXPECT_EQ(FaultOf("{\"file\":\"a\",\"crops\":{}}"), "c.json:1: crops must be an array");
 }

@@ -146,7 +146,7 @@ TEST(ExplainedText, OfEveryShortfallIsASentence)
     }
     explanation.Passing = 1;
     explanation.Why = Shortfall::FewCandidates;
-    EXPECT_EQ(NoteOf(explanation), "one candidate is left to choose from");
+    EXPECT_EQ(NoteOf(explanation), "only one candidate is left");
     explanation.Why = Shortfall::WishMetByNone;
     explanation.UnmetWish = WishKind::MustAvoid;
     EXPECT_EQ(NoteOf(explanation), "no candidate meets must-avoid; try more ratios or scales");

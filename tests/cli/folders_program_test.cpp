@@ -127,7 +127,7 @@ TEST(Folder, NamesAndListsTogetherKeepTheirOrder)
                                      "in/one/two/d.jpg", "none", "f.jpg", "other/e.jpg", "g.jpg"));
     EXPECT_EQ(outcome.Err, "vistatrim: " + folder.Path("in/locked") + ": Permission denied\n" +
                                "vistatrim: " + folder.Path("none") +
-                               ": no photograph in this folder or below it\n");
+                               ": no photograph in this folder or its subfolders\n");
 
     // Names that end in a null byte may contain any other byte.
     WriteText(folder.Path("l3"),

@@ -72,12 +72,12 @@ TEST(NameTemplate, BracesWithoutAFieldAreFaults)
 
 TEST(NameTemplate, NeverLeavesTheFolder)
 {
-    EXPECT_EQ(FaultOf("/tmp/{stem}"), "a name begins inside the output folder, not with a slash");
+    EXPECT_EQ(FaultOf("/tmp/{stem}"), "a name must not begin with a slash");
     EXPECT_EQ(FaultOf(""), "a name is missing");
     EXPECT_EQ(FaultOf("{stem}/"), "a name is missing");
     for (const char* text :
          {"..", "../{stem}", "a/../{stem}", "a/./{stem}", "./{stem}", "{stem}/.."})
-        EXPECT_EQ(FaultOf(text), "a name may not hold . or .. as a folder") << text;
+        EXPECT_EQ(FaultOf(text), "a name must not contain . or .. as a folder") << text;
 }
 
 } // namespace

@@ -96,12 +96,12 @@ TEST_F(PhotoNames, AFolderWithoutPhotographsSaysSo)
     std::vector<ListedPhoto> photos = Listed({Folder.Path("in"), "a.jpg"}, options);
     ASSERT_EQ(photos.size(), 2U);
     EXPECT_EQ(photos[0].Path, Folder.Path("in"));
-    EXPECT_EQ(photos[0].Error, "no photograph in this folder; --recursive looks below it");
+    EXPECT_EQ(photos[0].Error, "no photograph in this folder; --recursive searches its subfolders");
     EXPECT_EQ(photos[1].Error, "");
     options.Recursive = true;
     photos = Listed({Folder.Path("in")}, options);
     ASSERT_EQ(photos.size(), 1U);
-    EXPECT_EQ(photos[0].Error, "no photograph in this folder or below it");
+    EXPECT_EQ(photos[0].Error, "no photograph in this folder or its subfolders");
 }
 
 TEST_F(PhotoNames, StandardInputIsAPhotographOrAList)

@@ -292,7 +292,7 @@ TEST(Suggest, SaysWhyThereAreFewerCropsThanRequested)
     const json one =
         SuggestOne(folder.Path("a.jpg"), {"--aspect", "3:2", "--scale", "1", "--explain"});
     EXPECT_EQ(one["crops"].size(), 1U);
-    EXPECT_EQ(one["explain"]["note"], "one candidate is left to choose from");
+    EXPECT_EQ(one["explain"]["note"], "only one candidate is left");
     // One pixel of this photograph is about forty of the working picture's.
     Scene(16, 11, 0.3, 0.6).write_to_file(folder.Path("b.png").c_str());
     const json small =

@@ -420,7 +420,7 @@ TEST(Analysis, ExplainsEveryShortfall)
     whole.Aspects = {{8, 5}};
     whole.Scales = {1.0};
     EXPECT_EQ(explained(whole).Why, Shortfall::FewCandidates);
-    EXPECT_EQ(NoteOf(explained(whole)), "one candidate is left to choose from");
+    EXPECT_EQ(NoteOf(explained(whole)), "only one candidate is left");
 
     Request many;
     many.Aspects = {{8, 5}};

@@ -169,7 +169,7 @@ TEST(Photograph, FloatingPointLightIsReadFromZeroToOne)
               1);
 
     grey.cast(VIPS_FORMAT_DOUBLE).write_to_file(folder.Path("d.tif").c_str());
-    EXPECT_EQ(ReasonOf(folder.Path("d.tif")), "a picture of a kind that is not read");
+    EXPECT_EQ(ReasonOf(folder.Path("d.tif")), "an unsupported kind of picture");
     for (const VImage& unknown :
          {VImage(light.linear(255, 0)
                      .cast(VIPS_FORMAT_FLOAT)

@@ -220,7 +220,7 @@ TEST(Photograph, BrokenFileIsReportedInPlainWords)
     const TempFolder folder;
     const std::vector<std::string> sentences = {
         "the file is cut short", "the file is damaged or cut short",
-        "not a picture, or of a format that cannot be read", "a picture of a kind that is not read",
+        "not a picture, or of a format that cannot be read", "an unsupported kind of picture",
         "the picture is larger than can be read"};
     int broken = 0;
     for (const ReadableFormat& format : ReadableFormats()) {
@@ -257,7 +257,7 @@ TEST(PlainError, KeepsTheSystemsReasonAndNothingElse)
         PlainError(Kind::NotWritable, "VipsJpeg: Maximum supported image dimension is 65500\n");
     EXPECT_STREQ(wide.what(), "the format does not hold a picture of this size");
     const PhotoError blocked = PlainError(Kind::Damaged, "svgload_source: operation is blocked\n");
-    EXPECT_STREQ(blocked.what(), "a picture of a kind that is not read");
+    EXPECT_STREQ(blocked.what(), "an unsupported kind of picture");
     EXPECT_EQ(blocked.GetKind(), Kind::Unsupported);
     EXPECT_EQ(PlainError(Kind::Damaged, "vips: out of memory --- size == 9MB\n").GetKind(),
               Kind::OutOfMemory);

@@ -114,7 +114,7 @@ TEST_F(RegionsFileTest, AnErrorNamesFileAndLine)
         {"{\"file\":\"a\",\"regions\":[{\"x\":1,\"y\":\"1\",\"w\":1,\"h\":1}]}",
          "\"y\" is not a number"},
         {"{\"file\":\"a\",\"regions\":[{\"x\":1e30,\"y\":1,\"w\":1,\"h\":1}]}",
-         "a region is larger or farther off than any photograph"},
+         "a region extends beyond the size of any photograph"},
         {"{\"file\":\"a\",\"regions\":[{\"x\":1,\"y\":1,\"w\":1,\"h\":1,\"kind\":\"cat\"}]}",
          "\"kind\" is not one of"},
         {"{\"file\":\"a\",\"regions\":[{\"x\":1,\"y\":1,\"w\":1,\"h\":1,\"wish\":\"hold\"}]}",
