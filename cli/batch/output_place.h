@@ -1,4 +1,4 @@
-// Checks before the work whether its output can be written.
+// Checks that the output can be written before any work is done.
 #ifndef VISTATRIM_CLI_BATCH_OUTPUT_PLACE_H
 #define VISTATRIM_CLI_BATCH_OUTPUT_PLACE_H
 

@@ -31,7 +31,7 @@ struct PhotoResult {
     std::string File;
     photo::Suggestions Found;
     std::vector<CropLabel> Labels; // one for each crop
-    std::string WhyNone;           // there are no crops; for people, empty if nobody asked
+    std::string WhyNone;           // why there are no crops, for people; empty if not requested
     std::string Error;             // empty if all went well
     double WriteMilliseconds = 0;
     std::vector<std::string> Written; // files

@@ -40,7 +40,8 @@ std::optional<std::vector<RecordedRun>> ReadRuns(const std::string& path)
         for (const json& run : record["runs"]) {
             runs.push_back({run.at("names").get<std::vector<std::string>>(),
                             run.at("options").get<std::map<std::string, std::string>>()});
-            runs.back().Options.erase("--format"); // of older versions; the names hold it now
+            // Written by older versions; the file names carry it now.
+            runs.back().Options.erase("--format");
         }
         return runs;
     } catch (const json::exception&) {

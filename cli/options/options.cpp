@@ -344,7 +344,7 @@ void AddContactSheet(CLI::App& app, Options& values)
     AddRun(app, values);
 }
 
-// "Reads a, b, c." in lines.
+// Wraps a list such as "Reads a, b, c." to lines.
 std::string Listed(std::string text, const std::vector<std::string>& items)
 {
     constexpr size_t kWidth = 80;

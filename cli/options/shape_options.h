@@ -10,7 +10,7 @@ namespace vistaTrim::cli {
 
 void AddShapes(CLI::App& command, Options& values);
 
-// After parsing: what follows from the options together.
+// Call after parsing: applies rules that span several options.
 void FinishShapes(const CLI::App& command, Options& values);
 
 } // namespace vistaTrim::cli

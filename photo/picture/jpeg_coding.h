@@ -23,7 +23,7 @@ struct JpegCoding {
 int QualityOfTables(const QuantisationTable& luma, const QuantisationTable* chroma);
 
 // Reads up to the first scan; the source must be new or rewound. nullopt if it is not a JPEG file
-// or does not say. For use inside RunVips.
+// or does not record its coding. For use inside RunVips.
 std::optional<JpegCoding> CodingOfJpeg(const vips::VSource& source);
 
 } // namespace vistaTrim::photo

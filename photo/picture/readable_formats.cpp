@@ -85,7 +85,7 @@ FileKind KindOfContent(const std::string& path)
             LoadVipsModules();
             RunVips(look, PhotoError::Kind::Unreadable);
         }
-    } catch (const PhotoError&) { // this file was not named
+    } catch (const PhotoError&) { // the user did not name this file
         return FileKind::Other;
     }
     return kind;
@@ -111,7 +111,8 @@ FileKind KindOfFile(const std::string& path)
         return FileKind::Photograph;
     if (!IsRawEnding(ending))
         return FileKind::Other;
-    // What a raw developer wrote can have kept the name, and is read where it is named.
+    // A developed file may keep its raw extension; it is read if its contents are a readable
+    // picture.
     return KindOfContent(path) == FileKind::Photograph ? FileKind::Photograph : FileKind::Raw;
 }
 

@@ -53,7 +53,7 @@ TiffReader TiffReaderOf(const std::vector<uint8_t>& bytes);
 // Bytes of one value; 0 for an unknown type.
 size_t SizeOfTiffType(uint16_t type);
 
-// The integers of a field, at most some; none if its values are of another type.
+// A field's integers, up to a limit; empty if it is missing or holds another type.
 std::vector<uint64_t> NumbersOf(const TiffDirectory& directory, uint16_t tag);
 
 } // namespace vistaTrim::photo

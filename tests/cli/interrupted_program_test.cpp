@@ -79,7 +79,8 @@ protected:
             ioctl(pipe, FIONREAD, &held);
         }
         kill(process, signal);
-        usleep(100'000); // until it has noted the signal; it cannot go on before the pipe is read
+        // Time to record the signal; the program cannot continue until the pipe is read.
+        usleep(100'000);
         Outcome outcome;
         std::atomic<bool> ended(false);
         const auto drain = [&] {

@@ -249,7 +249,7 @@ TEST_P(OptionPairs, AreAcceptedOrRefusedByName)
 INSTANTIATE_TEST_SUITE_P(OfEachCommand, OptionPairs,
                          testing::Values("suggest", "crop", "report", "maps", "contact-sheet"));
 
-TEST(OptionPair, OfWhichOneNeedsTheOtherIsRefusedWithoutIt)
+TEST(DependentOption, AloneIsRefused)
 {
     const std::pair<Words, const char*> cases[] = {
         {{"suggest", "a.jpg", "--force"}, "--force needs --output"},

@@ -31,7 +31,7 @@ pid_t Spawn(const std::vector<std::string>& arguments, const std::string& in,
     const pid_t child = fork();
     if (child != 0)
         return child;
-    // A shell lets its background jobs ignore these, and a program keeps what it inherits.
+    // Shells start background jobs with these ignored, and programs inherit that.
     signal(SIGINT, SIG_DFL);
     signal(SIGQUIT, SIG_DFL);
     Redirect(in, O_RDONLY, STDIN_FILENO);

@@ -143,14 +143,14 @@ TEST(ContactSheet, IsWrittenAtTheRequestedQuality)
     unsigned state = 1;
     for (uint8_t& byte : noise.Bytes)
         byte = static_cast<uint8_t>((state = state * 1664525U + 1013904223U) >> 24);
-    size_t least = 0;
+    size_t previous = 0;
     for (const int quality : {20, 60, 95}) {
         Encoding jpeg;
         jpeg.Quality = quality;
         WriteSheet(layout, {SheetRow(layout, "", {noise})}, folder.Path("s.jpg"), jpeg);
         const size_t size = ReadText(folder.Path("s.jpg")).size();
-        EXPECT_GT(size, least + least / 4) << quality;
-        least = size;
+        EXPECT_GT(size, previous + previous / 4) << quality;
+        previous = size;
     }
 }
 

@@ -188,7 +188,7 @@ std::string BigEndianTiff()
         add(type, 2);
         add(count, 4);
         if (type == kShort && count == 1)
-            value <<= 16; // short values are on the left
+            value <<= 16; // short values are left-justified
         add(value, 4);
     };
     constexpr uint32_t kEntries = 11;
@@ -240,7 +240,7 @@ TEST(CropFiles, KeepNumbersAndFractionsOfABigEndianTiff)
     }
 }
 
-TEST(CropFiles, LoseOnlyTheLargestFieldWhereTheExifOfATiffDoesNotFit)
+TEST(CropFiles, DropOnlyTheLargestFieldOfOversizedTiffExif)
 {
     const TempFolder folder;
     WritePhotograph(folder.Path("a.tif"));

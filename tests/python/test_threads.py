@@ -55,7 +55,7 @@ def test_other_threads_run_while_the_library_works(photo_path, counter):
     }
     for name, call in calls.items():
         before = counter.count
-        for _ in range(20):  # a busy machine may not run the other thread during each call
+        for _ in range(20):  # a busy machine might not run the other thread during each call
             call()
             if counter.count > before:
                 break
