@@ -9,7 +9,7 @@ namespace vistaTrim::cli {
 
 struct EarlierOutput {
     std::string Kept;            // the text to keep
-    std::set<std::string> Files; // names as FileKey gives them
+    std::set<std::string> Files; // names as the file shows them
 };
 
 // A photograph counts as done if all its crops are there. Errors are dropped, since they may

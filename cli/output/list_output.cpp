@@ -35,6 +35,28 @@ std::string ReadAll(const std::string& path)
                        std::generic_category().message(errno));
 }
 
+// What an interrupted run left in its file. Throws ProgramError.
+EarlierOutput HeldBy(const std::string& text, ListFormat format)
+{
+    switch (format) {
+    case ListFormat::Text: break;
+    case ListFormat::Json: return HeldByJson(text);
+    case ListFormat::Csv: return HeldByCsv(text, CsvHeader());
+    }
+    throw ProgramError("cannot be resumed; choose --json or --csv");
+}
+
+// The photograph's name as the file shows it.
+std::string FileKey(const std::string& path, ListFormat format)
+{
+    switch (format) {
+    case ListFormat::Json: return JsonFileKey(path);
+    case ListFormat::Text:
+    case ListFormat::Csv: break;
+    }
+    return path;
+}
+
 } // namespace
 
 ListOutput::ListOutput(const Options& options)
@@ -55,8 +77,7 @@ ListOutput::ListOutput(const Options& options)
             const bool isRecorded = text.empty() || record.CheckResumed();
             EarlierOutput earlier;
             try {
-                earlier =
-                    Format == ListFormat::Json ? HeldByJson(text) : HeldByCsv(text, CsvHeader());
+                earlier = HeldBy(text, Format);
             } catch (const ProgramError& error) {
                 throw ProgramError(Shown(Path) + " " + error.what());
             }
@@ -88,11 +109,9 @@ ListOutput::~ListOutput()
 std::vector<ListedPhoto> ListOutput::StillToDo(const std::vector<ListedPhoto>& photos) const
 {
     std::vector<ListedPhoto> left;
-    std::copy_if(photos.begin(), photos.end(), std::back_inserter(left),
-                 [this](const ListedPhoto& photo) {
-                     return Held.count(Format == ListFormat::Json ? JsonFileKey(photo.Path)
-                                                                  : photo.Path) == 0;
-                 });
+    std::copy_if(
+        photos.begin(), photos.end(), std::back_inserter(left),
+        [this](const ListedPhoto& photo) { return Held.count(FileKey(photo.Path, Format)) == 0; });
     return left;
 }
 

@@ -78,6 +78,19 @@ TEST_P(ListFiles, AreReplacedOnlyIfAllowed)
 INSTANTIATE_TEST_SUITE_P(EachFormat, ListFiles,
                          testing::Values(ListFormat::Text, ListFormat::Json, ListFormat::Csv));
 
+// The options refuse this too. A list that cannot be read back must not be emptied.
+TEST(TextLists, AreNotResumed)
+{
+    const TempFolder folder;
+    const std::string path = folder.Path("list");
+    const std::string text = PeopleText(ResultOf("a"));
+    WriteText(path, text);
+    Options options = Into(path, ListFormat::Text);
+    options.Resume = true;
+    EXPECT_THROW(ListOutput{options}, ProgramError);
+    EXPECT_EQ(ReadText(path), text);
+}
+
 class ResumedLists : public ListFiles {
 protected:
     Options Resuming() const
