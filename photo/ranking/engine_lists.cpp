@@ -22,8 +22,13 @@ CropList CopyAndRelease(ICropRects* list)
 
 WeightDistribution EngineWeights(const Weights& weights)
 {
-    return {weights.Composition, weights.Coverage, weights.Border, weights.Peak,
-            weights.CentrePeak};
+    WeightDistribution engine(0, 0, 0);
+    engine.Weight1 = weights.Composition;
+    engine.Weight2 = weights.Coverage;
+    engine.Weight3 = weights.Border;
+    engine.Weight4 = weights.Peak;
+    engine.Weight5 = weights.CentrePeak;
+    return engine;
 }
 
 } // namespace

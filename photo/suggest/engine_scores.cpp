@@ -4,8 +4,15 @@ namespace vistaTrim::photo {
 
 Scores ScoresOf(const vistaTrim::Score& score)
 {
-    return {score.CompositionScore, score.CoverageScore, score.BorderScore, score.PeakScore,
-            score.CentrePeakScore,  score.RoiScore,      score.MergedScore};
+    Scores scores;
+    scores.Composition = score.CompositionScore;
+    scores.Coverage = score.CoverageScore;
+    scores.Border = score.BorderScore;
+    scores.Peak = score.PeakScore;
+    scores.CentrePeak = score.CentrePeakScore;
+    scores.Roi = score.RoiScore;
+    scores.Merged = score.MergedScore;
+    return scores;
 }
 
 } // namespace vistaTrim::photo
