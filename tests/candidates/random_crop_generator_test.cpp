@@ -256,12 +256,19 @@ TEST(RandomCropGenerator, ScoresStayInACellThatIsRequestedAgain)
     EXPECT_TRUE(generator.GenerateAll()[kRow4By3][kScale05][7].Score.Scored);
 }
 
-TEST(RandomCropGenerator, ResultsAreCopies)
+// So that scores written into the grid are seen in every result.
+TEST(RandomCropGenerator, ResultsAreReferencesIntoTheGrid)
 {
     RandomCropGenerator generator = DefaultGenerator(640, 480);
-    CropGridRows grid = generator.GenerateAll();
-    grid[0][0][0].Left = 77;
-    EXPECT_EQ(generator.CropGrid[0][0][0].Left, 0);
+    const CropGridRows& grid = generator.CropGrid;
+    EXPECT_EQ(&generator.GenerateAll(), &grid);
+    EXPECT_EQ(&generator.GenerateAspectRow(kRow4By3), &grid[kRow4By3]);
+    EXPECT_EQ(&generator.GenerateCell(kRow4By3, kScale05), &grid[kRow4By3][kScale05]);
+    uint32_t aspectIndex = 99;
+    uint32_t scaleIndex = 99;
+    EXPECT_EQ(&generator.GenerateForAspectRatio(4.0 / 3.0, aspectIndex), &grid[kRow4By3]);
+    EXPECT_EQ(&generator.GenerateForCropSize(320, 240, aspectIndex, scaleIndex),
+              &grid[kRow4By3][kScale05]);
 }
 
 TEST(RandomCropGenerator, RatioRequestFillsItsRowOnly)
