@@ -4,6 +4,7 @@
 #include <condition_variable>
 #include <map>
 #include <mutex>
+#include <optional>
 #include <thread>
 #include <vector>
 
@@ -20,10 +21,9 @@ public:
 
     void WorkOn()
     {
-        size_t index = 0;
-        while (Begin(index)) {
-            PhotoResult result = Steps.Work(index);
-            Finish(index, std::move(result));
+        while (const std::optional<size_t> index = Begin()) {
+            PhotoResult result = Steps.Work(*index);
+            Finish(*index, std::move(result));
         }
         Steps.Leave();
     }
@@ -34,15 +34,15 @@ public:
     }
 
 private:
-    bool Begin(size_t& index)
+    // The next photograph; none if all have begun or the run stops.
+    std::optional<size_t> Begin()
     {
         std::unique_lock<std::mutex> lock(Mutex);
         // One slow photograph must not let later results pile up without limit.
         RoomMade.wait(lock, [this] { return NextToBegin < NextToEmit + Window; });
         if (NextToBegin == Count || Steps.Stop())
-            return false;
-        index = NextToBegin++;
-        return true;
+            return std::nullopt;
+        return NextToBegin++;
     }
 
     void Finish(size_t index, PhotoResult&& result)

@@ -107,11 +107,6 @@ void Leave(const std::string& folder)
     locks.erase(lock);
 }
 
-struct TemporaryName {
-    std::string Run; // empty: from a release that used no locks
-    bool IsLock = false;
-};
-
 size_t DigitsAt(const std::string& text, size_t at, bool hexadecimal)
 {
     size_t count = 0;
@@ -124,7 +119,9 @@ size_t DigitsAt(const std::string& text, size_t at, bool hexadecimal)
     return count;
 }
 
-std::optional<TemporaryName> ParseName(const std::string& name)
+// The run that a temporary file or a lock belongs to; empty if it is from a release that used no
+// locks. None if the name is neither.
+std::optional<std::string> RunOf(const std::string& name)
 {
     const std::string prefix = kPrefix;
     if (name.compare(0, prefix.size(), prefix) != 0)
@@ -137,19 +134,17 @@ std::optional<TemporaryName> ParseName(const std::string& name)
     ++at;
     const size_t number = DigitsAt(name, at, false);
     if (number > 0 && number < kRandomDigits && endsAt(at + number))
-        return TemporaryName{};
+        return std::string();
     if (DigitsAt(name, at, true) != kRandomDigits)
         return std::nullopt;
     at += kRandomDigits;
     const std::string run = name.substr(prefix.size(), at - prefix.size());
     if (name.substr(at) == ".lock")
-        return TemporaryName{run, true};
+        return run;
     if (at >= name.size() || name[at] != '-')
         return std::nullopt;
     const size_t counter = DigitsAt(name, at + 1, false);
-    return counter > 0 && endsAt(at + 1 + counter)
-               ? std::optional<TemporaryName>(TemporaryName{run, false})
-               : std::nullopt;
+    return counter > 0 && endsAt(at + 1 + counter) ? std::optional(run) : std::nullopt;
 }
 
 // Without locks, only the modification time shows whether a run still writes the file.
@@ -176,7 +171,6 @@ void ClearRun(const std::string& folder, const std::string& run, const std::vect
         std::error_code error;
         for (const fs::path& file : files)
             fs::remove(file, error);
-        unlink(path.c_str());
     }
     close(descriptor);
 }
@@ -199,15 +193,13 @@ void ClearAbandoned(const std::string& folder)
     std::error_code error;
     for (fs::directory_iterator it(folder, error); !error && it != fs::directory_iterator();
          it.increment(error)) {
-        const std::optional<TemporaryName> name = ParseName(it->path().filename().string());
-        if (!name || name->Run == RunName())
+        const std::optional<std::string> run = RunOf(it->path().filename().string());
+        if (!run || *run == RunName())
             continue;
-        if (name->Run.empty())
+        if (run->empty())
             DeleteIfOld(it->path());
-        else if (name->IsLock)
-            runs[name->Run];
         else
-            runs[name->Run].push_back(it->path());
+            runs[*run].push_back(it->path());
     }
     for (const auto& [run, files] : runs)
         ClearRun(folder, run, files);

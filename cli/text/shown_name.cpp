@@ -1,7 +1,6 @@
 #include "text/shown_name.h"
 
 #include <cstdint>
-#include <cstdio>
 
 namespace vistaTrim::cli {
 
@@ -52,9 +51,8 @@ std::string Escape(unsigned char byte)
     case '\t': return "\\t";
     default: break;
     }
-    char text[8];
-    std::snprintf(text, sizeof text, "\\%03o", static_cast<unsigned>(byte));
-    return text;
+    const auto digit = [byte](int shift) { return static_cast<char>('0' + (byte >> shift) % 8); };
+    return {'\\', digit(6), digit(3), digit(0)};
 }
 
 // Returns whether anything was escaped. In quotes, a quote and a backslash are escaped as well.

@@ -124,8 +124,8 @@ private:
     {
         constexpr size_t kHead = 6; // depth, height, width, number of planes
         for (size_t at = kHead; at + 3 <= segment.size(); at += 3)
-            Planes.push_back(
-                {segment[at + 1] / 16, segment[at + 1] % 16, static_cast<size_t>(segment[at + 2])});
+            Planes.push_back({segment.at(at + 1) / 16, segment.at(at + 1) % 16,
+                              static_cast<size_t>(segment.at(at + 2))});
     }
 
     const QuantisationTable* TableOf(const Plane& plane) const

@@ -76,6 +76,18 @@ TEST(StoredPlace, BecomesWholePixelsOutward)
 }
 
 // A working pixel maps to every photograph pixel that shares more than an edge with it.
+// Edges off by up to a millionth of a pixel are those of whole pixels; anything more counts.
+TEST(StoredPlace, AMillionthOfAPixelIsARoundingError)
+{
+    const PixelSize picture = {100, 100};
+    const auto place = [&picture](double off) {
+        const double edge = off / 100;
+        return ToPixelsOutward({0.1 - edge, 0.2 - edge, 0.3 + 2 * edge, 0.4 + 2 * edge}, picture);
+    };
+    EXPECT_EQ(place(0.99e-6), (PixelRect{10, 20, 30, 40}));
+    EXPECT_EQ(place(1.01e-6), (PixelRect{9, 19, 32, 42}));
+}
+
 TEST(WorkingPlace, GoesBackToEveryPixelThatItTouches)
 {
     EXPECT_EQ(ToPhotographOutward({10, 20, 30, 40}, {640, 480}, {1280, 960}),
