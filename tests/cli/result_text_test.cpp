@@ -50,6 +50,14 @@ PhotoResult OfRatio(const photo::Ratio& aspect, const std::string& requested, ph
     return result;
 }
 
+TEST(ShownRatio, ACropFarFromItsRatioShowsItsOwn)
+{
+    EXPECT_EQ(ShownRatioOf(OfRatio({1, 1}, "1x1", {10249, 10000}), 0), "1:1");
+    EXPECT_EQ(ShownRatioOf(OfRatio({1, 1}, "1x1", {10252, 10000}), 0), "1.03:1");
+    EXPECT_EQ(ShownRatioOf(OfRatio({1, 1}, "1x1", {9751, 10000}), 0), "1:1");
+    EXPECT_EQ(ShownRatioOf(OfRatio({1, 1}, "1x1", {9748, 10000}), 0), "1:1.03");
+}
+
 TEST(ShownRatio, IsTheRequestedOneOrItsUsualName)
 {
     EXPECT_EQ(ShownRatioOf(OfRatio({7, 3}, "21x9", {2100, 900}), 0), "21:9");
