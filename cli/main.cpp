@@ -8,11 +8,11 @@
 #include "batch/blas_threads.h"
 #include "batch/interruption.h"
 #include "batch/photo_list.h"
-#include "batch/program_error.h"
 #include "batch/run_photos.h"
 #include "commands/commands.h"
 #include "options/option_files.h"
 #include "options/options.h"
+#include "options/program_error.h"
 #include "text/shown_name.h"
 #include "vistaTrimPhoto/photo_error.h"
 #include "vistaTrimPhoto/picture_runtime.h"
@@ -26,9 +26,8 @@ namespace {
 void CheckOptionFiles(const Options& options)
 {
     const auto check = [](const char* option, const std::string& file) {
-        const std::string fault = file.empty() ? "" : FaultOfFile(option, file);
-        if (!fault.empty())
-            throw OptionFileError(fault);
+        if (!file.empty())
+            CheckOptionFile(option, file);
     };
     const std::string standardInput = "-";
     for (const std::string& list : options.FilesFrom)
@@ -45,7 +44,8 @@ void ReadRegions(Options& options, const std::vector<ListedPhoto>& photos)
     if (options.RegionsPath.empty())
         return;
     try {
-        options.Regions = photo::RegionsFile(options.RegionsPath);
+        options.Regions = photo::RegionsFile(ReadOptionFile("--regions", options.RegionsPath),
+                                             Shown(options.RegionsPath));
     } catch (const photo::PhotoError& error) {
         throw OptionFileError(std::string("--regions: ") + error.what());
     }

@@ -2,9 +2,9 @@
 // rejected, and what the program writes is read back.
 #include <string>
 
-#include "batch/program_error.h"
 #include "batch/resume.h"
 #include "fuzz_support.h"
+#include "options/program_error.h"
 #include "output/result_text.h"
 #include "picture/crop_metadata.h"
 

@@ -5,7 +5,7 @@
 
 #include <nlohmann/json.hpp>
 
-#include "batch/program_error.h"
+#include "options/program_error.h"
 #include "vistaTrimPhoto/shape.h"
 
 namespace vistaTrim::cli {

@@ -6,7 +6,7 @@
 
 #include <unistd.h>
 
-#include "batch/program_error.h"
+#include "options/program_error.h"
 #include "text/shown_name.h"
 
 namespace vistaTrim::cli {

@@ -4,7 +4,7 @@
 
 #include <nlohmann/json.hpp>
 
-#include "batch/program_error.h"
+#include "options/program_error.h"
 
 namespace vistaTrim::cli {
 

@@ -2,16 +2,16 @@
 
 #include <algorithm>
 #include <filesystem>
-#include <fstream>
-#include <optional>
 #include <set>
+#include <system_error>
 #include <utility>
 
 #include <nlohmann/json.hpp>
 
 #include "batch/output_place.h"
-#include "batch/program_error.h"
 #include "batch/whole_file.h"
+#include "options/program_error.h"
+#include "options/text_file.h"
 #include "text/shown_name.h"
 
 namespace vistaTrim::cli {
@@ -26,27 +26,8 @@ constexpr const char* kFormat = "vistatrim-options";
 // nullopt if the file is missing or is not a record.
 std::optional<std::vector<RecordedRun>> ReadRuns(const std::string& path)
 {
-    std::ifstream stream(path, std::ios::binary);
-    const json record = json::parse(stream, nullptr, false);
-    const auto holds = [&record](const char* name) {
-        return record.is_object() && record.contains(name);
-    };
-    if (!holds("format") || record["format"] != kFormat)
-        return std::nullopt;
-    if (!holds("runs") || !record["runs"].is_array())
-        return std::nullopt;
-    try {
-        std::vector<RecordedRun> runs;
-        for (const json& run : record["runs"]) {
-            runs.push_back({run.at("names").get<std::vector<std::string>>(),
-                            run.at("options").get<std::map<std::string, std::string>>()});
-            // Written by older versions; the file names carry it now.
-            runs.back().Options.erase("--format");
-        }
-        return runs;
-    } catch (const json::exception&) {
-        return std::nullopt;
-    }
+    std::error_code unknown;
+    return fs::exists(path, unknown) ? RecordedRuns(ReadTextFile(path)) : std::nullopt;
 }
 
 void WriteRuns(const std::string& path, const std::vector<RecordedRun>& runs)
@@ -98,6 +79,30 @@ std::string Differences(const RecordedRun& before, const RecordedRun& now)
 }
 
 } // namespace
+
+std::optional<std::vector<RecordedRun>> RecordedRuns(const std::string& text)
+{
+    const json record = json::parse(text, nullptr, false);
+    const auto holds = [&record](const char* name) {
+        return record.is_object() && record.contains(name);
+    };
+    if (!holds("format") || record["format"] != kFormat)
+        return std::nullopt;
+    if (!holds("runs") || !record["runs"].is_array())
+        return std::nullopt;
+    try {
+        std::vector<RecordedRun> runs;
+        for (const json& run : record["runs"]) {
+            runs.push_back({run.at("names").get<std::vector<std::string>>(),
+                            run.at("options").get<std::map<std::string, std::string>>()});
+            // Written by older versions; the file names carry it now.
+            runs.back().Options.erase("--format");
+        }
+        return runs;
+    } catch (const json::exception&) {
+        return std::nullopt;
+    }
+}
 
 RunRecord::RunRecord(std::string output, std::string path, RecordedRun run)
     : Output(std::move(output)), Path(std::move(path)), Run(std::move(run))

@@ -3,6 +3,7 @@
 #define VISTATRIM_CLI_BATCH_RUN_RECORD_H
 
 #include <map>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -15,6 +16,9 @@ struct RecordedRun {
     std::map<std::string, std::string> Options;
 };
 
+// What the text of a record says; nullopt if it is not a record.
+std::optional<std::vector<RecordedRun>> RecordedRuns(const std::string& text);
+
 // The record is a hidden file beside the output, not in it: lists stay plain JSON lines or CSV.
 class RunRecord {
 public:
@@ -22,8 +26,8 @@ public:
     static RunRecord OfFile(const std::string& file, const RecordedRun& run);
     static RunRecord OfFolder(const std::string& folder, const RecordedRun& run);
 
-    // Throws a ProgramError that names the options that differ from those of an earlier run.
-    // Returns false if the output has no record.
+    // Throws a ProgramError that names the options that differ from those of an earlier run, or the
+    // record if it cannot be read. Returns false if the output has no record.
     bool CheckResumed() const;
 
     // Call before the first result is written. `anew` means that no earlier results are kept.

@@ -21,7 +21,7 @@
 #include <unistd.h>
 
 #include "batch/output_place.h"
-#include "batch/program_error.h"
+#include "options/program_error.h"
 #include "text/shown_name.h"
 
 namespace vistaTrim::cli {

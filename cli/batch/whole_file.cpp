@@ -8,7 +8,7 @@
 #include <fcntl.h>
 #include <unistd.h>
 
-#include "batch/program_error.h"
+#include "options/program_error.h"
 #include "text/shown_name.h"
 
 namespace vistaTrim::cli {

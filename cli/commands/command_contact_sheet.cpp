@@ -4,10 +4,10 @@
 #include <filesystem>
 
 #include "batch/output_place.h"
-#include "batch/program_error.h"
 #include "batch/run_photos.h"
 #include "batch/whole_file.h"
 #include "commands/suggest_crops.h"
+#include "options/program_error.h"
 #include "text/shown_name.h"
 #include "vistaTrimPhoto/contact_sheet.h"
 #include "vistaTrimPhoto/crop_writer.h"

@@ -12,7 +12,6 @@
 #include <unistd.h>
 
 #include "batch/output_place.h"
-#include "batch/program_error.h"
 #include "batch/run_photos.h"
 #include "batch/run_record.h"
 #include "batch/whole_file.h"
@@ -21,6 +20,7 @@
 #include "commands/crop_plan.h"
 #include "commands/name_clashes.h"
 #include "commands/suggest_crops.h"
+#include "options/program_error.h"
 #include "output/manifest.h"
 #include "output/picture_snippet.h"
 #include "output/xmp_sidecar.h"

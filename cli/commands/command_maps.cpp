@@ -3,9 +3,9 @@
 #include <cstdio>
 
 #include "batch/output_place.h"
-#include "batch/program_error.h"
 #include "batch/run_photos.h"
 #include "commands/map_files.h"
+#include "options/program_error.h"
 #include "text/shown_name.h"
 #include "vistaTrimPhoto/stopwatch.h"
 

@@ -6,9 +6,9 @@
 
 #include "batch/freed_memory.h"
 #include "batch/output_place.h"
-#include "batch/program_error.h"
 #include "batch/run_photos.h"
 #include "batch/temporary_files.h"
+#include "options/program_error.h"
 #include "text/shown_name.h"
 #include "vistaTrimPhoto/photo_error.h"
 

@@ -6,10 +6,10 @@
 #include <system_error>
 
 #include "batch/output_place.h"
-#include "batch/program_error.h"
 #include "batch/run_photos.h"
 #include "batch/whole_file.h"
 #include "commands/suggest_crops.h"
+#include "options/program_error.h"
 #include "report/report_page.h"
 #include "text/shown_name.h"
 #include "vistaTrimPhoto/image_format.h"

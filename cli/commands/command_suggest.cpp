@@ -1,8 +1,8 @@
 #include "commands/commands.h"
 
-#include "batch/program_error.h"
 #include "batch/run_photos.h"
 #include "commands/suggest_crops.h"
+#include "options/program_error.h"
 #include "output/list_output.h"
 #include "text/shown_name.h"
 

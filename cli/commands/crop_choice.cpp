@@ -1,12 +1,9 @@
 #include "commands/crop_choice.h"
 
-#include <cerrno>
-#include <filesystem>
-#include <fstream>
 #include <iterator>
-#include <system_error>
 
-#include "batch/program_error.h"
+#include "options/option_files.h"
+#include "options/program_error.h"
 #include "options/result_options.h"
 #include "text/shown_name.h"
 
@@ -19,18 +16,6 @@ std::string ReadAll(std::istream& stream)
     return {std::istreambuf_iterator<char>(stream), std::istreambuf_iterator<char>()};
 }
 
-std::string ReadFile(const std::string& file)
-{
-    std::error_code unknown;
-    if (std::filesystem::is_directory(file, unknown))
-        throw ProgramError(Shown(file) + ": is a folder, not a list of crops");
-    std::ifstream stream(file, std::ios::binary);
-    if (!stream)
-        throw ProgramError("cannot read " + Shown(file) + ": " +
-                           std::generic_category().message(errno));
-    return ReadAll(stream);
-}
-
 std::string SizeText(photo::PixelSize size)
 {
     return std::to_string(size.Width) + " x " + std::to_string(size.Height);
@@ -40,7 +25,7 @@ std::string SizeText(photo::PixelSize size)
 
 ChosenCrops ReadChoice(const std::string& file, std::istream& input)
 {
-    const std::string text = file == "-" ? ReadAll(input) : ReadFile(file);
+    const std::string text = file == "-" ? ReadAll(input) : ReadOptionFile("--from", file);
     ChosenCrops chosen;
     try {
         chosen = ReadChosenCrops(text, ShownName(file));

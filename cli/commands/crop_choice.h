@@ -13,8 +13,8 @@
 
 namespace vistaTrim::cli {
 
-// "-" reads `input`. Throws OptionFileError if it is not a list of crops, and ProgramError if it
-// names none.
+// "-" reads `input`. Throws OptionFileError if it cannot be read or is not a list of crops,
+// and ProgramError if it names none.
 ChosenCrops ReadChoice(const std::string& file, std::istream& input);
 
 std::vector<ListedPhoto> PhotosOf(const ChosenCrops& chosen);

@@ -5,9 +5,9 @@
 #include <filesystem>
 #include <set>
 
-#include "batch/program_error.h"
 #include "commands/commands.h"
 #include "options/name_template.h"
+#include "options/program_error.h"
 #include "text/shown_name.h"
 
 namespace vistaTrim::cli {

@@ -1,24 +1,24 @@
 #include "options/option_files.h"
 
-#include <cerrno>
-#include <filesystem>
-#include <system_error>
-
-#include <unistd.h>
-
-#include "text/shown_name.h"
+#include "options/program_error.h"
+#include "options/text_file.h"
 
 namespace vistaTrim::cli {
 
-std::string FaultOfFile(const std::string& option, const std::string& file)
+void CheckOptionFile(const std::string& option, const std::string& file)
 {
-    std::error_code unknown;
-    if (std::filesystem::is_directory(file, unknown))
-        return option + ": " + Shown(file) + " is a folder, not a file";
-    if (access(file.c_str(), R_OK) != 0)
-        return option + ": cannot read " + Shown(file) + ": " +
-               std::generic_category().message(errno);
-    return "";
+    const std::string fault = FaultOfFile(file);
+    if (!fault.empty())
+        throw OptionFileError(option + ": " + fault);
+}
+
+std::string ReadOptionFile(const std::string& option, const std::string& file)
+{
+    try {
+        return ReadTextFile(file);
+    } catch (const ProgramError& error) {
+        throw OptionFileError(option + ": " + error.what());
+    }
 }
 
 } // namespace vistaTrim::cli

@@ -11,6 +11,7 @@
 #include "options/option_defaults.h"
 #include "options/option_files.h"
 #include "options/plain_faults.h"
+#include "options/program_error.h"
 #include "options/read_option.h"
 #include "options/result_options.h"
 #include "options/shape_options.h"
@@ -500,7 +501,7 @@ CommandLine ParseCommandLine(int argc, const char* const* argv)
                   << HintOfDash(argc, argv) << "vistatrim: try --help\n";
         line.ExitStatus = kUsageFault;
         return line;
-    } catch (const FileFault& fault) {
+    } catch (const OptionFileError& fault) {
         std::cerr << "vistatrim: " << OneLine(fault.what()) << "\n";
         line.ExitStatus = kUsageFault;
         return line;
@@ -515,11 +516,12 @@ CommandLine ParseCommandLine(int argc, const char* const* argv)
         values.Output.clear();
     if (values.WeightsGiven)
         values.Request.Ranking = RankBy::Engine;
-    if (fault.empty() && !values.RankingFile.empty())
-        fault = FaultOfFile("--ranking", values.RankingFile);
     if (fault.empty() && !values.RankingFile.empty()) {
         try {
-            values.Request.Model = photo::ReadRankingModel(values.RankingFile);
+            values.Request.Model = photo::ReadRankingModel(
+                ReadOptionFile("--ranking", values.RankingFile), Shown(values.RankingFile));
+        } catch (const OptionFileError& error) {
+            fault = error.what();
         } catch (const photo::PhotoError& error) {
             fault = std::string("--ranking: ") + error.what();
         }

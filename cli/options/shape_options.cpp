@@ -4,8 +4,10 @@
 #include <memory>
 
 #include "options/option_files.h"
+#include "options/program_error.h"
 #include "options/read_option.h"
 #include "options/text_values.h"
+#include "text/shown_name.h"
 #include "vistaTrimPhoto/geometry.h"
 #include "vistaTrimPhoto/photo_error.h"
 #include "vistaTrimPhoto/presets.h"
@@ -45,13 +47,10 @@ void AddPresetsFile(CLI::App& command, const std::shared_ptr<Presets>& presets)
 {
     const auto read = [presets](const std::vector<std::string>& files) {
         for (const std::string& file : files) {
-            const std::string fault = FaultOfFile("--presets", file);
-            if (!fault.empty())
-                throw FileFault(fault);
             try {
-                presets->AddFile(file);
+                presets->AddTable(ReadOptionFile("--presets", file), Shown(file));
             } catch (const photo::PhotoError& error) {
-                throw FileFault(std::string("--presets: ") + error.what());
+                throw OptionFileError(std::string("--presets: ") + error.what());
             }
         }
     };

@@ -3,31 +3,25 @@
 #include <algorithm>
 #include <cerrno>
 #include <filesystem>
-#include <fstream>
 #include <iterator>
 #include <system_error>
 
 #include <unistd.h>
 
 #include "batch/output_place.h"
-#include "batch/program_error.h"
 #include "batch/resume.h"
 #include "batch/run_photos.h"
 #include "batch/run_record.h"
 #include "batch/temporary_files.h"
 #include "batch/whole_file.h"
+#include "options/program_error.h"
+#include "options/text_file.h"
 #include "output/result_text.h"
 #include "text/shown_name.h"
 
 namespace vistaTrim::cli {
 
 namespace {
-
-std::string ReadAll(const std::string& path)
-{
-    std::ifstream stream(path, std::ios::binary);
-    return std::string(std::istreambuf_iterator<char>(stream), std::istreambuf_iterator<char>());
-}
 
 [[noreturn]] void FailToWrite(const std::string& path)
 {
@@ -73,7 +67,7 @@ ListOutput::ListOutput(const Options& options)
             throw ProgramError(Shown(Path) + " exists already; --force replaces it" +
                                (Format == ListFormat::Text ? "" : ", --resume goes on"));
         if (exists && options.Resume) {
-            const std::string text = ReadAll(Path);
+            const std::string text = ReadTextFile(Path);
             const bool isRecorded = text.empty() || record.CheckResumed();
             EarlierOutput earlier;
             try {

@@ -1,8 +1,5 @@
 #include <cmath>
-#include <filesystem>
-#include <fstream>
 #include <string>
-#include <system_error>
 
 #include <nlohmann/json.hpp>
 
@@ -124,20 +121,14 @@ ChoiceModel ReadModel(const json& root)
 
 } // namespace
 
-RankingModel ReadRankingModel(const std::string& path)
+RankingModel ReadRankingModel(const std::string& text, const std::string& source)
 {
-    std::ifstream stream(path, std::ios::binary);
-    if (!stream)
-        Fail("the ranking file " + path + " cannot be opened");
-    std::error_code unknown;
-    if (std::filesystem::is_directory(path, unknown)) // a folder opens, but fails on reading
-        Fail("the ranking file " + path + " is a folder");
     try {
-        return std::make_shared<const ChoiceModel>(ReadModel(json::parse(stream)));
+        return std::make_shared<const ChoiceModel>(ReadModel(json::parse(text)));
     } catch (const json::exception&) {
-        Fail("the ranking file " + path + " is not valid JSON");
+        Fail(source + ": is not valid JSON");
     } catch (const PhotoError& error) {
-        Fail("the ranking file " + path + ": " + error.what());
+        Fail(source + ": " + error.what());
     }
 }
 

@@ -1,9 +1,8 @@
 #include "vistaTrimPhoto/regions_file.h"
 
-#include <cerrno>
 #include <cmath>
-#include <fstream>
-#include <system_error>
+#include <sstream>
+#include <stdexcept>
 
 #include <nlohmann/json.hpp>
 
@@ -137,12 +136,11 @@ std::string LastPartOf(const std::string& path)
 
 } // namespace
 
-RegionsFile::RegionsFile(const std::string& path)
+RegionsFile::RegionsFile(const std::string& text, const std::string& source)
 {
-    std::ifstream file(path, std::ios::binary);
-    std::string line;
+    std::istringstream stream(text);
     size_t number = 0;
-    while (std::getline(file, line)) {
+    for (std::string line; std::getline(stream, line);) {
         ++number;
         if (line.find_first_not_of(" \t\r") == std::string::npos)
             continue;
@@ -150,12 +148,9 @@ RegionsFile::RegionsFile(const std::string& path)
             ReadLine(line, ByName);
         } catch (const LineFault& fault) {
             throw PhotoError(PhotoError::Kind::InvalidRequest,
-                             path + ":" + std::to_string(number) + ": " + fault.what());
+                             source + ":" + std::to_string(number) + ": " + fault.what());
         }
     }
-    if (!file.eof()) // it could not be opened, or is a folder
-        throw PhotoError(PhotoError::Kind::Unreadable,
-                         path + ": " + std::generic_category().message(errno));
 }
 
 bool RegionsFile::Names(const std::string& photo) const

@@ -1,13 +1,8 @@
 #include "vistaTrimPhoto/presets.h"
 
 #include <algorithm>
-#include <cerrno>
-#include <filesystem>
-#include <fstream>
-#include <iterator>
 #include <sstream>
 #include <stdexcept>
-#include <system_error>
 
 #include "values/presets_table.h"
 #include "vistaTrimPhoto/geometry.h"
@@ -74,21 +69,6 @@ Shape ShapeOfRow(const std::string& row)
 Presets::Presets()
 {
     AddTable(kPresetsTable, "presets.tsv");
-}
-
-void Presets::AddFile(const std::string& path)
-{
-    std::error_code unknown;
-    if (std::filesystem::is_directory(path, unknown))
-        throw PhotoError(PhotoError::Kind::Unreadable, path + " is a folder, not a table");
-    std::ifstream stream(path, std::ios::binary);
-    const std::string table{std::istreambuf_iterator<char>(stream),
-                            std::istreambuf_iterator<char>()};
-    if (!stream)
-        throw PhotoError(PhotoError::Kind::Unreadable,
-                         "cannot read " + path + ": " +
-                             std::generic_category().message(errno != 0 ? errno : EIO));
-    AddTable(table, path);
 }
 
 void Presets::AddTable(const std::string& table, const std::string& source)

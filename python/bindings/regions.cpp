@@ -77,7 +77,8 @@ void BindRegions(py::module_& module)
         .def_property("faces", noGetter, &SetFaces)
         .def_property("regions", noGetter, &SetRegions);
     py::class_<photo::RegionsFile>(module, "RegionsFile")
-        .def(py::init<const std::string&>(), py::call_guard<py::gil_scoped_release>())
+        .def(py::init<const std::string&, const std::string&>(),
+             py::call_guard<py::gil_scoped_release>())
         .def("regions_of", &RegionsOf)
         .def("names", &photo::RegionsFile::Names);
     module.attr("HAS_FACE_FINDER") = photo::HasFaceFinder();

@@ -77,15 +77,15 @@ void SetRankBy(Request& request, const std::string& name)
     request.Ranking = found->second;
 }
 
-// A model read from a file; shared by all requests that use it.
+// Shared by all requests that use it.
 struct BoundRanking {
     photo::RankingModel Model;
 };
 
-BoundRanking ReadRanking(const std::string& path)
+BoundRanking ReadRanking(const std::string& text, const std::string& source)
 {
     const py::gil_scoped_release unlocked;
-    return {photo::ReadRankingModel(path)};
+    return {photo::ReadRankingModel(text, source)};
 }
 
 void SetRanking(Request& request, const BoundRanking& ranking)
@@ -171,7 +171,7 @@ void BindRequest(py::module_& module)
         .def_property("ranking", noGetter, &SetRanking);
     py::class_<photo::Presets>(module, "Presets")
         .def(py::init<>())
-        .def("add_file", &photo::Presets::AddFile)
+        .def("add_table", &photo::Presets::AddTable)
         .def("find", &FindPreset)
         .def("names", &PresetNames);
     module.def("parse_colour", &ParseColour);

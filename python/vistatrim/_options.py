@@ -112,12 +112,24 @@ def ratios(name: str, value: object, table: _vistatrim.Presets) -> Plain:
             for item in _items(name, "a ratio or a list of ratios", value)]
 
 
+def content_of(name: str, path: str) -> bytes:
+    """The content of the file that an option names."""
+    try:
+        with open(path, "rb") as file:
+            return file.read()
+    except (OSError, ValueError) as error:  # ValueError: a name with a zero byte
+        reason = error.strerror if isinstance(error, OSError) else error
+        raise ValueError(f"{name}: cannot read {path}: {reason}") from None
+
+
 def preset_files(name: str, value: object, table: _vistatrim.Presets) -> Plain:
     """Adds the rows of one file, or of a list of them, to the table."""
     one = isinstance(value, (str, os.PathLike))
     for file in [value] if one else _items(name, "a file or a list of files", value):
+        path = str(file_name(name, file))
+        content = content_of(name, path)
         try:
-            table.add_file(os.fsencode(str(file_name(name, file))))
+            table.add_table(content, os.fsencode(path))
         except _vistatrim.Failure as failure:
             raise ValueError(f"{name}: {failure.args[1]}") from None
     return None  # the manifest keeps the requested shapes, not their source
@@ -429,8 +441,9 @@ def _add_explanation(total: Dict[str, Any], more: Mapping[str, Any]) -> None:
 
 
 def _ranking(path: str) -> _vistatrim.Ranking:
+    content = content_of("ranking", path)
     try:
-        return _vistatrim.Ranking(os.fsencode(path))
+        return _vistatrim.Ranking(content, os.fsencode(path))
     except _vistatrim.Failure as failure:
         raise ValueError(f"ranking: {failure.args[1]}") from None
 
@@ -464,14 +477,19 @@ def _request_of(values: Mapping[str, Plain]) -> _vistatrim.Request:
 RegionUse = Tuple[str, bool, Tuple[Tuple[Any, ...], ...]]
 
 
+def regions_file(path: str, content: bytes) -> _vistatrim.RegionsFile:
+    try:
+        return _vistatrim.RegionsFile(content, os.fsencode(path))
+    except _vistatrim.Failure as failure:
+        raise ValueError(f"regions: {failure.args[1]}") from None
+
+
 def region_use_of(options: Mapping[str, Plain], photograph: str) -> RegionUse:
     """The use of regions that checked options describe, for the photograph of this name."""
     given = options.get("regions")
     if isinstance(given, str):
-        try:
-            regions = _vistatrim.RegionsFile(os.fsencode(given)).regions_of(os.fsencode(photograph))
-        except _vistatrim.Failure as failure:
-            raise ValueError(f"regions: {failure.args[1]}") from None
+        regions = regions_file(given, content_of("regions", given)).regions_of(
+            os.fsencode(photograph))
     else:
         regions = [tuple(region) for region in given] if isinstance(given, list) else []
     return (str(options.get("faces") or "all"), bool(options.get("ignore_metadata_regions")),

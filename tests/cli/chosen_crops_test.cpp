@@ -4,7 +4,7 @@
 
 #include <gtest/gtest.h>
 
-#include "batch/program_error.h"
+#include "options/program_error.h"
 #include "output/result_text.h"
 
 namespace vistaTrim::cli {

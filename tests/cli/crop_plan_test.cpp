@@ -5,8 +5,8 @@
 
 #include <gtest/gtest.h>
 
-#include "batch/program_error.h"
 #include "commands/name_clashes.h"
+#include "options/program_error.h"
 #include "photo/sample_pictures.h"
 
 namespace vistaTrim::cli {

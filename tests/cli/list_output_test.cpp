@@ -3,7 +3,7 @@
 
 #include <gtest/gtest.h>
 
-#include "batch/program_error.h"
+#include "options/program_error.h"
 #include "output/result_text.h"
 #include "photo/sample_pictures.h"
 
@@ -164,6 +164,19 @@ TEST(ListOutput, SaysWhereItCannotWrite)
         FAIL() << "no error";
     } catch (const ProgramError& error) {
         EXPECT_NE(std::string(error.what()).find("/dev/full"), std::string::npos) << error.what();
+    }
+}
+
+// Taken for empty, it would lose what it holds.
+TEST(ListOutput, GoesOnOnlyWithWhatItCanRead)
+{
+    Options options = Into("/proc/self/mem", ListFormat::Json); // opens, but reading fails
+    options.Resume = true;
+    try {
+        ListOutput output(options);
+        FAIL() << "no error";
+    } catch (const ProgramError& error) {
+        EXPECT_STREQ(error.what(), "cannot read /proc/self/mem: Input/output error");
     }
 }
 

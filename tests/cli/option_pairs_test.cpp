@@ -166,7 +166,7 @@ Outcome Parse(const Words& words)
     outcome.Fault = testing::internal::GetCapturedStderr();
     // The ranking file is read last. The one given here is empty.
     outcome.Refused = line.ExitStatus.value_or(0) != 0 &&
-                      outcome.Fault.find("/dev/null is not valid JSON") == std::string::npos;
+                      outcome.Fault.find("/dev/null: is not valid JSON") == std::string::npos;
     return outcome;
 }
 

@@ -6,7 +6,7 @@
 #include <gtest/gtest.h>
 #include <nlohmann/json.hpp>
 
-#include "batch/program_error.h"
+#include "options/program_error.h"
 #include "output/manifest.h"
 #include "photo/sample_pictures.h"
 

@@ -10,7 +10,7 @@
 #include <vips/vips.h>
 
 #include "batch/interruption.h"
-#include "batch/program_error.h"
+#include "options/program_error.h"
 #include "vistaTrimPhoto/photo_error.h"
 
 namespace vistaTrim::cli {

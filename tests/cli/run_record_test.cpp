@@ -2,11 +2,12 @@
 #include "batch/run_record.h"
 
 #include <cstdio>
+#include <filesystem>
 #include <fstream>
 
 #include <gtest/gtest.h>
 
-#include "batch/program_error.h"
+#include "options/program_error.h"
 
 namespace vistaTrim::cli {
 namespace {
@@ -56,6 +57,16 @@ TEST_F(RunRecordTest, AnyOtherTextCountsAsNoRecord)
         SCOPED_TRACE(text);
         EXPECT_FALSE(IsRecord(text));
     }
+}
+
+// Taken for none, it would be replaced.
+TEST_F(RunRecordTest, ThatCannotBeReadIsAFault)
+{
+    ASSERT_TRUE(std::filesystem::create_directory(Record));
+    const RunRecord record = RunRecord::OfFile(List, {});
+    EXPECT_THROW(record.CheckResumed(), ProgramError);
+    EXPECT_THROW(record.Begin(false), ProgramError);
+    EXPECT_TRUE(std::filesystem::is_directory(Record));
 }
 
 } // namespace

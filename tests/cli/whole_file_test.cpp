@@ -4,7 +4,7 @@
 
 #include <gtest/gtest.h>
 
-#include "batch/program_error.h"
+#include "options/program_error.h"
 #include "photo/sample_pictures.h"
 
 namespace vistaTrim::cli {

@@ -127,18 +127,6 @@ TEST(Presets, ANameIsNeitherAPathNorARatio)
     EXPECT_THAT(FaultOf("poster\t2:3\t200x301\n"), HasSubstr("is not of the ratio 2:3"));
 }
 
-TEST(Presets, AMissingFileIsNamed)
-{
-    Presets presets;
-    try {
-        presets.AddFile("no/such/table.tsv");
-        FAIL();
-    } catch (const PhotoError& error) {
-        EXPECT_EQ(error.GetKind(), PhotoError::Kind::Unreadable);
-        EXPECT_THAT(error.what(), StartsWith("cannot read no/such/table.tsv: "));
-    }
-}
-
 TEST(Shape, KeepsTheRatioAsWritten)
 {
     const std::optional<Shape> shape = ShapeOfRatio("21/9");

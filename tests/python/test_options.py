@@ -52,6 +52,14 @@ def test_wrong_types_are_refused(options, photo):
         photo.suggest(**options)
 
 
+@pytest.mark.parametrize("name", ["ranking", "regions", "presets"])
+def test_a_file_that_cannot_be_read_is_named(name, photo, tmp_path):
+    for file, reason in (("none", "No such file or directory"), (".", "Is a directory"),
+                         ("a\0b", "embedded null byte")):
+        with pytest.raises(ValueError, match=f"{name}: cannot read .*{reason}"):
+            photo.suggest(**{name: f"{tmp_path}/{file}"})
+
+
 def test_size_excludes_ratio_and_scale(photo):
     for other in (dict(aspect="1:1"), dict(scale=0.5)):
         with pytest.raises(ValueError, match="size"):

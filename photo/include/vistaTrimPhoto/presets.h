@@ -14,10 +14,9 @@ class Presets {
 public:
     Presets(); // those of presets.tsv
 
-    // Adds the rows of a file of the same format; a name that exists already gets the new shape.
-    // Throws a PhotoError (InvalidRequest or Unreadable) that names the file and the row.
-    void AddFile(const std::string& path);
-    // The same for a table in memory; `source` names it in messages.
+    // Adds the rows of a table of the same format; a name that exists already gets the new shape.
+    // `source` names the table in messages. Throws a PhotoError (InvalidRequest) that names it and
+    // the row.
     void AddTable(const std::string& table, const std::string& source);
 
     std::optional<Shape> Find(const std::string& name) const;

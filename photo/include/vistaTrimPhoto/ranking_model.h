@@ -1,4 +1,4 @@
-// What ranks the crops: a model of what people choose, compiled in or read from a file.
+// What ranks the crops: a model of what people choose, compiled in or read from a text.
 #ifndef VISTATRIM_PHOTO_RANKING_MODEL_H
 #define VISTATRIM_PHOTO_RANKING_MODEL_H
 
@@ -12,9 +12,9 @@ struct ChoiceModel; // internal
 // Shared and immutable; null means the compiled-in model.
 using RankingModel = std::shared_ptr<const ChoiceModel>;
 
-// Reads a file written by tools/fit_ranking.py. Throws a PhotoError (InvalidRequest) that names the
-// file and says what is wrong with it.
-RankingModel ReadRankingModel(const std::string& path);
+// Reads what tools/fit_ranking.py writes. `source` names the text in messages. Throws a PhotoError
+// (InvalidRequest) that names it and says what is wrong with it.
+RankingModel ReadRankingModel(const std::string& text, const std::string& source);
 
 } // namespace vistaTrim::photo
 

@@ -1,4 +1,4 @@
-// Regions that some other detector found, from a file of JSON lines.
+// Regions that some other detector found, from JSON lines.
 #ifndef VISTATRIM_PHOTO_REGIONS_FILE_H
 #define VISTATRIM_PHOTO_REGIONS_FILE_H
 
@@ -15,8 +15,9 @@ namespace vistaTrim::photo {
 class RegionsFile {
 public:
     RegionsFile() = default;
-    // Throws a PhotoError (InvalidRequest or Unreadable) that names the file and the line.
-    explicit RegionsFile(const std::string& path);
+    // `source` names the text in messages. Throws a PhotoError (InvalidRequest) that names it and
+    // the line.
+    RegionsFile(const std::string& text, const std::string& source);
 
     // The regions of the photograph called `photo`: from the entry with exactly this name, else
     // from the entry with its last path component. In pixels of the photograph as displayed, not

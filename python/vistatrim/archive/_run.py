@@ -57,17 +57,12 @@ def _regions_file(path: _options.Plain) -> Tuple[_vistatrim.RegionsFile, str]:
     """The file, and a hash of its content for the manifest, because people move files."""
     if not isinstance(path, str):
         raise TypeError("regions must be the name of a file: a list is for one photograph")
-    try:
-        regions = _vistatrim.RegionsFile(os.fsencode(path))
-    except _vistatrim.Failure as failure:
-        raise ValueError(f"regions: {failure.args[1]}") from None
-    return regions, _content(path)[1]
+    content = _options.content_of("regions", path)
+    return _options.regions_file(path, content), _hash_of(content)
 
 
-def _content(path: str) -> Tuple[bytes, str]:
-    with open(path, "rb") as file:
-        content = file.read()
-    return content, "sha256 " + hashlib.sha256(content).hexdigest()
+def _hash_of(content: bytes) -> str:
+    return "sha256 " + hashlib.sha256(content).hexdigest()
 
 
 def run(names: Any, *, output: str, client: Any, recursive: bool, background: object,
@@ -89,7 +84,8 @@ def run(names: Any, *, output: str, client: Any, recursive: bool, background: ob
     ranking = None
     if "ranking" in checked:
         _options.requests_of(checked)  # rejects a file that is not a ranking
-        ranking, recorded["ranking"] = _content(str(checked["ranking"]))
+        ranking = _options.content_of("ranking", str(checked["ranking"]))
+        recorded["ranking"] = _hash_of(ranking)
     photographs, duplicates = list_photographs(names, client, recursive, storage_options)
     if regions and photographs and not any(regions.names(os.fsencode(path))
                                            for path in photographs):

@@ -1,6 +1,6 @@
 // Why the program could not do what was requested.
-#ifndef VISTATRIM_CLI_BATCH_PROGRAM_ERROR_H
-#define VISTATRIM_CLI_BATCH_PROGRAM_ERROR_H
+#ifndef VISTATRIM_CLI_OPTIONS_PROGRAM_ERROR_H
+#define VISTATRIM_CLI_OPTIONS_PROGRAM_ERROR_H
 
 #include <stdexcept>
 
