@@ -323,11 +323,13 @@ void WorkInRegisters()
     static_cast<void>(sink);
 }
 
-void PrintThreadScaling()
+void PrintThreadScaling(const std::vector<Picture>& pictures)
 {
-    const Picture picture = SyntheticImage();
     const VistaTrimParameters parameters;
-    ThreadScaling requests([&] { PictureToBestTen(picture, parameters, kEverything); });
+    ThreadScaling requests([&] {
+        for (const Picture& picture : pictures)
+            PictureToBestTen(picture, parameters, kEverything);
+    });
     ThreadScaling arithmetic(WorkInRegisters);
     for (int round = 0; round < 21; ++round) {
         requests.Round();
@@ -370,11 +372,12 @@ std::vector<std::string> PhotographFiles(int argc, char** argv)
     return files;
 }
 
-// Prints the rows of the stages, and what remains of the whole.
+// Prints the stages that are measured by themselves, and what remains of the analysis and of the
+// whole: these two are not measured.
 void PrintShares(const double (&sums)[kRows])
 {
     const auto print = [&](const char* name, double time) {
-        std::printf("  %-36s %9.2f %8.1f %%\n", name, time, 100 * time / sums[kWhole]);
+        std::printf("  %-46s %9.2f %8.1f %%\n", name, time, 100 * time / sums[kWhole]);
     };
     double rest = sums[kAnalysis];
     std::printf("\nshares of picture to best ten of everything\n");
@@ -382,8 +385,9 @@ void PrintShares(const double (&sums)[kRows])
         print(kNames[row], sums[row]);
         rest -= sums[row];
     }
-    print("cleaning of edges, ten maps and tables", rest);
-    print("candidates and their scores", sums[kFirst]);
+    print("the rest of the analysis: ten maps and tables", rest);
+    print("candidates and their scores: what remains",
+          sums[kWhole] - sums[kAnalysis] - sums[kBest]);
     print("selection of ten", sums[kBest]);
 }
 
@@ -428,7 +432,7 @@ int main(int argc, char** argv)
                     sums[kFirst] * 1000 / double(std::max<uint64_t>(candidates, 1)));
         std::printf("%.2f MB held by a driver of 640 x 480\n", DriverMegabytes());
         if (CoresAllowed() > 1)
-            PrintThreadScaling();
+            PrintThreadScaling(pictures);
     } catch (const std::exception& error) {
         std::fprintf(stderr, "request_bench: %s\n", error.what());
         return 1;
