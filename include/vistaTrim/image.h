@@ -19,10 +19,11 @@ namespace vistaTrim {
 // - Its buffer, GetRowStride() x GetHeight() bytes counted in 32 bits, has fewer than W x H x 3
 //   bytes (320 x 240 x 3, 640 x 480 x 1): making a driver throws the char pointer
 //   "VistaTrim: the image holds fewer pixels than the analysis reads.\n".
-// - Its longer side is above 640, or its pixels have more than three bytes: the bytes are read
-//   with the wrong row length. There is no error, and the crops mean nothing.
-// - W or H rounds to 0 (a ratio above about 1:1280): a line on the error stream, and a driver
-//   that scores every crop 0.
+// - Its longer side is above 640, its pixels have more than three bytes, or its rows are padded (as
+//   those of a host's own IImage may be): the bytes are read with the wrong row length. There is no
+//   error, and the crops mean nothing.
+// - W or H rounds to 0 (a ratio above about 1:1280), or the image has no pixels: a line on the
+//   error stream, and a driver that scores every crop 0.
 class VISTATRIM_API IImage : public IBaseClass {
 public:
     IImage();
