@@ -419,10 +419,9 @@ int main(int argc, char** argv)
         for (const Picture& picture : pictures)
             candidates += MeasurePicture(picture, sums);
 
-        const char* const variants[IsaVariantCount] = {"baseline", "SSE4.2", "AVX2", "AVX-512"};
         std::printf("%zu pictures, %llu candidates, %d rounds, %s, linear algebra: %s\n",
                     pictures.size(), static_cast<unsigned long long>(candidates), kRounds,
-                    variants[ActiveIsaVariant()], kFixedOrder ? "fixed order" : "BLAS");
+                    NameOf(ActiveIsaVariant()), kFixedOrder ? "fixed order" : "BLAS");
         std::printf("%-38s %9s %12s %11s\n", "", "ms", "/ attention", "/ six");
         for (int row = 0; row <= kAttentionOne; ++row)
             std::printf("%-38s %9.2f %12.3f %11.3f\n", kNames[row], sums[row],

@@ -16,6 +16,18 @@ IsaVariant activeVariant = WidestAvailable();
 
 } // namespace
 
+const char* NameOf(IsaVariant variant)
+{
+    switch (variant) {
+    case IsaVariantPlain: return "baseline";
+    case IsaVariantSse42: return "SSE4.2";
+    case IsaVariantAvx2: return "AVX2";
+    case IsaVariantAvx512: return "AVX-512";
+    case IsaVariantCount: break;
+    }
+    return "";
+}
+
 bool IsaVariantAvailable(IsaVariant variant)
 {
 #if defined(__x86_64__)

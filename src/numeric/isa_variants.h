@@ -16,6 +16,7 @@ enum IsaVariant {
     IsaVariantCount = 4
 };
 
+const char* NameOf(IsaVariant variant); // "baseline", "SSE4.2", "AVX2", "AVX-512"; else ""
 // True if this machine and this build can run the variant. Plain is always available.
 bool IsaVariantAvailable(IsaVariant variant);
 // The variant in use: the widest available, unless SelectIsaVariant chose another.

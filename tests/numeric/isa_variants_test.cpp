@@ -1,5 +1,8 @@
 #include "numeric/isa_variants.h"
 
+#include <set>
+#include <string>
+
 #include <gtest/gtest.h>
 
 namespace vistaTrim {
@@ -9,6 +12,14 @@ TEST(IsaVariants, PlainVariantIsAlwaysAvailable)
 {
     EXPECT_TRUE(IsaVariantAvailable(IsaVariantPlain));
     EXPECT_TRUE(IsaVariantAvailable(ActiveIsaVariant()));
+}
+
+TEST(IsaVariants, EachHasAName)
+{
+    std::set<std::string> names = {""};
+    for (int variant = IsaVariantPlain; variant < IsaVariantCount; ++variant)
+        EXPECT_TRUE(names.insert(NameOf(static_cast<IsaVariant>(variant))).second) << variant;
+    EXPECT_STREQ(NameOf(IsaVariantCount), "");
 }
 
 TEST(IsaVariants, SelectingAnUnknownVariantGivesPlain)
