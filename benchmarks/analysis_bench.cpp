@@ -36,7 +36,7 @@ constexpr int32_t kCount = kCols * kRows;
 // A soft disc on a gradient, with grain: neither flat nor noise.
 std::vector<uint8_t> PictureBytes()
 {
-    std::vector<uint8_t> bytes(size_t(kCount) * 3);
+    std::vector<uint8_t> bytes(static_cast<size_t>(kCount) * 3);
     std::mt19937 random(1);
     for (int32_t r = 0; r < kRows; ++r)
         for (int32_t c = 0; c < kCols; ++c) {
@@ -44,9 +44,10 @@ std::vector<uint8_t> PictureBytes()
             const double dy = r - 0.6 * kRows;
             const double disc = 120 / (1 + std::exp((std::sqrt(dx * dx + dy * dy) - 90) / 4));
             for (int32_t p = 0; p < 3; ++p)
-                bytes[size_t(r * kCols + c) * 3 + size_t(p)] = static_cast<uint8_t>(
-                    30 + 40 * p + 60.0 * c / kCols + (p == 1 ? -disc / 4 : disc / 1.5) +
-                    double(random() >> 28));
+                bytes[static_cast<size_t>(r * kCols + c) * 3 + static_cast<size_t>(p)] =
+                    static_cast<uint8_t>(30 + 40 * p + 60.0 * c / kCols +
+                                         (p == 1 ? -disc / 4 : disc / 1.5) +
+                                         static_cast<double>(random() >> 28));
         }
     return bytes;
 }
@@ -66,7 +67,7 @@ struct Stages {
         Sides.Create(4, kCols, kRows);
         Planes.Create(3, kCols, kRows);
         Pixels.FillFromBytes(Bytes.data());
-        SmoothStack(Pixels.Handle(), Blurred.Handle(), double(0.7f));
+        SmoothStack(Pixels.Handle(), Blurred.Handle(), static_cast<double>(0.7f));
         Map.Resize(kRows, kCols);
         Table.Resize(kRows, kCols);
         const BorderContrastMaps maps = {
@@ -87,8 +88,8 @@ Stages& Shared()
 
 void CountPixels(benchmark::State& state)
 {
-    state.counters["pixels"] =
-        benchmark::Counter(double(kCount), benchmark::Counter::kIsIterationInvariantRate);
+    state.counters["pixels"] = benchmark::Counter(static_cast<double>(kCount),
+                                                  benchmark::Counter::kIsIterationInvariantRate);
 }
 
 void WholeAnalysis(benchmark::State& state)
@@ -116,7 +117,7 @@ void SaliencyMaps(benchmark::State& state)
                                   maps[2].Data,
                                   {maps[3].Data, maps[4].Data, maps[5].Data, maps[6].Data}};
     // In the analysis the stages use the memory of its tables as scratch.
-    std::vector<double> block(size_t(kCount) * 10);
+    std::vector<double> block(static_cast<size_t>(kCount) * 10);
     for (auto _ : state) {
         const CScratchScope scratch(block.data(), block.size() * sizeof(double));
         ComputeSaliencyMaps(s.Bytes.data(), kCols, kRows, buffers);
@@ -130,7 +131,7 @@ void FillAndSmooth(benchmark::State& state)
     Stages& s = Shared();
     for (auto _ : state) {
         s.Pixels.FillFromBytes(s.Bytes.data());
-        SmoothStack(s.Pixels.Handle(), s.Planes.Handle(), double(0.7f));
+        SmoothStack(s.Pixels.Handle(), s.Planes.Handle(), static_cast<double>(0.7f));
     }
     CountPixels(state);
 }

@@ -126,7 +126,8 @@ public:
         DestroyImageObj(image);
         // Copied, because the analysis is destroyed at the end of this constructor.
         for (const NamedPictureMap& map : analysed.Maps()) {
-            MapCopies.emplace_back(map.Data, map.Data + size_t(map.Rows) * size_t(map.Cols));
+            MapCopies.emplace_back(map.Data, map.Data + static_cast<size_t>(map.Rows) *
+                                                            static_cast<size_t>(map.Cols));
             Maps.push_back({MapCopies.back().data(), map.Rows, map.Cols});
         }
         Driver.reset(MakeDriver(analysed));

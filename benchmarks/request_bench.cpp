@@ -96,7 +96,7 @@ double ProcessorMilliseconds(const std::function<void()>& work)
     const auto now = [] {
         timespec time;
         clock_gettime(CLOCK_PROCESS_CPUTIME_ID, &time);
-        return double(time.tv_sec) * 1e3 + double(time.tv_nsec) * 1e-6;
+        return static_cast<double>(time.tv_sec) * 1e3 + static_cast<double>(time.tv_nsec) * 1e-6;
     };
     const double start = now();
     work();
@@ -258,7 +258,7 @@ double DriverMegabytes()
     const VistaTrimParameters parameters;
     const auto held = [] {
         const struct mallinfo2 info = mallinfo2();
-        return double(info.uordblks) + double(info.hblkhd);
+        return static_cast<double>(info.uordblks) + static_cast<double>(info.hblkhd);
     };
     const double before = held();
     IVistaTrim* const driver = CreateVistaTrimObj(image, &parameters);
@@ -428,7 +428,7 @@ int main(int argc, char** argv)
                         sums[row] / sums[kAttentionOne], sums[row] / sums[kAttentionSix]);
         PrintShares(sums);
         std::printf("\n%.2f us a candidate in the first request\n",
-                    sums[kFirst] * 1000 / double(std::max<uint64_t>(candidates, 1)));
+                    sums[kFirst] * 1000 / static_cast<double>(std::max<uint64_t>(candidates, 1)));
         std::printf("%.2f MB held by a driver of 640 x 480\n", DriverMegabytes());
         if (CoresAllowed() > 1)
             PrintThreadScaling(pictures);

@@ -90,7 +90,7 @@ void WritePng(const vips::VImage& image, const fs::path& path)
 
 void WriteMap(const vistaTrim::NamedPictureMap& map, bool stretch, const fs::path& path)
 {
-    const size_t count = size_t(map.Cols) * size_t(map.Rows);
+    const size_t count = static_cast<size_t>(map.Cols) * static_cast<size_t>(map.Rows);
     const float maximum = *std::max_element(map.Data, map.Data + count);
     const float scale = stretch && maximum > 0.0f ? 255.0f / maximum : 255.0f;
 
@@ -115,9 +115,9 @@ void DumpMaps(const std::string& picturePath, const fs::path& folder, bool stret
     size_t size = 0;
     const std::unique_ptr<void, PixelEnd> pixels(picture.write_to_memory(&size));
     const int32_t offsets[4] = {0, 1, 2, 3};
-    const std::unique_ptr<vistaTrim::IImage, ImageEnd> image(
-        CreateImageObj(uint32_t(picture.height()), uint32_t(picture.width()), 3, offsets,
-                       static_cast<const uint8_t*>(pixels.get())));
+    const std::unique_ptr<vistaTrim::IImage, ImageEnd> image(CreateImageObj(
+        static_cast<uint32_t>(picture.height()), static_cast<uint32_t>(picture.width()), 3, offsets,
+        static_cast<const uint8_t*>(pixels.get())));
     const vistaTrim::CAnalysedPicture analysed(*image);
 
     WritePng(picture, folder / "input.png");

@@ -111,8 +111,8 @@ void ComputeMahalanobisMap(const CPlaneStack& stack, CPlaneStack& out, const CPl
 
     InvertRegularised(covariance.Planes[0], n, kRegulariser, inverse.Planes[0]);
     for (int32_t k = 0; k < n; ++k)
-        OffsetPlane(stack.Planes[static_cast<size_t>(k)], blocks + int64_t(k) * count, count,
-                    -mean.Planes[0][k]);
+        OffsetPlane(stack.Planes[static_cast<size_t>(k)], blocks + static_cast<int64_t>(k) * count,
+                    count, -mean.Planes[0][k]);
     linearAlgebra::MultiplyBySymmetric(count, n, inverse.Planes[0], blocks, weighted.Planes[0]);
     if (n == 3)
         DotThreePlanes(blocks, weighted.Planes[0], count, out.Planes[0]);

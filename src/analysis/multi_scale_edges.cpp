@@ -16,7 +16,8 @@ namespace {
 // above 0.2, so 25 pixels become 0 at the first scale and 5 pixels become 1 at the second.
 int32_t ScaledLength(int32_t length, float scale)
 {
-    return static_cast<int32_t>(double(static_cast<float>(length)) * double(scale));
+    return static_cast<int32_t>(static_cast<double>(static_cast<float>(length)) *
+                                static_cast<double>(scale));
 }
 
 VISTATRIM_VARIANT_BODY void DivideRowBody(float* row, int32_t length, double divisor)

@@ -45,7 +45,7 @@ int32_t WorkLength(int32_t sourceLength, float scaleFactor)
 // maximum always does, and a map of zeros is left as it is.
 float LevelAtFraction(float largest, float fraction)
 {
-    return static_cast<float>(double(largest) * double(fraction));
+    return static_cast<float>(static_cast<double>(largest) * static_cast<double>(fraction));
 }
 
 // Five strips of columns, weighted about 0.2, 0.4472, 1, 0.4472, 0.2. Only columns are weighted: in
@@ -54,10 +54,11 @@ float LevelAtFraction(float largest, float fraction)
 // column, which is weighted more than once, or are empty, which ScaleColumns skips.
 void CentreWeightColumns(CFloatMatrix& map)
 {
-    const float step = static_cast<float>(std::pow(double(0.2f), 0.5));
+    const float step = static_cast<float>(std::pow(static_cast<double>(0.2f), 0.5));
     const double cols = static_cast<float>(map.Cols);
     for (int32_t i = 0; i < 5; ++i) {
-        const float weight = static_cast<float>(std::pow(double(step), std::abs(2 - i)));
+        const float weight =
+            static_cast<float>(std::pow(static_cast<double>(step), std::abs(2 - i)));
         const int32_t first = static_cast<int32_t>(i * cols / 5.0);
         const int32_t last = static_cast<int32_t>((i + 1) * cols / 5.0 - 1.0);
         ScaleColumns(map, first, last - first + 1, weight);
@@ -131,7 +132,8 @@ float MapTotal(const CDoubleMatrix& table)
 
 int32_t BandWidth(int32_t cols, int32_t rows)
 {
-    const float width = static_cast<float>(double(std::min(rows, cols)) * double(kBandFraction));
+    const float width = static_cast<float>(static_cast<double>(std::min(rows, cols)) *
+                                           static_cast<double>(kBandFraction));
     return width < 1.0f ? 1 : static_cast<int32_t>(width);
 }
 
@@ -139,7 +141,8 @@ int32_t BandWidth(int32_t cols, int32_t rows)
 // before the offset is added.
 float GainOfMean(double mean)
 {
-    return static_cast<float>(1.0 / (double(static_cast<float>(mean)) + double(kGainOffset)));
+    return static_cast<float>(
+        1.0 / (static_cast<double>(static_cast<float>(mean)) + static_cast<double>(kGainOffset)));
 }
 
 // How a map is completed after the stages have run.

@@ -134,8 +134,8 @@ void StatisticsOfSums(int32_t planes, const float* sums, float area, float* mean
     for (int32_t i = 0; i < planes; ++i)
         for (int32_t j = i; j < planes; ++j) {
             const double moment = static_cast<double>(*sums++) / static_cast<double>(area);
-            covariances[i * planes + j] =
-                static_cast<float>(moment - double(means[i]) * double(means[j]));
+            covariances[i * planes + j] = static_cast<float>(
+                moment - static_cast<double>(means[i]) * static_cast<double>(means[j]));
         }
 
     for (int32_t a = 1; a < planes; ++a)
