@@ -58,6 +58,17 @@ TEST(RegionWishes, ARegionWithoutWishOrPlaceAddsNoWish)
                 IsEmpty());
 }
 
+TEST(RegionWishes, ARegionBesideThePhotographAddsNoWishHoweverNear)
+{
+    for (const PixelRect& rect : {PixelRect{1000, 20, 30, 40}, PixelRect{-30, 20, 30, 40},
+                                  PixelRect{10, 800, 30, 40}, PixelRect{10, -40, 30, 40}})
+        for (const WishKind wish : {WishKind::MustKeep, WishKind::Avoid}) {
+            FoundRegion region = Region(rect, RegionKind::Subject);
+            region.Wish = wish;
+            EXPECT_THAT(WishesOf({region}, kPhoto), IsEmpty()) << rect.X << " " << rect.Y;
+        }
+}
+
 TEST(RegionWishes, ASoftWishForTheWholePhotographIsDropped)
 {
     FoundRegion whole = Region({0, 0, 1000, 800}, RegionKind::Subject);
