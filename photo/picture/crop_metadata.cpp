@@ -31,7 +31,7 @@ bool IsMetadata(const std::string& field)
     return StartsWith(field, "exif-") || StartsWith(field, "iptc-") || field == kXmpField ||
            field == "photoshop-data" || StartsWith(field, "png-comment-") ||
            StartsWith(field, "gif-") || StartsWith(field, "magick-") ||
-           field == "image-description" || field == "ipct-data";
+           field == "image-description";
 }
 
 std::vector<std::string> FieldsOf(const vips::VImage& image)
