@@ -64,9 +64,9 @@ int HoldLock(const std::string& path)
         const int descriptor = open(path.c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0644);
         if (descriptor < 0)
             return -1;
-        // Where the file system has no locks, other runs cannot lock the file either.
-        while (flock(descriptor, LOCK_EX) != 0 && errno == EINTR) {
-        }
+        // Where the file system has no locks, other runs cannot lock the file either. Signals do
+        // not end the wait: our handlers let the system restart calls.
+        flock(descriptor, LOCK_EX);
         if (IsOpenLock(descriptor))
             return descriptor;
         close(descriptor);
