@@ -6,6 +6,7 @@
 #include <nlohmann/json.hpp>
 
 #include "options/program_error.h"
+#include "text/shown_name.h"
 #include "vistaTrimPhoto/shape.h"
 
 namespace vistaTrim::cli {
@@ -24,7 +25,13 @@ size_t LinesIn(const std::string& text, size_t begin, size_t end)
 
 [[noreturn]] void Fail(const std::string& place, const std::string& fault)
 {
-    throw ProgramError(place + ": " + fault);
+    throw ProgramError(place + ": " + OneLine(fault));
+}
+
+// Lists and objects can be nested so deeply that writing them out overflows the stack.
+std::string ShownValue(const json& value)
+{
+    return value.is_structured() ? std::string("an ") + value.type_name() : value.dump();
 }
 
 struct ObjectText {
@@ -97,7 +104,7 @@ int32_t Whole(const json& object, const char* name, int64_t least, const std::st
     if (!value.is_number_integer() || value.get<double>() < static_cast<double>(least) ||
         value.get<double>() > static_cast<double>(kLargestPixel))
         Fail(place, std::string(name) + " must be an integer of at least " + std::to_string(least) +
-                        ", not " + value.dump());
+                        ", not " + ShownValue(value));
     return value.get<int32_t>();
 }
 
@@ -106,7 +113,7 @@ std::string Word(const json& object, const char* name, const std::string& place)
     if (!object.contains(name))
         return "";
     if (!object[name].is_string())
-        Fail(place, std::string(name) + " must be a string, not " + object[name].dump());
+        Fail(place, std::string(name) + " must be a string, not " + ShownValue(object[name]));
     return object[name].get<std::string>();
 }
 
@@ -198,6 +205,8 @@ json Parsed(const std::string& text, const ObjectText& object, const ObjectFinde
     } catch (const json::parse_error& error) {
         const size_t at = object.Begin + (error.byte > 0 ? error.byte - 1 : 0);
         Fail(finder.Place(std::min(at, object.End)), "is not JSON");
+    } catch (const json::out_of_range&) {
+        Fail(finder.Place(object.Begin), "holds a number that is too large");
     }
 }
 

@@ -91,7 +91,7 @@ ConvolutionLayer ReadLayer(const json& object, int64_t inputs)
 
 ChoiceModel ReadModel(const json& root)
 {
-    if (!root.is_object() || root.value("format", json()) != kFormat)
+    if (!root.is_object() || !root.contains("format") || root["format"] != kFormat)
         Fail(std::string("'format' must be \"") + kFormat + "\"");
     if (Whole(root, "version", 1, 1'000'000) != kVersion)
         Fail("'version' must be " + std::to_string(kVersion));

@@ -1,5 +1,6 @@
 #include "vistaTrimPhoto/regions_file.h"
 
+#include <algorithm>
 #include <cmath>
 #include <sstream>
 #include <stdexcept>
@@ -63,9 +64,10 @@ PixelRect OutwardRect(double x, double y, double width, double height)
         throw LineFault("a region extends beyond the size of any photograph");
     const double left = std::floor(x);
     const double top = std::floor(y);
+    // A side can be too short to change the sum.
     return {static_cast<int32_t>(left), static_cast<int32_t>(top),
-            static_cast<int32_t>(std::ceil(x + width) - left),
-            static_cast<int32_t>(std::ceil(y + height) - top)};
+            static_cast<int32_t>(std::max(1.0, std::ceil(x + width) - left)),
+            static_cast<int32_t>(std::max(1.0, std::ceil(y + height) - top))};
 }
 
 // Without a wish the region is to be kept.

@@ -121,8 +121,29 @@ TEST(ChosenCrops, ThatAreWrongAreNamedWithFileAndLine)
     EXPECT_EQ(FaultOf("\n{\"crops\":[]}"), "c.json:2: has no file");
     EXPECT_EQ(FaultOf("\n\n{\"file\":\"a\",\n\"crops\":[1 2]}"), "c.json:4: is not JSON");
     EXPECT_EQ(FaultOf("{\"file\":\"a\"}\n{\"file\":"), "c.json:2: this object is never closed");
+    EXPECT_EQ(FaultOf("{\"file\":\"a\"}\n{\"file\":\"a\",\n\"width\":1e999}"),
+              "c.json:2: holds a number that is too large");
     EXPECT_EQ(FaultOf("file,x,y\n"), "c.json:1: is not the JSON of suggest or of a manifest");
     EXPECT_EQ(FaultOf("{\"file\":\"a\",\"crops\":{}}"), "c.json:1: crops must be an array");
+}
+
+TEST(ChosenCrops, AFaultIsOneShortLineWhateverIsWrong)
+{
+    const auto photo = [](const std::string& members) {
+        return "{\"file\":\"a\",\"crops\":[{\"x\":0,\"y\":0,\"width\":9,\"height\":9," + members +
+               "}]}";
+    };
+    EXPECT_EQ(FaultOf(photo(R"("ratio":"1\n:1")")), "c.json:1: crop 1: ratio '1\\n:1' is not W:H");
+    EXPECT_EQ(FaultOf(photo(R"("aspect":"1\n:1")")),
+              "c.json:1: crop 1: aspect '1\\n:1' is not W:H");
+    // Shown in full, a list this deep would need more stack than there is.
+    const std::string deep = std::string(300000, '[') + std::string(300000, ']');
+    EXPECT_EQ(FaultOf(photo("\"rank\":" + deep)),
+              "c.json:1: crop 1: rank must be an integer of at least 1, not an array");
+    EXPECT_EQ(FaultOf(photo("\"shape\":" + deep)),
+              "c.json:1: crop 1: shape must be a string, not an array");
+    EXPECT_EQ(FaultOf(photo("\"shape\":{}")),
+              "c.json:1: crop 1: shape must be a string, not an object");
 }
 
 // By two hundredths of the ratio and a pixel of the shorter side.

@@ -97,6 +97,9 @@ TEST(RankingModel, NamesWhatIsWrong)
             << wrong.Named << " but: " << FaultOf(root.dump());
     }
     EXPECT_NE(FaultOf("{ half").find("not valid JSON"), std::string::npos);
+    // A copy of a list this deep would need more stack than there is.
+    const std::string deep = std::string(300000, '[') + std::string(300000, ']');
+    EXPECT_NE(FaultOf("{\"format\":" + deep + "}").find("'format'"), std::string::npos);
     EXPECT_NE(FaultOf("[]").find("'format'"), std::string::npos);
 }
 

@@ -62,6 +62,13 @@ TEST(RegionsFile, ShortNamesAndDefaults)
     EXPECT_FALSE(file.RegionsOf("a.jpg")[1].Wish.has_value());
 }
 
+TEST(RegionsFile, ARegionTooSmallToMeasureIsOnePixel)
+{
+    const RegionsFile file =
+        Read("{\"file\":\"a\",\"regions\":[{\"x\":7,\"y\":-5,\"w\":1e-30,\"h\":1e-30}]}");
+    EXPECT_EQ(file.RegionsOf("a")[0].Rect, (PixelRect{7, -5, 1, 1}));
+}
+
 TEST(RegionsFile, ANameWithoutFolderMatchesAnyFolder)
 {
     const RegionsFile file = Read("{\"file\":\"a.jpg\",\"regions\":[{\"x\":1,\"y\":1,\"w\":1,"
