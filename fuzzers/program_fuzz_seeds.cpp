@@ -10,6 +10,7 @@
 #include <vips/vips8>
 
 #include "output/result_text.h"
+#include "text_examples.h"
 
 using namespace vistaTrim::cli;
 using namespace vistaTrim::photo;
@@ -75,6 +76,21 @@ void WriteFileSeeds(const std::filesystem::path& directory)
           std::string("a name\\\\ and what failed") + std::string(40, '\7') + std::string(1, '\0'));
 }
 
+// The last byte says which text, and whether it is spoilt; see the fuzzer.
+void WriteTextSeeds(const std::filesystem::path& directory)
+{
+    for (int32_t i = 0; i < fuzzing::kNumTextKinds; ++i) {
+        const auto kind = static_cast<fuzzing::TextKind>(i);
+        const std::string text = fuzzing::ExampleOf(kind);
+        Write(directory / std::to_string(i), text + static_cast<char>(i));
+        Write(directory / (std::to_string(i) + "_cut_short"),
+              text.substr(0, text.size() / 2) + static_cast<char>(i));
+        for (char word = 0; word < 8; ++word)
+            Write(directory / (std::to_string(i) + "_spoilt_" + std::to_string(word)),
+                  std::string(6, word) + static_cast<char>(i + fuzzing::kNumTextKinds));
+    }
+}
+
 void WriteGeometrySeeds(const std::filesystem::path& directory)
 {
     // The fuzzer reads numbers from the end; any bytes will do.
@@ -131,10 +147,12 @@ int main(int count, char** arguments)
         return 2;
     }
     const std::filesystem::path top = arguments[1];
-    for (const char* name : {"cli_options", "cli_files", "photo_geometry", "photo_bytes"})
+    for (const char* name :
+         {"cli_options", "cli_files", "cli_texts", "photo_geometry", "photo_bytes"})
         std::filesystem::create_directories(top / name);
     WriteOptionSeeds(top / "cli_options");
     WriteFileSeeds(top / "cli_files");
+    WriteTextSeeds(top / "cli_texts");
     WriteGeometrySeeds(top / "photo_geometry");
     WritePhotographSeeds(top / "photo_bytes");
     vips_shutdown();

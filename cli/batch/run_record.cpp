@@ -32,10 +32,7 @@ std::optional<std::vector<RecordedRun>> ReadRuns(const std::string& path)
 
 void WriteRuns(const std::string& path, const std::vector<RecordedRun>& runs)
 {
-    json record = {{"format", kFormat}, {"version", 1}, {"runs", json::array()}};
-    for (const RecordedRun& run : runs)
-        record["runs"].push_back({{"names", run.Names}, {"options", run.Options}});
-    WriteWholeFile(path, true, record.dump(1, ' ', false, json::error_handler_t::replace) + "\n");
+    WriteWholeFile(path, true, RecordText(runs));
 }
 
 // Older versions left out the ending where it was that of the photograph.
@@ -79,6 +76,14 @@ std::string Differences(const RecordedRun& before, const RecordedRun& now)
 }
 
 } // namespace
+
+std::string RecordText(const std::vector<RecordedRun>& runs)
+{
+    json record = {{"format", kFormat}, {"version", 1}, {"runs", json::array()}};
+    for (const RecordedRun& run : runs)
+        record["runs"].push_back({{"names", run.Names}, {"options", run.Options}});
+    return record.dump(1, ' ', false, json::error_handler_t::replace) + "\n";
+}
 
 std::optional<std::vector<RecordedRun>> RecordedRuns(const std::string& text)
 {

@@ -16,7 +16,8 @@ struct RecordedRun {
     std::map<std::string, std::string> Options;
 };
 
-// What the text of a record says; nullopt if it is not a record.
+// The text of a record, and what it says; nullopt if it is not a record.
+std::string RecordText(const std::vector<RecordedRun>& runs);
 std::optional<std::vector<RecordedRun>> RecordedRuns(const std::string& text);
 
 // The record is a hidden file beside the output, not in it: lists stay plain JSON lines or CSV.

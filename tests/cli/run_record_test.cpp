@@ -42,6 +42,19 @@ TEST_F(RunRecordTest, OfTheSameOptionsIsAccepted)
                  ProgramError);
 }
 
+TEST_F(RunRecordTest, ReadsBackWhatItWrites)
+{
+    const std::vector<RecordedRun> runs = {
+        {{"{stem}.jpg", "a \"b\"\n"}, {{"--top", "5"}, {"--strip", "given"}}}, {{}, {}}};
+    const auto read = RecordedRuns(RecordText(runs));
+    ASSERT_TRUE(read);
+    ASSERT_EQ(read->size(), runs.size());
+    for (size_t i = 0; i < runs.size(); ++i) {
+        EXPECT_EQ((*read)[i].Names, runs[i].Names);
+        EXPECT_EQ((*read)[i].Options, runs[i].Options);
+    }
+}
+
 TEST_F(RunRecordTest, AnyOtherTextCountsAsNoRecord)
 {
     for (const char* text :
