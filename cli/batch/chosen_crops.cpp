@@ -36,7 +36,8 @@ std::string ShownValue(const json& value)
 
 struct ObjectText {
     size_t Begin;
-    size_t End; // past the closing brace
+    size_t End;  // past the closing brace
+    size_t Line; // on which it begins, from 1
 };
 
 // Finds the objects of the text by their braces, so that messages can name the line of each.
@@ -50,10 +51,14 @@ public:
     {
         std::vector<ObjectText> objects;
         bool inArray = false;
+        size_t line = 1;
+        size_t counted = 0; // counts on, because files can hold a great many objects
         for (size_t i = 0; i < Text.size();) {
             const char c = Text[i];
             if (c == '{') {
-                objects.push_back({i, EndOfObject(i)});
+                line += LinesIn(Text, counted, i);
+                counted = i;
+                objects.push_back({i, EndOfObject(i), line});
                 i = objects.back().End;
             } else if (c == '[' && objects.empty() && !inArray) {
                 inArray = true;
@@ -70,10 +75,20 @@ public:
 
     std::string Place(size_t at) const
     {
-        return Source + ":" + std::to_string(LinesIn(Text, 0, at) + 1);
+        return PlaceOfLine(LinesIn(Text, 0, at) + 1);
+    }
+
+    std::string PlaceOf(const ObjectText& object) const
+    {
+        return PlaceOfLine(object.Line);
     }
 
 private:
+    std::string PlaceOfLine(size_t line) const
+    {
+        return Source + ":" + std::to_string(line);
+    }
+
     size_t EndOfObject(size_t begin) const
     {
         int depth = 0;
@@ -206,7 +221,7 @@ json Parsed(const std::string& text, const ObjectText& object, const ObjectFinde
         const size_t at = object.Begin + (error.byte > 0 ? error.byte - 1 : 0);
         Fail(finder.Place(std::min(at, object.End)), "is not JSON");
     } catch (const json::out_of_range&) {
-        Fail(finder.Place(object.Begin), "holds a number that is too large");
+        Fail(finder.PlaceOf(object), "holds a number that is too large");
     }
 }
 
@@ -217,7 +232,7 @@ ChosenCrops ReadChosenCrops(const std::string& text, const std::string& source)
     ObjectFinder finder(text, source);
     ChosenCrops chosen;
     for (const ObjectText& object : finder.Find()) {
-        const ChosenPhoto photo = PhotoOf(Parsed(text, object, finder), finder.Place(object.Begin));
+        const ChosenPhoto photo = PhotoOf(Parsed(text, object, finder), finder.PlaceOf(object));
         if (photo.Crops.empty())
             ++chosen.WithoutCrops;
         else
