@@ -13,6 +13,7 @@
 
 #include <gtest/gtest.h>
 
+#include "numeric/linear_algebra.h"
 #include "test_pictures.h"
 
 namespace {
@@ -112,8 +113,9 @@ TEST(AnalysisMemory, OfAnOrdinaryPictureStaysWithinLimits)
 {
     for (const auto& [cols, rows] : {std::pair(640, 480), std::pair(480, 640)}) {
         const Usage usage = Measure(cols, rows);
-        // The maps and tables alone take 36.86 MB.
-        EXPECT_LE(double(usage.Peak), 37 * kMegabyte);
+        // The maps and tables alone take 36.86 MB. With BLAS the border contrasts are computed
+        // step by step, on planes and tables that do not all fit into the memory lent to them.
+        EXPECT_LE(double(usage.Peak), (vistaTrim::kFixedOrder ? 37 : 45) * kMegabyte);
         EXPECT_LE(double(usage.Kept), 37 * kMegabyte);
     }
 }
