@@ -331,5 +331,20 @@ TEST(Iptc, TakesTheFormThatEachFormatNeeds)
     EXPECT_EQ(WithoutThumbnails(old + iptc + small), iptc);
 }
 
+// An 8BIM resource: a kind, a name with its length, padded to even, and data with theirs.
+TEST(Iptc, ResourcesEndWhereTheyOrTheListDo)
+{
+    const std::string empty("8BIM\x04\x21\0\0\0\0\0\0", 12);
+    const std::string named("8BIM\x04\x22\x04name\0\0\0\0\x01x\0", 18);
+    const std::string thumbnail("8BIM\x04\x0C\0\0\0\0\0\x02xy", 14);
+    EXPECT_EQ(WithoutThumbnails(empty), empty);
+    EXPECT_EQ(WithoutThumbnails(named + empty), named + empty);
+    EXPECT_EQ(WithoutThumbnails(named + thumbnail + empty), named + empty);
+    EXPECT_EQ(WithoutThumbnails(empty + named.substr(0, 17)), empty + named.substr(0, 17));
+    EXPECT_EQ(WithoutThumbnails(empty + named.substr(0, 16)), empty); // data cut short
+    EXPECT_EQ(WithoutThumbnails(empty + named.substr(0, 14)), empty); // their length cut short
+    EXPECT_EQ(WithoutThumbnails(empty + "8BIX" + named.substr(4)), empty);
+}
+
 } // namespace
 } // namespace vistaTrim::photo
