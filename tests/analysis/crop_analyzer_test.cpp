@@ -435,6 +435,33 @@ TEST(CropAnalyzer, GainsAreTheReciprocalMeanOfTheSidesOwnBand)
     }
 }
 
+// To the bit: optimisers have dropped the rounding of the mean.
+TEST(CropAnalyzer, GainsRoundTheMeanToFloatBeforeTheOffset)
+{
+    for (const Picture& picture : {Blobs(640, 480, 1), Blobs(480, 640, 2), Blobs(640, 640, 3),
+                                   Noise(640, 427, 5), Noise(640, 480, 6)}) {
+        const auto analyzer = Analyse(picture);
+        const int32_t depth = analyzer->BorderBand;
+        const int32_t lastRow = analyzer->WorkRows - 1;
+        const int32_t lastCol = analyzer->WorkCols - 1;
+        const int32_t bands[4][4] = {{0, 0, depth - 1, lastCol},
+                                     {lastRow - depth + 1, 0, lastRow, lastCol},
+                                     {0, 0, lastRow, depth - 1},
+                                     {0, lastCol - depth + 1, lastRow, lastCol}};
+        for (int side = 0; side < 4; ++side) {
+            const int32_t* const band = bands[side];
+            const double pixels =
+                static_cast<double>(depth) * (side < 2 ? lastCol + 1 : lastRow + 1);
+            const volatile float mean = static_cast<float>(
+                RegionMean(analyzer->SideTables[side], band[0], band[1], band[2], band[3], pixels));
+            EXPECT_EQ(
+                analyzer->SideGain[side],
+                static_cast<float>(1.0 / (static_cast<double>(mean) + static_cast<double>(0.01f))))
+                << picture.Cols << " x " << picture.Rows << ", side " << side;
+        }
+    }
+}
+
 TEST(CropAnalyzer, MirroredPictureSwapsLeftAndRight)
 {
     const Picture picture = Blobs(640, 400, 12);
