@@ -170,7 +170,10 @@ void ClearRun(const std::string& folder, const std::string& run, const std::vect
     if (flock(descriptor, LOCK_EX | LOCK_NB) == 0 && IsOpenLock(descriptor)) {
         std::error_code error;
         for (const fs::path& file : files)
-            fs::remove(file, error);
+            if (file != path)
+                fs::remove(file, error);
+        // Last, because files without a lock are only deleted when they are old.
+        unlink(path.c_str());
     }
     close(descriptor);
 }
