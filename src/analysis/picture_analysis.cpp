@@ -138,9 +138,8 @@ int32_t BandWidth(int32_t cols, int32_t rows)
 }
 
 // A quiet side gets a gain near 100, a busy one a small gain. The mean is rounded to float
-// before the offset is added. Not inlined: when GCC 12 computes two sides in the lanes of a
-// register, it drops that rounding (it compares the number of lanes instead of the precision of the
-// types).
+// before the offset is added. Not inlined: GCC 12 at -O3 drops that rounding when it computes two
+// sides in the lanes of a register.
 __attribute__((noinline)) float GainOfMean(double mean)
 {
     return static_cast<float>(
