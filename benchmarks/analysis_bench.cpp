@@ -7,6 +7,7 @@
 
 #include <benchmark/benchmark.h>
 
+#include <algorithm>
 #include <cmath>
 #include <cstdint>
 #include <memory>
@@ -228,6 +229,36 @@ void ScoringTable(benchmark::State& state)
     CountPixels(state);
 }
 BENCHMARK(ScoringTable)->Name("ScoringTable/one_of_10")->Unit(benchmark::kMillisecond);
+
+// In bands of rows, as the analysis does it; one by one, and together.
+void ScoringTables(benchmark::State& state, bool together)
+{
+    constexpr size_t kMaps = 10;
+    CFloatMatrix maps[kMaps];
+    CDoubleMatrix tables[kMaps];
+    for (size_t k = 0; k < kMaps; ++k) {
+        maps[k].CopyFrom(Shared().Map);
+        tables[k].Resize(kRows, kCols);
+    }
+    for (auto _ : state) {
+        uint32_t rows = 0;
+        for (uint32_t first = 0; first < kRows; first += rows) {
+            rows = std::min<uint32_t>(kRows - first, 2 * kTableBand + (first == 0 ? 1 : 0));
+            if (together)
+                ExtendSummedAreaTables(maps, tables, kMaps, first, rows);
+            else
+                for (size_t k = 0; k < kMaps; ++k)
+                    ExtendSummedAreaTable(maps[k], tables[k], first, rows);
+        }
+    }
+    CountPixels(state);
+}
+BENCHMARK_CAPTURE(ScoringTables, one_by_one, false)
+    ->Name("ScoringTables/10_one_by_one")
+    ->Unit(benchmark::kMillisecond);
+BENCHMARK_CAPTURE(ScoringTables, together, true)
+    ->Name("ScoringTables/10_together")
+    ->Unit(benchmark::kMillisecond);
 
 void ScoringTableFreshMemory(benchmark::State& state)
 {

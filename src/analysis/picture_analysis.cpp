@@ -294,8 +294,8 @@ void CPictureAnalysis::FinishMaps(const CNormalisation* scales)
                 ThresholdKernel(band, cols, static_cast<int32_t>(rows), levels[k], 0.0f);
             if (rule.Exponent != 1.0f)
                 VectorPowScalar(count, band, rule.Exponent, band);
-            ExtendSummedAreaTable(Maps[k], Tables[k], first, rows);
         }
+        ExtendSummedAreaTables(Maps, Tables, PictureMapCount, first, rows);
     }
     for (int32_t k = 0; k < PictureMapCount; ++k)
         Totals[k] = MapTotal(Tables[k]);

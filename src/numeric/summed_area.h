@@ -9,6 +9,7 @@
 #ifndef VISTATRIM_NUMERIC_SUMMED_AREA_H
 #define VISTATRIM_NUMERIC_SUMMED_AREA_H
 
+#include <cstddef>
 #include <cstdint>
 
 #include "numeric/matrix.h"
@@ -23,6 +24,10 @@ void BuildSummedAreaTable(const CFloatMatrix& map, CDoubleMatrix& table);
 void ExtendSummedAreaTable(const CFloatMatrix& map, CDoubleMatrix& table, uint32_t firstRow,
                            uint32_t rows);
 constexpr uint32_t kTableBand = 6;
+// The same for several maps of one size, with the same bits. Faster: four tables are filled at
+// once, one in each lane of a register, where registers hold four doubles.
+void ExtendSummedAreaTables(const CFloatMatrix* maps, CDoubleMatrix* tables, size_t count,
+                            uint32_t firstRow, uint32_t rows);
 
 // Sum of the table's map over an inclusive rectangle: ((A - B) - C) + D, in this order.
 // The last limits must lie inside the table; crossed limits give the signed sum.

@@ -4,6 +4,9 @@
 #include <cmath>
 #include <cstddef>
 #include <cstring>
+#include <deque>
+#include <limits>
+#include <memory>
 #include <vector>
 
 #include "numeric/kernel_test_support.h"
@@ -95,6 +98,12 @@ public:
             if (storage[i] != kGuardValue || storage[storage.size() - 1 - i] != kGuardValue)
                 return false;
         return true;
+    }
+    // No element from this one on has been written.
+    bool UntouchedFrom(size_t element) const
+    {
+        return std::all_of(storage.begin() + static_cast<ptrdiff_t>(kGuard + element),
+                           storage.end(), [](double value) { return value == kGuardValue; });
     }
     std::vector<uint64_t> Bits() const
     {
@@ -217,6 +226,103 @@ TEST(SummedAreaTable, GrowsByAnyNumberOfRows)
             EXPECT_EQ(grown.Bits(), TableInStatedOrder(map));
             EXPECT_TRUE(grown.GuardsIntact());
         }
+    }
+}
+
+// Maps of one size with their tables, grown together by `step` rows at a time. The rows of a map
+// are NaN until their step, because the analysis has not finished them earlier.
+struct TableSet {
+    TableSet(const std::vector<GuardedPlane>& planes, uint32_t step)
+    {
+        const PlaneSize size = {planes[0].Cols, planes[0].Rows};
+        Planes.assign(planes.size(),
+                      GuardedPlane(size.Cols, size.Rows, std::numeric_limits<float>::quiet_NaN()));
+        const std::unique_ptr<CFloatMatrix[]> maps(new CFloatMatrix[planes.size()]);
+        const std::unique_ptr<CDoubleMatrix[]> tables(new CDoubleMatrix[planes.size()]);
+        for (size_t k = 0; k < planes.size(); ++k) {
+            Tables.emplace_back(size.Cols, size.Rows);
+            Borrow(maps[k], Planes[k]);
+        }
+        for (size_t k = 0; k < planes.size(); ++k) {
+            tables[k].Rows = static_cast<uint32_t>(size.Rows);
+            tables[k].Cols = static_cast<uint32_t>(size.Cols);
+            tables[k].Data = Tables[k].Table.Data;
+        }
+        const uint32_t height = static_cast<uint32_t>(size.Rows);
+        for (uint32_t first = 0; first < height; first += step) {
+            const uint32_t rows = std::min(step, height - first);
+            const size_t done = size_t{first + rows} * tables[0].Cols;
+            for (size_t k = 0; k < planes.size(); ++k)
+                std::copy_n(planes[k].Data(), done, Planes[k].Data());
+            ExtendSummedAreaTables(maps.get(), tables.get(), planes.size(), first, rows);
+            for (const GuardedTable& table : Tables)
+                EXPECT_TRUE(table.UntouchedFrom(done)) << "after row " << first + rows;
+        }
+    }
+
+    std::vector<GuardedPlane> Planes;
+    std::deque<GuardedTable> Tables; // a deque, because each points into itself and must not move
+};
+
+void ExpectStatedOrder(const TableSet& set)
+{
+    for (size_t k = 0; k < set.Planes.size(); ++k) {
+        EXPECT_EQ(set.Tables[k].Bits(), TableInStatedOrder(set.Planes[k])) << "table " << k;
+        EXPECT_TRUE(set.Tables[k].GuardsIntact()) << "table " << k;
+        EXPECT_TRUE(set.Planes[k].GuardsIntact()) << "table " << k;
+    }
+}
+
+// Thirds over a wide range of magnitudes, so that even short sums are rounded.
+std::vector<GuardedPlane> RoundedMaps(const PlaneSize& size, size_t count)
+{
+    std::vector<GuardedPlane> planes;
+    for (size_t k = 0; k < count; ++k) {
+        planes.push_back(
+            GuardedPlane::Fractions(size.Cols, size.Rows, static_cast<uint32_t>(20 + k)));
+        for (int32_t i = 0; i < size.Cols * size.Rows; ++i)
+            planes[k].Data()[i] = std::ldexp(planes[k].Data()[i] / 3.0f, 11 * (i % 5));
+    }
+    return planes;
+}
+
+TEST(SummedAreaTables, OfAnyNumberOfMapsAddInTheStatedOrderInEveryIsaVariant)
+{
+    const VariantScope scope;
+    for (const PlaneSize& size : AwkwardSizes())
+        for (const size_t count : {1U, 4U, 5U, 10U}) {
+            if (size.Cols == 640 && count != 10)
+                continue;
+            const std::vector<GuardedPlane> planes = RoundedMaps(size, count);
+            for (const IsaVariant variant : AvailableVariants()) {
+                SCOPED_TRACE(testing::Message() << size.Cols << " x " << size.Rows << ", " << count
+                                                << " maps, " << NameOf(variant));
+                SelectIsaVariant(variant);
+                ExpectStatedOrder(TableSet(planes, static_cast<uint32_t>(size.Rows)));
+            }
+        }
+}
+
+TEST(SummedAreaTables, GrowByAnyNumberOfRows)
+{
+    const VariantScope scope;
+    for (const PlaneSize& size : {PlaneSize{3, 31}, {4, 30}, {13, 29}, {67, 53}})
+        for (const uint32_t step : {1U, 2U, 3U, 4U, 6U, 7U, 12U, 13U})
+            for (const IsaVariant variant : AvailableVariants()) {
+                SCOPED_TRACE(testing::Message() << size.Cols << " x " << size.Rows << " by " << step
+                                                << ", " << NameOf(variant));
+                SelectIsaVariant(variant);
+                ExpectStatedOrder(TableSet(RoundedMaps(size, 6), step));
+            }
+}
+
+TEST(SummedAreaTables, KeepNegativeZeros)
+{
+    const VariantScope scope;
+    for (const IsaVariant variant : AvailableVariants()) {
+        SCOPED_TRACE(NameOf(variant));
+        SelectIsaVariant(variant);
+        ExpectStatedOrder(TableSet(std::vector<GuardedPlane>(4, GuardedPlane(17, 19, -0.0f)), 19));
     }
 }
 
