@@ -150,7 +150,8 @@ __attribute__((noinline)) float GainOfMean(double mean)
 struct MapRule {
     const char* Name;
     PictureMap Source; // the finished map it is copied from; itself if a stage fills it
-    float Threshold;   // share of its own maximum below which it is cleared; 0 keeps everything
+    float Threshold;   // share of its own maximum below which it is cleared; 0 keeps everything,
+                       // which a copy may not
     float Exponent;    // exponent applied to what is left; 1 keeps it
 };
 
@@ -164,6 +165,15 @@ constexpr MapRule kMapRules[PictureMapCount] = {
     {"SideMapTop", MapSideTop, 0.01f, 1.0f},   {"SideMapBottom", MapSideBottom, 0.01f, 1.0f},
     {"SideMapLeft", MapSideLeft, 0.01f, 1.0f}, {"SideMapRight", MapSideRight, 0.01f, 1.0f},
 };
+
+constexpr bool CopiesHaveThresholds()
+{
+    for (int32_t k = 0; k < PictureMapCount; ++k)
+        if (kMapRules[k].Source != k && !(kMapRules[k].Threshold > 0.0f))
+            return false;
+    return true;
+}
+static_assert(CopiesHaveThresholds(), "only the threshold copies a map from its source");
 
 } // namespace
 
@@ -286,12 +296,10 @@ void CPictureAnalysis::FinishMaps(const CNormalisation* scales)
             const MapRule& rule = kMapRules[k];
             const size_t start = size_t{first} * Maps[k].Cols;
             float* const band = Maps[k].Data + start;
-            if (rule.Source != k)
-                std::copy_n(Maps[rule.Source].Data + start, count, band);
+            if (rule.Threshold > 0.0f)
+                scales[k].ApplyAndClear(Maps[rule.Source].Data + start, count, levels[k], band);
             else
                 scales[k].Apply(band, count);
-            if (rule.Threshold > 0.0f)
-                ThresholdKernel(band, cols, static_cast<int32_t>(rows), levels[k], 0.0f);
             if (rule.Exponent != 1.0f)
                 VectorPowScalar(count, band, rule.Exponent, band);
         }

@@ -113,6 +113,30 @@ VISTATRIM_VARIANT_BODY void ShiftAndScaleBody(float* x, int32_t n, float shift, 
 VISTATRIM_VARIANTS(ShiftAndScale, (float* x, int32_t n, float shift, float scale),
                    (x, n, shift, scale))
 
+// Two roundings, then the threshold. Tests >= level, not < level, so that NaN is cleared too.
+VISTATRIM_VARIANT_BODY void ShiftScaleAndClearBody(const float* x, int32_t n, float shift,
+                                                   float scale, float level, float* y)
+{
+    VISTATRIM_INDEPENDENT_STEPS
+    for (int32_t i = 0; i < n; ++i) {
+        const float shifted = x[i] + shift;
+        const float scaled = shifted * scale;
+        y[i] = scaled >= level ? scaled : 0.0f;
+    }
+}
+VISTATRIM_VARIANTS(ShiftScaleAndClear,
+                   (const float* x, int32_t n, float shift, float scale, float level, float* y),
+                   (x, n, shift, scale, level, y))
+
+VISTATRIM_VARIANT_BODY void CopyOrClearBody(const float* x, int32_t n, float level, float* y)
+{
+    VISTATRIM_INDEPENDENT_STEPS
+    for (int32_t i = 0; i < n; ++i)
+        y[i] = x[i] >= level ? x[i] : 0.0f;
+}
+VISTATRIM_VARIANTS(CopyOrClear, (const float* x, int32_t n, float level, float* y),
+                   (x, n, level, y))
+
 } // namespace
 
 void CPlaneRange::Include(const float* x, int32_t n)
@@ -237,6 +261,14 @@ void CNormalisation::Apply(float* x, int32_t n) const
 {
     if (Shift != 0.0f || Scale != 1.0f)
         ShiftAndScale(x, n, Shift, Scale);
+}
+
+void CNormalisation::ApplyAndClear(const float* x, int32_t n, float level, float* y) const
+{
+    if (Shift != 0.0f || Scale != 1.0f)
+        ShiftScaleAndClear(x, n, Shift, Scale, level, y);
+    else
+        CopyOrClear(x, n, level, y);
 }
 
 void NormalisePlane(float* x, int32_t n)

@@ -49,6 +49,9 @@ struct CNormalisation {
     explicit CNormalisation(const CPlaneRange& seen); // which is ordinary
 
     void Apply(float* x, int32_t n) const;
+    // Apply, then a threshold, from x to y: what ends up below level, or NaN, becomes 0. x and y
+    // are identical or disjoint.
+    void ApplyAndClear(const float* x, int32_t n, float level, float* y) const;
 
     float Shift = 0.0f;
     float Scale = 1.0f;

@@ -1,5 +1,6 @@
 #include <algorithm>
 #include <cmath>
+#include <cstring>
 #include <limits>
 #include <random>
 #include <vector>
@@ -94,6 +95,52 @@ TEST(Normalisation, AppliedPieceByPieceEqualsNormalisePlane)
 
     CNormalisation().Apply(pieces.data(), 333);
     EXPECT_EQ(pieces, whole);
+}
+
+std::vector<uint32_t> BitsOf(const std::vector<float>& x)
+{
+    std::vector<uint32_t> bits(x.size());
+    std::memcpy(bits.data(), x.data(), x.size() * sizeof(float));
+    return bits;
+}
+
+// In one pass, from one array to another or in place. A normalisation that changes nothing also
+// keeps the sign of zero.
+TEST(Normalisation, AppliedWithAThresholdEqualsBothInTurnInEveryIsaVariant)
+{
+    const IsaVariant before = ActiveIsaVariant();
+    std::vector<float> x = Noise(333, 0.5f, 300.0f);
+    x[7] = std::numeric_limits<float>::quiet_NaN();
+    for (size_t i = 40; i < 80; ++i)
+        x[i] = -0.0f;
+    const struct {
+        float Shift, Scale, Level;
+    } cases[] = {{-20.7f, 0.013f, 1.0f}, {0.0f, 0.013f, 1.0f}, {-20.7f, 1.0f, 1.0f},
+                 {0.0f, 1.0f, x[50]},    {0.0f, 1.0f, x[100]}, {0.0f, 0.013f, 0.0f}};
+    for (const auto& c : cases) {
+        SCOPED_TRACE(testing::Message() << c.Shift << ", " << c.Scale << ", " << c.Level);
+        CNormalisation normalisation;
+        normalisation.Shift = c.Shift;
+        normalisation.Scale = c.Scale;
+        std::vector<float> expected = x;
+        normalisation.Apply(expected.data(), 333);
+        for (float& v : expected)
+            v = v >= c.Level ? v : 0.0f; // a value on the level stays
+        for (int variant = 0; variant < IsaVariantCount; ++variant) {
+            if (!IsaVariantAvailable(static_cast<IsaVariant>(variant)))
+                continue;
+            SelectIsaVariant(static_cast<IsaVariant>(variant));
+            std::vector<float> copy(334, -7.0f);
+            normalisation.ApplyAndClear(x.data(), 333, c.Level, copy.data());
+            EXPECT_EQ(copy.back(), -7.0f) << variant;
+            copy.pop_back();
+            EXPECT_EQ(BitsOf(copy), BitsOf(expected)) << variant;
+            copy = x;
+            normalisation.ApplyAndClear(copy.data(), 333, c.Level, copy.data());
+            EXPECT_EQ(BitsOf(copy), BitsOf(expected)) << variant;
+        }
+    }
+    SelectIsaVariant(before);
 }
 
 // The extremes are by absolute value, and the element keeps its sign.
