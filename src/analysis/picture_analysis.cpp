@@ -150,8 +150,8 @@ __attribute__((noinline)) float GainOfMean(double mean)
 struct MapRule {
     const char* Name;
     PictureMap Source; // the finished map it is copied from; itself if a stage fills it
-    float Threshold;   // share of its own maximum below which it is cleared; 0 keeps everything,
-                       // which a copy may not
+    float Threshold;   // share of its own maximum below which it is cleared; 0 keeps everything;
+                       // a copy has a threshold
     float Exponent;    // exponent applied to what is left; 1 keeps it
 };
 

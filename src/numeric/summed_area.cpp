@@ -89,8 +89,10 @@ constexpr int32_t kLanes = 4;
 constexpr ptrdiff_t kLaneRows = 3;
 static_assert(kTableBand % kLaneRows == 0, "no rows of a band are left over");
 
-// In memory at any address that a double may have. Typedefs, because that is what the attributes
-// are documented for. NOLINTBEGIN(modernize-use-using)
+// StoredDoubles lie in memory, aligned like a double. Typedefs, because that is what the attributes
+// are documented for.
+
+// NOLINTBEGIN(modernize-use-using)
 typedef double Doubles __attribute__((vector_size(kLanes * sizeof(double))));
 typedef double StoredDoubles
     __attribute__((vector_size(kLanes * sizeof(double)), aligned(sizeof(double)), may_alias));

@@ -169,6 +169,15 @@ CDoubleMatrix& Build(const GuardedPlane& map, GuardedTable& table)
     return table.Table;
 }
 
+// Thirds over a wide range of magnitudes, so that even short sums are rounded.
+GuardedPlane RoundedMap(const PlaneSize& size, uint32_t seed)
+{
+    GuardedPlane map = GuardedPlane::Fractions(size.Cols, size.Rows, seed);
+    for (int32_t i = 0; i < size.Cols * size.Rows; ++i)
+        map.Data()[i] = std::ldexp(map.Data()[i] / 3.0f, 11 * (i % 5));
+    return map;
+}
+
 // Integers keep every sum exact, so the check is EQ and needs no tolerance.
 TEST(SummedAreaTable, SumsEveryRectangleFromTheCorner)
 {
@@ -196,10 +205,7 @@ TEST(SummedAreaTable, AddsInTheStatedOrderToTheLastBit)
 {
     for (const PlaneSize& size : AwkwardSizes()) {
         SCOPED_TRACE(testing::Message() << size.Cols << " x " << size.Rows);
-        // Thirds over a wide range of magnitudes, so that even short sums are rounded.
-        GuardedPlane map = GuardedPlane::Fractions(size.Cols, size.Rows, 3);
-        for (int32_t i = 0; i < size.Cols * size.Rows; ++i)
-            map.Data()[i] = std::ldexp(map.Data()[i] / 3.0f, 11 * (i % 5));
+        const GuardedPlane map = RoundedMap(size, 3);
         GuardedTable fast(size.Cols, size.Rows);
 
         Build(map, fast);
@@ -273,16 +279,11 @@ void ExpectStatedOrder(const TableSet& set)
     }
 }
 
-// Thirds over a wide range of magnitudes, so that even short sums are rounded.
 std::vector<GuardedPlane> RoundedMaps(const PlaneSize& size, size_t count)
 {
     std::vector<GuardedPlane> planes;
-    for (size_t k = 0; k < count; ++k) {
-        planes.push_back(
-            GuardedPlane::Fractions(size.Cols, size.Rows, static_cast<uint32_t>(20 + k)));
-        for (int32_t i = 0; i < size.Cols * size.Rows; ++i)
-            planes[k].Data()[i] = std::ldexp(planes[k].Data()[i] / 3.0f, 11 * (i % 5));
-    }
+    for (size_t k = 0; k < count; ++k)
+        planes.push_back(RoundedMap(size, static_cast<uint32_t>(20 + k)));
     return planes;
 }
 
